@@ -1,0 +1,28 @@
+# Every target of the project is compiled the same way: warnings are errors, the root is the
+# include folder, and the sanitizers of the chosen preset apply to all of it.
+add_library(marbelot_flags INTERFACE)
+target_include_directories(marbelot_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(marbelot_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror
+  -fvisibility=hidden)
+if(MARBELOT_SANITIZE)
+  target_compile_options(marbelot_flags INTERFACE
+    -fsanitize=${MARBELOT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(marbelot_flags INTERFACE -fsanitize=${MARBELOT_SANITIZE})
+endif()
+
+# marbelot_room(NAME SOURCES … LINK …): one room, one static library named marbelot_NAME.
+function(marbelot_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINK" ${ARGN})
+  add_library(marbelot_${name} STATIC ${ROOM_SOURCES})
+  target_link_libraries(marbelot_${name} PUBLIC marbelot_flags ${ROOM_LINK})
+endfunction()
+
+# marbelot_test(NAME SOURCES … LINK …): one GoogleTest program, found case by case by CTest.
+function(marbelot_test name)
+  cmake_parse_arguments(TEST "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${TEST_SOURCES})
+  target_link_libraries(${name} PRIVATE marbelot_flags ${TEST_LINK} GTest::gtest GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE MARBELOT_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+endfunction()

@@ -1,0 +1,72 @@
+// Text services: what the system knows about characters and local time. Stateless and safe to
+// call from any thread. All text is UTF-8; bytes that are not valid UTF-8 count as U+FFFD each.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace marbelot {
+
+// A half-open piece of a text, in bytes.
+struct Range {
+  std::size_t start = 0;
+  std::size_t length = 0;
+  std::size_t end() const { return start + length; }
+  bool operator==(const Range&) const = default;
+};
+
+namespace text {
+
+// One decoded scalar and the bytes it took (at least 1).
+struct Scalar {
+  char32_t value;
+  std::size_t bytes;
+};
+
+// Decodes the scalar at `at` (must be < text.size()); an invalid sequence gives U+FFFD.
+Scalar scalarAt(std::string_view text, std::size_t at);
+// Decodes the scalar that ends just before `end` (must be > 0).
+Scalar scalarBefore(std::string_view text, std::size_t end);
+void appendScalar(std::string& to, char32_t scalar);
+
+// Valid UTF-8 whatever came in: every invalid sequence and lone surrogate becomes U+FFFD.
+std::string sanitized(std::string bytes);
+
+// Unicode properties: Alphabetic, Numeric_Type other than None, Lowercase, Uppercase.
+bool isLetter(char32_t c);
+bool isNumber(char32_t c);
+bool isLowercase(char32_t c);
+bool isUppercase(char32_t c);
+// Category Zs and the tab: blanks inside a line.
+bool isBlank(char32_t c);
+// isBlank, and U+000A–U+000D, U+0085, U+2028, U+2029.
+bool isBlankOrNewline(char32_t c);
+
+std::string_view trimmedBlanks(std::string_view text);
+std::string_view trimmedBlanksAndNewlines(std::string_view text);
+
+// Characters as a user counts them: extended grapheme clusters (UAX #29).
+std::size_t characterCount(std::string_view text);
+// Bytes of the first (last) `count` characters, or the whole size when there are fewer. They look no
+// further than they must, so a small count is cheap on a text of any size.
+std::size_t prefixBytes(std::string_view text, std::size_t count);
+std::size_t suffixBytes(std::string_view text, std::size_t count);
+
+// Full Unicode lower-casing in no particular language.
+std::string lowercased(std::string_view text);
+
+// Case-insensitive comparison in the user's language.
+std::weak_ordering localizedCompare(std::string_view a, std::string_view b);
+
+// "yyyy-MM-dd 'at' HH.mm.ss" in local time; the stamp of every generated file name.
+// `seconds` since 1970-01-01 00:00 UTC.
+std::string fileTimestamp(double seconds);
+
+// The wall clock: seconds since 1970-01-01 00:00 UTC.
+double now();
+
+}  // namespace text
+}  // namespace marbelot
