@@ -50,8 +50,8 @@ std::string_view trimmedBlanksAndNewlines(std::string_view text);
 
 // Characters as a user counts them: extended grapheme clusters (UAX #29).
 std::size_t characterCount(std::string_view text);
-// Bytes of the first (last) `count` characters, or the whole size when there are fewer. They look no
-// further than they must, so a small count is cheap on a text of any size.
+// Bytes of the first (last) `count` characters, or the whole size when there are fewer. They look
+// no further than they must, so a small count is cheap on a text of any size.
 std::size_t prefixBytes(std::string_view text, std::size_t count);
 std::size_t suffixBytes(std::string_view text, std::size_t count);
 

@@ -1,0 +1,57 @@
+// Files and folders. Stateless, safe on any thread. Paths are the system's own bytes, which need
+// not be UTF-8; text::sanitized makes them fit for display.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/value.h"
+
+namespace marbelot::files {
+
+// Names in the folder, without "." and ".."; none when it cannot be listed.
+std::optional<std::vector<std::string>> list(const std::string& folder);
+
+struct FileInfo {
+  double modified = 0;  // seconds since 1970
+  std::size_t bytes = 0;
+};
+// None unless it is a regular file (links are followed).
+std::optional<FileInfo> info(const std::string& path);
+inline bool exists(const std::string& path) { return info(path).has_value(); }
+
+// Null when it cannot be read whole or is larger than `maximumBytes`.
+SharedBytes read(const std::string& path, std::size_t maximumBytes);
+
+// Makes a new file, readable by its owner only, whole or not at all. False when the name is taken
+// or it cannot be written.
+bool create(const std::string& path, std::string_view bytes);
+
+// Makes the folder with those above it; folders it makes are for their owner only. True when the
+// folder is there afterwards.
+bool makeFolder(const std::string& path);
+
+std::string join(const std::string& folder, const std::string& name);
+// The last path component.
+std::string lastComponent(const std::string& path);
+// The extension without its dot, lower-cased; empty when there is none.
+std::string lowercasedExtension(const std::string& name);
+std::string expandingTilde(const std::string& path);
+
+std::string homeFolder();
+std::string desktopFolder();
+// The user's pictures folder, or "Pictures" in the home folder.
+std::string picturesFolder();
+// Emptied by the system at some time; private to the user.
+std::string temporaryFolder();
+
+// The screenshot tool's own setting of where it saves; none when nothing is set.
+std::optional<std::string> screenshotLocation();
+
+// True when the system's screenshot tool made the file and has finished writing it.
+bool isFinishedScreenshot(const std::string& path);
+
+}  // namespace marbelot::files

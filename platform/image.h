@@ -1,0 +1,57 @@
+// An image as it came: immutable, shared, kept as its encoded bytes. Nothing here decodes pixels.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/value.h"
+
+namespace marbelot {
+
+enum class ImageFormat { png, jpeg, tiff, heic, gif, bmp, webp };
+
+// MIME type, e.g. "image/png".
+std::string_view mimeType(ImageFormat format);
+
+struct ImageHeader {
+  ImageFormat format = ImageFormat::png;
+  int width = 0;   // pixels
+  int height = 0;  // pixels
+};
+
+// More pixels than any screen or camera makes; larger claims are taken for damage or malice.
+inline constexpr std::int64_t maximumImagePixels = std::int64_t{1} << 28;
+
+// Reads what the bytes say of themselves. None for unknown formats, sizes of zero or above the
+// maximum, and PNG data that breaks off before its last chunk. Reads only within `bytes`.
+std::optional<ImageHeader> imageHeader(std::string_view bytes);
+
+class Image {
+ public:
+  // None when `bytes` do not hold an image.
+  static std::optional<Image> fromBytes(SharedBytes bytes);
+  // Opens the file and keeps it open instead of its bytes in memory: the image stays readable when
+  // the file is deleted or replaced. None when it is not a readable image.
+  static std::optional<Image> fromFile(const std::string& path);
+
+  ImageFormat format() const { return header_.format; }
+  int width() const { return header_.width; }
+  int height() const { return header_.height; }
+
+  // The encoded bytes as they came; null when the file can no longer be read.
+  SharedBytes bytes() const;
+
+ private:
+  class File;
+  ImageHeader header_;
+  SharedBytes bytes_;                 // null when backed by a file
+  std::shared_ptr<const File> file_;  // null when backed by memory
+};
+
+// The image as PNG: the very bytes when it came as PNG, else converted, which takes time: call it
+// on a background thread. Null when the image is damaged.
+SharedBytes pngBytes(const Image& image);
+
+}  // namespace marbelot

@@ -1,0 +1,71 @@
+// Menus as data: features build a tree, a backend shows it and reports back.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "platform/image.h"
+#include "platform/value.h"
+
+namespace marbelot {
+
+// What a panel or a menu item shows of the clipboard.
+using Content = std::variant<SharedText, Image>;
+struct HUDPayload {
+  Content content;
+};
+
+// The argument of an item's action.
+using Represented = std::variant<std::monostate, std::int64_t, bool, std::string>;
+
+struct Menu;
+
+struct MenuItem {
+  std::string title;
+  std::string action;  // the selector's name, e.g. "copyClipHistory:"; empty: none
+  Represented represented;
+  bool separator = false;
+  bool enabled = true;
+  bool hidden = false;
+  bool checked = false;
+  std::string key;  // key equivalent: one character with Command (Control on Linux), or empty
+  std::shared_ptr<Menu> submenu;
+  std::shared_ptr<const HUDPayload> payload;  // content to preview while the item is highlighted
+
+  bool choosable() const { return enabled && !hidden && !action.empty() && !submenu; }
+};
+
+using MenuItemRef = std::shared_ptr<MenuItem>;
+
+struct Menu {
+  std::vector<MenuItemRef> items;
+
+  MenuItemRef add(MenuItem item);
+  MenuItemRef add(std::string title, std::string action, Represented represented = {});
+  MenuItemRef addDisabled(std::string title);  // no action, shown disabled
+  MenuItemRef addSubmenu(std::string title, std::shared_ptr<Menu> submenu);
+  void addSeparator();
+};
+
+// Who is told what happens in a menu.
+class MenuDelegate {
+ public:
+  virtual ~MenuDelegate() = default;
+  // About to open: the tree may be edited here.
+  virtual void menuWillOpen() = 0;
+  // None: the highlight left all items.
+  virtual void menuWillHighlightItem(const MenuItem* item) = 0;
+  virtual void menuDidClose() = 0;
+  virtual void menuItemChosen(const MenuItem& item) = 0;
+};
+
+// The text of a represented object, as the command line shows and takes it; empty for none.
+std::string representedText(const Represented& represented);
+
+// The tree as a JSON array, hidden items included.
+std::string menuJson(const Menu& menu);
+
+}  // namespace marbelot

@@ -1,0 +1,53 @@
+// The clipboard.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/image.h"
+#include "platform/value.h"
+
+namespace marbelot {
+
+// What the clipboard holds. A value: it does not change when the clipboard does.
+struct PasteboardContents {
+  SharedText text;                 // null when there is none
+  std::optional<Image> image;      // none when there is none that can be read
+  std::vector<std::string> types;  // the type names that the owner offers
+  bool concealed = false;          // its owner marks it as secret, passing or machine-made
+};
+
+struct PasteboardChange {
+  std::int64_t count = 0;
+  PasteboardContents contents;
+};
+
+// Main thread only. Nothing here waits for the clipboard's owner: contents are what has been read
+// of it, and a change counts from the moment when its contents are known.
+class Pasteboard {
+ public:
+  virtual ~Pasteboard() = default;
+
+  // Grows with every change, own writes included. No round trip.
+  virtual std::int64_t changeCount() = 0;
+
+  // What the clipboard holds now.
+  virtual PasteboardContents contents() = 0;
+
+  // The changes after `count` that can still be told, oldest first, the present one last. The
+  // backend may forget what it has told.
+  virtual std::vector<PasteboardChange> changesSince(std::int64_t count) = 0;
+
+  // Replaces the contents; they stay pasteable as long as the program runs. Returns the change
+  // count that this write made.
+  virtual std::int64_t write(SharedText text) = 0;
+  virtual std::int64_t write(const Image& image) = 0;
+
+  // Called after each change by others where the system announces them; never called elsewhere.
+  virtual void setChangeHandler(std::function<void()> handler) = 0;
+};
+
+}  // namespace marbelot

@@ -1,0 +1,85 @@
+// What a desktop supplies, in one place. Backends make it; it outlives the application object.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/main_queue.h"
+#include "platform/pasteboard.h"
+#include "platform/status_item.h"
+#include "platform/user_defaults.h"
+#include "platform/window.h"
+
+namespace marbelot {
+
+class FolderStream {
+ public:
+  virtual ~FolderStream() = default;
+};
+
+class FolderEvents {
+ public:
+  virtual ~FolderEvents() = default;
+  // Calls `changed` whenever something in the folder may have changed, until the stream is dropped.
+  // Several changes may come as one call. Null when the folder cannot be watched and never will be.
+  virtual std::unique_ptr<FolderStream> watch(const std::string& folder,
+                                              std::function<void()> changed) = 0;
+};
+
+class Notices {
+ public:
+  virtual ~Notices() = default;
+  // Posts a notification and returns at once; lost silently where the desktop shows none.
+  virtual void post(const std::string& title, const std::string& text) = 0;
+};
+
+class Workspace {
+ public:
+  virtual ~Workspace() = default;
+  virtual void openPath(const std::string& path) = 0;
+  virtual void openUrl(const std::string& url) = 0;
+  // Opens the privacy settings for file access, where the system has such.
+  virtual void openPrivacySettings() = 0;
+  // Shows the file, selected, in the file manager.
+  virtual void reveal(const std::string& path) = 0;
+  // Moves the file to the trash. False when it stays where it is.
+  virtual bool trash(const std::string& path) = 0;
+};
+
+// What another process can ask of the running program. All on the main thread.
+struct RemoteRequests {
+  std::function<std::string()> menu;  // JSON
+  // Carries out a menu item: by its titles from the top (joined by U+001F), or by action and
+  // represented object. Returns an error for the user, empty when done.
+  std::function<std::string(const std::string& titles)> invokeTitles;
+  std::function<std::string(const std::string& action, const std::string& object)> invokeAction;
+  std::function<std::string()> windows;  // JSON
+  std::function<void()> popUpMenu;
+  std::function<void()> quit;
+};
+
+class Application {
+ public:
+  virtual ~Application() = default;
+  virtual void terminate() = 0;
+  // The Dock icon's menu, asked for each time it is shown; systems without a Dock never ask.
+  virtual void setDockMenu(std::function<std::shared_ptr<Menu>()> build,
+                           std::function<void(const MenuItem&)> chosen) = 0;
+  virtual void serve(RemoteRequests requests) = 0;
+};
+
+struct Platform {
+  Application& application;
+  MainQueue& queue;
+  Pasteboard& pasteboard;
+  UserDefaults& defaults;
+  FolderEvents& folderEvents;
+  Notices& notices;
+  Workspace& workspace;
+  StatusItem& statusItem;
+  Windows& windows;
+  Dialogs& dialogs;
+};
+
+}  // namespace marbelot

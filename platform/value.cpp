@@ -1,0 +1,31 @@
+#include "platform/value.h"
+
+namespace marbelot {
+
+std::optional<bool> Value::asBool() const {
+  if (const auto* flag = std::get_if<bool>(&data)) return *flag;
+  if (const auto* number = std::get_if<std::int64_t>(&data)) return *number != 0;
+  return std::nullopt;
+}
+
+std::optional<std::int64_t> Value::asInteger() const {
+  if (const auto* number = std::get_if<std::int64_t>(&data)) return *number;
+  return std::nullopt;
+}
+
+SharedText Value::asText() const {
+  const auto* text = std::get_if<SharedText>(&data);
+  return text ? *text : nullptr;
+}
+
+const Value::List* Value::asList() const { return std::get_if<List>(&data); }
+
+const Value::Dictionary* Value::asDictionary() const { return std::get_if<Dictionary>(&data); }
+
+const Value* find(const Value::Dictionary& dictionary, std::string_view key) {
+  for (const auto& [name, value] : dictionary)
+    if (name == key) return &value;
+  return nullptr;
+}
+
+}  // namespace marbelot

@@ -1,0 +1,51 @@
+// Plain data that crosses the seam: shared immutable bytes and the values of settings.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace marbelot {
+
+// Immutable bytes with shared ownership: a 100 MB copy exists once, whoever holds it.
+using SharedBytes = std::shared_ptr<const std::string>;
+// The same, holding valid UTF-8.
+using SharedText = std::shared_ptr<const std::string>;
+
+inline SharedText share(std::string text) {
+  return std::make_shared<const std::string>(std::move(text));
+}
+
+// What a user default can hold. Texts are shared, so that storing one does not copy it.
+struct Value {
+  using List = std::vector<Value>;
+  using Dictionary = std::vector<std::pair<std::string, Value>>;
+  std::variant<bool, std::int64_t, double, SharedText, List, Dictionary> data;
+
+  Value() : data(false) {}
+  Value(bool value) : data(value) {}
+  Value(int value) : data(std::int64_t{value}) {}
+  Value(std::int64_t value) : data(value) {}
+  Value(double value) : data(value) {}
+  Value(SharedText value) : data(std::move(value)) {}
+  Value(std::string value) : data(share(std::move(value))) {}
+  Value(const char* value) : data(share(value)) {}
+  Value(List value) : data(std::move(value)) {}
+  Value(Dictionary value) : data(std::move(value)) {}
+
+  // Each gives none when the value is of another type; a whole number also reads as a bool.
+  std::optional<bool> asBool() const;
+  std::optional<std::int64_t> asInteger() const;
+  SharedText asText() const;
+  const List* asList() const;
+  const Dictionary* asDictionary() const;
+};
+
+// The value under `key`, or null.
+const Value* find(const Value::Dictionary& dictionary, std::string_view key);
+
+}  // namespace marbelot

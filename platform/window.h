@@ -1,0 +1,119 @@
+// Windows and dialogs as data. Lengths are points, the origin is the bottom left corner, y grows
+// up.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/value.h"
+
+namespace marbelot {
+
+struct Size {
+  double width = 0;
+  double height = 0;
+};
+
+struct Rect {
+  double x = 0;
+  double y = 0;
+  double width = 0;
+  double height = 0;
+};
+
+enum class ViewKind {
+  label,   // one line, not editable
+  button,  // a push button
+  text,    // plain text that scrolls vertically
+};
+
+// What follows the window's growth; the sides that are not flexible keep their distance.
+struct Resizing {
+  bool width = false;
+  bool height = false;
+  bool leftMargin = false;
+};
+
+struct Font {
+  double size = 13;
+  bool monospaced = false;
+};
+
+struct View {
+  std::string id;  // unique in its window
+  ViewKind kind = ViewKind::label;
+  Rect frame;
+  Resizing resizing;
+  Font font;
+  std::string text;        // a button's or label's title, a text's first contents
+  bool secondary = false;  // label in the secondary colour
+  bool editable = false;   // text
+  bool bordered = false;   // text: a bezel around it
+  Size inset;              // text: blank space around it
+  bool defaultKey =
+      false;  // button: pressed by Return while no text takes it; see WindowDescription
+};
+
+struct WindowDescription {
+  std::string id;  // what `marbelotctl windows` calls it
+  std::string title;
+  Size contentSize;
+  bool closable = true;
+  bool miniaturizable = false;
+  bool resizable = false;
+  std::vector<View> views;
+  // A button was pressed. A multi-line text keeps Return for itself; Command (Control) and Return
+  // press the default button from there. Escape and Command-W close the window.
+  std::function<void(const std::string& viewId)> pressed;
+};
+
+// A live window. Made hidden, kept when closed, destroyed with its handle.
+class Window {
+ public:
+  virtual ~Window() = default;
+  // Activates the application and brings the window to the front as the key window.
+  virtual void show() = 0;
+  virtual void center() = 0;
+  virtual bool isVisible() const = 0;
+  virtual void setTitle(const std::string& title) = 0;
+  virtual void setText(const std::string& viewId, const SharedText& text) = 0;
+  virtual std::string text(const std::string& viewId) const = 0;
+  virtual void focus(const std::string& viewId) = 0;
+};
+
+struct WindowInfo {
+  std::string id;
+  std::string title;
+  Rect frame;  // points; y down from the top of the first screen
+};
+
+class Windows {
+ public:
+  virtual ~Windows() = default;
+  virtual std::unique_ptr<Window> create(WindowDescription description) = 0;
+  // The visible windows and dialogs of the program.
+  virtual std::vector<WindowInfo> visible() const = 0;
+};
+
+struct Alert {
+  std::string message;
+  std::string informative;
+  std::vector<std::string> buttons;  // the first is the affirmative one
+  std::vector<View> accessory;       // at most one; an editable text gets the focus
+};
+
+struct AlertAnswer {
+  std::size_t button = 0;  // closing or Escape answers with the last one
+  std::string text;        // the accessory's text
+};
+
+class Dialogs {
+ public:
+  virtual ~Dialogs() = default;
+  // Activates the application, shows the alert modally, and answers once.
+  virtual void present(Alert alert, std::function<void(AlertAnswer)> answered) = 0;
+};
+
+}  // namespace marbelot
