@@ -39,8 +39,9 @@ class Workspace {
   virtual ~Workspace() = default;
   virtual void openPath(const std::string& path) = 0;
   virtual void openUrl(const std::string& url) = 0;
-  // Opens the privacy settings for file access, where the system has such.
-  virtual void openPrivacySettings() = 0;
+  // Leads the user to where access to `folder` is granted: the system's privacy settings, or the
+  // folder's properties in the file manager.
+  virtual void openPrivacySettings(const std::string& folder) = 0;
   // Shows the file, selected, in the file manager.
   virtual void reveal(const std::string& path) = 0;
   // Moves the file to the trash. False when it stays where it is.
