@@ -88,9 +88,7 @@ void Clipboard::copyElsewhere(const std::string& text, bool announced) {
 }
 
 std::optional<Value> Defaults::value(std::string_view key) const {
-  auto& mutableReads = const_cast<Defaults*>(this)->reads;
-  if (std::find(mutableReads.begin(), mutableReads.end(), key) == mutableReads.end())
-    mutableReads.emplace_back(key);
+  if (std::find(reads.begin(), reads.end(), key) == reads.end()) reads.emplace_back(key);
   if (const auto found = stored.find(key); found != stored.end()) return found->second;
   if (const Value* registered = marbelot::find(registered_, key)) return *registered;
   return std::nullopt;

@@ -68,7 +68,7 @@ class Defaults : public UserDefaults {
   void setProblemHandler(std::function<void(const std::string&)> handler) override;
 
   std::map<std::string, Value, std::less<>> stored;
-  std::vector<std::string> reads;  // keys in the order of their first reading
+  mutable std::vector<std::string> reads;  // keys in the order of their first reading
   int writes = 0;
   void reportProblem(const std::string& message);
 
