@@ -23,7 +23,7 @@ class RemoteControl : public QObject {
   bool publish();
   void serve(RemoteRequests requests) { requests_ = std::move(requests); }
 
- public slots:  // NOLINT(readability-redundant-access-specifiers)
+ public Q_SLOTS:
   QString Menu() { return call(requests_.menu); }
   QString InvokeTitles(const QString& titles);
   QString InvokeAction(const QString& action, const QStringList& object);
