@@ -1,5 +1,6 @@
 // Text services: what the system knows about characters and local time. Stateless and safe to
-// call from any thread. All text is UTF-8; bytes that are not valid UTF-8 count as U+FFFD each.
+// call from any thread. All text is UTF-8; each invalid sequence (its longest valid start, else one
+// byte) counts as one U+FFFD, in every function here alike.
 #pragma once
 
 #include <compare>
