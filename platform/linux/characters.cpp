@@ -6,12 +6,12 @@
 #include <unicode/uscript.h>
 #include <unicode/uvernum.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <limits>
 
+#include "platform/linux/utf8.h"
 #include "platform/text.h"
 
 namespace marbelot::text {
@@ -125,8 +125,6 @@ Kind kindOf(char32_t c) {
   return kind;
 }
 
-bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
-
 bool isExtend(Kind kind) {
   return kind == Kind::extend || kind == Kind::linkingExtend || kind == Kind::virama;
 }
@@ -167,7 +165,7 @@ class Cluster {
     return true;
   }
 
-  // Whether it can only go on with something outside ASCII.
+  // Whether no ASCII can belong to it (but the LF of a CR LF, which is not for this class).
   bool endsBeforeAscii() const { return last_ != Kind::prepend; }
 
  private:
@@ -175,6 +173,8 @@ class Cluster {
     if (last_ == Kind::control || next == Kind::control) return false;  // GB4, GB5
     if (isAttached(next) || last_ == Kind::prepend) return true;        // GB9, GB9a, GB9b
     switch (next) {
+      case Kind::other:
+        return false;
       case Kind::consonant:  // GB9c
         return conjunct_ && linked_;
       case Kind::pictographic:  // GB11
@@ -202,23 +202,6 @@ class Cluster {
   bool halfFlag_ = false;
 };
 
-// The end of the character that starts at `at` (must be < size).
-std::size_t characterEnd(std::string_view text, std::size_t at) {
-  Scalar scalar = scalarAt(text, at);
-  std::size_t end = at + scalar.bytes;
-  if (end == text.size()) return end;
-  if (scalar.value < 0x80 && isAscii(text[end])) {
-    return end + (scalar.value == '\r' && text[end] == '\n');
-  }
-  Cluster cluster(kindOf(scalar.value));
-  for (; end < text.size(); end += scalar.bytes) {
-    if (isAscii(text[end]) && cluster.endsBeforeAscii()) break;
-    scalar = scalarAt(text, end);
-    if (!cluster.takes(kindOf(scalar.value))) break;
-  }
-  return end;
-}
-
 struct Walked {
   std::size_t bytes;
   std::size_t characters;
@@ -227,29 +210,39 @@ struct Walked {
 // Goes over characters from the start until `limit` of them have been passed.
 Walked walk(std::string_view text, std::size_t limit) {
   constexpr std::size_t kBlock = 64;
-  std::size_t at = 0, count = 0, retry = 0;
-  while (at < text.size() && count < limit) {
-    // A block of ASCII with one more byte to look ahead at: a character ends after each byte but a
-    // CR before an LF. Fixed trip counts, so that the compiler makes vectors of the loop. Staying
-    // strictly below the limit leaves the end of a CR LF that the block cuts to the next step.
-    if (at >= retry && text.size() - at > kBlock && limit - count > kBlock) {
+  if (text.empty() || limit == 0) return {0, 0};
+  const Scalar first = scalarAt(text, 0);
+  Cluster cluster(kindOf(first.value));
+  std::size_t at = first.bytes, count = 0, retry = 0;  // `count` leaves out the one in the making
+  while (at < text.size()) {
+    // In a block of ASCII a character starts at each byte but an LF after a CR. A fixed trip count,
+    // so that the compiler makes vectors of the loop.
+    if (at >= retry && text.size() - at >= kBlock && limit - count > kBlock &&
+        cluster.endsBeforeAscii()) {
       const char* s = text.data() + at;
-      unsigned char high = static_cast<unsigned char>(s[kBlock]), pairs = 0;
+      unsigned char high = 0, pairs = 0;
       for (std::size_t i = 0; i < kBlock; ++i) {
         high = static_cast<unsigned char>(high | static_cast<unsigned char>(s[i]));
-        pairs = static_cast<unsigned char>(pairs + ((s[i] == '\r') & (s[i + 1] == '\n')));
+        const bool pair = (s[i] == '\n') & (s[i - 1] == '\r');
+        pairs = static_cast<unsigned char>(pairs + pair);
       }
       if (high < 0x80) {
         at += kBlock;
         count += kBlock - pairs;
+        cluster = Cluster(kindOf(static_cast<unsigned char>(text[at - 1])));
         continue;
       }
       retry = at + kBlock;
     }
-    at = characterEnd(text, at);
-    ++count;
+    const std::size_t start = at;
+    const UChar32 c = decode(text, at);
+    if (c == '\n' && text[start - 1] == '\r') continue;
+    const Kind kind = c < 0 ? Kind::other : kindOf(static_cast<char32_t>(c));
+    if (cluster.takes(kind)) continue;
+    if (++count == limit) return {start, count};
+    cluster = Cluster(kind);
   }
-  return {at, count};
+  return {at, count + 1};
 }
 
 // Whether a character starts with `next` after `previous`, whatever came before them.

@@ -7,7 +7,6 @@
 #include <unicode/uchar.h>
 #include <unicode/ucol.h>
 #include <unicode/uloc.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <array>
@@ -19,6 +18,8 @@
 #include <limits>
 #include <memory>
 #include <utility>
+
+#include "platform/linux/utf8.h"
 
 namespace marbelot::text {
 namespace {
@@ -50,17 +51,6 @@ std::size_t asciiEnd(std::string_view text, std::size_t at) {
   while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
   return at;
 }
-
-// ICU's macro mixes int and uint8_t.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"
-// Decodes the scalar at `at` and moves past it; negative when the sequence is invalid.
-UChar32 decode(std::string_view text, std::size_t& at) {
-  UChar32 c;
-  U8_NEXT(text.data(), at, text.size(), c);
-  return c;
-}
-#pragma GCC diagnostic pop
 
 // Index of the first byte that belongs to no valid sequence, or the size.
 std::size_t validEnd(std::string_view text) {
