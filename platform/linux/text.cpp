@@ -65,15 +65,18 @@ std::size_t validEnd(std::string_view text) {
   return at;
 }
 
+// The edges of most texts are ASCII and decided without a call: this runs once per line.
 template <bool (*trims)(char32_t)>
 std::string_view trimmed(std::string_view text) {
   while (!text.empty()) {
-    const Scalar first = scalarAt(text, 0);
+    const auto lead = static_cast<unsigned char>(text.front());
+    const Scalar first = lead < 0x80 ? Scalar{lead, 1} : scalarAt(text, 0);
     if (!trims(first.value)) break;
     text.remove_prefix(first.bytes);
   }
   while (!text.empty()) {
-    const Scalar last = scalarBefore(text, text.size());
+    const auto end = static_cast<unsigned char>(text.back());
+    const Scalar last = end < 0x80 ? Scalar{end, 1} : scalarBefore(text, text.size());
     if (!trims(last.value)) break;
     text.remove_suffix(last.bytes);
   }
