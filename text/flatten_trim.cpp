@@ -140,7 +140,31 @@ std::string previewOf(std::string_view text, std::size_t limit, Transform transf
 
 }  // namespace
 
-bool hasLineBreak(std::string_view text) { return lineBreakCharacter(text, 0) < text.size(); }
+bool hasLineBreak(std::string_view text) {
+  const auto isBreak = [text](std::size_t at) {
+    if (text[at] == '\n') return at == 0 || text[at - 1] != '\r';
+    return text[at] == '\r' && !text.substr(at + 1).starts_with('\n');
+  };
+  if (text.empty()) return false;
+  if (isBreak(0)) return true;
+  // Blocks with a byte on either side, because a text full of CR LF is looked at to its end.
+  constexpr std::size_t kBlock = 64;
+  std::size_t at = 1;
+  for (; text.size() - at > kBlock; at += kBlock) {
+    const char* s = text.data() + at;
+    unsigned char found = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+      const bool lf = (s[i] == '\n') & (s[i - 1] != '\r');
+      const bool cr = (s[i] == '\r') & (s[i + 1] != '\n');
+      found = static_cast<unsigned char>(found | lf | cr);
+    }
+    if (found) return true;
+  }
+  for (; at < text.size(); ++at) {
+    if (isBreak(at)) return true;
+  }
+  return false;
+}
 
 std::string flatten(std::string_view text, std::string_view separator) {
   std::string result;

@@ -1,140 +1,205 @@
-// Characters as a user counts them. ICU's break iterator knows all the rules and walks at some
-// 70 MB/s, so it is asked only about the few characters whose extent takes more than a look at the
-// next scalar: flags, emoji joined into one, Hangul letters, Indic conjuncts.
-#include <unicode/ubrk.h>
+// Characters as a user counts them: extended grapheme clusters, https://unicode.org/reports/tr29/.
+// The properties are ICU's. The rules are here because ICU's break iterator, at 30 to 70 MB/s,
+// would be felt on large texts, and would have to be kept per thread; the tests hold them against
+// it.
 #include <unicode/uchar.h>
-#include <unicode/utext.h>
+#include <unicode/uscript.h>
+#include <unicode/uvernum.h>
 
-#include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdint>
 #include <limits>
-#include <memory>
 
+#include "platform/linux/utf8.h"
 #include "platform/text.h"
 
 namespace marbelot::text {
 namespace {
 
-// What a scalar does to the character boundaries beside it (UAX #29).
-enum class Joining : std::uint8_t {
-  none,      // never joins another `none`, so between two of them is always a boundary
-  control,   // joins nothing; CR LF is looked after where it matters
-  extends,   // belongs to what precedes it, unless that is a control
-  entangled  // depends on more than its neighbour
+// What a scalar does to the boundaries beside it.
+enum class Kind : std::uint8_t {
+  unknown,
+  other,
+  control,
+  extend,
+  linkingExtend,  // an extend that may stand between a virama and its consonants
+  virama,
+  zwj,
+  spacingMark,
+  prepend,
+  pictographic,
+  consonant,  // of a script in which a virama makes conjuncts
+  regionalIndicator,
+  hangulL,
+  hangulV,
+  hangulT,
+  hangulLV,
+  hangulLVT,
 };
 
-Joining joiningFromIcu(UChar32 c) {
-  switch (u_getIntPropertyValue(c, UCHAR_GRAPHEME_CLUSTER_BREAK)) {
-    case U_GCB_OTHER:
-    case U_GCB_LV:  // a whole syllable only joins the Hangul letters beside it
-    case U_GCB_LVT:
-      return Joining::none;
-    case U_GCB_CONTROL:
-    case U_GCB_CR:
-    case U_GCB_LF:
-      return Joining::control;
-    case U_GCB_SPACING_MARK:
-      return Joining::extends;
-    case U_GCB_EXTEND:
-      break;
+enum class Conjunct { none, consonant, linker, extend };
+
+Conjunct conjunctOf(UChar32 c) {
+#if U_ICU_VERSION_MAJOR_NUM >= 76
+  switch (u_getIntPropertyValue(c, UCHAR_INDIC_CONJUNCT_BREAK)) {
+    case U_INCB_CONSONANT:
+      return Conjunct::consonant;
+    case U_INCB_LINKER:
+      return Conjunct::linker;
+    case U_INCB_EXTEND:
+      return Conjunct::extend;
     default:
-      return Joining::entangled;
+      return Conjunct::none;
   }
-  switch (u_getIntPropertyValue(c, UCHAR_INDIC_SYLLABIC_CATEGORY)) {
-    case U_INSC_VIRAMA:  // may tie the next consonant to the previous one
-    case U_INSC_INVISIBLE_STACKER:
-    case U_INSC_PURE_KILLER:
-      return Joining::entangled;
-    default:
-      return Joining::extends;
-  }
-}
-
-Joining joiningOf(char32_t c) {
-  if (c < 0x300) {
-    const bool control = c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0xAD;
-    return control ? Joining::control : Joining::none;
-  }
-  // Most of the world's text, spared the property lookup: Greek and Cyrillic letters, ideographs,
-  // Hangul syllables.
-  if ((c >= 0x370 && c < 0x483) || (c >= 0x4E00 && c < 0xA000) || (c >= 0xAC00 && c < 0xD7A4)) {
-    return Joining::none;
-  }
-  return joiningFromIcu(static_cast<UChar32>(c));
-}
-
-bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
-
-struct CloseIterator {
-  void operator()(UBreakIterator* iterator) const { ubrk_close(iterator); }
-};
-
-UBreakIterator* characterIterator() {
-  thread_local const std::unique_ptr<UBreakIterator, CloseIterator> iterator = [] {
+#else
+  // Before the property existed, ICU spelt it out so.
+  const int category = u_getIntPropertyValue(c, UCHAR_INDIC_SYLLABIC_CATEGORY);
+  if (category == U_INSC_CONSONANT || category == U_INSC_VIRAMA) {
     UErrorCode error = U_ZERO_ERROR;
-    std::unique_ptr<UBreakIterator, CloseIterator> opened(
-        ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &error));
-    if (U_FAILURE(error)) opened.reset();
-    return opened;
-  }();
-  return iterator.get();
-}
-
-// Walks a text character by character, forwards.
-class Characters {
- public:
-  explicit Characters(std::string_view text) : text_(text) {}
-
-  // The end of the character that starts at `at` (must be < size).
-  std::size_t endOf(std::size_t at) {
-    Scalar scalar = scalarAt(text_, at);
-    std::size_t end = at + scalar.bytes;
-    if (end == text_.size()) return end;
-    if (scalar.value < 0x80 && isAscii(text_[end])) {
-      return end + (scalar.value == '\r' && text_[end] == '\n');
-    }
-    switch (joiningOf(scalar.value)) {
-      case Joining::control:
-        return end;
-      case Joining::entangled:
-        return endFromIcu(at);
+    switch (uscript_getScript(c, &error)) {
+      case USCRIPT_BENGALI:
+      case USCRIPT_DEVANAGARI:
+      case USCRIPT_GUJARATI:
+      case USCRIPT_MALAYALAM:
+      case USCRIPT_ORIYA:
+      case USCRIPT_TELUGU:
+        return category == U_INSC_VIRAMA ? Conjunct::linker : Conjunct::consonant;
       default:
         break;
     }
-    for (; end < text_.size(); end += scalar.bytes) {
-      if (isAscii(text_[end])) break;
-      scalar = scalarAt(text_, end);
-      const Joining joining = joiningOf(scalar.value);
-      if (joining == Joining::entangled) return endFromIcu(at);
-      if (joining != Joining::extends) break;
-    }
-    return end;
   }
+  return u_getCombiningClass(c) != 0 ? Conjunct::extend : Conjunct::none;
+#endif
+}
+
+Kind kindFromIcu(UChar32 c) {
+  switch (u_getIntPropertyValue(c, UCHAR_GRAPHEME_CLUSTER_BREAK)) {
+    case U_GCB_CONTROL:
+    case U_GCB_CR:
+    case U_GCB_LF:
+      return Kind::control;
+    case U_GCB_EXTEND:
+      switch (conjunctOf(c)) {
+        case Conjunct::linker:
+          return Kind::virama;
+        case Conjunct::extend:
+          return Kind::linkingExtend;
+        default:
+          return Kind::extend;
+      }
+    case U_GCB_ZWJ:
+      return Kind::zwj;
+    case U_GCB_SPACING_MARK:
+      return Kind::spacingMark;
+    case U_GCB_PREPEND:
+      return Kind::prepend;
+    case U_GCB_REGIONAL_INDICATOR:
+      return Kind::regionalIndicator;
+    case U_GCB_L:
+      return Kind::hangulL;
+    case U_GCB_V:
+      return Kind::hangulV;
+    case U_GCB_T:
+      return Kind::hangulT;
+    case U_GCB_LV:
+      return Kind::hangulLV;
+    case U_GCB_LVT:
+      return Kind::hangulLVT;
+    default:
+      if (u_hasBinaryProperty(c, UCHAR_EXTENDED_PICTOGRAPHIC)) return Kind::pictographic;
+      return conjunctOf(c) == Conjunct::consonant ? Kind::consonant : Kind::other;
+  }
+}
+
+Kind kindOf(char32_t c) {
+  // Filled as scalars are met, so that starting up costs nothing. Threads that meet the same one
+  // at once write the same value.
+  static std::array<std::atomic<Kind>, 0x20000> known{};
+  if (c >= known.size()) return kindFromIcu(static_cast<UChar32>(c));
+  Kind kind = known[c].load(std::memory_order_relaxed);
+  if (kind == Kind::unknown) {
+    kind = kindFromIcu(static_cast<UChar32>(c));
+    known[c].store(kind, std::memory_order_relaxed);
+  }
+  return kind;
+}
+
+bool isExtend(Kind kind) {
+  return kind == Kind::extend || kind == Kind::linkingExtend || kind == Kind::virama;
+}
+
+bool isAttached(Kind kind) {
+  return isExtend(kind) || kind == Kind::zwj || kind == Kind::spacingMark;
+}
+
+bool mayStandInConjunct(Kind kind) {
+  return kind == Kind::linkingExtend || kind == Kind::virama || kind == Kind::zwj;
+}
+
+// Rules GB6 to GB8.
+bool hangulJoins(Kind before, Kind next) {
+  switch (before) {
+    case Kind::hangulL:
+      return next == Kind::hangulL || next == Kind::hangulV || next == Kind::hangulLV ||
+             next == Kind::hangulLVT;
+    case Kind::hangulLV:
+    case Kind::hangulV:
+      return next == Kind::hangulV || next == Kind::hangulT;
+    case Kind::hangulLVT:
+    case Kind::hangulT:
+      return next == Kind::hangulT;
+    default:
+      return false;
+  }
+}
+
+// One character in the making: takes scalars for as long as they belong to it.
+class Cluster {
+ public:
+  explicit Cluster(Kind first) { take(first); }
+
+  bool takes(Kind next) {
+    if (!joins(next)) return false;
+    take(next);
+    return true;
+  }
+
+  // Whether no ASCII can belong to it (but the LF of a CR LF, which is not for this class).
+  bool endsBeforeAscii() const { return last_ != Kind::prepend; }
 
  private:
-  std::size_t endFromIcu(std::size_t at) {
-    UBreakIterator* const iterator = characterIterator();
-    if (!iterator) return at + scalarAt(text_, at).bytes;
-    if (!open_ || at - base_ >= kWindow / 2) {
-      base_ = at;
-      const std::size_t window = std::min(text_.size() - base_, kWindow);
-      UErrorCode error = U_ZERO_ERROR;
-      UText bytes = UTEXT_INITIALIZER;
-      utext_openUTF8(&bytes, text_.data() + base_, static_cast<std::int64_t>(window), &error);
-      ubrk_setUText(iterator, &bytes, &error);
-      utext_close(&bytes);
-      open_ = U_SUCCESS(error);
-      if (!open_) return at + scalarAt(text_, at).bytes;
+  bool joins(Kind next) const {
+    if (last_ == Kind::control || next == Kind::control) return false;  // GB4, GB5
+    if (isAttached(next) || last_ == Kind::prepend) return true;        // GB9, GB9a, GB9b
+    switch (next) {
+      case Kind::other:
+        return false;
+      case Kind::consonant:  // GB9c
+        return conjunct_ && linked_;
+      case Kind::pictographic:  // GB11
+        return pictographic_ && last_ == Kind::zwj;
+      case Kind::regionalIndicator:  // GB12, GB13
+        return halfFlag_;
+      default:
+        return hangulJoins(last_, next);
     }
-    const std::int32_t end = ubrk_following(iterator, static_cast<std::int32_t>(at - base_));
-    return end == UBRK_DONE ? text_.size() : base_ + static_cast<std::size_t>(end);
   }
 
-  static constexpr std::size_t kWindow = std::numeric_limits<std::int32_t>::max();
+  void take(Kind next) {
+    pictographic_ = next == Kind::pictographic ||
+                    (pictographic_ && last_ != Kind::zwj && (isExtend(next) || next == Kind::zwj));
+    conjunct_ = next == Kind::consonant || (conjunct_ && mayStandInConjunct(next));
+    linked_ = conjunct_ && next != Kind::consonant && (linked_ || next == Kind::virama);
+    halfFlag_ = next == Kind::regionalIndicator && !halfFlag_;
+    last_ = next;
+  }
 
-  std::string_view text_;
-  std::size_t base_ = 0;  // where the iterator's text starts
-  bool open_ = false;
+  Kind last_ = Kind::unknown;
+  bool pictographic_ = false;  // so far "pictographic extend*", perhaps with a ZWJ after it
+  bool conjunct_ = false;      // so far a consonant and what may follow it in a conjunct
+  bool linked_ = false;        // ... a virama among it
+  bool halfFlag_ = false;
 };
 
 struct Walked {
@@ -145,40 +210,57 @@ struct Walked {
 // Goes over characters from the start until `limit` of them have been passed.
 Walked walk(std::string_view text, std::size_t limit) {
   constexpr std::size_t kBlock = 64;
-  Characters characters(text);
-  std::size_t at = 0, count = 0, retry = 0;
-  while (at < text.size() && count < limit) {
-    // A block of ASCII with one more byte to look ahead at: a character ends after each byte but a
-    // CR before an LF. Fixed trip counts, so that the compiler makes vectors of the loop. Staying
-    // strictly below the limit leaves the end of a CR LF that the block cuts to the next step.
-    if (at >= retry && text.size() - at > kBlock && limit - count > kBlock) {
+  if (text.empty() || limit == 0) return {0, 0};
+  const Scalar first = scalarAt(text, 0);
+  Cluster cluster(kindOf(first.value));
+  std::size_t at = first.bytes, count = 0, retry = 0;  // `count` leaves out the one in the making
+  while (at < text.size()) {
+    // In a block of ASCII a character starts at each byte but an LF after a CR. A fixed trip count,
+    // so that the compiler makes vectors of the loop.
+    if (at >= retry && text.size() - at >= kBlock && limit - count > kBlock &&
+        cluster.endsBeforeAscii()) {
       const char* s = text.data() + at;
-      unsigned char high = static_cast<unsigned char>(s[kBlock]), pairs = 0;
+      unsigned char high = 0, pairs = 0;
       for (std::size_t i = 0; i < kBlock; ++i) {
         high = static_cast<unsigned char>(high | static_cast<unsigned char>(s[i]));
-        pairs = static_cast<unsigned char>(pairs + ((s[i] == '\r') & (s[i + 1] == '\n')));
+        const bool pair = (s[i] == '\n') & (s[i - 1] == '\r');
+        pairs = static_cast<unsigned char>(pairs + pair);
       }
       if (high < 0x80) {
         at += kBlock;
         count += kBlock - pairs;
+        cluster = Cluster(kindOf(static_cast<unsigned char>(text[at - 1])));
         continue;
       }
       retry = at + kBlock;
     }
-    at = characters.endOf(at);
-    ++count;
+    const std::size_t start = at;
+    const UChar32 c = decode(text, at);
+    if (c == '\n' && text[start - 1] == '\r') continue;
+    const Kind kind = c < 0 ? Kind::other : kindOf(static_cast<char32_t>(c));
+    if (cluster.takes(kind)) continue;
+    if (++count == limit) return {start, count};
+    cluster = Cluster(kind);
   }
-  return {at, count};
+  return {at, count + 1};
 }
 
-// Whether a character surely starts with `next` when it follows `previous`.
+// Whether a character starts with `next` after `previous`, whatever came before them.
 bool surelyApart(char32_t previous, char32_t next) {
   if (previous == '\r' && next == '\n') return false;
-  const Joining before = joiningOf(previous), after = joiningOf(next);
-  if (before == Joining::control || after == Joining::control) return true;
-  if (after != Joining::none) return false;
-  // Marks may stand between a virama and its consonant; those scripts start at U+0900.
-  return before == Joining::none || (before == Joining::extends && next < 0x900);
+  const Kind before = kindOf(previous), after = kindOf(next);
+  if (before == Kind::control || after == Kind::control) return true;
+  if (before == Kind::prepend || isAttached(after)) return false;
+  switch (after) {
+    case Kind::consonant:
+      return !mayStandInConjunct(before);
+    case Kind::pictographic:
+      return before != Kind::zwj;
+    case Kind::regionalIndicator:
+      return before != Kind::regionalIndicator;
+    default:
+      return !hangulJoins(before, after);
+  }
 }
 
 // The last place before `end` (must be > 0) that is a boundary whatever precedes it.

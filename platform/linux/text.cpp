@@ -7,7 +7,6 @@
 #include <unicode/uchar.h>
 #include <unicode/ucol.h>
 #include <unicode/uloc.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <array>
@@ -19,6 +18,8 @@
 #include <limits>
 #include <memory>
 #include <utility>
+
+#include "platform/linux/utf8.h"
 
 namespace marbelot::text {
 namespace {
@@ -51,17 +52,6 @@ std::size_t asciiEnd(std::string_view text, std::size_t at) {
   return at;
 }
 
-// ICU's macro mixes int and uint8_t.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"
-// Decodes the scalar at `at` and moves past it; negative when the sequence is invalid.
-UChar32 decode(std::string_view text, std::size_t& at) {
-  UChar32 c;
-  U8_NEXT(text.data(), at, text.size(), c);
-  return c;
-}
-#pragma GCC diagnostic pop
-
 // Index of the first byte that belongs to no valid sequence, or the size.
 std::size_t validEnd(std::string_view text) {
   std::size_t at = 0;
@@ -75,15 +65,18 @@ std::size_t validEnd(std::string_view text) {
   return at;
 }
 
+// The edges of most texts are ASCII and decided without a call: this runs once per line.
 template <bool (*trims)(char32_t)>
 std::string_view trimmed(std::string_view text) {
   while (!text.empty()) {
-    const Scalar first = scalarAt(text, 0);
+    const auto lead = static_cast<unsigned char>(text.front());
+    const Scalar first = lead < 0x80 ? Scalar{lead, 1} : scalarAt(text, 0);
     if (!trims(first.value)) break;
     text.remove_prefix(first.bytes);
   }
   while (!text.empty()) {
-    const Scalar last = scalarBefore(text, text.size());
+    const auto end = static_cast<unsigned char>(text.back());
+    const Scalar last = end < 0x80 ? Scalar{end, 1} : scalarBefore(text, text.size());
     if (!trims(last.value)) break;
     text.remove_suffix(last.bytes);
   }
