@@ -46,6 +46,12 @@ bool isBlank(char32_t c);
 // isBlank, and U+000A–U+000D, U+0085, U+2028, U+2029.
 bool isBlankOrNewline(char32_t c);
 
+// The part that a scalar plays in the \b of a regular expression (UTS #18, as ICU has it when not
+// asked for UREGEX_UWORD): there is a boundary between a word and a separator, and an extender
+// (a combining mark or a format character) belongs to whatever stands before it.
+enum class WordRole { separator, word, extender };
+WordRole wordRole(char32_t c);
+
 std::string_view trimmedBlanks(std::string_view text);
 std::string_view trimmedBlanksAndNewlines(std::string_view text);
 
