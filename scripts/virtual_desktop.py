@@ -140,8 +140,7 @@ class VirtualDesktop:
 
     def _start_service(self, script, *arguments):
         self.spawn("/usr/bin/python3", SCRIPTS / script, *arguments, log=script)
-        until(lambda: "ready\n" in (self.folder / f"{script}.log").read_text(), script,
-              STARTUP_SECONDS)
+        until(lambda: "ready\n" in self.log(script), script, STARTUP_SECONDS)
 
     # Processes
 
@@ -167,7 +166,9 @@ class VirtualDesktop:
                               capture_output=True, timeout=timeout, **options)
 
     def log(self, name):
-        return (self.folder / f"{name}.log").read_text(errors="replace")
+        """What the processes spawned under that name have printed."""
+        path = self.folder / f"{name}.log"
+        return path.read_text(errors="replace") if path.exists() else ""
 
     def end(self, process, seconds=5):
         """Ends a process started here and its children."""
@@ -197,6 +198,12 @@ class VirtualDesktop:
 
     def root_properties(self):
         return self.run("xprop", "-root").stdout.decode(errors="replace")
+
+    def windows_of(self, window_class):
+        """Lines of xwininfo about the windows inside those of a class, e.g. icons in a tray."""
+        found = self.run("xdotool", "search", "--class", window_class).stdout.decode().split()
+        trees = [self.run("xwininfo", "-id", window, "-tree").stdout for window in found]
+        return b"".join(trees).decode(errors="replace").splitlines()
 
     def clipboard(self, target, seconds=5):
         """The clipboard's bytes as `target`, e.g. "image/png"; None when it is not offered."""
