@@ -159,11 +159,11 @@ class VirtualDesktop:
 
     def run(self, *command, timeout=10, **options):
         """Runs a command to its end; bytes in stdout and stderr."""
-        options.setdefault("stdin", None if "input" in options else subprocess.DEVNULL)
-        if options["stdin"] is None:
-            del options["stdin"]
+        if "input" not in options:
+            options.setdefault("stdin", subprocess.DEVNULL)
+        options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE} | options
         return subprocess.run([os.fspath(part) for part in command], env=self.env,
-                              capture_output=True, timeout=timeout, **options)
+                              timeout=timeout, **options)
 
     def log(self, name):
         """What the processes spawned under that name have printed."""

@@ -3,7 +3,7 @@
 import time
 import unittest
 
-from program import BIN, DesktopTest, Marbelot, png, screenshot_name, until
+from desktop_case import BIN, DesktopTest, Marbelot, png, screenshot_name, until
 
 POINTER = (700, 400)
 

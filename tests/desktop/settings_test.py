@@ -4,7 +4,7 @@ import json
 import subprocess
 import unittest
 
-from program import DesktopTest, Marbelot, stays, until
+from desktop_case import DesktopTest, Marbelot, stays, until
 
 LOCATION = json.dumps({"location": "~/Shots"})
 

@@ -6,7 +6,7 @@ import shutil
 import time
 import unittest
 
-from program import MARK, NOTICE_TITLE, DesktopTest, Marbelot, png, screenshot_name, stays, until
+from desktop_case import MARK, NOTICE_TITLE, DesktopTest, Marbelot, png, screenshot_name, stays, until
 
 
 class WatcherTest(DesktopTest):
