@@ -26,7 +26,9 @@ QString RemoteControl::InvokeTitles(const QString& titles) {
 
 QString RemoteControl::InvokeAction(const QString& action, const QStringList& object) {
   if (!requests_.invokeAction) return notReady;
-  return QString::fromStdString(requests_.invokeAction(action.toStdString(), object.toStdString()));
+  std::optional<std::string> represented;
+  if (!object.isEmpty()) represented = object.front().toStdString();
+  return QString::fromStdString(requests_.invokeAction(action.toStdString(), represented));
 }
 
 // These answer before they act: a menu that is open, or a program that ends, answers nobody.
