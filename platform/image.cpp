@@ -1,0 +1,132 @@
+#include "platform/image.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "platform/image_header.h"
+
+namespace marbelot {
+namespace {
+
+bool readFully(int descriptor, std::uint64_t offset, char* to, std::size_t count) {
+  while (count > 0) {
+    const ssize_t got = ::pread(descriptor, to, count, static_cast<off_t>(offset));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return false;
+    to += got;
+    offset += static_cast<std::uint64_t>(got);
+    count -= static_cast<std::size_t>(got);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string_view mimeType(ImageFormat format) {
+  switch (format) {
+    case ImageFormat::png:
+      return "image/png";
+    case ImageFormat::jpeg:
+      return "image/jpeg";
+    case ImageFormat::tiff:
+      return "image/tiff";
+    case ImageFormat::heic:
+      return "image/heic";
+    case ImageFormat::gif:
+      return "image/gif";
+    case ImageFormat::bmp:
+      return "image/bmp";
+    case ImageFormat::webp:
+      return "image/webp";
+  }
+  return {};
+}
+
+class Image::File {
+ public:
+  explicit File(int descriptor) : descriptor_(descriptor) {}
+  ~File() { ::close(descriptor_); }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  // The size now, in bytes; 0 for whatever is no regular file.
+  std::uint64_t size() const {
+    struct stat status {};
+    const bool regular = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    return regular ? static_cast<std::uint64_t>(status.st_size) : 0;
+  }
+  bool read(std::uint64_t offset, char* to, std::size_t count) const {
+    return readFully(descriptor_, offset, to, count);
+  }
+
+ private:
+  int descriptor_;
+};
+
+std::optional<Image> Image::fromBytes(SharedBytes bytes) {
+  const auto header = bytes ? imageHeader(std::string_view(*bytes)) : std::nullopt;
+  if (!header) return std::nullopt;
+  Image image;
+  image.header_ = *header;
+  image.bytes_ = std::move(bytes);
+  return image;
+}
+
+std::optional<Image> Image::fromFile(const std::string& path) {
+  // Reads in small windows, so that a walk over many tiny chunks needs few system calls.
+  class FileSource final : public ByteSource {
+   public:
+    explicit FileSource(const File& file) : file_(file), size_(file.size()) {}
+    std::uint64_t size() const override { return size_; }
+    bool read(std::uint64_t offset, char* to, std::size_t count) const override {
+      if (offset > size_ || count > size_ - offset || count > window_.size()) return false;
+      if (offset < start_ || offset + count > start_ + filled_) {
+        const auto wanted = std::min<std::uint64_t>(window_.size(), size_ - offset);
+        filled_ = 0;
+        if (!file_.read(offset, window_.data(), wanted)) return false;
+        start_ = offset;
+        filled_ = wanted;
+      }
+      std::memcpy(to, window_.data() + (offset - start_), count);
+      return true;
+    }
+
+   private:
+    const File& file_;
+    std::uint64_t size_;
+    mutable std::array<char, 4096> window_{};
+    mutable std::uint64_t start_ = 0;
+    mutable std::uint64_t filled_ = 0;
+  };
+
+  // Non-blocking: opening a named pipe must not wait for its writer.
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return std::nullopt;
+  auto file = std::make_shared<const File>(descriptor);
+  const auto header = imageHeader(FileSource(*file));
+  if (!header) return std::nullopt;
+  Image image;
+  image.header_ = *header;
+  image.file_ = std::move(file);
+  return image;
+}
+
+SharedBytes Image::bytes() const {
+  if (!file_) return bytes_;
+  std::string bytes(file_->size(), '\0');
+  if (!file_->read(0, bytes.data(), bytes.size())) return nullptr;
+  // Somebody may have written over the file since; then it is another image, or none.
+  const auto now = imageHeader(std::string_view(bytes));
+  if (!now || now->format != header_.format || now->width != header_.width ||
+      now->height != header_.height)
+    return nullptr;
+  return share(std::move(bytes));
+}
+
+}  // namespace marbelot
