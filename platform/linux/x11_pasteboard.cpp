@@ -1,0 +1,268 @@
+#include "platform/linux/x11_pasteboard.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <xcb/xfixes.h>
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/x11_selection_owner.h"
+#include "platform/linux/x11_selection_reader.h"
+
+namespace marbelot {
+namespace {
+
+// More than anybody copies while the main thread is busy; beyond, the oldest are forgotten.
+constexpr std::size_t rememberedChanges = 1024;
+
+struct News {
+  PasteboardContents contents;
+  X11Announcement announcement;
+};
+
+}  // namespace
+
+// The clipboard's thread, and the only two things that cross it: news to the main thread, and the
+// last own write to the clipboard.
+class X11Pasteboard::Worker {
+ public:
+  Worker(std::string display, std::function<void()> wakeMain)
+      : display_(std::move(display)),
+        wakeMain_(std::move(wakeMain)),
+        wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    // No signal is handled there, and a broken connection must not end the process by SIGPIPE.
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    thread_ = std::thread([this] { run(); });
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  }
+
+  ~Worker() {
+    {
+      const std::lock_guard lock(mutex_);
+      quit_ = true;
+      // Even a thread that waits for an answer of the server comes back at once.
+      if (connection_) ::shutdown(connection_->descriptor(), SHUT_RDWR);
+    }
+    wake();
+    thread_.join();
+    connection_.reset();
+    ::close(wake_);
+  }
+
+  void write(X11Offer offer, std::uint64_t number) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (ended_) return;
+      offer_ = {std::move(offer), number};
+    }
+    wake();
+  }
+
+  std::vector<News> takeNews() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(news_, {});
+  }
+
+ private:
+  void wake() { ::eventfd_write(wake_, 1); }
+
+  void run() {
+    {
+      auto connection = std::make_unique<X11Connection>(display_);
+      const std::lock_guard lock(mutex_);
+      connection_ = std::move(connection);
+      if (quit_) return;
+    }
+    if (connection_->alive() && connection_->watchClipboard()) serve();
+    const std::lock_guard lock(mutex_);
+    ended_ = true;
+    offer_.reset();
+  }
+
+  void serve() {
+    X11SelectionOwner owner(*connection_, [this] { wake(); });
+    X11SelectionReader reader(
+        *connection_, [this](PasteboardContents contents, const X11Announcement& announcement) {
+          tell({std::move(contents), announcement});
+        });
+    readPresent(reader);
+    while (connection_->alive()) {
+      if (!takeCommands(owner)) return;
+      while (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_->get())})
+        dispatch(*event, reader, owner);
+      const auto now = X11Clock::now();
+      reader.expire(now);
+      owner.expire(now);
+      xcb_flush(connection_->get());
+      // Writing may have read: what is in the library's queue no longer wakes poll().
+      if (const X11Reply<xcb_generic_event_t> event{
+              xcb_poll_for_queued_event(connection_->get())}) {
+        dispatch(*event, reader, owner);
+        continue;
+      }
+      wait(std::min(reader.deadline(), owner.deadline()));
+    }
+  }
+
+  void readPresent(X11SelectionReader& reader) {
+    const auto cookie = xcb_get_selection_owner(connection_->get(), connection_->atom("CLIPBOARD"));
+    const X11Reply<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection_->get(), cookie, nullptr));
+    if (!reply || reply->owner == XCB_WINDOW_NONE) return;
+    X11Announcement present;
+    present.owner = reply->owner;
+    present.initial = true;
+    reader.begin(present);
+  }
+
+  void dispatch(const xcb_generic_event_t& event, X11SelectionReader& reader,
+                X11SelectionOwner& owner) {
+    if (eventType(event) != connection_->ownerEvent()) {
+      owner.handle(event);
+      reader.handle(event);
+      return;
+    }
+    const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
+    if (owner.ownerChanged(change.owner)) return reader.abandonAll();
+    X11Announcement announcement;
+    announcement.owner = change.owner;
+    announcement.time = change.timestamp;
+    announcement.sequence = event.full_sequence;
+    announcement.ownWrites = owner.claimed();
+    reader.begin(announcement);
+  }
+
+  // False when the thread has to end.
+  bool takeCommands(X11SelectionOwner& owner) {
+    eventfd_t ignored = 0;
+    ::eventfd_read(wake_, &ignored);
+    owner.collect();
+    std::optional<std::pair<X11Offer, std::uint64_t>> offer;
+    {
+      const std::lock_guard lock(mutex_);
+      if (quit_) return false;
+      offer = std::exchange(offer_, std::nullopt);
+    }
+    if (offer) owner.claim(std::move(offer->first), offer->second);
+    return true;
+  }
+
+  void wait(X11Clock::time_point deadline) {
+    int milliseconds = -1;
+    if (deadline != X11Clock::time_point::max()) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - X11Clock::now());
+      milliseconds = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+    }
+    std::array<pollfd, 2> watched{{{connection_->descriptor(), POLLIN, 0}, {wake_, POLLIN, 0}}};
+    ::poll(watched.data(), watched.size(), milliseconds);
+  }
+
+  void tell(News news) {
+    bool first = false;
+    {
+      const std::lock_guard lock(mutex_);
+      first = news_.empty();
+      news_.push_back(std::move(news));
+      if (news_.size() > rememberedChanges) news_.erase(news_.begin());
+    }
+    if (first) wakeMain_();
+  }
+
+  const std::string display_;
+  const std::function<void()> wakeMain_;
+  const int wake_;
+  std::mutex mutex_;
+  bool quit_ = false;
+  bool ended_ = false;
+  std::optional<std::pair<X11Offer, std::uint64_t>> offer_;  // only the last one matters
+  std::vector<News> news_;
+  std::unique_ptr<X11Connection> connection_;  // made by the thread, ended after it
+  std::thread thread_;
+};
+
+X11Pasteboard::X11Pasteboard(MainQueue& queue, std::string display) {
+  changes_.push_back({1, {}});
+  worker_ = std::make_unique<Worker>(std::move(display),
+                                     [this, &queue, alive = std::weak_ptr<char>(alive_)] {
+                                       queue.post([this, alive] {
+                                         if (alive.lock()) announce();
+                                       });
+                                     });
+}
+
+X11Pasteboard::~X11Pasteboard() = default;
+
+void X11Pasteboard::takeNews() {
+  for (News& news : worker_->takeNews()) {
+    if (news.announcement.initial) {
+      if (changes_.back().count == 1) changes_.back().contents = std::move(news.contents);
+      continue;
+    }
+    if (news.announcement.ownWrites < writes_) continue;
+    record(std::move(news.contents));
+    unannounced_ = true;
+  }
+}
+
+void X11Pasteboard::announce() {
+  takeNews();
+  const auto handler = handler_;  // it may be replaced while it runs
+  if (std::exchange(unannounced_, false) && handler) handler();
+}
+
+std::int64_t X11Pasteboard::record(PasteboardContents contents) {
+  changes_.push_back({changes_.back().count + 1, std::move(contents)});
+  if (changes_.size() > rememberedChanges) changes_.pop_front();
+  return changes_.back().count;
+}
+
+std::int64_t X11Pasteboard::changeCount() {
+  takeNews();
+  return changes_.back().count;
+}
+
+PasteboardContents X11Pasteboard::contents() {
+  takeNews();
+  return changes_.back().contents;
+}
+
+std::vector<PasteboardChange> X11Pasteboard::changesSince(std::int64_t count) {
+  takeNews();
+  std::vector<PasteboardChange> told;
+  for (const PasteboardChange& change : changes_)
+    if (change.count > count && change.count > 1) told.push_back(change);
+  changes_.erase(changes_.begin(), changes_.end() - 1);
+  return told;
+}
+
+std::int64_t X11Pasteboard::write(SharedText text) {
+  takeNews();
+  X11Offer offer{text ? std::move(text) : share({}), std::nullopt};
+  const auto count = record({offer.text, std::nullopt, offeredTypes(offer), false});
+  worker_->write(std::move(offer), ++writes_);
+  return count;
+}
+
+std::int64_t X11Pasteboard::write(const Image& image) {
+  takeNews();
+  X11Offer offer{nullptr, image};
+  const auto count = record({nullptr, image, offeredTypes(offer), false});
+  worker_->write(std::move(offer), ++writes_);
+  return count;
+}
+
+void X11Pasteboard::setChangeHandler(std::function<void()> handler) {
+  handler_ = std::move(handler);
+}
+
+}  // namespace marbelot

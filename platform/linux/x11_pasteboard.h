@@ -1,0 +1,48 @@
+// The clipboard of an X11 desktop, read and served by a thread of its own: neither a program that
+// does not answer nor a busy main thread holds up the other side.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <string>
+
+#include "platform/main_queue.h"
+#include "platform/pasteboard.h"
+
+namespace marbelot {
+
+// The count starts at 1, which stands for whatever the clipboard held at the start; that becomes
+// the contents as soon as it has been read, without being told as a change. What another program
+// has copied just before an own write is dropped when it arrives after it.
+// Without a display, or when the connection breaks, own writes are kept in memory and nothing else
+// happens.
+class X11Pasteboard final : public Pasteboard {
+ public:
+  // `queue` must live longer. An empty `display` means the one of the environment.
+  explicit X11Pasteboard(MainQueue& queue, std::string display = {});
+  // Takes no time, whatever other programs are doing.
+  ~X11Pasteboard() override;
+
+  std::int64_t changeCount() override;
+  PasteboardContents contents() override;
+  std::vector<PasteboardChange> changesSince(std::int64_t count) override;
+  std::int64_t write(SharedText text) override;
+  std::int64_t write(const Image& image) override;
+  void setChangeHandler(std::function<void()> handler) override;
+
+ private:
+  class Worker;
+
+  void takeNews();
+  void announce();
+  std::int64_t record(PasteboardContents contents);
+
+  std::deque<PasteboardChange> changes_;  // never empty; the last one is the present
+  std::uint64_t writes_ = 0;
+  bool unannounced_ = false;
+  std::function<void()> handler_;
+  std::shared_ptr<char> alive_ = std::make_shared<char>();
+  std::unique_ptr<Worker> worker_;
+};
+
+}  // namespace marbelot

@@ -1,0 +1,62 @@
+// Reads what other programs put on the clipboard, without ever waiting for one of them.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+
+#include "platform/linux/x11_connection.h"
+#include "platform/pasteboard.h"
+
+namespace marbelot {
+
+// Who took the clipboard, and when.
+struct X11Announcement {
+  xcb_window_t owner = XCB_WINDOW_NONE;
+  xcb_timestamp_t time = XCB_CURRENT_TIME;
+  std::uint32_t sequence = 0;   // the last of our requests that the server had seen by then
+  std::uint64_t ownWrites = 0;  // how many of our own writes it came after
+  bool initial = false;         // found at the start: not a change
+};
+
+// Every announced owner is read; several are read at once when they follow each other closely, and
+// told in their order. An owner that has been replaced is given up after a tenth of a second
+// without progress, the present one after two seconds; then what did arrive is told.
+class X11SelectionReader {
+ public:
+  using Deliver = std::function<void(PasteboardContents, const X11Announcement&)>;
+
+  X11SelectionReader(X11Connection& connection, Deliver deliver);
+  ~X11SelectionReader();
+
+  void begin(const X11Announcement& announcement);
+  // Stops all reading; nothing that is unfinished will be told.
+  void abandonAll();
+
+  void handle(const xcb_generic_event_t& event);
+  // When expire() must be called; time_point::max() while nothing is being read.
+  X11Clock::time_point deadline() const;
+  void expire(X11Clock::time_point now);
+
+ private:
+  struct Conversion;
+  struct Read;
+
+  void ask(Read& read, Conversion& conversion, xcb_atom_t target);
+  void receive(Read& read, Conversion& conversion);
+  void finish(Read& read, Conversion& conversion);
+  void finishTargets(Read& read, const Conversion& conversion);
+  void advance(Read& read);
+  void deliverFinished();
+  void release(const Read& read);
+  Read* find(xcb_window_t window);
+
+  X11Connection& connection_;
+  Deliver deliver_;
+  std::deque<std::unique_ptr<Read>> reads_;  // oldest first
+  // A late answer to a window that is gone would kill a careless owner, so these live on a while.
+  std::deque<xcb_window_t> retired_;
+};
+
+}  // namespace marbelot

@@ -1,0 +1,358 @@
+#include "platform/linux/x11_pasteboard.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QBuffer>
+#include <QImage>
+#include <cstdio>
+#include <future>
+#include <optional>
+
+#include "tests/platform/test_queue.h"
+#include "tests/platform/x11_test_clients.h"
+
+namespace marbelot {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+std::string longText(std::size_t bytes) {
+  std::string text;
+  for (std::size_t line = 0; text.size() < bytes; ++line) text += std::to_string(line) + '\n';
+  text.resize(bytes);
+  return text;
+}
+
+// Noise, so that the encoded image has a realistic size.
+QImage noise(int width, int height) {
+  QImage image(width, height, QImage::Format_RGB32);
+  std::uint32_t state = 1;
+  for (int y = 0; y < height; ++y) {
+    auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+    for (int x = 0; x < width; ++x) {
+      state = state * 1664525 + 1013904223;
+      line[x] = qRgb(x & 255, y & 255, static_cast<int>(state >> 29));
+    }
+  }
+  return image;
+}
+
+std::string encoded(const QImage& image, const char* format) {
+  QByteArray bytes;
+  QBuffer device(&bytes);
+  device.open(QIODevice::WriteOnly);
+  image.save(&device, format);
+  return bytes.toStdString();
+}
+
+void xclip(const std::string& display, const std::string& text) {
+  const std::string command = "xclip -display " + display + " -selection clipboard >/dev/null 2>&1";
+  FILE* pipe = ::popen(command.c_str(), "w");
+  ASSERT_NE(pipe, nullptr);
+  std::fwrite(text.data(), 1, text.size(), pipe);
+  ASSERT_EQ(::pclose(pipe), 0);
+}
+
+class X11PasteboardTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_FALSE(server.display().empty()) << "Xvfb is needed for these tests";
+    board.emplace(queue, server.display());
+    // Its thread is up when it serves what we write.
+    takeClipboard();
+    board->changesSince(0);
+  }
+
+  const std::string& display() const { return server.display(); }
+  // The changes since the last call, once there are `count` of them.
+  std::vector<PasteboardChange> news(std::size_t count, std::chrono::milliseconds limit = 20s) {
+    std::vector<PasteboardChange> all;
+    queue.pumpUntil(
+        [&] {
+          for (auto& change : board->changesSince(seen)) {
+            EXPECT_GT(change.count, seen);
+            seen = change.count;
+            all.push_back(std::move(change));
+          }
+          return all.size() >= count;
+        },
+        limit);
+    EXPECT_EQ(all.size(), count);
+    all.resize(count);
+    return all;
+  }
+  std::string newText(std::chrono::milliseconds limit = 20s) {
+    const auto text = news(1, limit)[0].contents.text;
+    return text ? *text : "(none)";
+  }
+
+  // Whether a paste gives this, at the latest a moment after the write.
+  bool pastes(const std::string& type, const std::string& expected) const {
+    for (const auto end = Clock::now() + 5s; Clock::now() < end; std::this_thread::sleep_for(1ms))
+      if (paste(display(), type) == expected) return true;
+    return false;
+  }
+  // Whatever other programs did before is history afterwards.
+  void takeClipboard() {
+    board->write(share("ours"));
+    EXPECT_TRUE(pastes("UTF8_STRING", "ours"));
+    seen = board->changeCount();
+  }
+
+  PrivateServer server;
+  TestQueue queue;
+  std::optional<X11Pasteboard> board;
+  std::int64_t seen = 0;
+};
+
+TEST_F(X11PasteboardTest, ReadsTextsOfEveryKind) {
+  const struct {
+    TestOwner::Data data;
+    TestOwner::Manners manners;
+    std::string expected;
+  } cases[] = {
+      {{{"UTF8_STRING", "gr\xC3\xBC\xC3\x9F"}}, {}, "gr\xC3\xBC\xC3\x9F"},
+      {{{"UTF8_STRING", ""}}, {}, ""},
+      {{{"UTF8_STRING", std::string("a\0b\0", 4)}}, {}, std::string("a\0b\0", 4)},
+      {{{"UTF8_STRING", "broken \xFF"}}, {}, "broken \xEF\xBF\xBD"},
+      {{{"STRING", "caf\xE9"}}, {}, "caf\xC3\xA9"},
+      {{{"text/plain", "caf\xE9"}}, {}, "caf\xC3\xA9"},
+      {{{"text/plain", "caf\xC3\xA9"}, {"STRING", "no"}}, {}, "caf\xC3\xA9"},
+      {{{"text/plain;charset=utf-8", "x"}, {"UTF8_STRING", "y"}}, {{"UTF8_STRING"}, {}}, "x"},
+      {{{"UTF8_STRING", "y"}}, {{"UTF8_STRING"}, {}}, "(none)"},
+      {{{"UTF8_STRING", longText(20 << 20)}}, {}, longText(20 << 20)},
+  };
+  for (const auto& [data, manners, expected] : cases) {
+    const TestOwner owner(display(), data, manners);
+    const auto text = newText();
+    EXPECT_TRUE(text == expected) << data.begin()->first << " of " << expected.size() << " bytes";
+    takeClipboard();
+  }
+}
+
+TEST_F(X11PasteboardTest, AnOwnerThatLeavesEmptiesTheClipboard) {
+  {
+    const TestOwner owner(display(), {{"UTF8_STRING", "here"}});
+    EXPECT_EQ(newText(), "here");
+    EXPECT_EQ(board->contents().types, std::vector<std::string>{"UTF8_STRING"});
+  }
+  const auto empty = news(1)[0].contents;
+  EXPECT_FALSE(empty.text || empty.image);
+  EXPECT_TRUE(empty.types.empty());
+}
+
+TEST_F(X11PasteboardTest, RecognisesWhatIsMarkedAsSecret) {
+  const struct {
+    TestOwner::Data data;
+    TestOwner::Manners manners;
+    bool concealed;
+  } cases[] = {
+      {{{"x-kde-passwordManagerHint", "secret"}}, {}, true},
+      {{{"x-kde-passwordManagerHint", "public"}}, {}, false},
+      {{{"x-kde-passwordManagerHint", "public"}}, {{"x-kde-passwordManagerHint"}, {}}, true},
+      {{{"org.nspasteboard.ConcealedType", ""}}, {}, true},
+      {{{"org.nspasteboard.TransientType", ""}, {"x-kde-passwordManagerHint", "no"}}, {}, true},
+      {{{"text/html", "<b>p</b>"}}, {}, false},
+  };
+  for (auto [data, manners, concealed] : cases) {
+    data["UTF8_STRING"] = "hunter2";
+    const TestOwner owner(display(), data, manners);
+    const auto contents = news(1)[0].contents;
+    EXPECT_EQ(contents.concealed, concealed) << data.begin()->first;
+    EXPECT_TRUE(contents.text && *contents.text == "hunter2");
+    takeClipboard();
+  }
+}
+
+TEST_F(X11PasteboardTest, AHungOwnerHoldsUpNobody) {
+  const struct {
+    const char* what;
+    TestOwner::Manners manners;
+    bool text;    // read nevertheless
+    bool listed;  // the types are known
+  } cases[] = {
+      {"silent", {{}, {"TARGETS", "UTF8_STRING"}}, false, false},
+      {"no text", {{}, {"UTF8_STRING"}}, false, true},
+      {"half a text", {{}, {}, 1000, 3000}, false, true},
+      {"half an image", {{}, {"image/png"}}, true, true},
+  };
+  const TestOwner::Data data{{"UTF8_STRING", longText(5000)}, {"image/png", "?"}};
+  for (const auto& [what, manners, text, listed] : cases) {
+    const TestOwner hung(display(), data, manners);
+    const auto started = Clock::now();
+    const auto contents = news(1)[0].contents;  // counted all the same
+    EXPECT_LT(Clock::now() - started, 3s) << what;
+    EXPECT_EQ(contents.text != nullptr, text) << what;
+    EXPECT_EQ(contents.types.empty(), !listed) << what;
+
+    const TestOwner again(display(), data, manners);
+    std::this_thread::sleep_for(20ms);
+    const auto replaced = Clock::now();
+    const TestOwner next(display(), {{"UTF8_STRING", "next"}});
+    queue.pumpUntil([&] { return board->contents().text && *board->contents().text == "next"; });
+    EXPECT_LT(Clock::now() - replaced, 500ms) << what;
+    takeClipboard();
+  }
+  // Nor does it hold up the end.
+  const TestOwner hung(display(), data, {{}, {"TARGETS", "UTF8_STRING"}});
+  std::this_thread::sleep_for(20ms);
+  const auto started = Clock::now();
+  board.reset();
+  EXPECT_LT(Clock::now() - started, 200ms);
+}
+
+TEST_F(X11PasteboardTest, LosesNoneOfManyQuickCopies) {
+  constexpr int copies = 200;
+  auto copying = std::async(std::launch::async, [this] {
+    auto next = Clock::now();
+    for (int i = 0; i < copies; ++i) {
+      xclip(display(), "copy " + std::to_string(i));
+      std::this_thread::sleep_until(next += 20ms);
+    }
+  });
+  const auto all = news(copies);
+  for (int i = 0; i < copies; ++i) {
+    const auto& text = all[static_cast<std::size_t>(i)].contents.text;
+    ASSERT_TRUE(text && *text == "copy " + std::to_string(i)) << i;
+  }
+  copying.wait();
+}
+
+TEST_F(X11PasteboardTest, ACopyReplacedInTheMiddleIsStillToldFirst) {
+  for (const std::size_t size : {std::size_t{10}, std::size_t{2} << 20}) {
+    const TestOwner first(display(), {{"UTF8_STRING", longText(size)}}, {{}, {}, 1 << 16});
+    std::this_thread::sleep_for(3ms);
+    const TestOwner second(display(), {{"UTF8_STRING", "second"}});
+    const auto both = news(2);
+    ASSERT_TRUE(both[0].contents.text && both[1].contents.text);
+    EXPECT_TRUE(*both[0].contents.text == longText(size));
+    EXPECT_EQ(*both[1].contents.text, "second");
+    takeClipboard();
+  }
+}
+
+TEST_F(X11PasteboardTest, CountsOwnWritesOnceAndAtOnce) {
+  int announced = 0;
+  board->setChangeHandler([&] { ++announced; });
+  const auto before = board->changeCount();
+  EXPECT_EQ(board->write(share("one")), before + 1);
+  EXPECT_EQ(board->write(share("two")), before + 2);
+  EXPECT_TRUE(pastes("UTF8_STRING", "two"));
+  queue.pumpFor(100ms);
+  EXPECT_EQ(announced, 0);
+  EXPECT_EQ(board->changeCount(), before + 2);
+  ASSERT_EQ(board->changesSince(before).size(), 2u);
+  ASSERT_EQ(board->changesSince(before).size(), 1u) << "told once, but for the present one";
+
+  // Known to the thread but not yet to us: it came first, and keeps the lower count.
+  xclip(display(), "foreign");
+  std::this_thread::sleep_for(100ms);
+  EXPECT_EQ(board->write(share("three")), before + 4);
+  const auto both = board->changesSince(before + 2);
+  ASSERT_EQ(both.size(), 2u);
+  EXPECT_EQ(*both[0].contents.text, "foreign");
+  queue.pumpUntil([&] { return announced == 1; });
+  EXPECT_EQ(announced, 1);
+
+  // Still being read when we write: what we wrote stays the present contents.
+  const TestOwner slow(display(), {{"UTF8_STRING", longText(8 << 20)}}, {{}, {}, 4096});
+  std::this_thread::sleep_for(5ms);
+  const auto own = board->write(share("four"));
+  queue.pumpFor(300ms);
+  EXPECT_EQ(board->changeCount(), own);
+  EXPECT_EQ(*board->contents().text, "four");
+  EXPECT_TRUE(pastes("UTF8_STRING", "four"));
+}
+
+TEST_F(X11PasteboardTest, TheContentsAtTheStartAreNoChange) {
+  const TestOwner owner(display(), {{"UTF8_STRING", "already there"}});
+  X11Pasteboard late(queue, display());
+  int announced = 0;
+  late.setChangeHandler([&] { ++announced; });
+  const auto start = late.changeCount();
+  EXPECT_TRUE(queue.pumpUntil([&] { return late.contents().text != nullptr; }));
+  EXPECT_EQ(*late.contents().text, "already there");
+  EXPECT_EQ(late.changeCount(), start);
+  EXPECT_TRUE(late.changesSince(start).empty() && late.changesSince(0).empty());
+  EXPECT_EQ(announced, 0);
+}
+
+TEST_F(X11PasteboardTest, ServesTexts) {
+  const auto text = longText(20 << 20);
+  board->write(share(text));
+  EXPECT_TRUE(pastes("UTF8_STRING", text));
+  auto other = std::async(std::launch::async, [&] { return paste(display(), "text/plain"); });
+  EXPECT_TRUE(paste(display(), "UTF8_STRING") == text);
+  EXPECT_TRUE(other.get() == text) << "two at the same time";
+  // One that vanishes in the middle harms nobody.
+  EXPECT_TRUE(paste(display(), "UTF8_STRING", true));
+  EXPECT_TRUE(paste(display(), "UTF8_STRING") == text);
+
+  board->write(share("caf\xC3\xA9 \xE2\x82\xAC"));
+  EXPECT_TRUE(pastes("STRING", "caf\xE9 ?"));
+  EXPECT_EQ(paste(display(), "image/png"), std::nullopt);
+  const auto targets = paste(display(), "TARGETS");
+  EXPECT_EQ(targets ? targets->size() : 0, 4 * 9u);
+  FILE* pipe = ::popen(("xclip -o -selection clipboard -display " + display()).c_str(), "r");
+  char line[64] = {};
+  EXPECT_EQ(std::fread(line, 1, sizeof line, pipe), 9u);
+  EXPECT_STREQ(line, "caf\xC3\xA9 \xE2\x82\xAC");
+  ::pclose(pipe);
+}
+
+TEST_F(X11PasteboardTest, ImagesKeepTheirBytesBothWays) {
+  const auto png = encoded(noise(1920, 1080), "png");
+  {
+    const TestOwner owner(display(),
+                          {{"image/png", png}, {"image/bmp", "?"}, {"UTF8_STRING", "u"}});
+    const auto contents = news(1)[0].contents;
+    ASSERT_TRUE(contents.image && contents.text);
+    EXPECT_TRUE(*contents.image->bytes() == png);
+    EXPECT_EQ(contents.image->width(), 1920);
+  }
+  news(1);
+  const auto jpeg = encoded(noise(64, 48), "jpeg");
+  const TestOwner damaged(display(), {{"image/png", png.substr(0, 999)}, {"image/jpeg", jpeg}});
+  const auto second = news(1)[0].contents.image;
+  EXPECT_TRUE(second && *second->bytes() == jpeg) << "the next type in place of a damaged one";
+
+  const auto image = Image::fromBytes(share(png));
+  const auto started = Clock::now();
+  board->write(*image);
+  EXPECT_TRUE(pastes("image/png", png));
+  const std::chrono::duration<double, std::milli> took = Clock::now() - started;
+  RecordProperty("milliseconds", std::to_string(took.count()));
+  std::printf("%zu bytes of PNG pasted %.2f ms after write()\n", png.size(), took.count());
+
+  // Other forms are made when asked for; meanwhile the rest is served.
+  auto bmp = std::async(std::launch::async, [&] { return paste(display(), "image/bmp"); });
+  EXPECT_TRUE(paste(display(), "image/png") == png);
+  const auto converted = bmp.get();
+  ASSERT_TRUE(converted);
+  EXPECT_EQ(
+      QImage::fromData(QByteArray::fromStdString(*converted)).convertToFormat(QImage::Format_RGB32),
+      noise(1920, 1080));
+}
+
+TEST_F(X11PasteboardTest, SurvivesTheEndOfTheServer) {
+  server.kill();
+  std::this_thread::sleep_for(50ms);
+  const auto count = board->changeCount();
+  EXPECT_GT(board->write(share("kept")), count);
+  EXPECT_EQ(*board->contents().text, "kept");
+}
+
+TEST(X11PasteboardWithoutDisplay, KeepsOwnWrites) {
+  TestQueue queue;
+  X11Pasteboard board(queue, ":987");
+  EXPECT_EQ(board.changeCount(), 1);
+  EXPECT_EQ(board.write(share("kept")), 2);
+  EXPECT_EQ(*board.contents().text, "kept");
+  EXPECT_EQ(board.changesSince(1).size(), 1u);
+}
+
+}  // namespace
+}  // namespace marbelot

@@ -1,0 +1,193 @@
+#include "tests/platform/x11_test_clients.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <vector>
+
+#include "platform/linux/x11_connection.h"
+
+namespace marbelot {
+
+PrivateServer::PrivateServer() {
+  std::array<int, 2> pipe{};
+  if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return;
+  process_ = ::fork();
+  if (process_ == 0) {
+    const int number = ::dup(pipe[1]);  // the copy survives exec
+    const int null = ::open("/dev/null", O_RDWR);
+    ::dup2(null, STDERR_FILENO);
+    const std::string descriptor = std::to_string(number);
+    ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "320x240x24",
+             "-nolisten", "tcp", "-noreset", nullptr);
+    ::_exit(127);
+  }
+  ::close(pipe[1]);
+  char character = 0;
+  while (::read(pipe[0], &character, 1) == 1 && character != '\n')
+    display_ += display_.empty() ? std::string(":") + character : std::string(1, character);
+  ::close(pipe[0]);
+}
+
+PrivateServer::~PrivateServer() { kill(); }
+
+void PrivateServer::kill() {
+  if (process_ <= 0) return;
+  ::kill(process_, SIGTERM);
+  ::waitpid(process_, nullptr, 0);
+  process_ = -1;
+}
+
+namespace {
+
+void waitFor(X11Connection& x, int quit, int milliseconds) {
+  xcb_flush(x.get());
+  std::array<pollfd, 2> watched{{{x.descriptor(), POLLIN, 0}, {quit, POLLIN, 0}}};
+  ::poll(watched.data(), watched.size(), milliseconds);
+}
+
+void putBytes(X11Connection& x, xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+              const std::string& bytes) {
+  xcb_change_property(x.get(), XCB_PROP_MODE_REPLACE, window, property, type, 8,
+                      static_cast<std::uint32_t>(bytes.size()), bytes.data());
+}
+
+void putWords(X11Connection& x, xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+              const std::vector<std::uint32_t>& words) {
+  xcb_change_property(x.get(), XCB_PROP_MODE_REPLACE, window, property, type, 32,
+                      static_cast<std::uint32_t>(words.size()), words.data());
+}
+
+void notify(X11Connection& x, const xcb_selection_request_event_t& request, xcb_atom_t property) {
+  xcb_selection_notify_event_t answer{};
+  answer.response_type = XCB_SELECTION_NOTIFY;
+  answer.time = request.time;
+  answer.requestor = request.requestor;
+  answer.selection = request.selection;
+  answer.target = request.target;
+  answer.property = property;
+  std::array<char, 32> wire{};
+  std::memcpy(wire.data(), &answer, sizeof answer);
+  xcb_send_event(x.get(), 0, request.requestor, 0, wire.data());
+}
+
+}  // namespace
+
+TestOwner::TestOwner(std::string display, Data data, Manners manners)
+    : data_(std::move(data)), manners_(std::move(manners)), quit_(::eventfd(0, EFD_CLOEXEC)) {
+  thread_ = std::thread([this, display = std::move(display)] { run(display); });
+  ready_.wait(false);
+}
+
+TestOwner::~TestOwner() {
+  ::eventfd_write(quit_, 1);
+  thread_.join();
+  ::close(quit_);
+}
+
+void TestOwner::run(const std::string& display) {
+  X11Connection x(display);
+  const xcb_window_t window = x.createWindow();
+  xcb_set_selection_owner(x.get(), window, x.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+  x.atom("UTF8_STRING");
+  xcb_flush(x.get());
+  ready_ = true;
+  ready_.notify_one();
+
+  struct Sending {
+    xcb_atom_t type;
+    const std::string* bytes;
+    std::size_t sent;
+  };
+  std::map<std::pair<xcb_window_t, xcb_atom_t>, Sending> sending;
+  std::array<pollfd, 1> quit{{{quit_, POLLIN, 0}}};
+  while (x.alive() && ::poll(quit.data(), 1, 0) == 0) {
+    const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
+    if (!event) {
+      waitFor(x, quit_, -1);
+    } else if (eventType(*event) == XCB_SELECTION_REQUEST) {
+      const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(*event);
+      const std::array<xcb_atom_t, 1> asked{request.target};
+      const auto names = x.names(asked);
+      const std::string name = names.empty() ? "" : names.front();
+      if (manners_.ignored.contains(name)) continue;
+      const auto found = data_.find(name);
+      if (name == "TARGETS") {
+        std::vector<std::uint32_t> atoms{x.atom("TARGETS"), x.atom("MULTIPLE")};
+        for (const auto& [type, bytes] : data_) atoms.push_back(x.atom(type));
+        putWords(x, request.requestor, request.property, XCB_ATOM_ATOM, atoms);
+        notify(x, request, request.property);
+      } else if (found == data_.end() || manners_.refused.contains(name)) {
+        notify(x, request, XCB_ATOM_NONE);
+      } else if (found->second.size() <= manners_.partSize) {
+        putBytes(x, request.requestor, request.property, request.target, found->second);
+        notify(x, request, request.property);
+      } else {
+        const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(x.get(), request.requestor, XCB_CW_EVENT_MASK, &events);
+        putWords(x, request.requestor, request.property, x.atom("INCR"),
+                 {static_cast<std::uint32_t>(found->second.size())});
+        sending[{request.requestor, request.property}] = {request.target, &found->second, 0};
+        notify(x, request, request.property);
+      }
+    } else if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
+      const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+      const auto transfer = sending.find({change.window, change.atom});
+      if (change.state != XCB_PROPERTY_DELETE || transfer == sending.end()) continue;
+      Sending& state = transfer->second;
+      if (state.sent >= manners_.stallAfter) continue;
+      const std::string part = state.bytes->substr(state.sent, manners_.partSize);
+      putBytes(x, change.window, change.atom, state.type, part);
+      state.sent += part.size();
+      if (part.empty()) sending.erase(transfer);
+    }
+  }
+}
+
+std::optional<std::string> paste(const std::string& display, const std::string& type, bool vanish) {
+  X11Connection x(display);
+  const xcb_window_t window = x.createWindow();
+  const xcb_atom_t property = x.atom("PASTED");
+  xcb_convert_selection(x.get(), window, x.atom("CLIPBOARD"), x.atom(type), property,
+                        XCB_CURRENT_TIME);
+  std::string pasted;
+  bool inParts = false;
+  const auto deadline = X11Clock::now() + std::chrono::seconds(20);
+  while (X11Clock::now() < deadline) {
+    const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
+    if (!event) {
+      waitFor(x, -1, 1000);
+      continue;
+    }
+    if (eventType(*event) == XCB_SELECTION_NOTIFY) {
+      const auto& answer = reinterpret_cast<const xcb_selection_notify_event_t&>(*event);
+      if (answer.property == XCB_ATOM_NONE) return std::nullopt;
+    } else if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
+      const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+      if (!inParts || change.state != XCB_PROPERTY_NEW_VALUE) continue;
+    } else {
+      continue;
+    }
+    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        x.get(), xcb_get_property(x.get(), 1, window, property, 0, 0, 0x1FFFFFFF), nullptr));
+    if (!reply) return std::nullopt;
+    if (reply->type == x.atom("INCR")) {
+      inParts = true;
+      continue;
+    }
+    const int length = xcb_get_property_value_length(reply.get());
+    pasted.append(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                  static_cast<std::size_t>(length));
+    if (!inParts || length == 0 || vanish) return pasted;
+  }
+  return std::nullopt;
+}
+
+}  // namespace marbelot

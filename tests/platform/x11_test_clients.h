@@ -1,0 +1,60 @@
+// A private X server, and other programs on it: one that copies, with bad manners when asked, and
+// one that pastes.
+#pragma once
+
+#include <sys/types.h>
+
+#include <atomic>
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace marbelot {
+
+class PrivateServer {
+ public:
+  PrivateServer();
+  ~PrivateServer();
+  // ":N"; empty when the server could not be started.
+  const std::string& display() const { return display_; }
+  void kill();
+
+ private:
+  pid_t process_ = -1;
+  std::string display_;
+};
+
+// Owns the clipboard from its construction until it is destroyed or replaced.
+class TestOwner {
+ public:
+  struct Manners {
+    std::set<std::string> refused;  // offered, but not given
+    std::set<std::string> ignored;  // never answered
+    std::size_t partSize = std::size_t{1} << 18;
+    std::size_t stallAfter = SIZE_MAX;  // bytes of a transfer in parts
+  };
+  using Data = std::map<std::string, std::string>;
+
+  TestOwner(std::string display, Data data, Manners manners);
+  TestOwner(std::string display, Data data) : TestOwner(std::move(display), std::move(data), {}) {}
+  ~TestOwner();
+
+ private:
+  void run(const std::string& display);
+
+  const Data data_;
+  const Manners manners_;
+  std::atomic<bool> ready_ = false;
+  int quit_;
+  std::thread thread_;
+};
+
+// What a paste of `type` gives; none when it is refused or takes over 20 seconds. A requestor that
+// vanishes does so after the first part.
+std::optional<std::string> paste(const std::string& display, const std::string& type,
+                                 bool vanish = false);
+
+}  // namespace marbelot
