@@ -49,12 +49,16 @@ inline std::uint64_t bitPerByte(const void* mask) {
   return bits;
 }
 
-// False only if some of the eight bytes lies outside '0' to 'f': either difference, or the byte
-// itself, then has its top bit set. Letters beyond F in between are left to the exact check.
-inline bool mayBeHex(const char* at) {
+// Whether all of the eight bytes are hexadecimal digits. A sum has its top bit set if the byte is
+// at least the character in question; no sum of ASCII bytes carries into the next one.
+inline bool isHex(const char* at) {
   constexpr std::uint64_t each = 0x0101010101010101;
+  constexpr auto upTo = [](char c) { return each * static_cast<std::uint64_t>(0x80 - c); };
   const std::uint64_t bytes = loadWord(at);
-  return (((bytes - each * '0') | (each * 'f' - bytes) | bytes) & each * 0x80) == 0;
+  const std::uint64_t lower = bytes | each * 0x20;
+  const std::uint64_t digits = (bytes + upTo('0')) & ~(bytes + upTo('9' + 1));
+  const std::uint64_t letters = (lower + upTo('a')) & ~(lower + upTo('f' + 1));
+  return ((digits | letters) & ~bytes & each * 0x80) == each * 0x80;
 }
 
 // Looks at one step; reads readBytes from `at`. Inlined, so that the loop keeps its constants in
@@ -68,8 +72,8 @@ inline bool mayBeHex(const char* at) {
     found[i] = (Words)isAnchor(loadBytes(lane), loadBytes(lane + 1), loadBytes(lane + 2));
     any |= found[i];
   }
-  step.hexSamples = static_cast<std::uint32_t>(mayBeHex(at)) |
-                    static_cast<std::uint32_t>(mayBeHex(at + hexStride)) << 1;
+  step.hexSamples = static_cast<std::uint32_t>(isHex(at)) |
+                    static_cast<std::uint32_t>(isHex(at + hexStride)) << 1;
   if (!anySet(any)) {
     step.anchors = 0;
     return step.hexSamples != 0;

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <optional>
 #include <vector>
@@ -47,10 +48,23 @@ constexpr bool isIn(CharacterSet set, char c) {
 
 constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
+class Prefixes {
+ public:
+  constexpr Prefixes(std::initializer_list<std::string_view> all) : count_(all.size()) {
+    std::copy(all.begin(), all.end(), all_.begin());
+  }
+  constexpr const std::string_view* begin() const { return all_.data(); }
+  constexpr const std::string_view* end() const { return all_.data() + count_; }
+
+ private:
+  std::array<std::string_view, 6> all_{};
+  std::size_t count_;
+};
+
 // \b, one of the prefixes, then `least` to `most` characters of `body`. With `parts` above one,
 // that many bodies with a full stop between them.
 struct Pattern {
-  const char* prefixes[6];
+  Prefixes prefixes;
   std::size_t anchor;  // where in each prefix the filter finds it
   CharacterSet body;
   std::size_t least;
@@ -76,7 +90,7 @@ constexpr Pattern patterns[] = {
      .body = alphanumeric,
      .least = 20},
     // \bgithub_pat_[A-Za-z0-9_]{20,}
-    {.prefixes = {"github_pat_"}, .anchor = 5, .body = wordCharacter, .least = 20},
+    {.prefixes = {"github_pat_"}, .anchor = 3, .body = wordCharacter, .least = 20},
     // \b(?:AKIA|ASIA)[A-Z0-9]{16}\b
     {.prefixes = {"AKIA", "ASIA"},
      .anchor = 2,
@@ -102,9 +116,7 @@ constexpr std::size_t patternCount = hexPattern + 1;
 
 constexpr bool filterKnowsEveryPrefix() {
   for (const Pattern& pattern : patterns) {
-    for (const char* const word : pattern.prefixes) {
-      if (word == nullptr) break;
-      const std::string_view prefix = word;
+    for (const std::string_view prefix : pattern.prefixes) {
       const auto at = [&](std::size_t i) { return i < prefix.size() ? prefix[i] : '\0'; };
       const std::size_t i = pattern.anchor;
       if (!secret_filter::isAnchor(at(i), at(i + 1), at(i + 2))) return false;
@@ -115,24 +127,33 @@ constexpr bool filterKnowsEveryPrefix() {
 static_assert(filterKnowsEveryPrefix());
 static_assert(hexLeast + 1 >= secret_filter::hexStride + secret_filter::hexSampleBytes);
 
+// Bit i of an entry: patterns[i] has a prefix with this byte at its anchor.
+constexpr auto patternsByAnchor = [] {
+  std::array<std::uint16_t, 256> table{};
+  for (std::size_t i = 0; i < std::size(patterns); ++i) {
+    for (const std::string_view prefix : patterns[i].prefixes) {
+      table[static_cast<unsigned char>(prefix[patterns[i].anchor])] |= std::uint16_t(1U << i);
+    }
+  }
+  return table;
+}();
+
 struct Match {
   std::size_t pattern;
   Range range;
 };
 
-// Finds the matches of each pattern by itself: those of one pattern come in text order and do not
-// overlap, those of different patterns may.
+// Decides whether there is a match where the filter found something. Each pattern is matched by
+// itself: its matches come in text order and do not overlap, those of different patterns may.
 class Scan {
  public:
   explicit Scan(std::string_view text) : text_(text) {}
 
-  // All matches, or only the first that it meets.
-  std::vector<Match> matches(bool onlyOne);
-
- private:
+  // Both are to be called for places in rising order.
   std::optional<Match> matchAtAnchor(std::size_t anchor);
   std::optional<Match> hexMatchAround(std::size_t sample);
 
+ private:
   std::size_t prefixEnd(const Pattern& pattern, std::size_t start) const;
   std::size_t bodyEnd(const Pattern& pattern, std::size_t start);
   std::size_t runEnd(CharacterSet set, std::size_t start, std::size_t most = unlimited) const;
@@ -150,29 +171,11 @@ class Scan {
   static constexpr std::size_t none = std::string_view::npos;
 };
 
-std::vector<Match> Scan::matches(bool onlyOne) {
-  using namespace secret_filter;
-  std::vector<Match> found;
-  for (Step step = nextStep(text_, 0); step.at < text_.size();
-       step = nextStep(text_, step.at + stepBytes)) {
-    for (; step.anchors != 0; step.anchors &= step.anchors - 1) {
-      const auto match = matchAtAnchor(step.at + std::countr_zero(step.anchors));
-      if (match) found.push_back(*match);
-    }
-    for (; step.hexSamples != 0; step.hexSamples &= step.hexSamples - 1) {
-      const auto match = hexMatchAround(step.at + std::countr_zero(step.hexSamples) * hexStride);
-      if (match) found.push_back(*match);
-    }
-    if (onlyOne && !found.empty()) break;
-    if (step.at + stepBytes >= text_.size()) break;
-  }
-  return found;
-}
-
 std::optional<Match> Scan::matchAtAnchor(std::size_t anchor) {
-  for (std::size_t i = 0; i < std::size(patterns); ++i) {
+  unsigned candidates = patternsByAnchor[static_cast<unsigned char>(text_[anchor])];
+  for (; candidates != 0; candidates &= candidates - 1) {
+    const auto i = static_cast<std::size_t>(std::countr_zero(candidates));
     const Pattern& pattern = patterns[i];
-    if (text_[anchor] != pattern.prefixes[0][pattern.anchor]) continue;
     if (anchor < matchedTo_[i] + pattern.anchor) continue;
     const std::size_t start = anchor - pattern.anchor;
     const std::size_t bodyStart = prefixEnd(pattern, start);
@@ -196,10 +199,15 @@ std::optional<Match> Scan::hexMatchAround(std::size_t sample) {
 }
 
 std::size_t Scan::prefixEnd(const Pattern& pattern, std::size_t start) const {
-  const std::string_view rest = text_.substr(start);
-  for (const char* const prefix : pattern.prefixes) {
-    if (prefix == nullptr) break;
-    if (rest.starts_with(prefix)) return start + std::string_view(prefix).size();
+  // Byte by byte: most prefixes fail at the first or second, too soon for a call to pay off.
+  const auto begins = [](std::string_view text, std::string_view prefix) {
+    if (text.size() < prefix.size()) return false;
+    std::size_t i = 0;
+    while (i < prefix.size() && text[i] == prefix[i]) ++i;
+    return i == prefix.size();
+  };
+  for (const std::string_view prefix : pattern.prefixes) {
+    if (begins(text_.substr(start), prefix)) return start + prefix.size();
   }
   return none;
 }
@@ -250,6 +258,28 @@ bool Scan::wordEnds(std::size_t at) const {
   return text::wordRole(text::scalarAt(text_, at).value) == text::WordRole::separator;
 }
 
+// All matches, or only the first that is met.
+std::vector<Match> findMatches(std::string_view text, bool onlyOne) {
+  using namespace secret_filter;
+  std::vector<Match> found;
+  Step step = nextStep(text, 0);
+  if (step.at == text.size()) return found;  // as nearly always; spares setting up the rest
+  Scan scan(text);
+  while (step.at < text.size() && !(onlyOne && !found.empty())) {
+    for (; step.anchors != 0; step.anchors &= step.anchors - 1) {
+      const auto match = scan.matchAtAnchor(step.at + std::countr_zero(step.anchors));
+      if (match) found.push_back(*match);
+    }
+    for (; step.hexSamples != 0; step.hexSamples &= step.hexSamples - 1) {
+      const std::size_t sample = step.at + std::countr_zero(step.hexSamples) * hexStride;
+      const auto match = scan.hexMatchAround(sample);
+      if (match) found.push_back(*match);
+    }
+    step = nextStep(text, step.at + stepBytes);
+  }
+  return found;
+}
+
 // Adds the ranges that overlap none of `kept`. Both are sorted by start and free of overlaps.
 std::vector<Range> merged(const std::vector<Range>& kept, const std::vector<Range>& later) {
   std::vector<Range> all;
@@ -266,7 +296,7 @@ std::vector<Range> merged(const std::vector<Range>& kept, const std::vector<Rang
 }  // namespace
 
 std::vector<Range> secretRanges(std::string_view text) {
-  const std::vector<Match> matches = Scan(text).matches(false);
+  const std::vector<Match> matches = findMatches(text, false);
   if (matches.empty()) return {};
   std::array<std::vector<Range>, patternCount> byPattern;
   for (const Match& match : matches) byPattern[match.pattern].push_back(match.range);
@@ -277,6 +307,6 @@ std::vector<Range> secretRanges(std::string_view text) {
   return kept;
 }
 
-bool containsSecret(std::string_view text) { return !Scan(text).matches(true).empty(); }
+bool containsSecret(std::string_view text) { return !findMatches(text, true).empty(); }
 
 }  // namespace marbelot
