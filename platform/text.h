@@ -41,6 +41,10 @@ bool isLetter(char32_t c);
 bool isNumber(char32_t c);
 bool isLowercase(char32_t c);
 bool isUppercase(char32_t c);
+// What \d and \w match in a regular expression: category Nd; and letters, marks, Nd, connector
+// punctuation and the two zero-width joiners (UTS #18, annex C).
+bool isDecimalDigit(char32_t c);
+bool isWordCharacter(char32_t c);
 // Category Zs and the tab: blanks inside a line.
 bool isBlank(char32_t c);
 // isBlank, and U+000A–U+000D, U+0085, U+2028, U+2029.

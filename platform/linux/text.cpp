@@ -178,6 +178,19 @@ bool isUppercase(char32_t c) {
   return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_UPPERCASE);
 }
 
+bool isDecimalDigit(char32_t c) {
+  if (isAscii(c)) return c >= '0' && c <= '9';
+  return u_charType(static_cast<UChar32>(c)) == U_DECIMAL_DIGIT_NUMBER;
+}
+
+bool isWordCharacter(char32_t c) {
+  if (isAscii(c)) return (kAscii[c] & (kLetter | kNumber)) || c == '_';
+  constexpr char32_t kNonJoiner = 0x200C, kJoiner = 0x200D;
+  constexpr std::uint32_t kCategories = U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK;
+  return c == kNonJoiner || c == kJoiner || isLetter(c) ||
+         (U_GET_GC_MASK(static_cast<UChar32>(c)) & kCategories);
+}
+
 bool isBlank(char32_t c) {
   if (isAscii(c)) return c == ' ' || c == '\t';
   // All of Zs, so that a blank costs no table; the tests hold it against ICU.

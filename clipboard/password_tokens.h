@@ -1,0 +1,14 @@
+// The password tests' inner parts, shared by the classifier and the masks.
+#pragma once
+
+#include <string_view>
+
+namespace marbelot {
+
+// True when passwordTokens(text) would find something; stops at the first.
+bool hasPasswordToken(std::string_view text);
+
+// True when the lower-cased text contains one of the words that passwords are announced with.
+bool mentionsSecret(std::string_view text);
+
+}  // namespace marbelot

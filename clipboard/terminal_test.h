@@ -1,0 +1,24 @@
+// The terminal test: sessions, command lines and what tools print when they fail.
+#pragma once
+
+#include <string_view>
+
+#include "clipboard/line_counts.h"
+
+namespace marbelot {
+
+enum class TerminalLine {
+  none,
+  prompt,   // a command behind a prompt
+  error,    // what a tool says when something went wrong
+  command,  // a command rich in shell operators, without a prompt
+  hash,     // "# " and no command: a comment or a heading
+  quote,    // "> " and no command
+};
+
+// `line` as it stands; `trimmed` without blanks at its ends (not empty).
+TerminalLine terminalLine(std::string_view line, std::string_view trimmed);
+
+bool looksLikeTerminal(const LineCounts& lines);
+
+}  // namespace marbelot
