@@ -18,8 +18,8 @@ namespace {
 int wordCount(std::string_view text, int limit) {
   constexpr std::string_view kSeparators = " \n\t";
   int words = 0;
-  for (std::size_t at = text.find_first_not_of(kSeparators);
-       at != text.npos && words < limit; at = text.find_first_not_of(kSeparators, at)) {
+  for (std::size_t at = text.find_first_not_of(kSeparators); at != text.npos && words < limit;
+       at = text.find_first_not_of(kSeparators, at)) {
     ++words;
     at = text.find_first_of(kSeparators, at);
     if (at == text.npos) break;

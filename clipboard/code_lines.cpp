@@ -9,7 +9,7 @@ namespace marbelot {
 namespace {
 
 constexpr std::array<std::string_view, 17> kLeadingWords = {
-    "if",    "for",    "while",  "else",    "return", "switch", "case", "func",   "def",
+    "if",    "for",    "while",   "else",  "return", "switch", "case",   "func",   "def",
     "class", "public", "private", "const", "let",    "var",    "import", "package"};
 
 bool endsAtWord(std::string_view line, std::size_t at) {

@@ -40,11 +40,21 @@ LineCounts countLines(std::string_view text) {
     ++counts.nonBlank;
     if (isCodeLine(trimmed)) ++counts.code;
     switch (terminalLine(*line, trimmed)) {
-      case TerminalLine::prompt: ++counts.prompts; break;
-      case TerminalLine::error: ++counts.errors; break;
-      case TerminalLine::command: ++counts.commands; break;
-      case TerminalLine::quote: ++counts.prose; break;
-      case TerminalLine::hash: ++counts.hashes; break;
+      case TerminalLine::prompt:
+        ++counts.prompts;
+        break;
+      case TerminalLine::error:
+        ++counts.errors;
+        break;
+      case TerminalLine::command:
+        ++counts.commands;
+        break;
+      case TerminalLine::quote:
+        ++counts.prose;
+        break;
+      case TerminalLine::hash:
+        ++counts.hashes;
+        break;
       case TerminalLine::none:
         if (isMarkup(trimmed) || isSentence(trimmed)) ++counts.prose;
         break;

@@ -16,7 +16,9 @@ namespace {
 constexpr std::size_t kLongestSecret = 128;
 constexpr std::string_view kEdgePunctuation = "\"'`.,;:()[]{}<>=";
 
-constexpr bool isEdgePunctuation(char c) { return kEdgePunctuation.find(c) != kEdgePunctuation.npos; }
+constexpr bool isEdgePunctuation(char c) {
+  return kEdgePunctuation.find(c) != kEdgePunctuation.npos;
+}
 
 // What a character is to the tests.
 enum : std::uint8_t { kLower = 1, kUpper = 2, kDigit = 4, kSymbol = 8, kLetter = 16 };
@@ -38,7 +40,6 @@ constexpr std::array<std::uint8_t, 128> kAsciiTraits = [] {
 }();
 
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 std::uint8_t traitsOf(char32_t c) {
   if (c < 128) return kAsciiTraits[c];
@@ -70,8 +71,8 @@ std::uint8_t quickTraitsOf(char32_t c) {
 struct Characters {
   std::size_t count = 0;
   std::size_t distinct = 0;
-  unsigned present = 0;           // the traits that occur
-  bool consonantRun = false;      // four letters in a row, none a vowel
+  unsigned present = 0;       // the traits that occur
+  bool consonantRun = false;  // four letters in a row, none a vowel
   bool letterAfterNumber = false;
 
   int classes() const { return static_cast<int>(std::bitset<4>(present & 15).count()); }
@@ -253,7 +254,7 @@ bool isSecretRange(std::string_view text, Range token, Range& found) {
 
 // Which of the words start with these three letters, one bit each word.
 constexpr std::array<std::string_view, 13> kSecretWords = {
-    "password", "passwd",  "passphrase", "pwd",        "secret",     "token", "apikey",
+    "password", "passwd",  "passphrase", "pwd",        "secret",      "token", "apikey",
     "api key",  "api-key", "credential", "access key", "private key", "pin"};
 
 struct WordStarts {
@@ -302,8 +303,11 @@ bool looksLikeSecretToken(std::string_view token) {
   const std::string_view trimmed = text::trimmedBlanksAndNewlines(token);
   // More bytes than this many characters could only be marks heaped upon marks; reading on is
   // bounded by the character count anyway.
-  const bool ascii = std::all_of(trimmed.begin(), trimmed.begin() + std::min<std::ptrdiff_t>(
-                         static_cast<std::ptrdiff_t>(trimmed.size()), kLongestSecret + 1), isAscii);
+  const bool ascii = std::all_of(
+      trimmed.begin(),
+      trimmed.begin() +
+          std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(trimmed.size()), kLongestSecret + 1),
+      isAscii);
   if (ascii && trimmed.size() > kLongestSecret) return false;
   const Characters seen = ascii ? readAscii(trimmed) : readClusters(trimmed);
   if (!isStrongPassword(seen) && !isRandomString(seen)) return false;

@@ -11,31 +11,48 @@ namespace {
 
 // First words that make a line a command. Sorted; the second list holds those that are everyday
 // words too, which need more to be believed.
-constexpr std::string_view kCommands[] = {
-    "ansible",  "apk",     "apt",      "apt-get",   "aws",      "awk",     "az",      "bash",
-    "bower",    "brew",    "bundle",   "bzip2",     "cargo",    "cd",      "chgrp",   "chmod",
-    "chown",    "clang",   "cmake",    "conda",     "cp",       "crontab", "curl",    "dd",
-    "deno",     "df",      "diff",     "dig",       "dir",      "dnf",     "docker",  "docker-compose",
-    "dotnet",   "dpkg",    "du",       "egrep",     "emacs",    "env",     "ffmpeg",  "flutter",
-    "g++",      "gcc",     "gcloud",   "gdb",       "gem",      "gh",      "git",     "gpg",
-    "gradle",   "grep",    "gunzip",   "gzip",      "helm",     "hg",      "htop",    "ifconfig",
-    "ip",       "iptables", "java",    "javac",     "journalctl", "jq",    "kubectl", "ldd",
-    "ln",       "ls",      "lsblk",    "lsof",      "lspci",    "mkdir",   "mv",      "mvn",
-    "mysql",    "nano",    "netstat",  "nginx",     "nmap",     "node",    "nohup",   "npm",
-    "npx",      "openssl", "pacman",   "perl",      "php",      "pip",     "pip3",    "pkill",
-    "pnpm",     "printf",  "ps",       "psql",      "pwd",      "python",  "python3", "rails",
-    "rake",     "rm",      "rmdir",    "rsync",     "ruby",     "rustc",   "scp",     "sed",
-    "sftp",     "sh",      "snap",     "ssh",       "sqlite3",  "stat",    "strace",  "su",
-    "sudo",     "svn",     "swift",    "systemctl", "tar",      "tcpdump", "terraform", "tmux",
-    "traceroute", "tsc",   "ufw",      "umount",    "uname",    "unzip",   "uptime",  "useradd",
-    "vagrant",  "vi",      "vim",      "virtualenv", "wc",      "wget",    "whoami",  "xargs",
-    "xcodebuild", "xcrun", "xz",       "yarn",      "yum",      "zcat",    "zip",     "zsh"};
+constexpr std::string_view kCommands[] = {"ansible",    "apk",      "apt",       "apt-get",
+                                          "awk",        "aws",      "az",        "bash",
+                                          "bower",      "brew",     "bundle",    "bzip2",
+                                          "cargo",      "cd",       "chgrp",     "chmod",
+                                          "chown",      "clang",    "cmake",     "conda",
+                                          "cp",         "crontab",  "curl",      "dd",
+                                          "deno",       "df",       "diff",      "dig",
+                                          "dir",        "dnf",      "docker",    "docker-compose",
+                                          "dotnet",     "dpkg",     "du",        "egrep",
+                                          "emacs",      "env",      "ffmpeg",    "flutter",
+                                          "g++",        "gcc",      "gcloud",    "gdb",
+                                          "gem",        "gh",       "git",       "gpg",
+                                          "gradle",     "grep",     "gunzip",    "gzip",
+                                          "helm",       "hg",       "htop",      "ifconfig",
+                                          "ip",         "iptables", "java",      "javac",
+                                          "journalctl", "jq",       "kubectl",   "ldd",
+                                          "ln",         "ls",       "lsblk",     "lsof",
+                                          "lspci",      "mkdir",    "mv",        "mvn",
+                                          "mysql",      "nano",     "netstat",   "nginx",
+                                          "nmap",       "node",     "nohup",     "npm",
+                                          "npx",        "openssl",  "pacman",    "perl",
+                                          "php",        "pip",      "pip3",      "pkill",
+                                          "pnpm",       "printf",   "ps",        "psql",
+                                          "pwd",        "python",   "python3",   "rails",
+                                          "rake",       "rm",       "rmdir",     "rsync",
+                                          "ruby",       "rustc",    "scp",       "sed",
+                                          "sftp",       "sh",       "snap",      "sqlite3",
+                                          "ssh",        "stat",     "strace",    "su",
+                                          "sudo",       "svn",      "swift",     "systemctl",
+                                          "tar",        "tcpdump",  "terraform", "tmux",
+                                          "traceroute", "tsc",      "ufw",       "umount",
+                                          "uname",      "unzip",    "uptime",    "useradd",
+                                          "vagrant",    "vi",       "vim",       "virtualenv",
+                                          "wc",         "wget",     "whoami",    "xargs",
+                                          "xcodebuild", "xcrun",    "xz",        "yarn",
+                                          "yum",        "zcat",     "zip",       "zsh"};
 constexpr std::string_view kEverydayCommands[] = {
-    "cat",   "clear", "code", "cut",   "date",  "echo", "exit", "export", "fetch", "file",
-    "find",  "free",  "go",   "head",  "history", "install", "join", "kill", "less", "make",
-    "man",   "more",  "mount", "open", "paste", "ping", "read", "reboot", "screen", "service",
-    "set",   "sleep", "sort", "source", "split", "start", "tail", "tee",  "test",  "time",
-    "top",   "touch", "tr",   "type",  "unset", "watch", "which"};
+    "cat",  "clear", "code",  "cut",    "date",    "echo",    "exit", "export", "fetch",  "file",
+    "find", "free",  "go",    "head",   "history", "install", "join", "kill",   "less",   "make",
+    "man",  "more",  "mount", "open",   "paste",   "ping",    "read", "reboot", "screen", "service",
+    "set",  "sleep", "sort",  "source", "split",   "start",   "tail", "tee",    "test",   "time",
+    "top",  "touch", "tr",    "type",   "unset",   "watch",   "which"};
 static_assert(std::is_sorted(std::begin(kCommands), std::end(kCommands)));
 static_assert(std::is_sorted(std::begin(kEverydayCommands), std::end(kEverydayCommands)));
 
@@ -44,7 +61,8 @@ bool isLower(char c) { return c >= 'a' && c <= 'z'; }
 bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isWord(char c) {
-  return isLower(c) || isUpper(c) || isDigit(c) || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+  return isLower(c) || isUpper(c) || isDigit(c) || c == '_' ||
+         static_cast<unsigned char>(c) >= 0x80;
 }
 
 std::string_view firstWord(std::string_view line) {
@@ -119,7 +137,8 @@ int operatorPoints(std::string_view line) {
       case ';':
         if (isBlank(after) && i + 1 < line.size()) points += 1;
         break;
-      default: break;
+      default:
+        break;
     }
   }
   return points;
@@ -135,10 +154,14 @@ bool isCommandLine(std::string_view line) {
   if (endsAsSentence(line)) return false;
   const int needed = [word = judgeFirstWord(firstWord(line))] {
     switch (word) {
-      case FirstWord::command: return 1;
-      case FirstWord::everyday: return 2;
-      case FirstWord::possible: return 4;
-      case FirstWord::unlikely: break;
+      case FirstWord::command:
+        return 1;
+      case FirstWord::everyday:
+        return 2;
+      case FirstWord::possible:
+        return 4;
+      case FirstWord::unlikely:
+        break;
     }
     return 100;
   }();
@@ -151,10 +174,14 @@ bool isCommand(std::string_view line) {
   const std::string_view word = firstWord(line);
   const auto gaps = std::count(line.begin(), line.end(), ' ');
   switch (judgeFirstWord(word)) {
-    case FirstWord::command: return gaps < 4 || operatorPoints(line) >= 1;
-    case FirstWord::everyday: return gaps < 2 || operatorPoints(line) >= 2;
-    case FirstWord::possible: return operatorPoints(line) >= 4;
-    case FirstWord::unlikely: break;
+    case FirstWord::command:
+      return gaps < 4 || operatorPoints(line) >= 1;
+    case FirstWord::everyday:
+      return gaps < 2 || operatorPoints(line) >= 2;
+    case FirstWord::possible:
+      return operatorPoints(line) >= 4;
+    case FirstWord::unlikely:
+      break;
   }
   return false;
 }

@@ -1,0 +1,310 @@
+// Reads a text once and counts the clues in it.
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "clipboard/language_clues.h"
+#include "clipboard/line_reader.h"
+
+namespace marbelot {
+namespace {
+
+// More of the same says little more.
+constexpr int kCountsAtMost = 3;
+
+bool isBlank(char c) { return c == ' ' || c == '\t'; }
+bool isLower(char c) { return c >= 'a' && c <= 'z'; }
+bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isName(char c) {
+  return isLower(c) || isUpper(c) || isDigit(c) || c == '_' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+std::size_t skipName(std::string_view line, std::size_t at) {
+  while (at < line.size() && isName(line[at])) ++at;
+  return at;
+}
+
+std::size_t skipBlanks(std::string_view line, std::size_t at) {
+  while (at < line.size() && isBlank(line[at])) ++at;
+  return at;
+}
+
+// A clue taken apart: what it begins with finds it, the rest is compared.
+struct CompiledClue {
+  std::string_view head;
+  std::string_view rest;
+  bool atLineStart;
+  bool atLineEnd;
+  bool headIsName;  // any name will do
+  const Clue* clue;
+};
+
+class ClueIndex {
+ public:
+  ClueIndex() {
+    const ClueTable table = languageClues();
+    clues_.reserve(table.size);
+    for (const Clue* clue = table.begin; clue != table.begin + table.size; ++clue) add(*clue);
+  }
+
+  const std::vector<CompiledClue>& clues() const { return clues_; }
+  const std::vector<std::size_t>& anyName() const { return anyName_; }
+  const std::vector<std::size_t>& at(char c) const {
+    return byByte_[static_cast<unsigned char>(c) & 0x7F];
+  }
+  const std::vector<std::size_t>* at(std::string_view word) const {
+    const auto found = byWord_.find(word);
+    return found == byWord_.end() ? nullptr : &found->second;
+  }
+
+ private:
+  void add(const Clue& clue) {
+    CompiledClue compiled{{}, clue.pattern, false, false, false, &clue};
+    std::string_view& rest = compiled.rest;
+    if (rest.size() > 1 && rest.front() == '^') {
+      compiled.atLineStart = true;
+      rest.remove_prefix(1);
+    }
+    if (rest.size() > 1 && rest.back() == '$') {
+      compiled.atLineEnd = true;
+      rest.remove_suffix(1);
+    }
+    const std::size_t position = clues_.size();
+    if (rest.front() == '%') {
+      compiled.headIsName = true;
+      rest.remove_prefix(1);
+      anyName_.push_back(position);
+    } else if (isName(rest.front())) {
+      compiled.head = rest.substr(0, skipName(rest, 0));
+      rest.remove_prefix(compiled.head.size());
+      byWord_[compiled.head].push_back(position);
+    } else {
+      byByte_[static_cast<unsigned char>(rest.front())].push_back(position);
+    }
+    clues_.push_back(compiled);
+  }
+
+  std::vector<CompiledClue> clues_;
+  std::unordered_map<std::string_view, std::vector<std::size_t>> byWord_;
+  std::array<std::vector<std::size_t>, 128> byByte_;
+  std::vector<std::size_t> anyName_;
+};
+
+// Whether `pattern` stands at `at`.
+bool matches(std::string_view pattern, std::string_view line, std::size_t at, bool toTheEnd) {
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    switch (pattern[i]) {
+      case '%': {
+        const std::size_t end = skipName(line, at);
+        if (end == at) return false;
+        at = end;
+        break;
+      }
+      case ' ':
+        if (at >= line.size() || !isBlank(line[at])) return false;
+        at = skipBlanks(line, at);
+        break;
+      case '~':
+        at = skipBlanks(line, at);
+        break;
+      default:
+        if (at >= line.size() || line[at] != pattern[i]) return false;
+        ++at;
+        // A clue that ends with a word ends where the word does.
+        if (i + 1 == pattern.size() && isName(pattern[i]) && at < line.size() && isName(line[at])) {
+          return false;
+        }
+    }
+  }
+  return !toTheEnd || at == line.size();
+}
+
+class ClueScanner {
+ public:
+  explicit ClueScanner(std::string_view text)
+      : index_(sharedIndex()), counts_(index_.clues().size()), text_(text) {}
+
+  ClueScores scan() {
+    LineReader reader(text_);
+    while (const auto line = reader.next()) readLine(*line);
+    for (std::size_t i = 0; i < counts_.size(); ++i) {
+      const int count = std::min<int>(counts_[i], kCountsAtMost);
+      if (count == 0) continue;
+      for (const ClueWeight& weight : index_.clues()[i].clue->weights) {
+        scores_.points[static_cast<std::size_t>(weight.language)] += weight.points * count;
+      }
+    }
+    return scores_;
+  }
+
+ private:
+  static const ClueIndex& sharedIndex() {
+    static const ClueIndex index;
+    return index;
+  }
+
+  void readLine(std::string_view line) {
+    const std::size_t start = skipBlanks(line, 0);
+    std::size_t end = line.size();
+    while (end > start && isBlank(line[end - 1])) --end;
+    line = line.substr(start, end - start);
+    if (line.empty()) return;
+    if (closer_.size() > 0) {
+      ++scores_.commentLines;
+      const std::size_t close = line.find(closer_);
+      if (close != line.npos) closer_ = {};
+      return;
+    }
+    if (isComment(line)) {
+      ++scores_.commentLines;
+      return;
+    }
+    readCode(line, start);
+  }
+
+  // Whether the rest of the text holds `closer`; one that is missing is not looked for again.
+  bool isClosedLater(std::string_view line, std::string_view closer, std::size_t& known) {
+    const auto at = static_cast<std::size_t>(line.data() + line.size() - text_.data());
+    if (known < at) known = std::min(text_.find(closer, at), text_.size());
+    return known < text_.size();
+  }
+
+  bool isComment(std::string_view line) {
+    if (line.starts_with("//")) return true;
+    if (line.starts_with("/*")) {
+      if (line.find("*/", 2) == line.npos && isClosedLater(line, "*/", blockEnd_)) closer_ = "*/";
+      return true;
+    }
+    if (line.front() == '*' && (line.size() == 1 || isBlank(line[1]) || line[1] == '/')) {
+      return line.back() != '{' && line.back() != ',';
+    }
+    if (line.starts_with("-- ")) return true;
+    if (line.front() == '#') return line.size() == 1 || isHashComment(line);
+    for (const std::string_view quotes : {"\"\"\"", "'''"}) {
+      const std::size_t open = line.find(quotes);
+      if (open == line.npos || open > 1) continue;
+      count(line, 0, true);
+      std::size_t& known = quotes[0] == '"' ? docEnd_ : plainDocEnd_;
+      if (line.find(quotes, open + 3) == line.npos && isClosedLater(line, quotes, known)) {
+        closer_ = quotes;
+      }
+      return true;
+    }
+    return false;
+  }
+
+  static bool isHashComment(std::string_view line) {
+    if (line[1] == '!') return line.find('[') != 2;
+    if (!isBlank(line[1])) return line[1] == '#' || line[1] == '-' || line[1] == '=';
+    const std::string_view rest = line.substr(skipBlanks(line, 1));
+    for (const std::string_view directive :
+         {"include", "define", "if", "endif", "else", "undef", "pragma", "error"}) {
+      if (rest.starts_with(directive)) return false;
+    }
+    return true;
+  }
+
+  void count(std::string_view line, std::size_t at, bool first) {
+    const char c = line[at];
+    if (static_cast<unsigned char>(c) >= 0x80) return;
+    for (const std::size_t i : index_.at(c)) tryClue(i, line, at, at, first);
+  }
+
+  void tryClue(std::size_t i, std::string_view line, std::size_t at, std::size_t rest, bool first) {
+    const CompiledClue& clue = index_.clues()[i];
+    if (counts_[i] >= kCountsAtMost || (clue.atLineStart && !first)) return;
+    if (!clue.head.empty() || clue.headIsName) at = rest;
+    if (matches(clue.rest, line, at, clue.atLineEnd)) ++counts_[i];
+  }
+
+  void readCode(std::string_view line, std::size_t indent) {
+    ++scores_.lines;
+    if (colonIndent_ != kNoIndent && indent >= colonIndent_ + 2) addPython(indent);
+    colonIndent_ = line.back() == ':' ? indent : kNoIndent;
+    std::size_t words = 0, marks = 0;
+    bool noMoreQuotes[2] = {false, false};
+    for (std::size_t at = 0; at < line.size();) {
+      const char c = line[at];
+      if (isName(c)) {
+        const std::size_t end = skipName(line, at);
+        const std::string_view word = line.substr(at, end - at);
+        if (const auto* clues = index_.at(word)) {
+          for (const std::size_t i : *clues) tryClue(i, line, at, end, at == 0);
+        }
+        for (const std::size_t i : index_.anyName()) tryClue(i, line, at, end, at == 0);
+        if (!isDigit(c)) ++words;
+        at = end;
+        continue;
+      }
+      if (isBlank(c)) {
+        const std::size_t next = skipBlanks(line, at);
+        const std::string_view rest = line.substr(next);
+        if (rest.starts_with("// ") || rest.starts_with("# ") || rest.starts_with("/* ")) break;
+        at = next;
+        continue;
+      }
+      count(line, at, at == 0);
+      if (opensString(line, at) && !noMoreQuotes[c == '"']) {
+        const std::size_t close = closingQuote(line, at);
+        noMoreQuotes[c == '"'] = close == line.npos;
+        at = close == line.npos ? at + 1 : close + 1;
+        continue;
+      }
+      if (std::string_view("{}()[];=<>$&|*+_\\@#:/").find(c) != std::string_view::npos) ++marks;
+      ++at;
+    }
+    if (words >= 5 && marks * 8 <= words) ++scores_.proseLines;
+    if (isForeign(line)) ++scores_.foreignLines;
+  }
+
+  // Neither an apostrophe nor the name of a lifetime does.
+  static bool opensString(std::string_view line, std::size_t at) {
+    if (line[at] == '"') return true;
+    if (line[at] != '\'') return false;
+    const char before = at > 0 ? line[at - 1] : ' ';
+    return !isName(before) && before != '&' && before != '<';
+  }
+
+  static std::size_t closingQuote(std::string_view line, std::size_t open) {
+    const char quote = line[open];
+    for (std::size_t at = open + 1; at < line.size(); ++at) {
+      if (line[at] == '\\') {
+        ++at;
+      } else if (line[at] == quote) {
+        return at;
+      }
+    }
+    return line.npos;
+  }
+
+  void addPython(std::size_t indent) {
+    if (blocks_++ < kCountsAtMost) {
+      scores_.points[static_cast<std::size_t>(Language::python)] += indent % 4 == 0 ? 3 : 1;
+    }
+  }
+
+  static bool isForeign(std::string_view line) {
+    return line.starts_with("$ ") || line.starts_with("> ") || line.starts_with("- ") ||
+           line.starts_with("```") || line.starts_with("|") || line.starts_with("+---");
+  }
+
+  static constexpr std::size_t kNoIndent = static_cast<std::size_t>(-1);
+
+  const ClueIndex& index_;
+  std::vector<std::uint8_t> counts_;
+  std::string_view text_;
+  ClueScores scores_;
+  std::string_view closer_;  // what ends the comment or the long string that is open
+  std::size_t blockEnd_ = 0, docEnd_ = 0, plainDocEnd_ = 0;  // where the next closers are
+  std::size_t colonIndent_ = kNoIndent;  // of the last line, if it ended in a colon
+  int blocks_ = 0;
+};
+
+}  // namespace
+
+ClueScores weighClues(std::string_view text) { return ClueScanner(text).scan(); }
+
+}  // namespace marbelot

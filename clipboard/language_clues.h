@@ -1,0 +1,67 @@
+// What speaks for and against each language in a snippet: a table of clues, and how much of them
+// a text holds.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace marbelot {
+
+enum class Language : std::uint8_t {
+  php,
+  cpp,
+  c,
+  swift,
+  python,
+  typeScript,
+  javaScript,
+  cSharp,
+  java,
+  go,
+  rust,
+  ruby,
+  json,
+  shell,
+  html,
+  css,
+  sql,
+};
+inline constexpr std::size_t languageCount = 17;
+
+struct ClueWeight {
+  Language language;
+  int points;  // negative: speaks against it
+};
+
+// A clue is looked for outside strings and comments. It begins with a word or an operator; after
+// that, and in it, these characters have a meaning:
+//   ^ (first)  at the start of the line's text     $ (last)  at its end
+//   %          a name                              one space  one or more blanks
+//   ~          no or some blanks
+struct Clue {
+  std::string_view pattern;
+  std::array<ClueWeight, 6> weights;
+};
+
+struct ClueTable {
+  const Clue* begin;
+  std::size_t size;
+};
+ClueTable languageClues();
+
+struct ClueScores {
+  std::array<int, languageCount> points{};
+  std::size_t lines = 0;         // that are neither blank nor comment
+  std::size_t proseLines = 0;    // of these, running text
+  std::size_t foreignLines = 0;  // of these, what a terminal prints, or a list or quotation
+  std::size_t commentLines = 0;
+
+  int of(Language language) const { return points[static_cast<std::size_t>(language)]; }
+};
+
+// Linear in the text.
+ClueScores weighClues(std::string_view text);
+
+}  // namespace marbelot

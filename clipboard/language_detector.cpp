@@ -1,0 +1,65 @@
+// Names the language of a snippet: the clues in it are weighed, and the language they speak for
+// most is named when the text carries one of its signals and reads as code at all.
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "clipboard/classifier.h"
+#include "clipboard/language_clues.h"
+#include "clipboard/language_signals.h"
+#include "platform/text.h"
+
+namespace marbelot {
+namespace {
+
+constexpr std::array<std::string_view, languageCount> kNames = {
+    "PHP", "C++",  "C",    "Swift", "Python", "TypeScript", "JavaScript", "C#", "Java",
+    "Go",  "Rust", "Ruby", "JSON",  "Shell",  "HTML",       "CSS",        "SQL"};
+
+// A language shows early; of longer texts this many bytes are looked at, to the end of a line.
+constexpr std::size_t kLookAt = std::size_t{64} << 10;
+
+std::string_view leadingLines(std::string_view text) {
+  if (text.size() <= kLookAt) return text;
+  const std::size_t lineEnd = text.rfind('\n', kLookAt);
+  return text.substr(0, lineEnd == text.npos ? kLookAt : lineEnd);
+}
+
+// What it takes to be named: more for longer texts, which hold more chance clues, and more when
+// much of the text is running text or looks like a terminal.
+int neededPoints(const ClueScores& scores) {
+  constexpr int kLeast = 5, kMost = 12;
+  const auto perLines = static_cast<int>(std::min<std::size_t>(scores.lines / 3, kMost - kLeast));
+  int needed = kLeast + perLines;
+  const std::size_t plain = scores.proseLines + scores.foreignLines;
+  if (plain * 3 > scores.lines) needed *= 2;
+  if (plain * 3 > scores.lines * 2) needed *= 2;
+  return needed;
+}
+
+}  // namespace
+
+std::optional<std::string_view> detectLanguage(std::string_view text) {
+  const std::string_view trimmed = text::trimmedBlanksAndNewlines(text);
+  const auto named = [](Language language) { return kNames[static_cast<std::size_t>(language)]; };
+  if (isJson(trimmed)) return named(Language::json);
+  if (carriesSignal(Language::shell, trimmed)) return named(Language::shell);
+
+  const std::string_view head = leadingLines(trimmed);
+  const ClueScores scores = weighClues(head);
+  std::array<Language, languageCount> ranking{};
+  for (std::size_t i = 0; i < languageCount; ++i) ranking[i] = static_cast<Language>(i);
+  std::stable_sort(ranking.begin(), ranking.end(),
+                   [&](Language a, Language b) { return scores.of(a) > scores.of(b); });
+  const int best = scores.of(ranking.front());
+  for (const Language language : ranking) {
+    const int points = scores.of(language);
+    // A close second is named when the first lacks its signal: they share most of their syntax.
+    if (points < neededPoints(scores) || points * 4 < best * 3) break;
+    if (carriesSignal(language, head)) return named(language);
+  }
+  return std::nullopt;
+}
+
+}  // namespace marbelot
