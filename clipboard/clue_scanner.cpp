@@ -107,6 +107,12 @@ bool matches(std::string_view pattern, std::string_view line, std::size_t at, bo
         if (at >= line.size() || !isBlank(line[at])) return false;
         at = skipBlanks(line, at);
         break;
+      case '`': {
+        const std::size_t start = at;
+        while (at < line.size() && (isName(line[at]) || line[at] == '.')) ++at;
+        if (at == start) return false;
+        break;
+      }
       case '~':
         at = skipBlanks(line, at);
         break;
@@ -152,10 +158,9 @@ class ClueScanner {
     while (end > start && isBlank(line[end - 1])) --end;
     line = line.substr(start, end - start);
     if (line.empty()) return;
-    if (closer_.size() > 0) {
+    if (!closer_.empty()) {
       ++scores_.commentLines;
-      const std::size_t close = line.find(closer_);
-      if (close != line.npos) closer_ = {};
+      if (line.find(closer_) != line.npos) closer_ = {};
       return;
     }
     if (isComment(line)) {
@@ -165,17 +170,11 @@ class ClueScanner {
     readCode(line, start);
   }
 
-  // Whether the rest of the text holds `closer`; one that is missing is not looked for again.
-  bool isClosedLater(std::string_view line, std::string_view closer, std::size_t& known) {
-    const auto at = static_cast<std::size_t>(line.data() + line.size() - text_.data());
-    if (known < at) known = std::min(text_.find(closer, at), text_.size());
-    return known < text_.size();
-  }
-
+  // Copies begin and end anywhere: a comment may have no start or no end.
   bool isComment(std::string_view line) {
     if (line.starts_with("//")) return true;
     if (line.starts_with("/*")) {
-      if (line.find("*/", 2) == line.npos && isClosedLater(line, "*/", blockEnd_)) closer_ = "*/";
+      if (line.find("*/", 2) == line.npos) closer_ = "*/";
       return true;
     }
     if (line.front() == '*' && (line.size() == 1 || isBlank(line[1]) || line[1] == '/')) {
@@ -183,17 +182,31 @@ class ClueScanner {
     }
     if (line.starts_with("-- ")) return true;
     if (line.front() == '#') return line.size() == 1 || isHashComment(line);
-    for (const std::string_view quotes : {"\"\"\"", "'''"}) {
-      const std::size_t open = line.find(quotes);
-      if (open == line.npos || open > 1) continue;
-      count(line, 0, true);
-      std::size_t& known = quotes[0] == '"' ? docEnd_ : plainDocEnd_;
-      if (line.find(quotes, open + 3) == line.npos && isClosedLater(line, quotes, known)) {
-        closer_ = quotes;
-      }
-      return true;
+    return isLongString(line, "\"\"\"") || isLongString(line, "'''");
+  }
+
+  // Python's documentation. Of an odd number of quotes the first, alone on its line, is an end.
+  bool isLongString(std::string_view line, std::string_view quotes) {
+    const std::size_t open = line.find(quotes);
+    if (open == line.npos || open > 1) return false;
+    count(line, 0, true);
+    if (line.size() == quotes.size() && !metLongString_ && isOdd(quotes)) {
+      scores_.commentLines += scores_.lines;
+      scores_.lines = scores_.proseLines = scores_.foreignLines = 0;
+    } else if (line.find(quotes, open + quotes.size()) == line.npos) {
+      closer_ = quotes;
     }
-    return false;
+    metLongString_ = true;
+    return true;
+  }
+
+  bool isOdd(std::string_view quotes) const {
+    bool odd = false;
+    for (std::size_t at = text_.find(quotes); at != text_.npos;
+         at = text_.find(quotes, at + quotes.size())) {
+      odd = !odd;
+    }
+    return odd;
   }
 
   static bool isHashComment(std::string_view line) {
@@ -215,15 +228,18 @@ class ClueScanner {
 
   void tryClue(std::size_t i, std::string_view line, std::size_t at, std::size_t rest, bool first) {
     const CompiledClue& clue = index_.clues()[i];
-    if (counts_[i] >= kCountsAtMost || (clue.atLineStart && !first)) return;
+    if (clue.atLineStart && !first) return;
     if (!clue.head.empty() || clue.headIsName) at = rest;
-    if (matches(clue.rest, line, at, clue.atLineEnd)) ++counts_[i];
+    if (!matches(clue.rest, line, at, clue.atLineEnd)) return;
+    if (counts_[i] < kCountsAtMost) ++counts_[i];
+    metStartClue_ = metStartClue_ || clue.atLineStart;
   }
 
   void readCode(std::string_view line, std::size_t indent) {
     ++scores_.lines;
-    if (colonIndent_ != kNoIndent && indent >= colonIndent_ + 2) addPython(indent);
-    colonIndent_ = line.back() == ':' ? indent : kNoIndent;
+    if (colonIndent_ != kNoIndent && indent >= colonIndent_ + 2) addBlock(indent);
+    colonIndent_ = opensColonBlock(line) ? indent : kNoIndent;
+    metStartClue_ = false;
     std::size_t words = 0, marks = 0;
     bool noMoreQuotes[2] = {false, false};
     for (std::size_t at = 0; at < line.size();) {
@@ -256,7 +272,10 @@ class ClueScanner {
       if (std::string_view("{}()[];=<>$&|*+_\\@#:/").find(c) != std::string_view::npos) ++marks;
       ++at;
     }
-    if (words >= 5 && marks * 8 <= words) ++scores_.proseLines;
+    if (words >= 5 && marks * 8 <= words && !metStartClue_) ++scores_.proseLines;
+    if (isBareStatement(line)) addBare();
+    if (isSelector(line)) add(Language::css, selectors_++ < kCountsAtMost ? 4 : 0);
+    if (holdsPascalCall(line) && pascalCalls_++ < kCountsAtMost) addPascalCall();
     if (isForeign(line)) ++scores_.foreignLines;
   }
 
@@ -280,10 +299,68 @@ class ClueScanner {
     return line.npos;
   }
 
-  void addPython(std::size_t indent) {
-    if (blocks_++ < kCountsAtMost) {
-      scores_.points[static_cast<std::size_t>(Language::python)] += indent % 4 == 0 ? 3 : 1;
+  static bool opensColonBlock(std::string_view line) {
+    if (line.back() != ':') return false;
+    const std::string_view word = line.substr(0, skipName(line, 0));
+    for (const std::string_view opener : {"if", "elif", "else", "for", "while", "def", "class",
+                                          "with", "try", "except", "finally", "async", "match"}) {
+      if (word == opener) return true;
     }
+    return false;
+  }
+
+  void addBlock(std::size_t indent) {
+    if (blocks_++ < kCountsAtMost) add(Language::python, indent % 4 == 0 ? 3 : 1);
+  }
+
+  // An assignment or a call with nothing to end it.
+  static bool isBareStatement(std::string_view line) {
+    std::size_t at = 0;
+    while (at < line.size() && (isName(line[at]) || line[at] == '.')) ++at;
+    const char last = line.back();
+    if (at == 0 || at == line.size() || last == ';' || last == '{' || last == ',') return false;
+    if (line[at] == '(') return last == ')';
+    at = skipBlanks(line, at);
+    if (at + 1 < line.size() && (line[at] == '+' || line[at] == '-')) ++at;
+    return at + 2 < line.size() && line[at] == '=' && isBlank(line[at + 1]);
+  }
+
+  void addBare() {
+    if (bare_++ >= kCountsAtMost) return;
+    add(Language::python, 1);
+    add(Language::ruby, 1);
+  }
+
+  // What opens a rule of a style sheet: classes, identities and elements, none of them a keyword's.
+  static bool isSelector(std::string_view line) {
+    if (line.size() < 3 || (line.back() != '{' && line.back() != ',')) return false;
+    if (line.find_first_of("()=;'\"<$@!&|") != line.npos) return false;
+    const bool classOrId = line.front() == '.' || line.front() == '#';
+    const bool nested = line.find(" .") != line.npos || line.find(" #") != line.npos ||
+                        line.find(" > ") != line.npos;
+    return (classOrId && isName(line[1])) || nested;
+  }
+
+  // Something.DoIt(: methods with capitals.
+  static bool holdsPascalCall(std::string_view line) {
+    for (std::size_t dot = line.find('.'); dot != line.npos; dot = line.find('.', dot + 1)) {
+      if (dot + 1 >= line.size() || !isUpper(line[dot + 1])) continue;
+      const std::size_t end = skipName(line, dot + 1);
+      if (end < line.size() && line[end] == '(' && isLower(line[end - 1])) return true;
+    }
+    return false;
+  }
+
+  void addPascalCall() {
+    add(Language::cSharp, 2);
+    add(Language::go, 1);
+    add(Language::java, -1);
+    add(Language::javaScript, -1);
+    add(Language::typeScript, -1);
+  }
+
+  void add(Language language, int points) {
+    scores_.points[static_cast<std::size_t>(language)] += points;
   }
 
   static bool isForeign(std::string_view line) {
@@ -297,10 +374,11 @@ class ClueScanner {
   std::vector<std::uint8_t> counts_;
   std::string_view text_;
   ClueScores scores_;
-  std::string_view closer_;  // what ends the comment or the long string that is open
-  std::size_t blockEnd_ = 0, docEnd_ = 0, plainDocEnd_ = 0;  // where the next closers are
+  std::string_view closer_;              // what ends the comment or the long string that is open
   std::size_t colonIndent_ = kNoIndent;  // of the last line, if it ended in a colon
-  int blocks_ = 0;
+  int blocks_ = 0, bare_ = 0, selectors_ = 0, pascalCalls_ = 0;
+  bool metLongString_ = false;
+  bool metStartClue_ = false;  // on this line
 };
 
 }  // namespace

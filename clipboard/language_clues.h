@@ -39,7 +39,7 @@ struct ClueWeight {
 // that, and in it, these characters have a meaning:
 //   ^ (first)  at the start of the line's text     $ (last)  at its end
 //   %          a name                              one space  one or more blanks
-//   ~          no or some blanks
+//   `          a name that may have dots           ~          no or some blanks
 struct Clue {
   std::string_view pattern;
   std::array<ClueWeight, 6> weights;
