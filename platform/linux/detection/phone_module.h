@@ -1,0 +1,29 @@
+// The interface of marbelot-phone, the loadable module that alone links libphonenumber: the
+// library and what it needs take longer to load than the program itself and are rarely wanted.
+#pragma once
+
+#include <cstddef>
+
+extern "C" {
+
+struct MarbelotPhone {
+  std::size_t start;   // bytes from the start of the stretch
+  std::size_t length;  // bytes
+  char e164[24];       // "+" and digits, terminated by a zero
+};
+
+// Finds the first valid phone number in `stretch`, a short piece of text in UTF-8; national numbers
+// are read as those of `region` (ISO 3166, terminated by a zero). Returns 1 and fills `found`, or
+// returns 0. Safe to call from any thread.
+int marbelot_phone_find(const char* stretch, std::size_t length, const char* region,
+                        MarbelotPhone* found);
+
+}  // extern "C"
+
+namespace marbelot::detection {
+
+constexpr const char* kPhoneModule = "libmarbelot-phone.so";
+constexpr const char* kPhoneFunction = "marbelot_phone_find";
+using PhoneFunction = decltype(&marbelot_phone_find);
+
+}  // namespace marbelot::detection
