@@ -1,0 +1,43 @@
+// Whether a piece of text looks like a phone number at all. libphonenumber takes 30 to 200 µs to
+// answer, so it is asked only about stretches whose shape leaves few doubts.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace marbelot::detection {
+
+// A run of digit groups with the separators people put into phone numbers between them.
+struct Stretch {
+  struct Group {
+    std::size_t start = 0;
+    std::size_t length = 0;
+    char separator = '\0';  // before the group: one of " -./(", '\0' before the first
+  };
+  static constexpr std::size_t kMostGroups = 8;
+  static constexpr std::size_t kMostDigits = 17;  // E.164 has 15, behind "00" or "011" as dialled
+
+  std::size_t start = 0;  // with the "+" or the bracket before the first digit
+  bool plus = false;
+  std::array<Group, kMostGroups> groups;
+  std::size_t count = 0;
+  std::size_t digits = 0;
+
+  std::size_t end() const { return groups[count - 1].start + groups[count - 1].length; }
+};
+
+// The stretch whose first digit is at `digit`, looking back no further than `floor`. It ends before
+// the group that would make it too long.
+Stretch readStretch(std::string_view text, std::size_t digit, std::size_t floor);
+
+// Whether nothing in the shape of the stretch or in the text around it says that it is something
+// else: a date, an address of the network, a version, money, the number of an order or a book.
+bool isPlausible(std::string_view text, const Stretch& stretch);
+
+// Whether the region belongs to the North American Numbering Plan.
+bool isNorthAmerican(std::string_view region);
+// Cuts the stretch to the one number of that plan that it starts with; false when there is none.
+bool cutToNorthAmerican(std::string_view text, Stretch& stretch);
+
+}  // namespace marbelot::detection
