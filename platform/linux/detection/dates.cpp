@@ -1,0 +1,245 @@
+// Dates and times, reckoned from a given moment, in ISO 8601.
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <string>
+
+#include "platform/linux/detection/clock_reader.h"
+#include "platform/linux/detection/day_reader.h"
+#include "platform/linux/detection/finder.h"
+#include "platform/linux/detection/scan.h"
+#include "platform/linux/detection/tokens.h"
+
+namespace marbelot::detection {
+namespace {
+
+using Kind = DateWord::Kind;
+using std::chrono::days;
+using std::chrono::local_days;
+using std::chrono::year_month_day;
+
+std::tm localTime(double seconds) {
+  const auto when = static_cast<std::time_t>(std::floor(seconds));
+  std::tm local{};
+  localtime_r(&when, &local);
+  return local;
+}
+
+local_days dayOf(const std::tm& local) {
+  return local_days(year_month_day(std::chrono::year(local.tm_year + 1900),
+                                   std::chrono::month(static_cast<unsigned>(local.tm_mon + 1)),
+                                   std::chrono::day(static_cast<unsigned>(local.tm_mday))));
+}
+
+std::string isoDate(const year_month_day& date) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+  return text;
+}
+
+std::string isoTime(const Clock& clock) {
+  char text[32];
+  std::snprintf(text, sizeof text, "T%02d:%02d", clock.hour, clock.minute);
+  std::string result = text;
+  if (clock.second >= 0) {
+    std::snprintf(text, sizeof text, ":%02d", clock.second);
+    result += text;
+  }
+  return result + clock.zone;
+}
+
+class DateFinder final : public TriggerFinder {
+ public:
+  DateFinder(std::string_view text, const std::string& region, double now)
+      : TriggerFinder(text),
+        now_(now),
+        local_(localTime(now)),
+        days_(text, region, dayOf(local_)) {}
+
+ private:
+  std::size_t nextTrigger(std::size_t from, std::size_t end) const override;
+  std::optional<Detection> examine(std::size_t trigger) override;
+
+  bool startsFreely(std::size_t at) const;
+  bool followsTimeWord(std::size_t at) const;
+  // A day and the time behind it, the time and the day behind it, the time alone.
+  std::optional<Detection> dayAndTime(std::size_t at) const;
+  std::optional<Detection> timeAndDay(std::size_t at) const;
+  // "in two weeks", "3 days ago".
+  std::optional<Detection> distance(const Token& first) const;
+  std::optional<Clock> clockAfter(const Day& day) const;
+
+  Detection date(std::size_t start, std::size_t end, std::string value) const {
+    return {DetectionKind::date, {start, end - start}, std::move(value)};
+  }
+
+  double now_;
+  std::tm local_;
+  DayReader days_;
+};
+
+// A digit that starts a number, or a word of the vocabulary.
+std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
+  const auto isWordByte = [](char c) { return isAlpha(c) || !isAscii(c); };
+  std::size_t at = from;
+  // In the middle of a word or a number nothing starts.
+  if (at > 0 && isWordByte(text()[at - 1])) {
+    while (at < end && isWordByte(text()[at])) ++at;
+  } else if (at > 0 && isDigit(text()[at - 1])) {
+    while (at < end && isDigit(text()[at])) ++at;
+  }
+  while (at < end) {
+    if (isDigit(text()[at])) return at;
+    if (!isWordByte(text()[at])) {
+      ++at;
+      continue;
+    }
+    std::size_t stop = at + 1;
+    while (stop < text().size() && (isWordByte(text()[stop]) || text()[stop] == '\'')) ++stop;
+    if (mayStartDate(text().substr(at, stop - at))) return at;
+    at = stop;
+  }
+  return end;
+}
+
+bool DateFinder::startsFreely(std::size_t at) const {
+  if (at == 0) return true;
+  const char before = text()[at - 1];
+  constexpr std::string_view kGlue = "_@/\\-$#%&+*=.:,";
+  if (isAlnum(before)) return false;
+  if (kGlue.find(before) == std::string_view::npos) {
+    return isAscii(before) || !text::isLetter(text::scalarBefore(text(), at).value);
+  }
+  // "Date:tomorrow", but not "10:30" or "a.today".
+  return (before == ':' || before == ',') && at > 1 && !isDigit(text()[at - 2]) &&
+         text()[at - 2] != ':' && isAlpha(text()[at]);
+}
+
+std::optional<Detection> DateFinder::examine(std::size_t trigger) {
+  if (!startsFreely(trigger)) return std::nullopt;
+  const Token first = tokenAt(text(), trigger);
+  if (first.kind == Token::Kind::end) return std::nullopt;
+  if (auto found = dayAndTime(trigger)) return found;
+  if (auto found = distance(first)) return found;
+  return timeAndDay(trigger);
+}
+
+std::optional<Clock> DateFinder::clockAfter(const Day& day) const {
+  const char mark = day.end < text().size() ? text()[day.end] : '\0';
+  if (mark == 'T' || mark == 't') return readClock(text(), day.end + 1, ClockStyle::colon);
+  Token token = tokenAt(text(), day.end);
+  std::size_t at = day.end;
+  if (token.is(',') || token.is('-') || token.is(U'–') || token.is('|')) {
+    at = token.end();
+    token = tokenAt(text(), at);
+  }
+  static const WordSet exact("at um à");
+  static const WordSet loose("from von ab gegen by until de");
+  const bool names_hour = exact.has(token.lower) || token.is('@');
+  if (names_hour || loose.has(token.lower)) at = token.end();
+  PartOfDay part = day.part;
+  // "Monday 8 in the evening" is left to the part that is given with the day.
+  return readClock(text(), at, names_hour ? ClockStyle::hour : ClockStyle::colon, part);
+}
+
+std::optional<Detection> DateFinder::dayAndTime(std::size_t at) const {
+  const std::optional<Day> day = days_.read(at);
+  if (!day) return std::nullopt;
+  const std::string value = isoDate(day->date);
+  if (const std::optional<Clock> clock = clockAfter(*day)) {
+    return date(at, clock->end, value + isoTime(*clock));
+  }
+  if (day->needs_time) return std::nullopt;
+  return date(at, day->end, value);
+}
+
+// Whether "at", "from" or the like stands before, which makes "14:30" a time and no ratio.
+bool DateFinder::followsTimeWord(std::size_t at) const {
+  static const WordSet words("at by from until till um à ab bis gegen before after since around");
+  if (at == 0 || text()[at - 1] != ' ') return at > 0 && text()[at - 1] == '@';
+  const std::size_t start = wordStart(text(), at - 1, floor());
+  return start < at - 1 && words.has(tokenAt(text(), start).lower);
+}
+
+std::optional<Detection> DateFinder::timeAndDay(std::size_t at) const {
+  const std::optional<Clock> clock = readClock(text(), at, ClockStyle::colon);
+  if (!clock) return std::nullopt;
+  static const WordSet joins("on am le");
+  Token token = tokenAt(text(), clock->end);
+  if (token.is(',')) token = tokenAt(text(), token.end());
+  if (joins.has(token.lower)) token = tokenAt(text(), token.end());
+  if (token.isWord() || token.isNumber()) {
+    // Not the day of the next time: "5pm, tomorrow 6pm".
+    const std::optional<Day> day = days_.read(token.range.start);
+    if (day && !clockAfter(*day)) {
+      Clock shifted = *clock;
+      if (day->part == PartOfDay::evening && shifted.hour < 12) {
+        if (auto again = readClock(text(), at, ClockStyle::colon, day->part)) shifted = *again;
+      }
+      return date(at, day->end, isoDate(day->date) + isoTime(shifted));
+    }
+  }
+  if (!readClock(text(), at, ClockStyle::marked) && !followsTimeWord(at)) return std::nullopt;
+  local_days day = days_.today();
+  if (clock->hour * 60 + clock->minute <= local_.tm_hour * 60 + local_.tm_min) day += days(1);
+  return date(at, clock->end, isoDate(year_month_day(day)) + isoTime(*clock));
+}
+
+std::optional<Detection> DateFinder::distance(const Token& first) const {
+  const bool within = dateWord(first.lower).kind == Kind::within;
+  const Token count = within ? tokenAt(text(), first.end()) : first;
+  const DateWord number = dateWord(count.lower);
+  int value = 0;
+  if (count.isNumber() && count.range.length <= 3) {
+    value = numberOf(count.lower);
+  } else if (number.kind == Kind::count || count.lower == "sept") {
+    value = number.value;
+  } else {
+    return std::nullopt;
+  }
+  const Token unit = tokenAt(text(), count.end());
+  const DateWord unit_word = unit.lower == "day" ? DateWord{Kind::unit, kDay} : dateWord(unit.lower);
+  if (!unit.isWord() || !unit.spaced || unit_word.kind != Kind::unit) return std::nullopt;
+  std::size_t end = unit.end();
+  if (!within) {
+    // "3 days" alone is no date; "3 days ago" and "from now" are.
+    const Token ago = tokenAt(text(), end);
+    const Token now = tokenAt(text(), ago.end());
+    if (ago.lower == "ago") {
+      value = -value;
+      end = ago.end();
+    } else if (ago.lower == "from" && (now.lower == "now" || now.lower == "today")) {
+      end = now.end();
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (unit_word.value == kMinute || unit_word.value == kHour) {
+    const std::tm then = localTime(now_ + value * (unit_word.value == kHour ? 3600.0 : 60.0));
+    const Clock clock{end, then.tm_hour, then.tm_min, -1, {}};
+    return date(first.range.start, end,
+                isoDate(year_month_day(dayOf(then))) + isoTime(clock));
+  }
+  year_month_day then(days_.today());
+  if (unit_word.value == kDay || unit_word.value == kWeek) {
+    then = year_month_day(days_.today() + days(value * (unit_word.value == kWeek ? 7 : 1)));
+  } else {
+    then += std::chrono::months(unit_word.value == kYear ? 12 * value : value);
+    if (!then.ok()) then = then.year() / then.month() / std::chrono::last;
+  }
+  const Day day{end, then};
+  if (const std::optional<Clock> clock = clockAfter(day)) {
+    return date(first.range.start, clock->end, isoDate(then) + isoTime(*clock));
+  }
+  return date(first.range.start, end, isoDate(then));
+}
+
+}  // namespace
+
+std::unique_ptr<Finder> makeDateFinder(std::string_view text, std::string region, double now) {
+  return std::make_unique<DateFinder>(text, region, now);
+}
+
+}  // namespace marbelot::detection
