@@ -1,0 +1,15 @@
+// The line that says what is on the clipboard.
+#pragma once
+
+#include <string>
+
+#include "clipboard/text_analysis.h"
+#include "platform/pasteboard.h"
+
+namespace marbelot {
+
+// `withheld`: the contents' owner asked that they be not shown (ClipboardHistory::withheld).
+std::string clipPreviewTitle(const PasteboardContents& contents, bool withheld,
+                             TextAnalyses& analyses);
+
+}  // namespace marbelot

@@ -1,0 +1,252 @@
+#include "clipboard/clipboard_history.h"
+
+#include <algorithm>
+
+#include "clipboard/image_file.h"
+#include "clipboard/stored_date.h"
+#include "platform/files.h"
+
+namespace marbelot {
+
+namespace {
+
+constexpr double pollInterval = 0.6;  // seconds
+
+// Writing this much takes a few milliseconds; more is left to the background.
+constexpr std::size_t immediateImageBytes = 4 * 1024 * 1024;
+
+// Entries that are looked at when loading. The history holds 40; a file that something else filled
+// must not hold up the launch.
+constexpr std::size_t examinedEntries = 1000;
+
+}  // namespace
+
+ClipboardHistory::ClipboardHistory(Platform& platform, Shell& shell, ActionTable& actions)
+    : platform_(platform), shell_(shell) {
+  actions.add("clearClipHistory", [this](const MenuItem&) { clearClipHistory(); });
+  actions.add("toggleAutoSaveClipImages", [this](const MenuItem&) {
+    autoSaveClipImages = !autoSaveClipImages;
+    platform_.defaults.set(autoSaveClipImagesKey, autoSaveClipImages);
+    shell_.rebuildMenu();
+  });
+  actions.add("setArchiveLocation:", [this](const MenuItem& sender) {
+    const auto* pictures = std::get_if<bool>(&sender.represented);
+    if (!pictures) return;
+    archiveToPictures = *pictures;
+    platform_.defaults.set(archiveToPicturesKey, archiveToPictures);
+    shell_.rebuildMenu();
+  });
+  actions.add("openClipImagesFolder",
+              [this](const MenuItem&) { platform_.workspace.openPath(clipImagesFolder()); });
+}
+
+ClipboardHistory::~ClipboardHistory() { platform_.pasteboard.setChangeHandler({}); }
+
+void ClipboardHistory::startClipPoller() {
+  lastChangeCount = platform_.pasteboard.changeCount();
+  clipPoller = platform_.queue.every(pollInterval, [this] { tick(); });
+  platform_.pasteboard.setChangeHandler([this] { tick(); });
+}
+
+void ClipboardHistory::tick() {
+  const std::int64_t count = platform_.pasteboard.changeCount();
+  if (count == lastChangeCount) return;
+  const auto changes = platform_.pasteboard.changesSince(lastChangeCount);
+  lastChangeCount = count;
+  bool recorded = false;
+  for (const PasteboardChange& change : changes) recorded |= record(change.contents);
+  if (!recorded) return;
+  saveClipHistory();
+  shell_.rebuildMenu();
+}
+
+void ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
+  if (!record(contents)) return;
+  saveClipHistory();
+  shell_.rebuildMenu();
+}
+
+bool ClipboardHistory::withheld(const PasteboardContents& contents) const {
+  return contents.concealed && !platform_.defaults.boolFor("recordConcealedCopies");
+}
+
+bool ClipboardHistory::record(const PasteboardContents& contents) {
+  if (withheld(contents)) return false;
+  if (contents.image) {
+    recordImage(*contents.image);
+    return true;
+  }
+  return contents.text && recordText(contents.text);
+}
+
+void ClipboardHistory::insert(Kind kind) {
+  clipHistory.insert(clipHistory.begin(), ClipItem{std::move(kind), clock(), {}, ++lastId_});
+  if (clipHistory.size() > clipHistoryLimit)
+    clipHistory.erase(clipHistory.begin() + static_cast<std::ptrdiff_t>(clipHistoryLimit),
+                      clipHistory.end());
+}
+
+void ClipboardHistory::recordImage(const Image& image) {
+  insert(image);
+  if (autoSaveClipImages) saveClipImage(lastId_, image, {});
+}
+
+bool ClipboardHistory::recordText(const SharedText& text) {
+  if (text::trimmedBlanksAndNewlines(*text).empty()) return false;
+  const SharedText newest = clipHistory.empty() ? nullptr : clipHistory.front().kind.text();
+  if (newest && (newest == text || *newest == *text)) return false;
+  insert(text);
+  if (onTextRecorded) onTextRecorded(text);
+  return true;
+}
+
+void ClipboardHistory::saveClipHistory() {
+  Value::List stored;
+  for (const ClipItem& item : clipHistory) {
+    if (stored.size() == clipHistoryLimit) break;
+    if (const SharedText text = item.kind.text()) {
+      stored.push_back(
+          Value::Dictionary{{"type", "text"}, {"text", text}, {"date", storedDate(item.date)}});
+    } else if (item.savedPath && files::exists(*item.savedPath)) {
+      stored.push_back(Value::Dictionary{
+          {"type", "image"}, {"path", *item.savedPath}, {"date", storedDate(item.date)}});
+    }
+  }
+  platform_.defaults.set(clipHistoryKey, std::move(stored));
+}
+
+std::optional<ClipItem> ClipboardHistory::loadedItem(const Value& entry) {
+  // The older form: texts alone.
+  if (const SharedText text = entry.asText()) return ClipItem{text, clock(), {}, ++lastId_};
+  const Value::Dictionary* fields = entry.asDictionary();
+  if (!fields) return std::nullopt;
+  const auto field = [&](std::string_view key) {
+    const Value* value = find(*fields, key);
+    return value ? value->asText() : nullptr;
+  };
+  const SharedText dateText = field("date");
+  const double date = (dateText ? parsedDate(*dateText) : std::nullopt).value_or(clock());
+  const SharedText type = field("type");
+  if (type && *type == "image") {
+    const SharedText path = field("path");
+    const auto image = path && files::exists(*path) ? Image::fromFile(*path) : std::nullopt;
+    if (!image) return std::nullopt;
+    return ClipItem{*image, date, *path, ++lastId_};
+  }
+  const SharedText text = field("text");
+  if (!text) return std::nullopt;
+  return ClipItem{text, date, {}, ++lastId_};
+}
+
+void ClipboardHistory::loadClipHistory() {
+  clipHistory.clear();
+  const auto stored = platform_.defaults.value(clipHistoryKey);
+  const Value::List* entries = stored ? stored->asList() : nullptr;
+  if (!entries) return;
+  const std::size_t count = std::min(entries->size(), examinedEntries);
+  for (std::size_t i = 0; i < count && clipHistory.size() < clipHistoryLimit; ++i)
+    if (auto item = loadedItem((*entries)[i])) clipHistory.push_back(std::move(*item));
+}
+
+void ClipboardHistory::copyWithoutRecording(SharedText text) {
+  if (clipPoller) tick();
+  lastChangeCount = platform_.pasteboard.write(std::move(text));
+}
+
+void ClipboardHistory::copyWithoutRecording(const Image& image) {
+  if (clipPoller) tick();
+  lastChangeCount = platform_.pasteboard.write(image);
+}
+
+std::string ClipboardHistory::clipImagesFolder() const {
+  std::string folder = files::join(
+      archiveToPictures ? files::picturesFolder() : files::temporaryFolder(), "Marbelot");
+  if (archiveToPictures) folder = files::join(folder, "Clipboard");
+  files::makeFolder(folder);
+  return folder;
+}
+
+void ClipboardHistory::saveClipImage(std::uint64_t id, const Image& image, Saved saved) {
+  const std::string folder = clipImagesFolder();
+  const std::string base = "Clip " + text::fileTimestamp(clock());
+  const auto done = [this, id](const std::optional<ImageFile>& file) {
+    if (file) fileArrived(id, file->path, file->image);
+    return file ? std::optional(file->path) : std::nullopt;
+  };
+
+  const SharedBytes bytes = image.format() == ImageFormat::png ? image.bytes() : nullptr;
+  if (bytes && bytes->size() < immediateImageBytes) {
+    const auto path = done(writeImageFile(folder, base, image));
+    if (saved) saved(path);
+    return;
+  }
+
+  PendingSave& pending = saves_[id];
+  if (saved) pending.waiting.push_back(std::move(saved));
+  pending.task = platform_.queue.inBackground(
+      [folder, base, image] { return writeImageFile(folder, base, image); },
+      [this, id, done](const std::optional<ImageFile>& file) {
+        const auto finished = saves_.extract(id);
+        const auto path = done(file);
+        if (path) {
+          saveClipHistory();
+          // Also lets the menu go of the bytes that the file holds now.
+          shell_.rebuildMenu();
+        }
+        for (const Saved& tell : finished.mapped().waiting) tell(path);
+      });
+}
+
+void ClipboardHistory::fileArrived(std::uint64_t id, const std::string& path, Image image) {
+  const auto index = indexOf(id);
+  if (!index) return;
+  clipHistory[*index].savedPath = path;
+  clipHistory[*index].kind = std::move(image);
+}
+
+void ClipboardHistory::withFile(std::uint64_t id, Saved saved) {
+  const auto index = indexOf(id);
+  const Image* image = index ? clipHistory[*index].kind.image() : nullptr;
+  if (!image) return;
+  const auto& path = clipHistory[*index].savedPath;
+  if (path && files::exists(*path)) return saved(std::string(*path));
+  if (const auto pending = saves_.find(id); pending != saves_.end()) {
+    pending->second.waiting.push_back(std::move(saved));
+    return;
+  }
+  saveClipImage(id, Image(*image), [this, saved = std::move(saved)](const auto& written) {
+    if (written) saveClipHistory();
+    saved(written);
+  });
+}
+
+std::optional<std::size_t> ClipboardHistory::indexOf(std::uint64_t id) const {
+  const auto found = std::find_if(clipHistory.begin(), clipHistory.end(),
+                                  [&](const ClipItem& item) { return item.id == id; });
+  if (found == clipHistory.end()) return std::nullopt;
+  return static_cast<std::size_t>(found - clipHistory.begin());
+}
+
+void ClipboardHistory::moveToFront(ClipItem item) {
+  if (const auto index = indexOf(item.id))
+    clipHistory.erase(clipHistory.begin() + static_cast<std::ptrdiff_t>(*index));
+  clipHistory.insert(clipHistory.begin(), std::move(item));
+  if (clipHistory.size() > clipHistoryLimit) clipHistory.pop_back();
+  saveClipHistory();
+  shell_.rebuildMenu();
+}
+
+void ClipboardHistory::remove(std::size_t index) {
+  if (index >= clipHistory.size()) return;
+  clipHistory.erase(clipHistory.begin() + static_cast<std::ptrdiff_t>(index));
+  saveClipHistory();
+  shell_.rebuildMenu();
+}
+
+void ClipboardHistory::clearClipHistory() {
+  clipHistory.clear();
+  saveClipHistory();
+  shell_.rebuildMenu();
+}
+
+}  // namespace marbelot

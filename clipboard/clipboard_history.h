@@ -1,0 +1,97 @@
+// The clipboard history: sees every change of the clipboard, records it, keeps it across runs.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "clipboard/classifier.h"
+#include "clipboard/clip_item.h"
+#include "platform/platform.h"
+#include "platform/text.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+// Main thread only; the platform and the shell outlive it.
+class ClipboardHistory {
+ public:
+  ClipboardHistory(Platform& platform, Shell& shell, ActionTable& actions);
+  ~ClipboardHistory();
+  ClipboardHistory(const ClipboardHistory&) = delete;
+  ClipboardHistory& operator=(const ClipboardHistory&) = delete;
+
+  std::vector<ClipItem> clipHistory;  // newest first
+  const std::size_t clipHistoryLimit = 40;
+  const std::string clipHistoryKey = "clipTextHistory";
+  std::optional<Task> clipPoller;
+  std::int64_t lastChangeCount = -1;  // of the change that was handled last
+  std::optional<ClipCategory> clipTypeFilter;
+  bool archiveToPictures = false;
+  const std::string archiveToPicturesKey = "archiveClipImagesToPictures";
+  bool autoSaveClipImages = true;
+  const std::string autoSaveClipImagesKey = "autoSaveClipImages";
+
+  // A new text was recorded; called before it is stored.
+  std::function<void(const SharedText&)> onTextRecorded;
+  // The wall clock, seconds since 1970.
+  std::function<double()> clock = text::now;
+
+  // Records from now on; what is on the clipboard already is not recorded.
+  void startClipPoller();
+  // Handles the changes that are still to be handled, oldest first.
+  void tick();
+  // Records the contents unless they are to be ignored.
+  void onClipboardChange(const PasteboardContents& contents);
+
+  void saveClipHistory();
+  void loadClipHistory();
+
+  // Puts on the clipboard what the program already holds. A copy by another program that has not
+  // been handled yet is recorded first.
+  void copyWithoutRecording(SharedText text);
+  void copyWithoutRecording(const Image& image);
+
+  // The owner asked that the contents be neither kept nor shown, and the user has not overruled it.
+  bool withheld(const PasteboardContents& contents) const;
+
+  // The folder of copied images, made if it can be.
+  std::string clipImagesFolder() const;
+
+  using Saved = std::function<void(const std::optional<std::string>& path)>;
+  // Writes the image as a PNG file into the folder of copied images and tells its path, none when
+  // that failed: at once when it is small and came as PNG, else when the background is done.
+  void saveClipImage(std::uint64_t id, const Image& image, Saved saved);
+  // The same for an entry of the history; its file if it has one already.
+  void withFile(std::uint64_t id, Saved saved);
+
+  // The position of the item, none when it has gone.
+  std::optional<std::size_t> indexOf(std::uint64_t id) const;
+  // Makes it the newest, also when it has been pushed out meanwhile.
+  void moveToFront(ClipItem item);
+  void remove(std::size_t index);
+  void clearClipHistory();
+
+ private:
+  struct PendingSave {
+    Task task;
+    std::vector<Saved> waiting;
+  };
+
+  bool record(const PasteboardContents& contents);
+  void recordImage(const Image& image);
+  bool recordText(const SharedText& text);
+  void insert(Kind kind);
+  void fileArrived(std::uint64_t id, const std::string& path, Image image);
+  std::optional<ClipItem> loadedItem(const Value& entry);
+
+  Platform& platform_;
+  Shell& shell_;
+  std::uint64_t lastId_ = 0;
+  std::map<std::uint64_t, PendingSave> saves_;  // by the item's id
+};
+
+}  // namespace marbelot

@@ -1,0 +1,269 @@
+#include "clipboard/history_menus.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
+#include "clipboard/category_titles.h"
+#include "platform/text.h"
+
+namespace marbelot {
+
+namespace {
+
+constexpr const char* fileFailure = "Couldn't save image to a file";
+
+// A secret is short; what is shown of anything longer must not hold up the dialog.
+constexpr std::size_t revealedBytes = 64 * 1024;
+
+void addClear(Menu& menu) {
+  menu.addSeparator();
+  menu.add("Clear clipboard history", "clearClipHistory");
+}
+
+std::shared_ptr<Menu> emptyMenu() {
+  auto menu = std::make_shared<Menu>();
+  menu->addDisabled("No clipboard history yet");
+  return menu;
+}
+
+std::string bracketed(std::size_t count) { return " (" + std::to_string(count) + ")"; }
+
+}  // namespace
+
+std::string imageTitle(const Image& image) {
+  return "Image " + std::to_string(image.width()) + " × " + std::to_string(image.height());
+}
+
+HistoryMenus::HistoryMenus(Platform& platform, Shell& shell, ActionTable& actions,
+                           ClipboardHistory& history, TextAnalyses& analyses)
+    : platform_(platform), shell_(shell), history_(history), analyses_(analyses) {
+  const auto on = [&](const char* selector, void (HistoryMenus::*action)(const MenuItem&)) {
+    actions.add(selector, [this, action](const MenuItem& sender) { (this->*action)(sender); });
+  };
+  on("copyClipHistory:", &HistoryMenus::copyClipHistory);
+  on("setClipTypeFilter:", &HistoryMenus::setClipTypeFilter);
+  on("revealClipValue:", &HistoryMenus::revealClipValue);
+  on("revealClipHistory:", &HistoryMenus::revealClipHistory);
+  on("copyClipHistoryPath:", &HistoryMenus::copyClipHistoryPath);
+  actions.add("deleteClipHistory:", [this](const MenuItem& sender) {
+    if (const auto index = indexFor(sender)) history_.remove(*index);
+  });
+  actions.add("copyPath:", [this](const MenuItem& sender) {
+    if (const auto* path = std::get_if<std::string>(&sender.represented)) copyPath(*path);
+  });
+}
+
+std::vector<HistoryMenus::Entry> HistoryMenus::entries() {
+  std::vector<Entry> entries;
+  std::unordered_map<std::string, std::vector<std::size_t>> byTitle;
+  for (std::size_t i = 0; i < history_.clipHistory.size(); ++i) {
+    const Kind& kind = history_.clipHistory[i].kind;
+    Entry entry{i, ClipCategory::image, {}};
+    std::string shown;
+    if (const Image* image = kind.image()) {
+      shown = imageTitle(*image);
+    } else {
+      const TextAnalysis& analysis = analyses_.of(kind.text());
+      entry.category = analysis.category;
+      shown = analysis.label() + analysis.title;
+    }
+    entry.title = std::string(categoryTitle(entry.category).symbol) + " " + shown;
+    byTitle[entry.title].push_back(i);
+    entries.push_back(std::move(entry));
+  }
+  for (const auto& [title, alike] : byTitle)
+    if (alike.size() > 1) tellApart(entries, alike);
+  return entries;
+}
+
+// Entries that would read alike show where they differ, or else when they were copied.
+void HistoryMenus::tellApart(std::vector<Entry>& entries, const std::vector<std::size_t>& alike) {
+  std::vector<std::string> beginnings;
+  for (const std::size_t i : alike) {
+    const SharedText text = history_.clipHistory[i].kind.text();
+    beginnings.push_back(text ? analyses_.of(text).beginning : std::string());
+  }
+  for (std::size_t k = 0; k < alike.size(); ++k) {
+    const std::size_t i = alike[k];
+    Entry& entry = entries[i];
+    std::vector<std::string_view> others;
+    for (std::size_t other = 0; other < alike.size(); ++other)
+      if (other != k) others.emplace_back(beginnings[other]);
+    const std::string different = titleAtDifference(beginnings[k], others);
+    if (different.empty()) {
+      entry.title += " — " + text::fileTimestamp(history_.clipHistory[i].date);
+    } else {
+      entry.title = std::string(categoryTitle(entry.category).symbol) + " " +
+                    analyses_.of(history_.clipHistory[i].kind.text()).label() + different;
+    }
+  }
+}
+
+MenuItem HistoryMenus::filterItem(const std::vector<Entry>& entries) const {
+  std::array<std::size_t, clipCategoryCount> counts{};
+  for (const Entry& entry : entries) ++counts[static_cast<std::size_t>(entry.category)];
+
+  const auto& filter = history_.clipTypeFilter;
+  auto menu = std::make_shared<Menu>();
+  menu->add("All" + bracketed(entries.size()), "setClipTypeFilter:", noClipTypeFilter)->checked =
+      !filter;
+  for (int position = 0; position < clipCategoryCount; ++position) {
+    const auto category = static_cast<ClipCategory>(position);
+    menu->add(displayTitle(category) + bracketed(counts[static_cast<std::size_t>(position)]),
+              "setClipTypeFilter:", std::int64_t{position})
+        ->checked = filter == category;
+  }
+  MenuItem item;
+  item.title = "Filter by type — " + std::string(filter ? categoryTitle(*filter).title : "All");
+  item.submenu = std::move(menu);
+  return item;
+}
+
+MenuItem HistoryMenus::entryItem(const Entry& entry) {
+  const ClipItem& clip = history_.clipHistory[entry.index];
+  MenuItem item;
+  item.title = entry.title;
+  item.represented = static_cast<std::int64_t>(entry.index);
+  item.payload = std::make_shared<const HUDPayload>(HUDPayload{clip.kind.payload});
+  shown_.emplace_back(item.payload, clip.id);
+  item.submenu = entryMenu(item, entry);
+  return item;
+}
+
+std::shared_ptr<Menu> HistoryMenus::entryMenu(const MenuItem& item, const Entry& entry) const {
+  auto menu = std::make_shared<Menu>();
+  const auto add = [&](const char* title, const char* action) {
+    menu->add(title, action, item.represented)->payload = item.payload;
+  };
+  add("Copy to clipboard", "copyClipHistory:");
+  if (entry.category == ClipCategory::image) {
+    add("Reveal in Finder", "revealClipHistory:");
+    add("Copy file path", "copyClipHistoryPath:");
+  } else {
+    if (entry.category == ClipCategory::apiKey || entry.category == ClipCategory::password)
+      add("Reveal full value", "revealClipValue:");
+    add("Edit…", "editClipHistoryText:");
+    add("Save as canned response", "saveClipAsCanned:");
+  }
+  add("Delete", "deleteClipHistory:");
+  return menu;
+}
+
+std::shared_ptr<Menu> HistoryMenus::clipboardHistoryMenu() {
+  if (history_.clipHistory.empty()) return emptyMenu();
+  std::erase_if(shown_, [](const auto& payload) { return payload.first.expired(); });
+  const std::vector<Entry> all = entries();
+  auto menu = std::make_shared<Menu>();
+  menu->add(filterItem(all));
+  for (const Entry& entry : all)
+    if (!history_.clipTypeFilter || entry.category == *history_.clipTypeFilter)
+      menu->add(entryItem(entry));
+  addClear(*menu);
+  return menu;
+}
+
+std::shared_ptr<Menu> HistoryMenus::clipboardByTypeMenu() {
+  if (history_.clipHistory.empty()) return emptyMenu();
+  std::erase_if(shown_, [](const auto& payload) { return payload.first.expired(); });
+  std::array<std::shared_ptr<Menu>, clipCategoryCount> menus;
+  for (const Entry& entry : entries()) {
+    auto& ofCategory = menus[static_cast<std::size_t>(entry.category)];
+    if (!ofCategory) ofCategory = std::make_shared<Menu>();
+    ofCategory->add(entryItem(entry));
+  }
+  auto menu = std::make_shared<Menu>();
+  for (std::size_t position = 0; position < menus.size(); ++position)
+    if (menus[position])
+      menu->addSubmenu(displayTitle(static_cast<ClipCategory>(position)), menus[position]);
+  addClear(*menu);
+  return menu;
+}
+
+std::optional<std::size_t> HistoryMenus::indexFor(const MenuItem& sender) const {
+  const auto* index = std::get_if<std::int64_t>(&sender.represented);
+  if (!index) return std::nullopt;
+  if (sender.payload)
+    for (const auto& [payload, id] : shown_)
+      if (payload.lock() == sender.payload) return history_.indexOf(id);
+  if (*index < 0 || *index >= static_cast<std::int64_t>(history_.clipHistory.size()))
+    return std::nullopt;
+  return static_cast<std::size_t>(*index);
+}
+
+void HistoryMenus::copyClipHistory(const MenuItem& sender) {
+  const auto index = indexFor(sender);
+  if (!index) return;
+  // A copy: writing may record another program's copy first, and so move the entry.
+  const ClipItem item = history_.clipHistory[*index];
+  const SharedText text = item.kind.text();
+  if (text) {
+    history_.copyWithoutRecording(text);
+  } else {
+    history_.copyWithoutRecording(*item.kind.image());
+  }
+  history_.moveToFront(item);
+  shell_.flashStatusIcon();
+  shell_.notify(text ? "Copied text from history" : "Copied image from history");
+}
+
+void HistoryMenus::setClipTypeFilter(const MenuItem& sender) {
+  const auto* position = std::get_if<std::int64_t>(&sender.represented);
+  if (!position || *position < 0 || *position > noClipTypeFilter) return;
+  history_.clipTypeFilter.reset();
+  if (*position < noClipTypeFilter) history_.clipTypeFilter = static_cast<ClipCategory>(*position);
+  shell_.rebuildMenu();
+}
+
+void HistoryMenus::revealClipValue(const MenuItem& sender) {
+  const auto index = indexFor(sender);
+  const SharedText value = index ? history_.clipHistory[*index].kind.text() : nullptr;
+  if (!value) return;
+  View view;
+  view.id = "value";
+  view.kind = ViewKind::text;
+  view.frame = {0, 0, 420, 120};
+  view.font.monospaced = true;
+  view.bordered = true;
+  view.text =
+      value->size() <= revealedBytes ? *value : text::sanitized(value->substr(0, revealedBytes));
+  Alert alert;
+  alert.message = "Full value";
+  if (value->size() > revealedBytes)
+    alert.informative = "The first 64 KB of " + byteCountTitle(value->size()) + ".";
+  alert.buttons = {"OK"};
+  alert.accessory = {std::move(view)};
+  platform_.dialogs.present(std::move(alert), [](const AlertAnswer&) {});
+}
+
+void HistoryMenus::revealClipHistory(const MenuItem& sender) {
+  const auto index = indexFor(sender);
+  if (!index) return;
+  history_.withFile(history_.clipHistory[*index].id, [this](const auto& path) {
+    if (path) {
+      platform_.workspace.reveal(*path);
+    } else {
+      shell_.notify(fileFailure);
+    }
+  });
+}
+
+void HistoryMenus::copyClipHistoryPath(const MenuItem& sender) {
+  const auto index = indexFor(sender);
+  if (!index) return;
+  history_.withFile(history_.clipHistory[*index].id, [this](const auto& path) {
+    if (path) {
+      copyPath(*path);
+    } else {
+      shell_.notify(fileFailure);
+    }
+  });
+}
+
+void HistoryMenus::copyPath(const std::string& path) {
+  history_.copyWithoutRecording(share(text::sanitized(path)));
+  shell_.flashStatusIcon();
+  shell_.notify("Copied file path");
+}
+
+}  // namespace marbelot

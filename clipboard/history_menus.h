@@ -1,0 +1,66 @@
+// The menus over the clipboard history, and what their items do.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "clipboard/clipboard_history.h"
+#include "clipboard/text_analysis.h"
+#include "platform/menu.h"
+#include "platform/platform.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+// The filter position that stands for no filter, one past the last category.
+inline constexpr std::int64_t noClipTypeFilter = clipCategoryCount;
+
+// Main thread only; everything it is given outlives it. The items of an entry carry the entry's
+// index in the history.
+class HistoryMenus {
+ public:
+  HistoryMenus(Platform& platform, Shell& shell, ActionTable& actions, ClipboardHistory& history,
+               TextAnalyses& analyses);
+
+  std::shared_ptr<Menu> clipboardHistoryMenu();
+  std::shared_ptr<Menu> clipboardByTypeMenu();
+
+ private:
+  struct Entry {
+    std::size_t index = 0;
+    ClipCategory category = ClipCategory::text;
+    std::string title;
+  };
+
+  std::vector<Entry> entries();
+  void tellApart(std::vector<Entry>& entries, const std::vector<std::size_t>& alike);
+  MenuItem entryItem(const Entry& entry);
+  std::shared_ptr<Menu> entryMenu(const MenuItem& item, const Entry& entry) const;
+  MenuItem filterItem(const std::vector<Entry>& entries) const;
+
+  // The item that the sender stands for, wherever it is by now.
+  std::optional<std::size_t> indexFor(const MenuItem& sender) const;
+  void copyClipHistory(const MenuItem& sender);
+  void setClipTypeFilter(const MenuItem& sender);
+  void revealClipValue(const MenuItem& sender);
+  void revealClipHistory(const MenuItem& sender);
+  void copyClipHistoryPath(const MenuItem& sender);
+  void copyPath(const std::string& path);
+
+  Platform& platform_;
+  Shell& shell_;
+  ClipboardHistory& history_;
+  TextAnalyses& analyses_;
+  // Which item the payloads of the menus that still exist show. A menu may be open while the
+  // history changes under it: "Delete" must not hit the entry that has moved to the same index.
+  std::vector<std::pair<std::weak_ptr<const HUDPayload>, std::uint64_t>> shown_;
+};
+
+// "Image 640 × 480", in pixels.
+std::string imageTitle(const Image& image);
+
+}  // namespace marbelot

@@ -1,0 +1,198 @@
+#include "clipboard/text_analysis.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <vector>
+
+namespace marbelot {
+
+namespace {
+
+// Characters of a title: longer texts keep these many of their beginning and their end, where
+// paths, links and statements differ most.
+constexpr std::size_t titleCharacters = 64;
+constexpr std::size_t headCharacters = 42;
+constexpr std::size_t tailCharacters = 20;
+// A character may be made of any number of bytes; a title may not.
+constexpr std::size_t bytesPerCharacter = 16;
+
+constexpr std::size_t beginningBytes = 4096;
+
+// Classifying takes at most 150 µs for a kilobyte; this keeps an event under 5 ms.
+constexpr std::size_t mainThreadBytes = 16 * 1024;
+constexpr std::size_t eventBytes = 32 * 1024;
+constexpr std::size_t entryLimit = 128;
+
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+std::size_t boundaryBefore(std::string_view text, std::size_t at) {
+  if (at >= text.size()) return text.size();
+  while (at > 0 && isContinuation(text[at])) --at;
+  return at;
+}
+
+std::string_view firstBytes(std::string_view text, std::size_t bytes) {
+  return text.substr(0, boundaryBefore(text, bytes));
+}
+
+std::string_view lastBytes(std::string_view text, std::size_t bytes) {
+  return bytes >= text.size() ? text : text.substr(boundaryBefore(text, text.size() - bytes));
+}
+
+std::string_view firstCharacters(std::string_view text, std::size_t count) {
+  const std::string_view piece = firstBytes(text, count * bytesPerCharacter);
+  return piece.substr(0, text::prefixBytes(piece, count));
+}
+
+std::string_view lastCharacters(std::string_view text, std::size_t count) {
+  const std::string_view piece = lastBytes(text, count * bytesPerCharacter);
+  return piece.substr(piece.size() - text::suffixBytes(piece, count));
+}
+
+// Marks that turn the direction of what follows could make a title read as another.
+bool isInvisible(char32_t c) {
+  return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x200E || c == 0x200F || c == 0xFEFF ||
+         (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+// Line breaks as "⏎", every run of blanks as one space, nothing that a menu cannot show.
+std::string oneLine(std::string_view text) {
+  std::string line;
+  line.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const auto [value, bytes] = text::scalarAt(text, at);
+    at += bytes;
+    if (value == U'\r' || value == U'\n' || value == 0x85 || value == 0x2028 || value == 0x2029) {
+      if (value == U'\r' && at < text.size() && text[at] == '\n') ++at;
+      if (line.ends_with(' ')) line.pop_back();
+      line += "⏎";
+    } else if (text::isBlank(value)) {
+      if (!line.ends_with(' ') && !line.ends_with("⏎")) line += ' ';
+    } else if (!isInvisible(value)) {
+      text::appendScalar(line, value);
+    }
+  }
+  return line;
+}
+
+std::string quoted(std::string_view line) { return "“" + std::string(line) + "”"; }
+
+std::string shortened(std::string_view beginning, std::string_view end, bool whole) {
+  if (whole && beginning.empty()) return "(empty)";
+  if (whole && firstCharacters(beginning, titleCharacters).size() == beginning.size())
+    return quoted(beginning);
+  return quoted(std::string(firstCharacters(beginning, headCharacters)) + "…" +
+                std::string(lastCharacters(end, tailCharacters)));
+}
+
+std::size_t commonPrefix(std::string_view a, std::string_view b) {
+  const auto [at, other] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+  return static_cast<std::size_t>(at - a.begin());
+}
+
+}  // namespace
+
+TextAnalysis analyse(std::string_view text) {
+  TextAnalysis analysis;
+  analysis.category = classify(text);
+  if (analysis.category == ClipCategory::code)
+    if (const auto language = detectLanguage(text)) analysis.language = *language;
+
+  // The whole text is masked before anything of it is cut, so that no cut can part a secret from
+  // what gives it away.
+  const std::string masked = maskSecrets(text);
+  analysis.beginning = oneLine(firstBytes(masked, beginningBytes));
+  const bool whole = masked.size() <= beginningBytes;
+  const std::string end = whole ? analysis.beginning : oneLine(lastBytes(masked, 1024));
+  analysis.title = shortened(analysis.beginning, end, whole);
+  return analysis;
+}
+
+std::string titleAtDifference(std::string_view beginning,
+                              const std::vector<std::string_view>& others) {
+  std::size_t same = 0;
+  for (const std::string_view other : others) same = std::max(same, commonPrefix(beginning, other));
+  if (same >= beginning.size()) return {};
+  same = boundaryBefore(beginning, same);
+  const std::string_view head = firstCharacters(beginning.substr(0, same), 20);
+  const std::string_view before =
+      lastCharacters(beginning.substr(head.size(), same - head.size()), 10);
+  const std::string_view rest = beginning.substr(same);
+  const std::string_view after = firstCharacters(rest, 30);
+  return quoted(std::string(head) + "…" + std::string(before) + std::string(after) +
+                (after.size() < rest.size() ? "…" : ""));
+}
+
+std::string byteCountTitle(std::size_t bytes) {
+  if (bytes < 1000) return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+  double amount = static_cast<double>(bytes);
+  std::size_t unit = 0;
+  constexpr std::array<const char*, 4> units{"kB", "MB", "GB", "TB"};
+  for (amount /= 1000; amount >= 999.95 && unit + 1 < units.size(); amount /= 1000) ++unit;
+  std::array<char, 32> buffer{};
+  std::snprintf(buffer.data(), buffer.size(), "%.1f %s", amount, units[unit]);
+  return buffer.data();
+}
+
+bool TextAnalyses::affordable(std::size_t bytes) {
+  if (bytes > mainThreadBytes || spentBytes_ + bytes > eventBytes) return false;
+  if (spentBytes_ == 0) refill_ = queue_.after(0, [this] { spentBytes_ = 0; });
+  spentBytes_ += std::max<std::size_t>(bytes, 1);
+  return true;
+}
+
+void TextAnalyses::makeRoom() {
+  if (entries_.size() < entryLimit) return;
+  std::erase_if(entries_, [](const auto& entry) { return entry.second.text.expired(); });
+  if (entries_.size() < entryLimit) return;
+  entries_.erase(std::min_element(
+      entries_.begin(), entries_.end(),
+      [](const auto& a, const auto& b) { return a.second.lastUse < b.second.lastUse; }));
+}
+
+TextAnalyses::Entry& TextAnalyses::entryFor(const SharedText& text) {
+  if (const auto found = entries_.find(text.get()); found != entries_.end()) {
+    if (found->second.text.lock() == text) return found->second;
+    entries_.erase(found);
+  }
+  makeRoom();
+  Entry& entry = entries_[text.get()];
+  entry.text = text;
+  if (affordable(text->size())) {
+    entry.analysis = analyse(*text);
+  } else {
+    entry.analysis.title = "Text, " + byteCountTitle(text->size());
+    entry.analysis.provisional = true;
+    waiting_.push_back(text);
+    startNext();
+  }
+  return entry;
+}
+
+const TextAnalysis& TextAnalyses::of(const SharedText& text) {
+  Entry& entry = entryFor(text);
+  entry.lastUse = ++uses_;
+  return entry.analysis;
+}
+
+void TextAnalyses::startNext() {
+  while (!busy_ && !waiting_.empty()) {
+    const SharedText text = waiting_.front().lock();
+    waiting_.pop_front();
+    if (!text) continue;
+    busy_ = true;
+    running_ = queue_.inBackground([text] { return analyse(*text); },
+                                   [this, text](TextAnalysis analysis) {
+                                     busy_ = false;
+                                     const auto found = entries_.find(text.get());
+                                     if (found != entries_.end()) {
+                                       found->second.analysis = std::move(analysis);
+                                       if (onArrival) onArrival();
+                                     }
+                                     startNext();
+                                   });
+  }
+}
+
+}  // namespace marbelot
