@@ -1,0 +1,113 @@
+// A history over services in memory, with files in a folder of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <string>
+
+#include "clipboard/clipboard_history.h"
+#include "platform/files.h"
+#include "platform/memory/memory_platform.h"
+
+namespace marbelot {
+
+class MemoryShell : public Shell {
+ public:
+  explicit MemoryShell(memory::MemoryPlatform& desktop) : desktop_(desktop) {}
+  void notify(const std::string& message) override { desktop_.notices.post("", message); }
+  void flashStatusIcon() override { ++flashes; }
+  void rebuildMenu() override { ++rebuilds; }
+  void copyWithoutRecording(SharedText text) override { history->copyWithoutRecording(text); }
+  void copyWithoutRecording(const Image& image) override { history->copyWithoutRecording(image); }
+  int flashes = 0;
+  int rebuilds = 0;
+  ClipboardHistory* history = nullptr;
+
+ private:
+  memory::MemoryPlatform& desktop_;
+};
+
+// A PNG of the width, padded to at least `bytes` with a chunk that says nothing. Its pixels are not
+// there: these tests never decode one.
+inline SharedBytes png(unsigned width, std::size_t bytes = 0) {
+  std::string out("\x89PNG\r\n\x1a\n", 8);
+  const auto number = [](std::size_t value) {
+    std::string big(4, '\0');
+    for (int i = 0; i < 4; ++i) big[static_cast<std::size_t>(i)] = char(value >> (24 - 8 * i));
+    return big;
+  };
+  const auto chunk = [&](const std::string& type, const std::string& body) {
+    unsigned crc = ~0u;
+    for (const char c : type + body) {
+      crc ^= static_cast<unsigned char>(c);
+      for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320u : 0);
+    }
+    out += number(body.size()) + type + body + number(~crc);
+  };
+  chunk("IHDR", number(width) + number(20) + std::string("\x08\x06\0\0\0", 5));
+  if (bytes > 0) chunk("teSt", std::string(bytes, 'x'));
+  chunk("IDAT", std::string("\x78\x9c\x03\0\0\0\0\x01", 8));
+  chunk("IEND", "");
+  return share(out);
+}
+
+class HistoryTest : public testing::Test {
+ protected:
+  HistoryTest() {
+    static const std::string base = testing::TempDir();  // before TMPDIR is changed below
+    std::string folder = base + "historyXXXXXX";
+    folder_ = mkdtemp(folder.data());
+    setenv("TMPDIR", folder_.c_str(), 1);
+    setenv("HOME", folder_.c_str(), 1);
+    setenv("TZ", "UTC", 1);
+    shell.history = &history;
+    history.clock = [this] { return now; };
+    history.startClipPoller();
+  }
+  ~HistoryTest() override {
+    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all);
+    std::filesystem::remove_all(folder_);
+  }
+
+  void poll() { desktop.queue.advance(0.6); }
+  void copy(const std::string& text) {
+    desktop.pasteboard.copyElsewhere(text);
+    poll();
+  }
+  void copyImage(SharedBytes bytes) {
+    PasteboardContents contents;
+    contents.image = Image::fromBytes(std::move(bytes));
+    ASSERT_TRUE(contents.image);
+    desktop.pasteboard.copyElsewhere(std::move(contents));
+    desktop.queue.advance(0.6);
+  }
+  std::vector<std::string> texts() const {
+    std::vector<std::string> all;
+    for (const ClipItem& item : history.clipHistory)
+      all.push_back(item.kind.text() ? *item.kind.text() : "image");
+    return all;
+  }
+  void perform(const std::string& action, Represented represented = {}) {
+    MenuItem sender;
+    sender.action = action;
+    sender.represented = std::move(represented);
+    EXPECT_TRUE(actions.perform(sender)) << action;
+  }
+  std::string stored(std::size_t index, std::string_view key) const {
+    const Value::List* list = desktop.defaults.stored.at("clipTextHistory").asList();
+    if (!list || index >= list->size()) return "(no entry)";
+    const Value* field = find(*(*list)[index].asDictionary(), key);
+    return field && field->asText() ? *field->asText() : "(no text)";
+  }
+
+  double now = 1732183267.25;  // 2024-11-21 10:01:07 UTC
+  memory::MemoryPlatform desktop;
+  MemoryShell shell{desktop};
+  ActionTable actions;
+  ClipboardHistory history{desktop.platform, shell, actions};
+  std::string folder_;
+};
+
+}  // namespace marbelot
