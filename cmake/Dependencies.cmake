@@ -1,0 +1,10 @@
+# The libraries that rooms link, found once for all of them.
+find_package(RapidJSON REQUIRED)
+find_package(Threads REQUIRED)
+if(NOT APPLE)
+  find_package(PkgConfig REQUIRED)
+  find_package(ICU REQUIRED COMPONENTS uc i18n)
+  find_package(Qt6 REQUIRED COMPONENTS Core Gui Widgets DBus)
+  pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-xfixes)
+  pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)
+endif()
