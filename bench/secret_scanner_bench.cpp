@@ -42,25 +42,28 @@ constexpr std::size_t corpusBytes = 50'000'000;
 
 // --- Texts ---------------------------------------------------------------------------------------
 
-// Random sentences and statements of common words.
+// Random sentences and statements. Words that hold what our filter looks for are about as rare as
+// they are in books and in source trees.
 class Writer {
  public:
   std::string word() {
-    static const std::string_view words[] = {
-        "the",      "of",     "and",     "to",      "a",        "in",      "is",       "that",
-        "it",       "was",    "for",     "on",      "are",      "with",    "as",       "they",
-        "be",       "at",     "one",     "have",    "this",     "from",    "or",       "had",
-        "by",       "word",   "but",     "not",     "what",     "all",     "were",     "when",
-        "your",     "can",    "said",    "there",   "use",      "each",    "which",    "she",
-        "how",      "their",  "will",    "other",   "about",    "out",     "many",     "then",
-        "these",    "some",   "would",   "make",    "like",     "into",    "time",     "has",
-        "look",     "two",    "more",    "write",   "number",   "way",     "could",    "people",
-        "through",  "water",  "first",   "called",  "position", "after",   "back",     "little",
-        "risk",     "mask",   "work",    "block",   "task",     "exotic",  "though",   "buffer",
-        "light",    "year",   "name",    "good",    "sentence", "great",   "think",    "help",
-        "length",   "ghost",  "media",   "special", "index",    "asking",  "checked",  "request",
-        "response", "string", "context", "library", "handler",  "process", "callback", "initial"};
-    return std::string(words[below(std::size(words))]);
+    static const std::string_view common[] = {
+        "the",     "of",      "and",     "to",      "a",        "in",       "is",      "that",
+        "it",      "was",     "for",     "on",      "are",      "with",     "as",      "they",
+        "be",      "at",      "one",     "have",    "this",     "from",     "or",      "had",
+        "by",      "word",    "but",     "not",     "what",     "all",      "were",    "when",
+        "your",    "can",     "said",    "there",   "use",      "each",     "which",   "she",
+        "how",     "their",   "will",    "other",   "about",    "out",      "many",    "then",
+        "these",   "some",    "would",   "make",    "like",     "into",     "time",    "has",
+        "look",    "two",     "more",    "write",   "number",   "way",      "could",   "people",
+        "through", "water",   "first",   "called",  "position", "after",    "back",    "little",
+        "light",   "year",    "name",    "good",    "sentence", "great",    "think",   "help",
+        "length",  "index",   "asking",  "checked", "request",  "response", "string",  "context",
+        "library", "handler", "process", "buffer",  "callback", "element",  "visible", "parent"};
+    static const std::string_view rare[] = {"risk",    "mask", "task",  "block", "exotic", "human",
+                                            "initial", "data", "media", "ghost", "habit",  "work"};
+    return std::string(below(100) == 0 ? rare[below(std::size(rare))]
+                                       : common[below(std::size(common))]);
   }
 
   std::string sentence() {
@@ -264,7 +267,8 @@ constexpr Scanner scanners[] = {{"ours", scanOurs},
 
 // --- Report --------------------------------------------------------------------------------------
 
-// The usual report, and in the end one line per text with the scanners side by side.
+// The usual report, and in the end one line per text with the scanners side by side, each at the
+// best of its repetitions: what else the machine does can only slow it down.
 class SideBySide : public benchmark::ConsoleReporter {
  public:
   SideBySide() : ConsoleReporter(OO_None) {}
@@ -272,12 +276,13 @@ class SideBySide : public benchmark::ConsoleReporter {
   void ReportRuns(const std::vector<Run>& runs) override {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median") continue;
+      if (run.run_type == Run::RT_Aggregate) continue;
       const std::string& name = run.run_name.function_name;
       const std::size_t slash = name.find('/');
       const auto speed = run.counters.find("bytes_per_second");
       if (slash == std::string::npos || speed == run.counters.end()) continue;
-      speeds_[name.substr(0, slash)][name.substr(slash + 1)] = speed->second / 1e6;
+      double& best = speeds_[name.substr(0, slash)][name.substr(slash + 1)];
+      best = std::max(best, speed->second / 1e6);
     }
   }
 

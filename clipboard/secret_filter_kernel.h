@@ -49,15 +49,15 @@ inline std::uint64_t bitPerByte(const void* mask) {
   return bits;
 }
 
-// Whether all of the eight bytes are hexadecimal digits. A sum has its top bit set if the byte is
-// at least the character in question; no sum of ASCII bytes carries into the next one.
+// Whether all of the eight bytes are hexadecimal digits. A byte plus what it takes to reach a
+// character has its top bit set if it does reach it; no sum of ASCII bytes carries into the next.
 inline bool isHex(const char* at) {
   constexpr std::uint64_t each = 0x0101010101010101;
-  constexpr auto upTo = [](char c) { return each * static_cast<std::uint64_t>(0x80 - c); };
+  constexpr auto toReach = [](int c) { return each * static_cast<std::uint64_t>(0x80 - c); };
   const std::uint64_t bytes = loadWord(at);
   const std::uint64_t lower = bytes | each * 0x20;
-  const std::uint64_t digits = (bytes + upTo('0')) & ~(bytes + upTo('9' + 1));
-  const std::uint64_t letters = (lower + upTo('a')) & ~(lower + upTo('f' + 1));
+  const std::uint64_t digits = (bytes + toReach('0')) & ~(bytes + toReach('9' + 1));
+  const std::uint64_t letters = (lower + toReach('a')) & ~(lower + toReach('f' + 1));
   return ((digits | letters) & ~bytes & each * 0x80) == each * 0x80;
 }
 

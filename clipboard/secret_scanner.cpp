@@ -125,6 +125,7 @@ constexpr bool filterKnowsEveryPrefix() {
   return true;
 }
 static_assert(filterKnowsEveryPrefix());
+// However a run lies, a sample lies wholly inside it.
 static_assert(hexLeast + 1 >= secret_filter::hexStride + secret_filter::hexSampleBytes);
 
 // Bit i of an entry: patterns[i] has a prefix with this byte at its anchor.
@@ -163,8 +164,9 @@ class Scan {
   std::string_view text_;
   std::array<std::size_t, std::size(patterns)> matchedTo_{};  // the end of each one's last match
   std::size_t hexScannedTo_ = 0;
-  // The run of body characters that the last body of several parts began in, and where the whole of
-  // it ends. Many prefixes may share one run, and reading it anew for each would be quadratic.
+  // Where the run ends that the last body of several parts began in, and where its last part does;
+  // both hold for every later body that begins in this run. Many prefixes may share one run, and
+  // reading it anew for each would be quadratic.
   std::size_t firstPartEnd_ = 0;
   std::size_t lastPartEnd_ = none;
 
@@ -258,12 +260,10 @@ bool Scan::wordEnds(std::size_t at) const {
   return text::wordRole(text::scalarAt(text_, at).value) == text::WordRole::separator;
 }
 
-// All matches, or only the first that is met.
-std::vector<Match> findMatches(std::string_view text, bool onlyOne) {
+// All matches from the step that the filter found first; or only the first match that is met.
+std::vector<Match> findMatches(std::string_view text, secret_filter::Step step, bool onlyOne) {
   using namespace secret_filter;
   std::vector<Match> found;
-  Step step = nextStep(text, 0);
-  if (step.at == text.size()) return found;  // as nearly always; spares setting up the rest
   Scan scan(text);
   while (step.at < text.size() && !(onlyOne && !found.empty())) {
     for (; step.anchors != 0; step.anchors &= step.anchors - 1) {
@@ -295,11 +295,15 @@ std::vector<Range> merged(const std::vector<Range>& kept, const std::vector<Rang
 
 }  // namespace
 
+// Most texts hold nothing that stops the filter, and are done when it is.
 std::vector<Range> secretRanges(std::string_view text) {
-  const std::vector<Match> matches = findMatches(text, false);
-  if (matches.empty()) return {};
+  const secret_filter::Step first = secret_filter::nextStep(text, 0);
+  if (first.at == text.size()) return {};
+
   std::array<std::vector<Range>, patternCount> byPattern;
-  for (const Match& match : matches) byPattern[match.pattern].push_back(match.range);
+  for (const Match& match : findMatches(text, first, false)) {
+    byPattern[match.pattern].push_back(match.range);
+  }
   std::vector<Range> kept;
   for (const std::vector<Range>& ranges : byPattern) {
     if (!ranges.empty()) kept = merged(kept, ranges);
@@ -307,6 +311,9 @@ std::vector<Range> secretRanges(std::string_view text) {
   return kept;
 }
 
-bool containsSecret(std::string_view text) { return !findMatches(text, true).empty(); }
+bool containsSecret(std::string_view text) {
+  const secret_filter::Step first = secret_filter::nextStep(text, 0);
+  return first.at < text.size() && !findMatches(text, first, true).empty();
+}
 
 }  // namespace marbelot
