@@ -28,7 +28,7 @@ enum CharacterSet : std::uint8_t {
 
 constexpr auto characterSets = [] {
   std::array<std::uint8_t, 256> sets{};
-  const auto add = [&](char first, char last, int set) {
+  const auto add = [&](int first, int last, int set) {
     for (int c = first; c <= last; ++c) sets[c] |= static_cast<std::uint8_t>(set);
   };
   constexpr int anyAlphanumeric = alphanumeric | alphanumericDash | wordCharacter | wordOrDash;
@@ -260,21 +260,23 @@ bool Scan::wordEnds(std::size_t at) const {
   return text::wordRole(text::scalarAt(text_, at).value) == text::WordRole::separator;
 }
 
+template <typename Visit>
+void forEachBit(std::uint64_t bits, Visit visit) {
+  for (; bits != 0; bits &= bits - 1) visit(static_cast<std::size_t>(std::countr_zero(bits)));
+}
+
 // All matches from the step that the filter found first; or only the first match that is met.
 std::vector<Match> findMatches(std::string_view text, secret_filter::Step step, bool onlyOne) {
   using namespace secret_filter;
   std::vector<Match> found;
   Scan scan(text);
+  const auto add = [&](const std::optional<Match>& match) {
+    if (match) found.push_back(*match);
+  };
   while (step.at < text.size() && !(onlyOne && !found.empty())) {
-    for (; step.anchors != 0; step.anchors &= step.anchors - 1) {
-      const auto match = scan.matchAtAnchor(step.at + std::countr_zero(step.anchors));
-      if (match) found.push_back(*match);
-    }
-    for (; step.hexSamples != 0; step.hexSamples &= step.hexSamples - 1) {
-      const std::size_t sample = step.at + std::countr_zero(step.hexSamples) * hexStride;
-      const auto match = scan.hexMatchAround(sample);
-      if (match) found.push_back(*match);
-    }
+    forEachBit(step.anchors, [&](std::size_t i) { add(scan.matchAtAnchor(step.at + i)); });
+    forEachBit(step.hexSamples,
+               [&](std::size_t i) { add(scan.hexMatchAround(step.at + i * hexStride)); });
     step = nextStep(text, step.at + stepBytes);
   }
   return found;
