@@ -16,13 +16,12 @@ namespace {
 
 // Words between spaces, line feeds and tabs; counts no further than `limit`.
 int wordCount(std::string_view text, int limit) {
-  constexpr std::string_view kSeparators = " \n\t";
   int words = 0;
-  for (std::size_t at = text.find_first_not_of(kSeparators); at != text.npos && words < limit;
-       at = text.find_first_not_of(kSeparators, at)) {
-    ++words;
-    at = text.find_first_of(kSeparators, at);
-    if (at == text.npos) break;
+  bool inWord = false;
+  for (const char c : text) {
+    const bool separates = c == ' ' || c == '\n' || c == '\t';
+    if (!separates && !inWord && ++words == limit) break;
+    inWord = !separates;
   }
   return words;
 }

@@ -38,8 +38,9 @@ LineCounts countLines(std::string_view text) {
     const std::string_view trimmed = text::trimmedBlanks(*line);
     if (trimmed.empty()) continue;
     ++counts.nonBlank;
-    if (isCodeLine(trimmed)) ++counts.code;
-    switch (terminalLine(*line, trimmed)) {
+    const bool isCode = isCodeLine(trimmed);
+    if (isCode) ++counts.code;
+    switch (terminalLine(*line, trimmed, isCode)) {
       case TerminalLine::prompt:
         ++counts.prompts;
         break;

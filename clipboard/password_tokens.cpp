@@ -16,9 +16,13 @@ namespace {
 constexpr std::size_t kLongestSecret = 128;
 constexpr std::string_view kEdgePunctuation = "\"'`.,;:()[]{}<>=";
 
-constexpr bool isEdgePunctuation(char c) {
-  return kEdgePunctuation.find(c) != kEdgePunctuation.npos;
-}
+constexpr std::array<bool, 256> kIsEdge = [] {
+  std::array<bool, 256> edges{};
+  for (const char c : kEdgePunctuation) edges[static_cast<unsigned char>(c)] = true;
+  return edges;
+}();
+
+bool isEdgePunctuation(char c) { return kIsEdge[static_cast<unsigned char>(c)]; }
 
 // What a character is to the tests.
 enum : std::uint8_t { kLower = 1, kUpper = 2, kDigit = 4, kSymbol = 8, kLetter = 16 };
@@ -188,11 +192,14 @@ bool isVersionNumber(std::string_view token) {
 // characters are. A character has at least one scalar and takes its traits from one of them.
 bool cannotBeSecret(std::string_view token) {
   if (token.size() < 8) return true;
+  // Every character takes one scalar at least, and at most two of ASCII (CR LF).
+  constexpr std::size_t kTooLong = 2 * kLongestSecret;
   unsigned present = 0;
-  std::size_t scalars = 0;
+  std::size_t scalars = 0, ascii = 0;
   for (std::size_t at = 0; at < token.size();) {
     if (isAscii(token[at])) {
       present |= kAsciiTraits[static_cast<unsigned char>(token[at++])];
+      if (++ascii > kTooLong) return true;
     } else {
       const text::Scalar scalar = text::scalarAt(token, at);
       present |= quickTraitsOf(scalar.value);

@@ -56,6 +56,8 @@ constexpr std::string_view kEverydayCommands[] = {
 static_assert(std::is_sorted(std::begin(kCommands), std::end(kCommands)));
 static_assert(std::is_sorted(std::begin(kEverydayCommands), std::end(kEverydayCommands)));
 
+constexpr std::string_view kPathStarts[] = {"./", "../", "~/", "/usr/", "/bin/", "/opt/", "/home/"};
+
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 bool isLower(char c) { return c >= 'a' && c <= 'z'; }
 bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
@@ -65,8 +67,12 @@ bool isWord(char c) {
          static_cast<unsigned char>(c) >= 0x80;
 }
 
+// No command's name is longer than what this looks at.
 std::string_view firstWord(std::string_view line) {
-  return line.substr(0, std::min(line.find_first_of(" \t"), line.size()));
+  constexpr std::size_t kLookAt = 100;
+  line = line.substr(0, kLookAt);
+  const auto end = std::find_if(line.begin(), line.end(), isBlank);
+  return line.substr(0, static_cast<std::size_t>(end - line.begin()));
 }
 
 // NAME=value, as it may stand before a command.
@@ -80,13 +86,14 @@ bool isAssignment(std::string_view word) {
 enum class FirstWord { unlikely, possible, everyday, command };
 
 FirstWord judgeFirstWord(std::string_view word) {
+  if (word.empty() || static_cast<unsigned char>(word.front()) >= 0x80) return FirstWord::unlikely;
   if (std::binary_search(std::begin(kCommands), std::end(kCommands), word)) {
     return FirstWord::command;
   }
   if (std::binary_search(std::begin(kEverydayCommands), std::end(kEverydayCommands), word)) {
     return FirstWord::everyday;
   }
-  for (const std::string_view start : {"./", "../", "~/", "/usr/", "/bin/", "/opt/", "/home/"}) {
+  for (const std::string_view start : kPathStarts) {
     if (word.starts_with(start)) return FirstWord::command;
   }
   if (isAssignment(word)) return FirstWord::everyday;
@@ -165,7 +172,7 @@ bool isCommandLine(std::string_view line) {
     }
     return 100;
   }();
-  return needed < 100 && operatorPoints(line) >= needed && !isCodeLine(line);
+  return needed < 100 && operatorPoints(line) >= needed;
 }
 
 // Whether what stands behind a prompt that other texts begin their lines with, too, is a command.
@@ -264,7 +271,7 @@ bool holdsErrorPhrase(std::string_view line) {
 
 }  // namespace
 
-TerminalLine terminalLine(std::string_view line, std::string_view trimmed) {
+TerminalLine terminalLine(std::string_view line, std::string_view trimmed, bool isCode) {
   const char first = line.front();
   if (line.size() > 1 && line[1] == ' ') {
     const std::string_view rest = text::trimmedBlanks(line.substr(2));
@@ -280,7 +287,7 @@ TerminalLine terminalLine(std::string_view line, std::string_view trimmed) {
       holdsErrorPhrase(line)) {
     return TerminalLine::error;
   }
-  return isCommandLine(trimmed) ? TerminalLine::command : TerminalLine::none;
+  return !isCode && isCommandLine(trimmed) ? TerminalLine::command : TerminalLine::none;
 }
 
 bool looksLikeTerminal(const LineCounts& lines) {

@@ -16,8 +16,9 @@ enum class TerminalLine {
   quote,    // "> " and no command
 };
 
-// `line` as it stands; `trimmed` without blanks at its ends (not empty).
-TerminalLine terminalLine(std::string_view line, std::string_view trimmed);
+// `line` as it stands; `trimmed` without blanks at its ends (not empty). A line of code is no
+// command.
+TerminalLine terminalLine(std::string_view line, std::string_view trimmed, bool isCode);
 
 bool looksLikeTerminal(const LineCounts& lines);
 
