@@ -11,7 +11,7 @@ namespace marbelot {
 namespace {
 
 struct Case {
-  std::string marked;              // the text with « and » around what is to be found
+  std::string marked;  // the text with « and » around what is to be found
   std::vector<std::string> values = {};
 };
 
@@ -52,7 +52,9 @@ void expectFound(const Case& expected, unsigned kinds, const std::string& region
   EXPECT_EQ(values, expected.values) << text;
   const std::optional<Detection> first = firstDetection(text, kinds, {kNow, region});
   ASSERT_EQ(first.has_value(), !all.empty()) << text;
-  if (first) EXPECT_EQ(first->range, all.front().range) << text;
+  if (first) {
+    EXPECT_EQ(first->range, all.front().range) << text;
+  }
 }
 
 void expectAll(const std::vector<Case>& cases, DetectionKind kind, const std::string& region) {
@@ -74,11 +76,13 @@ TEST_F(DetectionTest, LinksWithScheme) {
   expectAll(
       {
           {"see «http://example.com».", {"http://example.com"}},
-          {"«HTTPS://Example.com/Path?q=1&r=a.b#frag»!", {"https://Example.com/Path?q=1&r=a.b#frag"}},
+          {"«HTTPS://Example.com/Path?q=1&r=a.b#frag»!",
+           {"https://Example.com/Path?q=1&r=a.b#frag"}},
           {"(«https://en.wikipedia.org/wiki/Set_(mathematics)»)",
            {"https://en.wikipedia.org/wiki/Set_(mathematics)"}},
           {"[text](«https://example.com/a»)more", {"https://example.com/a"}},
-          {"<«https://example.com/a_b»>, \"«http://a.de/»\"", {"https://example.com/a_b", "http://a.de/"}},
+          {"<«https://example.com/a_b»>, \"«http://a.de/»\"",
+           {"https://example.com/a_b", "http://a.de/"}},
           {"'«http://example.com/it»'s' **«http://example.com»**",
            {"http://example.com/it", "http://example.com"}},
           {"«http://localhost:8080/x» «https://user:pw@host.example:444/p?x»,",
@@ -87,15 +91,16 @@ TEST_F(DetectionTest, LinksWithScheme) {
            {"http://127.0.0.1:3000", "http://[2001:db8::1]:80/a"}},
           {"«https://bücher.example/straße»", {"https://xn--bcher-kva.example/stra%C3%9Fe"}},
           {"请看«https://example.com/a»，谢谢。", {"https://example.com/a"}},
-          {"“«https://example.com/x»”",
-           {"https://example.com/x"}},
+          {"“«https://example.com/x»”", {"https://example.com/x"}},
           {"«http://example.com/{id}»|", {"http://example.com/%7Bid%7D"}},
-          {"«ftp://ftp.example.org/pub» «ssh://git@host/repo.git» «file:///etc/hosts» «tel:+1-202-555-0123»",
+          {"«ftp://ftp.example.org/pub» «ssh://git@host/repo.git» «file:///etc/hosts» "
+           "«tel:+1-202-555-0123»",
            {"ftp://ftp.example.org/pub", "ssh://git@host/repo.git", "file:///etc/hosts",
             "tel:+1-202-555-0123"}},
           {"«mailto:a.b@example.com?subject=x%20y», «magnet:?xt=urn:btih:abc»",
            {"mailto:a.b@example.com?subject=x%20y", "magnet:?xt=urn:btih:abc"}},
-          {"http:// https://... http://. file:// C:\\x std::vector a:b note: http:/x $scheme://host"},
+          {"http:// https://... http://. file:// C:\\x std::vector a:b note: http:/x "
+           "$scheme://host"},
       },
       DetectionKind::link, "US");
 }
@@ -108,17 +113,22 @@ TEST_F(DetectionTest, LinksWithoutScheme) {
           {"«Example.com» «EXAMPLE.ORG» «sub.a-b.example.de:8080/?q»",
            {"http://Example.com", "http://EXAMPLE.ORG", "http://sub.a-b.example.de:8080/?q"}},
           {"ends in «example.com»? («example.com/(a)») \"«example.net»\" «example.com».",
-           {"http://example.com", "http://example.com/(a)", "http://example.net", "http://example.com"}},
+           {"http://example.com", "http://example.com/(a)", "http://example.net",
+            "http://example.com"}},
           {"请看«example.com»的网站", {"http://example.com"}},
-          {"«пример.рф» und «münchen.de»", {"http://xn--e1afmkfd.xn--p1ai", "http://xn--mnchen-3ya.de"}},
+          {"«пример.рф» und «münchen.de»",
+           {"http://xn--e1afmkfd.xn--p1ai", "http://xn--mnchen-3ya.de"}},
           {"«www.foo.rs» «docs.rs/tokio» «repubblica.it» «youtu.be/xyz» «t.me/joe» «bbc.com.pl»",
-           {"http://www.foo.rs", "http://docs.rs/tokio", "http://repubblica.it", "http://youtu.be/xyz",
-            "http://t.me/joe", "http://bbc.com.pl"}},
+           {"http://www.foo.rs", "http://docs.rs/tokio", "http://repubblica.it",
+            "http://youtu.be/xyz", "http://t.me/joe", "http://bbc.com.pl"}},
           {"«192.168.1.1:8080» «10.0.0.1/admin» but 10.0.0.0/8 and 192.168.1.1",
            {"http://192.168.1.1:8080", "http://10.0.0.1/admin"}},
-          {"file.name main.cpp e.g.this README.md 1.2.3 foo.bar() System.out.println node.js end.Start"},
-          {"lib.rs run.sh a.py libx.so x.zip obj.id logger.info( np.int Safari.app i.e.to go.mod do.it"},
-          {"the end.It was B.Sc. Ph.D U.S.A. 3.5.de foo..com a.b.c localhost:8080 .com example. com"},
+          {"file.name main.cpp e.g.this README.md 1.2.3 foo.bar() System.out.println node.js "
+           "end.Start"},
+          {"lib.rs run.sh a.py libx.so x.zip obj.id logger.info( np.int Safari.app i.e.to go.mod "
+           "do.it"},
+          {"the end.It was B.Sc. Ph.D U.S.A. 3.5.de foo..com a.b.c localhost:8080 .com example. "
+           "com"},
           {"/usr/lib/foo.com C:\\a\\foo.com $foo.com --foo.com x@ @example.com std::foo.com"},
       },
       DetectionKind::link, "US");
@@ -131,7 +141,8 @@ TEST_F(DetectionTest, Mail) {
            {"mailto:john.doe+tag@example.co.uk", "mailto:a_b@x.io"}},
           {"'«me@example.com»' ...«x@sub.example.name» «info@bücher.de»",
            {"mailto:me@example.com", "mailto:x@sub.example.name", "mailto:info@xn--bcher-kva.de"}},
-          {"git@github.com:user/repo.git a@b foo@1.2.3 @decorator x@y.cpp user.@example.com icon@2x.png"},
+          {"git@github.com:user/repo.git a@b foo@1.2.3 @decorator x@y.cpp user.@example.com "
+           "icon@2x.png"},
       },
       DetectionKind::link, "US");
 }
@@ -143,14 +154,17 @@ TEST_F(DetectionTest, Phones) {
            {"+12025550123", "+12025550123", "+4930901820"}},
           {"«+1 (415) 555-2671» Tel:«415.555.2671» Room 12 «202-555-0123» x5",
            {"+14155552671", "+14155552671", "+12025550123"}},
-          {"«202-555-0123» «202-555-0124»\n«2025550125»", {"+12025550123", "+12025550124", "+12025550125"}},
+          {"«202-555-0123» «202-555-0124»\n«2025550125»",
+           {"+12025550123", "+12025550124", "+12025550125"}},
           {"phone no. «202 555 0123»; «011 49 30 901820»", {"+12025550123", "+4930901820"}},
           {"«202\u2011555\u20110123» «+44\u00A020 7946 0958»", {"+12025550123", "+442079460958"}},
           {"2026-05-03 14:30 03.05.2026 12/25/2026 192.168.100.200 10.0.19041.1 v4.155.552.671"},
           {"ISBN 978-3-16-148410-0, 0-306-40615-2, $202 555 0123, 1,202,555,0123, 2025550123 €"},
           {"Order 2025550123, #202-555-0123, tracking number: 202 555 0123, id=2025550123x"},
-          {"555-0100 1234567890 1700000000 12345678901234567890 3.2025550123 a2025550123 202-555-01234"},
-          {"4111 1111 1111 1111, 114-3941689-8772232, 123-45-6789, 202-555-0123-77, 20:25:55.501234"},
+          {"555-0100 1234567890 1700000000 12345678901234567890 3.2025550123 a2025550123 "
+           "202-555-01234"},
+          {"4111 1111 1111 1111, 114-3941689-8772232, 123-45-6789, 202-555-0123-77, "
+           "20:25:55.501234"},
       },
       DetectionKind::phone, "US");
   expectAll({{"Tel. «030 901820», «0800 555 1234» oder «030/901820» und «(030) 901820»",
@@ -172,12 +186,13 @@ TEST_F(DetectionTest, Addresses) {
            {"350 Fifth Avenue, 34th Floor, New York, NY 10118-0110, USA"}},
           {"«123 Main St. Apt 4B, Springfield, IL 62701» is home",
            {"123 Main St. Apt 4B, Springfield, IL 62701"}},
-          {"«1 Infinite Loop, Cupertino, California 95014»", {"1 Infinite Loop, Cupertino, California 95014"}},
+          {"«1 Infinite Loop, Cupertino, California 95014»",
+           {"1 Infinite Loop, Cupertino, California 95014"}},
           {"«500 El Camino Real, Santa Clara, CA 95050» «100 Main Street, Springfield, IL»",
            {"500 El Camino Real, Santa Clara, CA 95050", "100 Main Street, Springfield, IL"}},
-          {"«5 Main Street» is old. Live at «12 St. John's Rd».", {"5 Main Street", "12 St. John's Rd"}},
-          {"«221B Baker Street, London»\n",
-           {"221B Baker Street, London"}},
+          {"«5 Main Street» is old. Live at «12 St. John's Rd».",
+           {"5 Main Street", "12 St. John's Rd"}},
+          {"«221B Baker Street, London»\n", {"221B Baker Street, London"}},
           {"«10 Downing Street, London SW1A 2AA, United Kingdom»",
            {"10 Downing Street, London SW1A 2AA, United Kingdom"}},
           {"«Flat 3, 12 High Street\nAmbleside\nCumbria\nLA22 9AN»",
@@ -193,10 +208,14 @@ TEST_F(DetectionTest, Addresses) {
            {"Unter den Linden 77, 10117 Berlin", "Bahnhofstrasse 1, 8001 Zürich"}},
           {"«12 rue de la Paix, 75002 Paris» «8 bis, avenue d'Alsace\n67000 Strasbourg Cedex 02»",
            {"12 rue de la Paix, 75002 Paris", "8 bis, avenue d'Alsace, 67000 Strasbourg Cedex 02"}},
-          {"10 Best Things About Wall Street, 2008 Wall Street crash, 9 Wall Street Journal stories"},
-          {"12 Main 12 Main, Chapter 5 The Way, in 3 place to go, 5th Avenue, $5 Main Street, 3.5 Oak Rd"},
-          {"On May 12, 2026 we met, Version 12, 10115 items, Windows 11 Home, iPhone 15 Pro Max, Weg 5"},
-          {"12 Monkeys, OR 12 Angry Men, IN color. 100 Python, SQL and C, 42 Questions. Part 5 Way"},
+          {"10 Best Things About Wall Street, 2008 Wall Street crash, 9 Wall Street Journal "
+           "stories"},
+          {"12 Main 12 Main, Chapter 5 The Way, in 3 place to go, 5th Avenue, $5 Main Street, 3.5 "
+           "Oak Rd"},
+          {"On May 12, 2026 we met, Version 12, 10115 items, Windows 11 Home, iPhone 15 Pro Max, "
+           "Weg 5"},
+          {"12 Monkeys, OR 12 Angry Men, IN color. 100 Python, SQL and C, 42 Questions. Part 5 "
+           "Way"},
       },
       DetectionKind::address, "US");
 }
@@ -220,19 +239,23 @@ TEST_F(DetectionTest, Dates) {
            {"2026-11-21T14:30", "2026-11-27T17:00", "2026-11-22T08:00"}},
           {"«tomorrow evening at 8», «this evening», the «day after tomorrow»",
            {"2026-11-22T20:00", "2026-11-21", "2026-11-23"}},
-          {"«Feb 29» «3/5 at 5pm» «midnight tomorrow»", {"2028-02-29", "2027-03-05T17:00", "2026-11-22T00:00"}},
+          {"«Feb 29» «3/5 at 5pm» «midnight tomorrow»",
+           {"2028-02-29", "2027-03-05T17:00", "2026-11-22T00:00"}},
           {"you may sat on the sun and march on; may 5 people do so; the second of five"},
-          {"1.2.3 v10.4.22 16:9 4:3 1/2 3/4 2026 2026-13-45 31/31/2026 192.168.1.1 12:99 25:00 10:30:99"},
-          {"ratio 16:10, 3 days, 24/7, 1.5.2.0, 2026-05-03-77, May 2026, June, $5 am, a14:30, next to, today's"},
+          {"1.2.3 v10.4.22 16:9 4:3 1/2 3/4 2026 2026-13-45 31/31/2026 192.168.1.1 12:99 25:00 "
+           "10:30:99"},
+          {"ratio 16:10, 3 days, 24/7, 1.5.2.0, 2026-05-03-77, May 2026, June, $5 am, a14:30, next "
+           "to, today's"},
           {"Feb 30, 2026 and 30.02.2026 and May 3.5 and Mark 5 and 5 a month"},
       },
       DetectionKind::date, "US");
-  expectAll({{"am «3. Mai 2026», «3.5.2026», «03.05.26 um 14 Uhr», «3.5. um 14:30 Uhr», «morgen um 9»",
-              {"2026-05-03", "2026-05-03", "2026-05-03T14:00", "2027-05-03T14:30", "2026-11-22T09:00"}},
-             {"«3/5/2026» «Freitag, den 4. Dezember, 14.30 Uhr» Guten Morgen, um «9 Uhr»",
-              {"2026-05-03", "2026-12-04T14:30", "2026-11-22T09:00"}},
-             {"Version 1.2.26, 3.5 Prozent, 7 am Markt, so 5, do 3"}},
-            DetectionKind::date, "DE");
+  expectAll(
+      {{"am «3. Mai 2026», «3.5.2026», «03.05.26 um 14 Uhr», «3.5. um 14:30 Uhr», «morgen um 9»",
+        {"2026-05-03", "2026-05-03", "2026-05-03T14:00", "2027-05-03T14:30", "2026-11-22T09:00"}},
+       {"«3/5/2026» «Freitag, den 4. Dezember, 14.30 Uhr» Guten Morgen, um «9 Uhr»",
+        {"2026-05-03", "2026-12-04T14:30", "2026-11-22T09:00"}},
+       {"Version 1.2.26, 3.5 Prozent, 7 am Markt, so 5, do 3"}},
+      DetectionKind::date, "DE");
   expectAll({{"«vendredi 4 décembre 2026 à 14h30», «1er mai», «demain»",
               {"2026-12-04T14:30", "2027-05-01", "2026-11-22"}}},
             DetectionKind::date, "FR");
@@ -245,7 +268,8 @@ TEST_F(DetectionTest, Overlaps) {
        {"https://example.com/2026-05-03/202-555-0123", "+12025550123"}},
       {"«tel:+12025550123», «tomorrow» at «5 Main Street, Springfield, IL 62701»",
        {"tel:+12025550123", "2026-11-22", "5 Main Street, Springfield, IL 62701"}},
-      {"«12 May Street, London SW1A 2AA» «12 May»", {"12 May Street, London SW1A 2AA", "2027-05-12"}},
+      {"«12 May Street, London SW1A 2AA» «12 May»",
+       {"12 May Street, London SW1A 2AA", "2027-05-12"}},
   };
   for (const Case& expected : cases) expectFound(expected, kAll, "US");
   EXPECT_TRUE(detect("", kAll).empty());
@@ -269,10 +293,12 @@ TEST_F(DetectionTest, FindsPastLongPlainText) {
 TEST_F(DetectionTest, HostileTextIsReadInLinearTime) {
   // A quadratic step would take minutes on these. Broken UTF-8 and cut sequences must not be read
   // beyond the end, which the sanitizers watch.
-  const std::vector<std::string> pieces = {
-      "1",     "1 ",      "a.",     "@",   "(((",      "555-0100 ", "12 Main ", "a:",  "://", "aa://",
-      "\xE2",  "\xC2\xA0", "é.",     "a@a", "1.1.1.1 ", "1st A ",    "may ",     "1-",  "+",   "1:1",
-      "Apt 1 ", "rue 1 ",   "1 rue ", "\n",  "12, ",     "in 1 ",     "http://a", "[(",  "a'",  "3.5."};
+  const std::vector<std::string> pieces = {"1",         "1 ",       "a.",     "@",   "(((",
+                                           "555-0100 ", "12 Main ", "a:",     "://", "aa://",
+                                           "\xE2",      "\xC2\xA0", "é.",     "a@a", "1.1.1.1 ",
+                                           "1st A ",    "may ",     "1-",     "+",   "1:1",
+                                           "Apt 1 ",    "rue 1 ",   "1 rue ", "\n",  "12, ",
+                                           "in 1 ",     "http://a", "[(",     "a'",  "3.5."};
   for (const std::string& piece : pieces) {
     std::string text;
     while (text.size() < 1u << 19) text += piece;

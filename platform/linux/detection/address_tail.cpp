@@ -51,8 +51,11 @@ std::size_t townEnd(std::string_view text, std::size_t at) {
     if (cedex && token.isNumber() && token.range.length <= 2) return token.end();
     if (!token.isWord() || (end == 0 && !token.capital)) break;
     if (!token.capital && !isCityParticle(token.lower)) break;
-    // A country's name in capitals, or the next sentence, is for others to judge.
-    if (end != 0 && !token.spaced) break;
+    bool standalone = false;
+    if (end != 0 &&
+        (!token.spaced || germanStreetType(token.lower, standalone) == StreetType::clear)) {
+      break;
+    }
     cedex = token.lower == "cedex";
     at = token.end();
     if (token.capital) end = at;
@@ -62,7 +65,8 @@ std::size_t townEnd(std::string_view text, std::size_t at) {
 }
 
 // Reads the code if one starts at `at`.
-std::optional<AddressTail> codeAt(std::string_view text, std::size_t at, bool after_comma) {
+std::optional<AddressTail> codeAt(std::string_view text, std::size_t at, bool after_comma,
+                                  std::size_t separators) {
   const Token token = read(text, at);
   if (!token.isWord() || !token.capital || !isAscii(text[token.range.start])) return std::nullopt;
   const auto postcode = [](std::size_t end) { return AddressTail{end, AddressCode::postcode}; };
@@ -72,6 +76,7 @@ std::optional<AddressTail> codeAt(std::string_view text, std::size_t at, bool af
   }
   const std::size_t end = token.end();
   std::size_t state_end = 0;
+  bool named = false;
   if (isUpperWord(text, token) && token.range.length <= 3) {
     if (token.range.length == 2 && isUsState(token.lower)) state_end = end;
     if (isAustralianState(token.lower)) {
@@ -88,14 +93,18 @@ std::optional<AddressTail> codeAt(std::string_view text, std::size_t at, bool af
     state_end = token.range.start + 4;
   } else if (isUsStateName(token.lower)) {
     state_end = end;
+    named = true;
   } else if (const Token next = read(text, end);
              next.isWord() && isUsStateName(token.lower + '-' + next.lower)) {
     state_end = next.end();
+    named = true;
   }
   if (state_end == 0) return std::nullopt;
   if (const std::size_t zip = zipEnd(text, state_end)) return postcode(zip);
   // "IN" and "OR" in a title are no states; "Springfield, IL" is one.
   if (!after_comma || read(text, state_end).isWord()) return std::nullopt;
+  // "Washington" right behind the street is the town, so that the state is still to come.
+  if (named && separators < 2) return std::nullopt;
   return AddressTail{state_end, AddressCode::state};
 }
 
@@ -137,7 +146,7 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
     switch (token.kind) {
       case Token::Kind::word: {
         if (words > 0 || separators > 0) {
-          if (auto tail = codeAt(text, at, after_comma)) {
+          if (auto tail = codeAt(text, at, after_comma, separators)) {
             tail->separators = separators;
             return tail;
           }

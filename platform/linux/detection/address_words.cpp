@@ -30,13 +30,15 @@ StreetType englishStreetType(const std::string& word) {
   static const WordSet clear(
       "street st avenue ave av road rd lane ln boulevard blvd crescent cres parkway pkwy");
   static const WordSet vague(
-      "drive dr way court ct place pl square sq terrace ter tce close circle cir trail trl highway hwy "
+      "drive dr way court ct place pl square sq terrace ter tce close circle cir trail trl highway "
+      "hwy "
       "expressway expy freeway fwy turnpike tpke alley loop row walk mews gardens gdns grove grv "
       "green hill rise view park wharf quay esplanade esp parade pde plaza plz path pike ridge "
       "run commons crossing cove cv point pt broadway embankment yard gate bypass promenade "
       "strand heights hts circus bridge mall route");
-  return clear.has(word) ? StreetType::clear
-                         : vague.has(word) ? StreetType::vague : StreetType::none;
+  return clear.has(word)   ? StreetType::clear
+         : vague.has(word) ? StreetType::vague
+                           : StreetType::none;
 }
 
 StreetType frenchStreetType(const std::string& word) {
@@ -44,8 +46,9 @@ StreetType frenchStreetType(const std::string& word) {
   static const WordSet vague(
       "av place quai cours chemin square route passage faubourg ruelle esplanade promenade "
       "villa cité rond-point allées sentier");
-  return clear.has(word) ? StreetType::clear
-                         : vague.has(word) ? StreetType::vague : StreetType::none;
+  return clear.has(word)   ? StreetType::clear
+         : vague.has(word) ? StreetType::vague
+                           : StreetType::none;
 }
 
 StreetType germanStreetType(const std::string& word, bool& standalone) {
@@ -54,14 +57,14 @@ StreetType germanStreetType(const std::string& word, bool& standalone) {
     StreetType type;
   };
   static constexpr std::array<Ending, 19> kEndings = {{
-      {"straße", StreetType::clear},   {"strasse", StreetType::clear},
-      {"str", StreetType::clear},      {"allee", StreetType::clear},
-      {"gasse", StreetType::clear},    {"chaussee", StreetType::clear},
-      {"weg", StreetType::vague},      {"platz", StreetType::vague},
-      {"ring", StreetType::vague},     {"damm", StreetType::vague},
-      {"ufer", StreetType::vague},     {"markt", StreetType::vague},
-      {"steig", StreetType::vague},    {"pfad", StreetType::vague},
-      {"hof", StreetType::vague},      {"graben", StreetType::vague},
+      {"straße", StreetType::clear},    {"strasse", StreetType::clear},
+      {"str", StreetType::clear},       {"allee", StreetType::clear},
+      {"gasse", StreetType::clear},     {"chaussee", StreetType::clear},
+      {"weg", StreetType::vague},       {"platz", StreetType::vague},
+      {"ring", StreetType::vague},      {"damm", StreetType::vague},
+      {"ufer", StreetType::vague},      {"markt", StreetType::vague},
+      {"steig", StreetType::vague},     {"pfad", StreetType::vague},
+      {"hof", StreetType::vague},       {"graben", StreetType::vague},
       {"promenade", StreetType::vague}, {"zeile", StreetType::vague},
       {"wall", StreetType::vague},
   }};
@@ -111,7 +114,8 @@ bool isCityParticle(const std::string& word) {
 
 bool isUsState(const std::string& word) {
   static const WordSet words(
-      "al ak az ar ca co ct de fl ga hi id il in ia ks ky la me md ma mi mn ms mo mt ne nv nh nj nm "
+      "al ak az ar ca co ct de fl ga hi id il in ia ks ky la me md ma mi mn ms mo mt ne nv nh nj "
+      "nm "
       "ny nc nd oh ok or pa ri sc sd tn tx ut vt va wa wv wi wy dc pr gu vi");
   return words.has(word);
 }

@@ -145,9 +145,9 @@ std::optional<Detection> AddressFinder::boxAddress(std::size_t digit) const {
   if (start > 0 && isAlnum(text()[start - 1])) return std::nullopt;
   std::size_t end = digit;
   // German boxes are written in pairs: "12 34 56".
-  while (isDigit(byteAt(end)) || (byteAt(end) == ' ' && end - digit < 8 &&
-                                  isDigit(byteAt(end + 1)) && isDigit(byteAt(end + 2)) &&
-                                  !isDigit(byteAt(end + 3)))) {
+  while (isDigit(byteAt(end)) ||
+         (byteAt(end) == ' ' && end - digit < 8 && isDigit(byteAt(end + 1)) &&
+          isDigit(byteAt(end + 2)) && !isDigit(byteAt(end + 3)))) {
     ++end;
   }
   std::optional<AddressTail> tail = readTown(text(), end);
@@ -170,8 +170,8 @@ Street AddressFinder::englishStreet(std::size_t at) const {
     if (!token.spaced) break;
     street.title = street.title || isNoStreetName(token.lower);
     end = ordinal ? next.end() : token.end();
-    const StreetType type = words > 0 && token.capital ? englishStreetType(token.lower)
-                                                       : StreetType::none;
+    const StreetType type =
+        words > 0 && token.capital ? englishStreetType(token.lower) : StreetType::none;
     // "St." and "E." are abbreviated; the stop of a sentence follows a longer word.
     if (byteAt(end) == '.' && token.range.length <= 4) ++end;
     ++words;
@@ -263,9 +263,10 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
       french && !tail ? readTown(text(), street.end) : std::nullopt;
   if (town) return address(unitStart(digit), afterCountry(text(), town->end));
   if (tail) {
-    const bool credible = typed ? tail->code != AddressCode::state || tail->separators > 0
-                                : tail->code == AddressCode::postcode && tail->separators > 0 &&
-                                      !street.title;
+    const bool postcode = tail->code == AddressCode::postcode;
+    const bool credible =
+        french || (typed ? postcode || (tail->code == AddressCode::state && tail->separators > 0)
+                         : postcode && tail->separators > 0 && !street.title);
     if (credible) return address(unitStart(digit), afterCountry(text(), tail->end));
   }
   // A street alone: a year before "Wall Street" is no house.
@@ -274,7 +275,9 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
   if (street.type != StreetType::clear || !street.complete || street.title || year) {
     return std::nullopt;
   }
-  return address(unitStart(digit), loneTownEnd(street.end));
+  std::size_t end = loneTownEnd(street.end);
+  if (text()[end - 1] == '.') --end;
+  return address(unitStart(digit), end);
 }
 
 Detection AddressFinder::address(std::size_t start, std::size_t end) const {

@@ -171,8 +171,8 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
   const std::size_t zone_end = marked || colon ? readZone(text, clock.end, clock.zone) : clock.end;
   marked = marked || (zone_end > clock.end && colon);
   clock.end = zone_end;
-  const bool enough = marked || (colon && style != ClockStyle::marked) ||
-                      (style == ClockStyle::hour && !dot);
+  const bool enough =
+      marked || (colon && style != ClockStyle::marked) || (style == ClockStyle::hour && !dot);
   if (!enough || clock.hour > 23) return std::nullopt;
   const char after = byteAt(text, clock.end);
   if (isAlnum(after) || after == ':' || after == '%' || after == '_') {
@@ -184,8 +184,8 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
   if (half == Half::none && clock.hour < 12) {
     // "at 5" is in the afternoon for most people, "tonight at 8" for all.
     const bool bare = oclock || (!marked && !colon);
-    if (part == PartOfDay::evening || (bare && part == PartOfDay::unknown && clock.hour >= 1 &&
-                                       clock.hour <= 6)) {
+    if (part == PartOfDay::evening ||
+        (bare && part == PartOfDay::unknown && clock.hour >= 1 && clock.hour <= 6)) {
       clock.hour += 12;
     }
   }

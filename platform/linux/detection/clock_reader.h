@@ -14,8 +14,8 @@ struct Clock {
   std::size_t end = 0;  // bytes from the start of the text
   int hour = 0;
   int minute = 0;
-  int second = -1;    // -1: not given
-  std::string zone;   // "Z", "+02:00", or empty
+  int second = -1;   // -1: not given
+  std::string zone;  // "Z", "+02:00", or empty
 };
 
 // What stands around decides how little is enough for a time.

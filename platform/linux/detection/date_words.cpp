@@ -42,10 +42,11 @@ Table makeTable() {
       "sunday sonntag dimanche|monday montag lundi|tuesday dienstag mardi|wednesday mittwoch "
       "mercredi|thursday donnerstag jeudi|friday freitag vendredi|saturday samstag sonnabend "
       "samedi");
-  add(table, Kind::weekday, 0,
-      "sun so|mon mo|tue tues di|wed mi|thu thur thurs do|fri fr|sat sa", true);
-  add(table, Kind::day, -1, "yesterday gestern|today tonight heute aujourd'hui aujourd’hui|"
-                            "tomorrow demain|übermorgen");
+  add(table, Kind::weekday, 0, "sun so|mon mo|tue tues di|wed mi|thu thur thurs do|fri fr|sat sa",
+      true);
+  add(table, Kind::day, -1,
+      "yesterday gestern|today tonight heute aujourd'hui aujourd’hui|"
+      "tomorrow demain|übermorgen");
   add(table, Kind::day, 1, "morgen", true);
   add(table, Kind::qualifier, -1, "last letzten|this diesen|next nächsten kommenden");
   add(table, Kind::count, 1,
@@ -70,7 +71,8 @@ const Table& table() {
 
 std::size_t prefixHash(std::string_view word) {
   return (static_cast<unsigned char>(lower(word[0])) * 31u +
-          static_cast<unsigned char>(lower(word[1]))) & 1023u;
+          static_cast<unsigned char>(lower(word[1]))) &
+         1023u;
 }
 
 }  // namespace
@@ -92,7 +94,8 @@ bool mayStartDate(std::string_view word) {
   static const std::array<std::uint32_t, 1024> lengths = [] {
     std::array<std::uint32_t, 1024> result{};
     for (const auto& [known, meaning] : table()) {
-      const bool starts = meaning.kind != Kind::unit && !(meaning.kind == Kind::count && meaning.weak);
+      const bool starts =
+          meaning.kind != Kind::unit && !(meaning.kind == Kind::count && meaning.weak);
       if (starts && known.size() >= 2) result[prefixHash(known)] |= 1u << known.size();
     }
     return result;
@@ -102,9 +105,9 @@ bool mayStartDate(std::string_view word) {
 
 std::string zoneOffset(const std::string& abbreviation) {
   static const std::unordered_map<std::string, std::string> zones = {
-      {"UTC", "Z"},      {"GMT", "Z"},      {"EST", "-05:00"}, {"EDT", "-04:00"},
-      {"CST", "-06:00"}, {"CDT", "-05:00"}, {"MST", "-07:00"}, {"MDT", "-06:00"},
-      {"PST", "-08:00"}, {"PDT", "-07:00"}, {"CET", "+01:00"}, {"CEST", "+02:00"},
+      {"UTC", "Z"},      {"GMT", "Z"},       {"EST", "-05:00"}, {"EDT", "-04:00"},
+      {"CST", "-06:00"}, {"CDT", "-05:00"},  {"MST", "-07:00"}, {"MDT", "-06:00"},
+      {"PST", "-08:00"}, {"PDT", "-07:00"},  {"CET", "+01:00"}, {"CEST", "+02:00"},
       {"MEZ", "+01:00"}, {"MESZ", "+02:00"}, {"BST", "+01:00"}, {"AEST", "+10:00"},
       {"AEDT", "+11:00"}};
   const auto found = zones.find(abbreviation);

@@ -200,7 +200,8 @@ std::optional<Detection> DateFinder::distance(const Token& first) const {
     return std::nullopt;
   }
   const Token unit = tokenAt(text(), count.end());
-  const DateWord unit_word = unit.lower == "day" ? DateWord{Kind::unit, kDay} : dateWord(unit.lower);
+  const DateWord unit_word =
+      unit.lower == "day" ? DateWord{Kind::unit, kDay} : dateWord(unit.lower);
   if (!unit.isWord() || !unit.spaced || unit_word.kind != Kind::unit) return std::nullopt;
   std::size_t end = unit.end();
   if (!within) {
@@ -219,8 +220,7 @@ std::optional<Detection> DateFinder::distance(const Token& first) const {
   if (unit_word.value == kMinute || unit_word.value == kHour) {
     const std::tm then = localTime(now_ + value * (unit_word.value == kHour ? 3600.0 : 60.0));
     const Clock clock{end, then.tm_hour, then.tm_min, -1, {}};
-    return date(first.range.start, end,
-                isoDate(year_month_day(dayOf(then))) + isoTime(clock));
+    return date(first.range.start, end, isoDate(year_month_day(dayOf(then))) + isoTime(clock));
   }
   year_month_day then(days_.today());
   if (unit_word.value == kDay || unit_word.value == kWeek) {

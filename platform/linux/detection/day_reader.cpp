@@ -47,7 +47,8 @@ bool isOrdinal(const std::string& word) {
 DayReader::DayReader(std::string_view text, const std::string& region, local_days today)
     : text_(text),
       month_first_(isOneOf("US PH PR GU VI AS MP FM MH PW", region)),
-      dotted_years_(isOneOf("DE AT CH LI PL CZ SK RU UA NO FI DK TR HU RO BG EE LV HR SI RS", region)),
+      dotted_years_(
+          isOneOf("DE AT CH LI PL CZ SK RU UA NO FI DK TR HU RO BG EE LV HR SI RS", region)),
       today_(today) {}
 
 std::optional<Day> DayReader::valid(int y, int m, int d, std::size_t end) const {

@@ -40,8 +40,8 @@ class TriggerFinder : public Finder {
   explicit TriggerFinder(std::string_view text) : text_(text) {}
 
   std::optional<Detection> next(std::size_t limit) final {
-    const std::size_t end = limit < text_.size() ? std::min(text_.size(), limit + kReach)
-                                                 : text_.size();
+    const std::size_t end =
+        limit < text_.size() ? std::min(text_.size(), limit + kReach) : text_.size();
     while (at_ < end && (at_ = nextTrigger(at_, end)) < end) {
       const std::size_t trigger = at_++;
       if (auto found = examine(trigger)) {

@@ -16,7 +16,7 @@ constexpr std::size_t kLongestLocalPart = 64;  // RFC 5321, 4.5.3.1.1
 
 // Schemes that name a host after "//"; others only need something to follow.
 constexpr std::array<std::string_view, 18> kHostSchemes = {
-    "http", "https", "ftp",   "ftps", "sftp", "ssh", "ws",  "wss", "git",
+    "http", "https", "ftp",   "ftps", "sftp", "ssh",  "ws",  "wss", "git",
     "svn",  "ldap",  "ldaps", "smb",  "nfs",  "rtsp", "vnc", "irc", "telnet"};
 
 bool contains(const auto& words, std::string_view word) {
@@ -132,7 +132,8 @@ std::size_t LinkFinder::tailEnd(std::size_t start, std::size_t from) const {
     }
     if (!isUrlByte(c) || (c == '\'' && before == '\'')) break;
     if (const std::size_t i = kOpeners.find(c); i != std::string_view::npos) ++open[i];
-    if (const std::size_t i = kClosers.find(c); i != std::string_view::npos && open[i]-- == 0) break;
+    if (const std::size_t i = kClosers.find(c); i != std::string_view::npos && open[i]-- == 0)
+      break;
     ++end;
   }
   const auto isTrailing = [&](char c) {
@@ -198,7 +199,8 @@ std::optional<Detection> LinkFinder::hostLink(Range scheme, std::size_t authorit
 }
 
 std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
-  constexpr std::array<std::string_view, 6> kMail = {"mailto", "sip", "sips", "xmpp", "jabber", "im"};
+  constexpr std::array<std::string_view, 6> kMail = {"mailto", "sip",    "sips",
+                                                     "xmpp",   "jabber", "im"};
   constexpr std::array<std::string_view, 4> kNumber = {"tel", "sms", "facetime", "geo"};
   const std::string name = lowered(slice(scheme.start, scheme.end()));
   const std::size_t rest = scheme.end() + 1;
@@ -217,7 +219,8 @@ std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
   }
   if (contains(kNumber, name)) {
     std::size_t digits = 0;
-    for (char c = byteAt(from); isDigit(c) || (c != '\0' && std::string_view("+-.,()").find(c) != std::string_view::npos);
+    for (char c = byteAt(from);
+         isDigit(c) || (c != '\0' && std::string_view("+-.,()").find(c) != std::string_view::npos);
          c = byteAt(++from)) {
       digits += isDigit(c);
     }
@@ -329,8 +332,7 @@ std::optional<Detection> LinkFinder::bareLink(std::size_t dot) {
     if (portEnd(end) == end && !(byteAt(end) == '/' && isAlpha(byteAt(end + 1)))) {
       return std::nullopt;
     }
-  } else if (const Tld tld = tldOf(host);
-             tld == Tld::unknown || !isCredibleHost(host, tld, end)) {
+  } else if (const Tld tld = tldOf(host); tld == Tld::unknown || !isCredibleHost(host, tld, end)) {
     return std::nullopt;
   }
   const std::optional<std::string> ascii = asciiHost(host);

@@ -177,8 +177,14 @@ bool endsFreely(std::string_view text, std::size_t end) {
     return !isDigit(next) && !(after == '-' && isAlpha(next)) && !(after == '/' && isAlpha(next));
   }
   const std::string_view rest = text.substr(end, 4);
-  return !(after == ' ' && (rest.starts_with(" %") || rest.starts_with(" €") ||
-                            rest == " EUR" || rest == " USD" || rest == " GBP"));
+  return !(after == ' ' && (rest.starts_with(" %") || rest.starts_with(" €") || rest == " EUR" ||
+                            rest == " USD" || rest == " GBP"));
+}
+
+void shorten(Stretch& stretch, std::size_t count) {
+  for (; stretch.count > count; --stretch.count) {
+    stretch.digits -= stretch.groups[stretch.count - 1].length;
+  }
 }
 
 }  // namespace
@@ -196,25 +202,23 @@ Stretch readStretch(std::string_view text, std::size_t digit, std::size_t floor)
 
   std::size_t at = digit;
   char separator = '\0';
-  while (stretch.count < Stretch::kMostGroups) {
+  do {
     std::size_t end = at;
     while (end < text.size() && isDigit(text[end]) && end - at <= Stretch::kMostDigits) ++end;
-    const std::size_t length = end - at;
-    if (stretch.count > 0 && stretch.digits + length > Stretch::kMostDigits) {
+    const bool full = stretch.count == Stretch::kMostGroups ||
+                      (stretch.count > 0 && stretch.digits + (end - at) > Stretch::kMostDigits);
+    if (full) {
       // Rather between two numbers than inside the second.
       std::size_t whole = stretch.count;
       while (whole > 0 && separator != ' ') separator = stretch.groups[--whole].separator;
-      for (; whole > 0 && stretch.count > whole; --stretch.count) {
-        stretch.digits -= stretch.groups[stretch.count - 1].length;
-      }
+      if (whole > 0) shorten(stretch, whole);
       break;
     }
-    stretch.groups[stretch.count++] = {at, length, separator};
-    stretch.digits += length;
+    stretch.groups[stretch.count++] = {at, end - at, separator};
+    stretch.digits += end - at;
     at = end;
     separator = readSeparator(text, at);
-    if (separator == '\0') break;
-  }
+  } while (separator != '\0');
   return stretch;
 }
 
@@ -226,8 +230,8 @@ bool isPlausible(std::string_view text, const Stretch& stretch) {
 }
 
 bool isNorthAmerican(std::string_view region) {
-  return isOneOf(
-      " US CA AG AI AS BB BM BS DM DO GD GU JM KN KY LC MP MS PR SX TC TT VC VG VI ", region);
+  return isOneOf(" US CA AG AI AS BB BM BS DM DO GD GU JM KN KY LC MP MS PR SX TC TT VC VG VI ",
+                 region);
 }
 
 bool cutToNorthAmerican(std::string_view text, Stretch& stretch) {
@@ -244,6 +248,22 @@ bool cutToNorthAmerican(std::string_view text, Stretch& stretch) {
     return (after == ' ' || after == '(') && number[0] >= '2' && number[3] >= '2';
   }
   return false;
+}
+
+bool cutToNational(Stretch& stretch) {
+  // No national number is longer than eleven digits where it is dialled with a leading zero.
+  constexpr std::size_t kLongest = 11;
+  if (stretch.plus || stretch.digits <= kLongest) return false;
+  std::size_t digits = 0;
+  std::size_t fitting = 0;
+  for (std::size_t i = 0; i + 1 < stretch.count; ++i) {
+    digits += stretch.groups[i].length;
+    if (digits > kLongest) break;
+    if (stretch.groups[i + 1].separator == ' ' && digits >= 7) fitting = i + 1;
+  }
+  if (fitting == 0) return false;
+  shorten(stretch, fitting);
+  return true;
 }
 
 }  // namespace marbelot::detection

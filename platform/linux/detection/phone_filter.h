@@ -39,5 +39,8 @@ bool isPlausible(std::string_view text, const Stretch& stretch);
 bool isNorthAmerican(std::string_view region);
 // Cuts the stretch to the one number of that plan that it starts with; false when there is none.
 bool cutToNorthAmerican(std::string_view text, Stretch& stretch);
+// Cuts a stretch that is too long for a national number to the groups before a blank that are not;
+// false when there is nothing to cut.
+bool cutToNational(Stretch& stretch);
 
 }  // namespace marbelot::detection

@@ -22,8 +22,7 @@ PhoneFunction loadPhoneFunction() {
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
   for (const std::filesystem::path& folder :
-       {program.parent_path().parent_path() / "lib",
-        std::filesystem::path(MARBELOT_LIBRARY_DIR)}) {
+       {program.parent_path().parent_path() / "lib", std::filesystem::path(MARBELOT_LIBRARY_DIR)}) {
     // Never closed: the library keeps its tables for the life of the process.
     void* module = dlopen((folder / kPhoneModule).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) continue;
@@ -58,7 +57,7 @@ class PhoneFinder final : public TriggerFinder {
   }
 
   std::optional<Detection> examine(std::size_t digit) override;
-  const MarbelotPhone& lookUp(std::string_view stretch, std::size_t at);
+  MarbelotPhone lookUp(const Stretch& candidate);
 
   std::string region_;
   bool north_american_;
@@ -87,23 +86,22 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
     skipTo(end);
     return std::nullopt;
   }
-  const MarbelotPhone& phone =
-      lookUp(text().substr(stretch.start, stretch.end() - stretch.start), stretch.start);
+  MarbelotPhone phone = lookUp(stretch);
+  // Two numbers with but a blank between them make no one number.
+  if (phone.length == 0 && cutToNational(stretch)) phone = lookUp(stretch);
   if (phone.length == 0) {
     skipTo(stretch.end());
     return std::nullopt;
   }
-  return Detection{DetectionKind::phone,
-                   {stretch.start + phone.start, phone.length},
-                   std::string(phone.e164)};
+  return Detection{
+      DetectionKind::phone, {stretch.start + phone.start, phone.length}, std::string(phone.e164)};
 }
 
-const MarbelotPhone& PhoneFinder::lookUp(std::string_view stretch, std::size_t at) {
-  static constexpr MarbelotPhone kNone{};
-  if (const auto known = answers_.find(std::string(stretch)); known != answers_.end()) {
-    return known->second;
-  }
-  if (failures_ > kFreeFailures + at / kBytesPerFailure) return kNone;
+MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate) {
+  const std::size_t at = candidate.start;
+  const std::string stretch(text().substr(at, candidate.end() - at));
+  if (const auto known = answers_.find(stretch); known != answers_.end()) return known->second;
+  if (failures_ > kFreeFailures + at / kBytesPerFailure) return {};
   const PhoneFunction find = phoneFunction();
   MarbelotPhone phone{};
   if (find == nullptr || find(stretch.data(), stretch.size(), region_.c_str(), &phone) == 0) {

@@ -47,8 +47,7 @@ std::size_t findByte(std::string_view text, std::size_t from, std::size_t end) {
 #ifdef __SSE2__
   while (end - from >= 16) {
     const auto* bytes = reinterpret_cast<const __m128i*>(text.data() + from);
-    const auto hits = static_cast<unsigned>(
-        _mm_movemask_epi8(Class::mask(_mm_loadu_si128(bytes))));
+    const auto hits = static_cast<unsigned>(_mm_movemask_epi8(Class::mask(_mm_loadu_si128(bytes))));
     if (hits != 0) return from + static_cast<std::size_t>(std::countr_zero(hits));
     from += 16;
   }

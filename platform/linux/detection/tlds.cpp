@@ -57,8 +57,7 @@ constexpr std::string_view kPlain =
     "xn--yfro4i67o xn--ygbi2ammx xn--zfr164b xyz ye yt za zm zw";
 
 // Countries whose code is a common word: "example.it", but not "do.it".
-constexpr std::string_view kShortWord =
-    "at be in it me my no us";
+constexpr std::string_view kShortWord = "at be in it me my no us";
 
 // File extensions, members of objects and other words, and names of companies, which are hardly
 // ever seen as bare hosts.

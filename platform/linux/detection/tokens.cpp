@@ -102,8 +102,8 @@ std::size_t wordStart(std::string_view text, std::size_t end, std::size_t floor)
       --start;
     } else {
       const text::Scalar scalar = text::scalarBefore(text, start);
-      if (start - scalar.bytes < floor || !(text::isLetter(scalar.value) ||
-                                            (start < end && scalar.value == 0x2019))) {
+      if (start - scalar.bytes < floor ||
+          !(text::isLetter(scalar.value) || (start < end && scalar.value == 0x2019))) {
         break;
       }
       start -= scalar.bytes;
