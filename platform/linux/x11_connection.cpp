@@ -2,10 +2,16 @@
 
 #include <xcb/xfixes.h>
 
+#include <mutex>
+
 namespace marbelot {
 
-X11Connection::X11Connection(const std::string& display)
-    : xcb_(xcb_connect(display.empty() ? nullptr : display.c_str(), &screen_)) {}
+X11Connection::X11Connection(const std::string& display) {
+  // libXau keeps the name of the authority file in a static buffer.
+  static std::mutex connecting;
+  const std::lock_guard lock(connecting);
+  xcb_ = xcb_connect(display.empty() ? nullptr : display.c_str(), &screen_);
+}
 
 X11Connection::~X11Connection() { xcb_disconnect(xcb_); }
 

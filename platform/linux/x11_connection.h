@@ -25,7 +25,8 @@ using X11Reply = std::unique_ptr<T, FreeDeleter>;
 
 class X11Connection {
  public:
-  // An empty `display` means the one of the environment. Never fails: see alive().
+  // An empty `display` means the one of the environment. Never fails: see alive(). Not to be called
+  // while another library connects on another thread.
   explicit X11Connection(const std::string& display);
   ~X11Connection();
   X11Connection(const X11Connection&) = delete;
@@ -49,7 +50,7 @@ class X11Connection {
   int ownerEvent() const { return ownerEvent_; }
 
  private:
-  xcb_connection_t* xcb_;
+  xcb_connection_t* xcb_ = nullptr;
   int screen_ = 0;
   int ownerEvent_ = 0;
   std::unordered_map<std::string, xcb_atom_t> atoms_;

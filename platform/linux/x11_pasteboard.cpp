@@ -34,8 +34,9 @@ struct News {
 // last own write to the clipboard.
 class X11Pasteboard::Worker {
  public:
-  Worker(std::string display, std::function<void()> wakeMain)
-      : display_(std::move(display)),
+  // Connects here and not on the thread, where it could meet the toolkit's own connecting.
+  Worker(const std::string& display, std::function<void()> wakeMain)
+      : connection_(display),
         wakeMain_(std::move(wakeMain)),
         wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     // No signal is handled there, and a broken connection must not end the process by SIGPIPE.
@@ -50,12 +51,11 @@ class X11Pasteboard::Worker {
     {
       const std::lock_guard lock(mutex_);
       quit_ = true;
-      // Even a thread that waits for an answer of the server comes back at once.
-      if (connection_) ::shutdown(connection_->descriptor(), SHUT_RDWR);
     }
+    // Even a thread that waits for an answer of the server comes back at once.
+    if (connection_.alive()) ::shutdown(connection_.descriptor(), SHUT_RDWR);
     wake();
     thread_.join();
-    connection_.reset();
     ::close(wake_);
   }
 
@@ -77,36 +77,29 @@ class X11Pasteboard::Worker {
   void wake() { ::eventfd_write(wake_, 1); }
 
   void run() {
-    {
-      auto connection = std::make_unique<X11Connection>(display_);
-      const std::lock_guard lock(mutex_);
-      connection_ = std::move(connection);
-      if (quit_) return;
-    }
-    if (connection_->alive() && connection_->watchClipboard()) serve();
+    if (connection_.alive() && connection_.watchClipboard()) serve();
     const std::lock_guard lock(mutex_);
     ended_ = true;
     offer_.reset();
   }
 
   void serve() {
-    X11SelectionOwner owner(*connection_, [this] { wake(); });
+    X11SelectionOwner owner(connection_, [this] { wake(); });
     X11SelectionReader reader(
-        *connection_, [this](PasteboardContents contents, const X11Announcement& announcement) {
+        connection_, [this](PasteboardContents contents, const X11Announcement& announcement) {
           tell({std::move(contents), announcement});
         });
     readPresent(reader);
-    while (connection_->alive()) {
+    while (connection_.alive()) {
       if (!takeCommands(owner)) return;
-      while (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_->get())})
+      while (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())})
         dispatch(*event, reader, owner);
       const auto now = X11Clock::now();
       reader.expire(now);
       owner.expire(now);
-      xcb_flush(connection_->get());
+      xcb_flush(connection_.get());
       // Writing may have read: what is in the library's queue no longer wakes poll().
-      if (const X11Reply<xcb_generic_event_t> event{
-              xcb_poll_for_queued_event(connection_->get())}) {
+      if (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_queued_event(connection_.get())}) {
         dispatch(*event, reader, owner);
         continue;
       }
@@ -115,9 +108,9 @@ class X11Pasteboard::Worker {
   }
 
   void readPresent(X11SelectionReader& reader) {
-    const auto cookie = xcb_get_selection_owner(connection_->get(), connection_->atom("CLIPBOARD"));
+    const auto cookie = xcb_get_selection_owner(connection_.get(), connection_.atom("CLIPBOARD"));
     const X11Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection_->get(), cookie, nullptr));
+        xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
     if (!reply || reply->owner == XCB_WINDOW_NONE) return;
     X11Announcement present;
     present.owner = reply->owner;
@@ -127,7 +120,7 @@ class X11Pasteboard::Worker {
 
   void dispatch(const xcb_generic_event_t& event, X11SelectionReader& reader,
                 X11SelectionOwner& owner) {
-    if (eventType(event) != connection_->ownerEvent()) {
+    if (eventType(event) != connection_.ownerEvent()) {
       owner.handle(event);
       reader.handle(event);
       return;
@@ -163,7 +156,7 @@ class X11Pasteboard::Worker {
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - X11Clock::now());
       milliseconds = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
     }
-    std::array<pollfd, 2> watched{{{connection_->descriptor(), POLLIN, 0}, {wake_, POLLIN, 0}}};
+    std::array<pollfd, 2> watched{{{connection_.descriptor(), POLLIN, 0}, {wake_, POLLIN, 0}}};
     ::poll(watched.data(), watched.size(), milliseconds);
   }
 
@@ -178,7 +171,7 @@ class X11Pasteboard::Worker {
     if (first) wakeMain_();
   }
 
-  const std::string display_;
+  X11Connection connection_;  // the thread's, from its start to its end
   const std::function<void()> wakeMain_;
   const int wake_;
   std::mutex mutex_;
@@ -186,11 +179,10 @@ class X11Pasteboard::Worker {
   bool ended_ = false;
   std::optional<std::pair<X11Offer, std::uint64_t>> offer_;  // only the last one matters
   std::vector<News> news_;
-  std::unique_ptr<X11Connection> connection_;  // made by the thread, ended after it
   std::thread thread_;
 };
 
-X11Pasteboard::X11Pasteboard(MainQueue& queue, std::string display) {
+X11Pasteboard::X11Pasteboard(MainQueue& queue, const std::string& display) {
   changes_.push_back({1, {}});
   worker_ = std::make_unique<Worker>(std::move(display),
                                      [this, &queue, alive = std::weak_ptr<char>(alive_)] {

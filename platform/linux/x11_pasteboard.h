@@ -19,7 +19,7 @@ namespace marbelot {
 class X11Pasteboard final : public Pasteboard {
  public:
   // `queue` must live longer. An empty `display` means the one of the environment.
-  explicit X11Pasteboard(MainQueue& queue, std::string display = {});
+  explicit X11Pasteboard(MainQueue& queue, const std::string& display = {});
   // Takes no time, whatever other programs are doing.
   ~X11Pasteboard() override;
 

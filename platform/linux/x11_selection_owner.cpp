@@ -10,7 +10,9 @@ namespace marbelot {
 namespace {
 
 constexpr auto transferLimit = std::chrono::seconds(30);
-constexpr std::size_t largestPart = std::size_t{1} << 20;  // bytes; the others must get a turn
+// Bytes. In one piece a paste is done soonest; beyond, others get their turn between the parts.
+constexpr std::size_t largestPiece = std::size_t{4} << 20;
+constexpr std::size_t largestPart = std::size_t{1} << 20;
 
 constexpr std::array<std::string_view, 5> textTypes{"UTF8_STRING", "text/plain;charset=utf-8",
                                                     "text/plain", "STRING", "TEXT"};
@@ -81,9 +83,9 @@ struct X11SelectionOwner::Transfer {
 
 X11SelectionOwner::X11SelectionOwner(X11Connection& connection, std::function<void()> wake)
     : connection_(connection), window_(connection.createWindow()), converter_(std::move(wake)) {
-  const std::size_t largestRequest =
-      std::size_t{xcb_get_maximum_request_length(connection.get())} * 4;
-  partSize_ = std::min(largestPart, largestRequest - 1024);
+  const std::size_t room = std::size_t{xcb_get_maximum_request_length(connection.get())} * 4 - 1024;
+  pieceSize_ = std::min(largestPiece, room);
+  partSize_ = std::min(largestPart, room);
 }
 
 X11SelectionOwner::~X11SelectionOwner() = default;
@@ -282,7 +284,7 @@ void X11SelectionOwner::send(xcb_window_t window, xcb_atom_t property, xcb_atom_
   dropTransfers([&](const Transfer& transfer) {
     return transfer.window == window && transfer.property == property;
   });
-  if (bytes->size() <= partSize_) {
+  if (bytes->size() <= pieceSize_) {
     const bool words = type == XCB_ATOM_ATOM || type == XCB_ATOM_INTEGER;
     xcb_change_property(
         connection_.get(), XCB_PROP_MODE_REPLACE, window, property, type, words ? 32 : 8,

@@ -62,7 +62,8 @@ class X11SelectionOwner {
 
   X11Connection& connection_;
   xcb_window_t window_;
-  std::size_t partSize_;  // bytes that fit well into one request
+  std::size_t pieceSize_;  // the most that is sent whole, in bytes,
+  std::size_t partSize_;   // and the size of the parts of all else
   std::shared_ptr<Contents> contents_;
   xcb_timestamp_t claimTime_ = XCB_CURRENT_TIME;
   std::uint64_t wanted_ = 0;   // the last write that was asked for,
