@@ -8,7 +8,7 @@ std::string clipPreviewTitle(const PasteboardContents& contents, bool withheld,
                              TextAnalyses& analyses) {
   if (withheld && (contents.image || contents.text)) return "(hidden by its owner)";
   if (contents.image) return imageTitle(*contents.image);
-  if (contents.text) return analyses.of(contents.text).title;
+  if (contents.text) return analyses.of(contents.text)->title;
   return "(empty)";
 }
 

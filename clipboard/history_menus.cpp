@@ -29,6 +29,10 @@ std::shared_ptr<Menu> emptyMenu() {
 
 std::string bracketed(std::size_t count) { return " (" + std::to_string(count) + ")"; }
 
+std::string entryTitle(ClipCategory category, const std::string& shown) {
+  return std::string(categoryTitle(category).symbol) + " " + shown;
+}
+
 }  // namespace
 
 std::string imageTitle(const Image& image) {
@@ -59,16 +63,15 @@ std::vector<HistoryMenus::Entry> HistoryMenus::entries() {
   std::unordered_map<std::string, std::vector<std::size_t>> byTitle;
   for (std::size_t i = 0; i < history_.clipHistory.size(); ++i) {
     const Kind& kind = history_.clipHistory[i].kind;
-    Entry entry{i, ClipCategory::image, {}};
-    std::string shown;
+    Entry entry;
+    entry.index = i;
     if (const Image* image = kind.image()) {
-      shown = imageTitle(*image);
+      entry.title = entryTitle(entry.category, imageTitle(*image));
     } else {
-      const TextAnalysis& analysis = analyses_.of(kind.text());
-      entry.category = analysis.category;
-      shown = analysis.label() + analysis.title;
+      entry.analysis = analyses_.of(kind.text());
+      entry.category = entry.analysis->category;
+      entry.title = entryTitle(entry.category, entry.analysis->label() + entry.analysis->title);
     }
-    entry.title = std::string(categoryTitle(entry.category).symbol) + " " + shown;
     byTitle[entry.title].push_back(i);
     entries.push_back(std::move(entry));
   }
@@ -78,24 +81,19 @@ std::vector<HistoryMenus::Entry> HistoryMenus::entries() {
 }
 
 // Entries that would read alike show where they differ, or else when they were copied.
-void HistoryMenus::tellApart(std::vector<Entry>& entries, const std::vector<std::size_t>& alike) {
-  std::vector<std::string> beginnings;
-  for (const std::size_t i : alike) {
-    const SharedText text = history_.clipHistory[i].kind.text();
-    beginnings.push_back(text ? analyses_.of(text).beginning : std::string());
-  }
+void HistoryMenus::tellApart(std::vector<Entry>& entries,
+                             const std::vector<std::size_t>& alike) const {
+  std::vector<std::string_view> beginnings;
+  for (const std::size_t i : alike)
+    beginnings.push_back(entries[i].analysis ? std::string_view(entries[i].analysis->beginning)
+                                             : std::string_view());
+  const std::vector<std::string> different = titlesAtDifference(beginnings);
   for (std::size_t k = 0; k < alike.size(); ++k) {
-    const std::size_t i = alike[k];
-    Entry& entry = entries[i];
-    std::vector<std::string_view> others;
-    for (std::size_t other = 0; other < alike.size(); ++other)
-      if (other != k) others.emplace_back(beginnings[other]);
-    const std::string different = titleAtDifference(beginnings[k], others);
-    if (different.empty()) {
-      entry.title += " — " + text::fileTimestamp(history_.clipHistory[i].date);
+    Entry& entry = entries[alike[k]];
+    if (different[k].empty()) {
+      entry.title += " — " + text::fileTimestamp(history_.clipHistory[entry.index].date);
     } else {
-      entry.title = std::string(categoryTitle(entry.category).symbol) + " " +
-                    analyses_.of(history_.clipHistory[i].kind.text()).label() + different;
+      entry.title = entryTitle(entry.category, entry.analysis->label() + different[k]);
     }
   }
 }

@@ -32,12 +32,13 @@ class HistoryMenus {
  private:
   struct Entry {
     std::size_t index = 0;
-    ClipCategory category = ClipCategory::text;
+    ClipCategory category = ClipCategory::image;
+    std::shared_ptr<const TextAnalysis> analysis;  // null for an image
     std::string title;
   };
 
   std::vector<Entry> entries();
-  void tellApart(std::vector<Entry>& entries, const std::vector<std::size_t>& alike);
+  void tellApart(std::vector<Entry>& entries, const std::vector<std::size_t>& alike) const;
   MenuItem entryItem(const Entry& entry);
   std::shared_ptr<Menu> entryMenu(const MenuItem& item, const Entry& entry) const;
   MenuItem filterItem(const std::vector<Entry>& entries) const;

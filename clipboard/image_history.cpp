@@ -13,13 +13,21 @@ namespace {
 
 constexpr std::size_t listedImages = 15;
 
-// Asking for so many dates takes a millisecond or two; in larger folders a known date is trusted.
-constexpr std::size_t alwaysAskedFiles = 1000;
+// Asking for so many dates takes a few milliseconds. In larger folders a known date is trusted, and
+// more unknown ones are read in the background.
+constexpr std::size_t datesAskedAtOnce = 1000;
 
-bool isImageName(const std::string& name) {
+constexpr double notAFile = -1;
+
+bool isImageName(std::string_view name) {
   constexpr std::array<std::string_view, 5> extensions{"png", "jpg", "jpeg", "tiff", "heic"};
-  return !name.starts_with('.') && std::find(extensions.begin(), extensions.end(),
-                                             files::lowercasedExtension(name)) != extensions.end();
+  const std::size_t dot = name.rfind('.');
+  if (name.starts_with('.') || dot == name.npos) return false;
+  const std::string_view extension = name.substr(dot + 1);
+  const auto same = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; };
+  return std::any_of(extensions.begin(), extensions.end(), [&](std::string_view accepted) {
+    return std::equal(extension.begin(), extension.end(), accepted.begin(), accepted.end(), same);
+  });
 }
 
 }  // namespace
@@ -52,46 +60,66 @@ void ImageHistory::copyHistory(const std::string& path) {
   shell_.notify("Copied: " + text::sanitized(files::lastComponent(path)));
 }
 
-std::vector<std::string> ImageHistory::newestImages(const std::string& folder) {
+ImageHistory::Dates ImageHistory::modificationDates(const std::string& folder,
+                                                    const std::vector<std::string>& names) {
+  Dates dates;
+  dates.reserve(names.size());
+  for (const std::string& name : names) {
+    const auto info = files::info(files::join(folder, name));
+    dates.emplace(name, info ? info->modified : notAFile);
+  }
+  return dates;
+}
+
+std::optional<std::vector<std::string>> ImageHistory::newestImages(const std::string& folder) {
   std::vector<std::string> names = files::list(folder).value_or(std::vector<std::string>());
   std::erase_if(names, [](const std::string& name) { return !isImageName(name); });
 
-  if (knownFolder_ != folder || names.size() <= alwaysAskedFiles) modified_.clear();
+  if (knownFolder_ != folder) reading_.reset();
+  if (knownFolder_ != folder || names.size() <= datesAskedAtOnce ||
+      modified_.size() > 2 * names.size())
+    modified_.clear();
   knownFolder_ = folder;
-  std::unordered_map<std::string, double> modified;
-  modified.reserve(names.size());
-  std::vector<std::pair<double, std::string>> dated;
-  dated.reserve(names.size());
-  for (std::string& name : names) {
-    auto known = modified_.find(name);
-    double date = 0;
-    if (known != modified_.end()) {
-      date = known->second;
-    } else if (const auto info = files::info(files::join(folder, name))) {
-      date = info->modified;
-    } else {
-      continue;
-    }
-    modified.emplace(name, date);
-    dated.emplace_back(date, std::move(name));
+  std::vector<std::string> unknown;
+  for (const std::string& name : names)
+    if (!modified_.contains(name)) unknown.push_back(name);
+  if (unknown.size() > datesAskedAtOnce) {
+    if (!reading_)
+      reading_ = platform_.queue.inBackground(
+          [folder, unknown] { return modificationDates(folder, unknown); },
+          [this](Dates dates) {
+            reading_.reset();
+            modified_.merge(dates);
+            shell_.rebuildMenu();
+          });
+    return std::nullopt;
   }
-  modified_ = std::move(modified);
+  modified_.merge(modificationDates(folder, unknown));
 
-  const auto shown =
-      dated.begin() + static_cast<std::ptrdiff_t>(std::min(listedImages, dated.size()));
-  // Of the same instant the later name is the newer file: names count up.
-  std::partial_sort(dated.begin(), shown, dated.end(), std::greater<>());
+  std::vector<std::pair<double, const std::string*>> dated;
+  for (const std::string& name : names)
+    if (const double date = modified_.at(name); date != notAFile) dated.emplace_back(date, &name);
+  const std::size_t count = std::min(listedImages, dated.size());
+  std::partial_sort(dated.begin(), dated.begin() + static_cast<std::ptrdiff_t>(count), dated.end(),
+                    [](const auto& a, const auto& b) {
+                      // Of one instant the later name is the newer file: names count up.
+                      return a.first != b.first ? a.first > b.first : *a.second > *b.second;
+                    });
   std::vector<std::string> newest;
-  for (auto at = dated.begin(); at != shown; ++at) newest.push_back(std::move(at->second));
+  for (std::size_t i = 0; i < count; ++i) newest.push_back(*dated[i].second);
   return newest;
 }
 
 std::shared_ptr<Menu> ImageHistory::imageHistoryMenu() {
   const std::string folder = history_.clipImagesFolder();
   auto menu = std::make_shared<Menu>();
-  const std::vector<std::string> newest = newestImages(folder);
-  if (newest.empty()) menu->addDisabled("No images yet");
-  for (const std::string& name : newest) {
+  const auto newest = newestImages(folder);
+  if (!newest) {
+    menu->addDisabled("Reading the folder…");
+  } else if (newest->empty()) {
+    menu->addDisabled("No images yet");
+  }
+  for (const std::string& name : newest.value_or(std::vector<std::string>())) {
     const std::string path = files::join(folder, name);
     auto actions = std::make_shared<Menu>();
     actions->add("Copy to clipboard", "copyHistory:", path);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -23,16 +24,20 @@ class ImageHistory {
   std::shared_ptr<Menu> imageHistoryMenu();
 
  private:
-  std::vector<std::string> newestImages(const std::string& folder);
+  using Dates = std::unordered_map<std::string, double>;  // seconds since 1970 by file name
+
+  static Dates modificationDates(const std::string& folder, const std::vector<std::string>& names);
+  // None while the dates of a large folder are still being read.
+  std::optional<std::vector<std::string>> newestImages(const std::string& folder);
   void copyHistory(const std::string& path);
 
   Platform& platform_;
   Shell& shell_;
   ClipboardHistory& history_;
-  // When the folder's files were modified, in seconds since 1970, so that a folder of thousands
-  // need not be asked about each of them again.
+  // The dates that are known, so that a folder of thousands need not be asked about each again.
   std::string knownFolder_;
-  std::unordered_map<std::string, double> modified_;
+  Dates modified_;
+  std::optional<Task> reading_;
 };
 
 }  // namespace marbelot

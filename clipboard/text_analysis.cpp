@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <numeric>
 #include <vector>
 
 namespace marbelot {
@@ -91,6 +92,16 @@ std::size_t commonPrefix(std::string_view a, std::string_view b) {
   return static_cast<std::size_t>(at - a.begin());
 }
 
+// The text around the byte at which it differs, with its first words to know it by.
+std::string pieceAt(std::string_view text, std::size_t at) {
+  at = boundaryBefore(text, at);
+  const std::string_view head = firstCharacters(text.substr(0, at), 20);
+  const std::string_view before = lastCharacters(text.substr(head.size(), at - head.size()), 10);
+  const std::string_view after = firstCharacters(text.substr(at), 30);
+  return quoted(std::string(head) + "…" + std::string(before) + std::string(after) +
+                (at + after.size() < text.size() ? "…" : ""));
+}
+
 }  // namespace
 
 TextAnalysis analyse(std::string_view text) {
@@ -109,19 +120,21 @@ TextAnalysis analyse(std::string_view text) {
   return analysis;
 }
 
-std::string titleAtDifference(std::string_view beginning,
-                              const std::vector<std::string_view>& others) {
-  std::size_t same = 0;
-  for (const std::string_view other : others) same = std::max(same, commonPrefix(beginning, other));
-  if (same >= beginning.size()) return {};
-  same = boundaryBefore(beginning, same);
-  const std::string_view head = firstCharacters(beginning.substr(0, same), 20);
-  const std::string_view before =
-      lastCharacters(beginning.substr(head.size(), same - head.size()), 10);
-  const std::string_view rest = beginning.substr(same);
-  const std::string_view after = firstCharacters(rest, 30);
-  return quoted(std::string(head) + "…" + std::string(before) + std::string(after) +
-                (after.size() < rest.size() ? "…" : ""));
+std::vector<std::string> titlesAtDifference(const std::vector<std::string_view>& beginnings) {
+  // In sorted order the longest prefix shared with any other text is shared with a neighbour.
+  std::vector<std::size_t> order(beginnings.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(),
+            [&](std::size_t a, std::size_t b) { return beginnings[a] < beginnings[b]; });
+  std::vector<std::size_t> same(beginnings.size());
+  for (std::size_t k = 1; k < order.size(); ++k) {
+    const std::size_t shared = commonPrefix(beginnings[order[k - 1]], beginnings[order[k]]);
+    for (const std::size_t i : {order[k - 1], order[k]}) same[i] = std::max(same[i], shared);
+  }
+  std::vector<std::string> titles;
+  for (std::size_t i = 0; i < beginnings.size(); ++i)
+    titles.push_back(same[i] < beginnings[i].size() ? pieceAt(beginnings[i], same[i]) : "");
+  return titles;
 }
 
 std::string byteCountTitle(std::size_t bytes) {
@@ -160,17 +173,19 @@ TextAnalyses::Entry& TextAnalyses::entryFor(const SharedText& text) {
   Entry& entry = entries_[text.get()];
   entry.text = text;
   if (affordable(text->size())) {
-    entry.analysis = analyse(*text);
+    entry.analysis = std::make_shared<const TextAnalysis>(analyse(*text));
   } else {
-    entry.analysis.title = "Text, " + byteCountTitle(text->size());
-    entry.analysis.provisional = true;
+    TextAnalysis provisional;
+    provisional.title = "Text, " + byteCountTitle(text->size());
+    provisional.provisional = true;
+    entry.analysis = std::make_shared<const TextAnalysis>(std::move(provisional));
     waiting_.push_back(text);
     startNext();
   }
   return entry;
 }
 
-const TextAnalysis& TextAnalyses::of(const SharedText& text) {
+std::shared_ptr<const TextAnalysis> TextAnalyses::of(const SharedText& text) {
   Entry& entry = entryFor(text);
   entry.lastUse = ++uses_;
   return entry.analysis;
@@ -182,16 +197,17 @@ void TextAnalyses::startNext() {
     waiting_.pop_front();
     if (!text) continue;
     busy_ = true;
-    running_ = queue_.inBackground([text] { return analyse(*text); },
-                                   [this, text](TextAnalysis analysis) {
-                                     busy_ = false;
-                                     const auto found = entries_.find(text.get());
-                                     if (found != entries_.end()) {
-                                       found->second.analysis = std::move(analysis);
-                                       if (onArrival) onArrival();
-                                     }
-                                     startNext();
-                                   });
+    running_ = queue_.inBackground(
+        [text] { return analyse(*text); },
+        [this, text](TextAnalysis analysis) {
+          busy_ = false;
+          const auto found = entries_.find(text.get());
+          if (found != entries_.end()) {
+            found->second.analysis = std::make_shared<const TextAnalysis>(std::move(analysis));
+            if (onArrival) onArrival();
+          }
+          startNext();
+        });
   }
 }
 

@@ -30,10 +30,9 @@ struct TextAnalysis {
 // Linear in the length of the text; safe on any thread.
 TextAnalysis analyse(std::string_view text);
 
-// For a text whose title is also that of others: the piece in which its beginning differs from
-// theirs, quoted; empty when it does not.
-std::string titleAtDifference(std::string_view beginning,
-                              const std::vector<std::string_view>& others);
+// For texts that would have the same title: of each, in quotes, the piece in which its beginning
+// differs from all the others'; empty where it does not.
+std::vector<std::string> titlesAtDifference(const std::vector<std::string_view>& beginnings);
 
 // "812 bytes", "1.2 MB"; decimal units.
 std::string byteCountTitle(std::size_t bytes);
@@ -45,7 +44,7 @@ class TextAnalyses {
 
   // The analysis of the text. Short texts are analysed at once, as long as the present event has
   // time left; others in the background, one after another, with a provisional answer until then.
-  const TextAnalysis& of(const SharedText& text);
+  std::shared_ptr<const TextAnalysis> of(const SharedText& text);
 
   // An analysis that was provisional is there.
   std::function<void()> onArrival;
@@ -53,7 +52,7 @@ class TextAnalyses {
  private:
   struct Entry {
     std::weak_ptr<const std::string> text;  // the address alone could be another text's by now
-    TextAnalysis analysis;
+    std::shared_ptr<const TextAnalysis> analysis;
     std::uint64_t lastUse = 0;
   };
   bool affordable(std::size_t bytes);
