@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/main_queue.h"
@@ -54,7 +55,8 @@ struct RemoteRequests {
   // Carries out a menu item: by its titles from the top (joined by U+001F), or by action and
   // represented object. Returns an error for the user, empty when done.
   std::function<std::string(const std::string& titles)> invokeTitles;
-  std::function<std::string(const std::string& action, const std::string& object)> invokeAction;
+  std::function<std::string(const std::string& action, const std::optional<std::string>& object)>
+      invokeAction;
   std::function<std::string()> windows;  // JSON
   std::function<void()> popUpMenu;
   std::function<void()> quit;

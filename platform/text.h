@@ -1,5 +1,6 @@
 // Text services: what the system knows about characters and local time. Stateless and safe to
-// call from any thread. All text is UTF-8; bytes that are not valid UTF-8 count as U+FFFD each.
+// call from any thread. All text is UTF-8; each invalid sequence (its longest valid start, else one
+// byte) counts as one U+FFFD, in every function here alike.
 #pragma once
 
 #include <compare>
@@ -44,6 +45,12 @@ bool isUppercase(char32_t c);
 bool isBlank(char32_t c);
 // isBlank, and U+000A–U+000D, U+0085, U+2028, U+2029.
 bool isBlankOrNewline(char32_t c);
+
+// The part that a scalar plays in the \b of a regular expression (UTS #18, as ICU has it when not
+// asked for UREGEX_UWORD): there is a boundary between a word and a separator, and an extender
+// (a combining mark or a format character) belongs to whatever stands before it.
+enum class WordRole { separator, word, extender };
+WordRole wordRole(char32_t c);
 
 std::string_view trimmedBlanks(std::string_view text);
 std::string_view trimmedBlanksAndNewlines(std::string_view text);

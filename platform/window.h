@@ -63,9 +63,10 @@ struct WindowDescription {
   bool closable = true;
   bool miniaturizable = false;
   bool resizable = false;
+  bool escapeCloses = true;
   std::vector<View> views;
   // A button was pressed. A multi-line text keeps Return for itself; Command (Control) and Return
-  // press the default button from there. Escape and Command-W close the window.
+  // press the default button from there. Command-W closes the window, and Escape where it is told to.
   std::function<void(const std::string& viewId)> pressed;
 };
 

@@ -1,0 +1,107 @@
+#include "app/app_delegate.h"
+
+#include <cstdlib>
+
+#include "platform/text.h"
+
+namespace marbelot {
+namespace {
+
+constexpr const char* idleSymbol = "camera.on.rectangle.fill";
+constexpr const char* copiedSymbol = "checkmark.circle.fill";
+constexpr double flashSeconds = 0.9;
+constexpr double promptSeconds = 2.5;
+// Every message of the program stands under this title, whatever its subject.
+constexpr const char* noticeTitle = "Screenshot copied to clipboard";
+
+}  // namespace
+
+AppDelegate::AppDelegate(Platform& platform)
+    : platform_(platform),
+      access_(platform, *this, actions_),
+      menu_(state_, access_),
+      requests_(platform, actions_, menu_.menu(), [this] { menuWillOpen(); }) {
+  wireActions();
+}
+
+void AppDelegate::wireActions() {
+  actions_.add("toggleClipPreview", [this](const MenuItem&) { toggleClipPreview(); });
+  actions_.add("quit", [this](const MenuItem&) { platform_.application.terminate(); });
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+  if (!platform_.statusItem.setSymbol(idleSymbol, "Marbelot"))
+    platform_.statusItem.setTitle("📸");
+  platform_.defaults.registerDefaults({{showClipboardPreviewKey, true}});
+  readSettings();
+  menu_.buildMenu();
+  platform_.statusItem.setMenu(menu_.menu(), this);
+  platform_.application.setDockMenu([this] { return menu_.dockMenu(); },
+                                    [this](const MenuItem& item) { menuItemChosen(item); });
+  requests_.serve();
+
+  watcher = std::make_unique<ScreenshotWatcher>(
+      platform_, screenshotFolder(), [this](const std::string& name) { screenshotCopied(name); });
+  watcher->start();
+  access_.probe();
+  prompt_ = platform_.queue.after(promptSeconds, [this] {
+    if (!access_.screenshotFolderReadable) access_.openScreenshotAccessSettings();
+  });
+
+  platform_.defaults.setProblemHandler([this](const std::string& problem) { notify(problem); });
+  platform_.statusItem.setNoHostHandler([this] {
+    notify("This desktop shows no tray icons. Start Marbelot again to open its menu.");
+  });
+}
+
+void AppDelegate::readSettings() {
+  state_.showClipboardPreview = platform_.defaults.boolFor(showClipboardPreviewKey);
+}
+
+void AppDelegate::screenshotCopied(const std::string& fileName) {
+  // 2^63 screenshots would be a sign of something worse.
+  if (__builtin_add_overflow(state_.count, 1, &state_.count)) std::abort();
+  state_.lastCopied = text::sanitized(fileName);
+  flashStatusIcon();
+  rebuildMenu();
+  notify(*state_.lastCopied);
+}
+
+void AppDelegate::toggleClipPreview() {
+  state_.showClipboardPreview = !state_.showClipboardPreview;
+  platform_.defaults.set(showClipboardPreviewKey, state_.showClipboardPreview);
+  rebuildMenu();
+}
+
+void AppDelegate::notify(const std::string& message) {
+  platform_.notices.post(noticeTitle, message);
+}
+
+void AppDelegate::flashStatusIcon() {
+  if (!platform_.statusItem.setSymbol(copiedSymbol, "")) return;
+  flash_ = platform_.queue.after(
+      flashSeconds, [this] { platform_.statusItem.setSymbol(idleSymbol, "Marbelot"); });
+}
+
+void AppDelegate::rebuildMenu() {
+  rebuild_ = platform_.queue.after(0, [this] {
+    menu_.buildMenu();
+    platform_.statusItem.menuChanged();
+  });
+}
+
+void AppDelegate::copyWithoutRecording(SharedText text) {
+  platform_.pasteboard.write(std::move(text));
+}
+
+void AppDelegate::copyWithoutRecording(const Image& image) { platform_.pasteboard.write(image); }
+
+void AppDelegate::menuWillOpen() {
+  access_.probe();
+  menu_.buildMenu();
+  menu_.refresh();
+}
+
+void AppDelegate::menuItemChosen(const MenuItem& item) { actions_.perform(item); }
+
+}  // namespace marbelot

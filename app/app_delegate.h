@@ -1,0 +1,61 @@
+// The application object: owns every feature, brings them up in order, and is the shell that they
+// share.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/menu_requests.h"
+#include "app/status_menu.h"
+#include "capture/screenshot_access.h"
+#include "capture/screenshot_watcher.h"
+#include "platform/platform.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+class AppDelegate : private Shell, private MenuDelegate {
+ public:
+  explicit AppDelegate(Platform& platform);
+
+  void applicationDidFinishLaunching();
+
+ private:
+  void readSettings();
+  void wireActions();
+  void screenshotCopied(const std::string& fileName);
+  void toggleClipPreview();
+
+  // Shell
+  void notify(const std::string& message) override;
+  void flashStatusIcon() override;
+  void rebuildMenu() override;
+  void copyWithoutRecording(SharedText text) override;
+  void copyWithoutRecording(const Image& image) override;
+
+  // MenuDelegate
+  void menuWillOpen() override;
+  void menuWillHighlightItem(const MenuItem*) override {}
+  void menuDidClose() override {}
+  void menuItemChosen(const MenuItem& item) override;
+
+  Platform& platform_;
+  ActionTable actions_;
+
+  MenuState state_;
+  const std::string showClipboardPreviewKey = "showClipboardPreview";
+
+  ScreenshotAccess access_;
+  std::unique_ptr<ScreenshotWatcher> watcher;
+
+  StatusMenu menu_;
+  MenuRequests requests_;
+
+  Task rebuild_;
+  Task flash_;
+  Task prompt_;
+};
+
+}  // namespace marbelot

@@ -1,0 +1,122 @@
+#include "app/menu_requests.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+#include <charconv>
+
+namespace marbelot {
+namespace {
+
+constexpr char titleSeparator = '\x1f';
+
+// The item of that action, and of that represented object when one is asked for.
+MenuItemRef itemWithAction(const Menu& menu, const std::string& action,
+                           const std::optional<std::string>& object) {
+  for (const MenuItemRef& item : menu.items) {
+    if (item->action == action && (!object || representedText(item->represented) == *object))
+      return item;
+    if (!item->submenu) continue;
+    if (MenuItemRef found = itemWithAction(*item->submenu, action, object)) return found;
+  }
+  return nullptr;
+}
+
+// A represented object from the command line, for an item that the menu does not show right now.
+Represented representedFrom(const std::optional<std::string>& object) {
+  if (!object) return {};
+  if (*object == "true" || *object == "false") return *object == "true";
+  std::int64_t number = 0;
+  const char* end = object->data() + object->size();
+  if (const auto [stop, error] = std::from_chars(object->data(), end, number);
+      error == std::errc() && stop == end)
+    return number;
+  return *object;
+}
+
+}  // namespace
+
+MenuRequests::MenuRequests(Platform& platform, const ActionTable& actions,
+                           std::shared_ptr<Menu> menu, std::function<void()> open)
+    : platform_(platform), actions_(actions), menu_(std::move(menu)), open_(std::move(open)) {}
+
+void MenuRequests::serve() {
+  RemoteRequests requests;
+  requests.menu = [this] {
+    open_();
+    return menuJson(*menu_);
+  };
+  requests.invokeTitles = [this](const std::string& titles) { return invokeTitles(titles); };
+  requests.invokeAction = [this](const std::string& action,
+                                 const std::optional<std::string>& object) {
+    return invokeAction(action, object);
+  };
+  requests.windows = [this] { return windowsJson(); };
+  requests.popUpMenu = [this] { platform_.statusItem.popUpMenu(); };
+  requests.quit = [this] { platform_.application.terminate(); };
+  platform_.application.serve(std::move(requests));
+}
+
+std::string MenuRequests::invokeTitles(const std::string& titles) {
+  open_();
+  const Menu* level = menu_.get();
+  MenuItemRef found;
+  for (std::size_t at = 0; at <= titles.size();) {
+    const std::size_t end = std::min(titles.find(titleSeparator, at), titles.size());
+    const std::string title = titles.substr(at, end - at);
+    at = end + 1;
+    if (!level) return "\"" + found->title + "\" has no submenu";
+    const auto item =
+        std::find_if(level->items.begin(), level->items.end(), [&](const MenuItemRef& candidate) {
+          return !candidate->separator && !candidate->hidden && candidate->title == title;
+        });
+    if (item == level->items.end()) return "the menu has no item \"" + title + "\"";
+    found = *item;
+    if (!found->enabled) return "\"" + title + "\" is disabled";
+    level = found->submenu.get();
+  }
+  if (found->submenu) return "\"" + found->title + "\" is a submenu";
+  if (!actions_.perform(*found)) return "\"" + found->title + "\" does nothing";
+  return {};
+}
+
+std::string MenuRequests::invokeAction(const std::string& action,
+                                       const std::optional<std::string>& object) {
+  open_();
+  MenuItem sender;
+  sender.action = action;
+  if (const MenuItemRef shown = itemWithAction(*menu_, action, object); shown && object) {
+    sender = *shown;
+  } else {
+    sender.represented = representedFrom(object);
+  }
+  if (!actions_.perform(sender)) return "there is no action \"" + action + "\"";
+  return {};
+}
+
+std::string MenuRequests::windowsJson() const {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> out(buffer);
+  out.StartArray();
+  for (const WindowInfo& window : platform_.windows.visible()) {
+    out.StartObject();
+    out.Key("id");
+    out.String(window.id.c_str());
+    out.Key("title");
+    out.String(window.title.c_str());
+    const std::pair<const char*, double> numbers[] = {{"x", window.frame.x},
+                                                      {"y", window.frame.y},
+                                                      {"width", window.frame.width},
+                                                      {"height", window.frame.height}};
+    for (const auto& [key, number] : numbers) {
+      out.Key(key);
+      out.Double(number);
+    }
+    out.EndObject();
+  }
+  out.EndArray();
+  return buffer.GetString();
+}
+
+}  // namespace marbelot

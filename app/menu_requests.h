@@ -1,0 +1,32 @@
+// The menu for those who are not looking at it: printed, searched and driven from the command line.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/platform.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+class MenuRequests {
+ public:
+  // `open` does what opening the menu does: brings it up to date.
+  MenuRequests(Platform& platform, const ActionTable& actions, std::shared_ptr<Menu> menu,
+               std::function<void()> open);
+
+  void serve();
+
+ private:
+  std::string invokeTitles(const std::string& titles);
+  std::string invokeAction(const std::string& action, const std::optional<std::string>& object);
+  std::string windowsJson() const;
+
+  Platform& platform_;
+  const ActionTable& actions_;
+  const std::shared_ptr<Menu> menu_;
+  const std::function<void()> open_;
+};
+
+}  // namespace marbelot

@@ -1,0 +1,201 @@
+#!/usr/bin/python3
+"""Measures the real program on a private desktop, beside the shell pipeline one would use instead.
+
+    bench/desktop_bench.py [latency] [burst] [idle] [start]      all of them by default
+
+latency  from a screenshot file's last close to another X client having read its last byte
+burst    200 screenshots within two seconds: all counted, and when the last could be pasted
+idle     processor time and context switches of all threads over a minute
+start    from the process's start to its item in the tray; memory a while later
+"""
+
+import os
+import pathlib
+import signal
+import statistics
+import struct
+import subprocess
+import sys
+import time
+import zlib
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "scripts"))
+
+from driver import BIN, Marbelot  # noqa: E402
+from virtual_desktop import VirtualDesktop, until  # noqa: E402
+
+SCREENSHOTS = 200
+BLOCK = 50  # the program and the pipeline take turns, so that both see the same machine
+PIPELINE = ('inotifywait --quiet --monitor --event close_write --format %w%f "$0" |'
+            ' while read -r file; do xclip -selection clipboard -t image/png -i "$file"; done')
+
+
+def numbered(png, number):
+    """The picture with a text of its own, so that no two are alike, nor of the same length."""
+    text = b"tEXtComment\0" + b"x" * number
+    end = png.rindex(b"\0\0\0\0IEND")
+    comment = struct.pack(">I", len(text) - 4) + text + struct.pack(">I", zlib.crc32(text))
+    return png[:end] + comment + png[end:]
+
+
+def picture_of(width, height):
+    """A PNG of a desktop's kind: smooth areas, sharp edges, some photographic noise."""
+    lines = []
+    for y in range(height // 5, height * 4 // 5, 20):
+        lines += ["-annotate", f"+{width // 20}+{y}", "The quick brown fox jumps over the lazy dog"]
+    return subprocess.run(
+        ["convert", "-seed", "7", "-size", f"{width}x{height}", "gradient:#274060-#7fa3c7",
+         "(", "-size", f"{width // 4}x{height // 4}", "plasma:fractal", ")",
+         "-geometry", f"+{width // 2}+{height // 3}", "-composite",
+         "-fill", "white", "-font", "DejaVu-Sans", "-pointsize", "15", *lines, "png:-"],
+        check=True, capture_output=True).stdout
+
+
+def save(folder, name, data):
+    """Writes the file; the moment just before its last close, in nanoseconds."""
+    with open(folder / name, "wb", buffering=0) as file:
+        file.write(data)
+        return time.monotonic_ns()
+
+
+class Reader:
+    """Another program that pastes each image as soon as it is there."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self._process = desktop.spawn(BIN / "clipboard_reader")
+        until(lambda: desktop.log("clipboard_reader"), "clipboard reader")
+        self._log = open(desktop.folder / "clipboard_reader.log")
+
+    def wait_for(self, size, seconds=20):
+        """When the image of that size had been read, in nanoseconds."""
+        deadline = time.monotonic() + seconds
+        while time.monotonic() < deadline:
+            line = self._log.readline()
+            if line.endswith("\n") and len(line.split()) == 3:
+                _, read, got = map(int, line.split())
+                if got == size:
+                    return read
+            else:
+                time.sleep(0.0005)
+        raise AssertionError(f"an image of {size} bytes was not read within {seconds} s")
+
+
+def row(name, milliseconds):
+    ordered = sorted(milliseconds)
+    p99 = ordered[min(len(ordered) - 1, int(len(ordered) * 0.99))]
+    print(f"  {name:<28}{statistics.median(ordered):9.2f}{p99:9.2f}{ordered[-1]:9.2f}", flush=True)
+
+
+def latency():
+    print("\nFrom close to read, ms              median      p99      max")
+    for width, height in ((1920, 1080), (3840, 2160)):
+        picture = picture_of(width, height)
+        times = {"program": [], "pipeline": []}
+        with VirtualDesktop(size=(width, height)) as desktop:
+            reader = Reader(desktop)
+            number = 0
+            while number < 2 * SCREENSHOTS:
+                kind = "program" if number // BLOCK % 2 == 0 else "pipeline"
+                if kind == "program":
+                    running = Marbelot(desktop)
+                    process = running.process
+                else:
+                    process = desktop.spawn("sh", "-c", PIPELINE, running.shots)
+                    until(lambda: watches(process.pid, running.shots), "pipeline watching")
+                for number in range(number, number + BLOCK):
+                    data = numbered(picture, number)
+                    name = f"Screenshot from {width} {number:04}.png"
+                    closed = save(running.shots, name, data)
+                    times[kind].append((reader.wait_for(len(data)) - closed) / 1e6)
+                number += 1
+                desktop.end(process)
+        size = f"{width}x{height}, {len(picture) / 1e6:.1f} MB"
+        row(f"Marbelot {size}", times["program"])
+        row(f"inotifywait | xclip {size[:9]}", times["pipeline"])
+
+
+def watches(group, folder):
+    """Whether a process of the group has an inotify watch on the folder."""
+    wanted = f"ino:{folder.stat().st_ino:x} "
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            if os.getpgid(int(process.name)) == group and any(
+                    wanted in info.read_text() for info in (process / "fdinfo").iterdir()):
+                return True
+        except OSError:
+            continue  # gone meanwhile
+    return False
+
+
+def burst():
+    picture = picture_of(1920, 1080)
+    with VirtualDesktop() as desktop:
+        reader = Reader(desktop)
+        program = Marbelot(desktop)
+        images = [numbered(picture, number) for number in range(SCREENSHOTS)]
+        began = time.monotonic_ns()
+        for number, data in enumerate(images):
+            closed = save(program.shots, f"Screenshot from burst {number:04}.png", data)
+            # An even pace; a screen is never captured faster.
+            while time.monotonic_ns() < began + (number + 1) * 2e9 / SCREENSHOTS:
+                time.sleep(0.001)
+        until(lambda: program.copied() >= SCREENSHOTS, "all counted", 60)
+        counted = time.monotonic_ns()
+        read = reader.wait_for(len(images[-1]))
+        print(f"\n{SCREENSHOTS} screenshots of 1920x1080 within {(closed - began) / 1e9:.2f} s: "
+              f"{program.copied()} counted at the latest {(counted - closed) / 1e6:.0f} ms, the "
+              f"last one read {(read - closed) / 1e6:.0f} ms after the last close")
+
+
+def usage(pid):
+    """Processor seconds and context switches of all threads of a process."""
+    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
+    seconds = (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+    switches = sum(
+        int(line.split()[1])
+        for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
+        for line in status.read_text().splitlines() if "ctxt_switches" in line)
+    return seconds, switches
+
+
+def idle(seconds=60):
+    with VirtualDesktop() as desktop:
+        program = Marbelot(desktop)
+        time.sleep(5)  # what starting leaves to do is done by then
+        before = usage(program.process.pid)
+        time.sleep(seconds)
+        after = usage(program.process.pid)
+        print(f"\nIdle for {seconds} s: {(after[0] - before[0]) * 1000:.0f} ms of processor time, "
+              f"{(after[1] - before[1]) / seconds:.1f} context switches a second")
+
+
+def start(times=20):
+    shown, memory = [], []
+    for _ in range(times):
+        with VirtualDesktop() as desktop:
+            (desktop.home / "Shots").mkdir()
+            began = time.monotonic()
+            program = Marbelot(desktop)
+            item = until(desktop.tray_items, "status item")[0]
+            shown.append((item["time"] - began) * 1000)
+            time.sleep(1)
+            rollup = pathlib.Path(f"/proc/{program.process.pid}/smaps_rollup").read_text()
+            memory.append(int(rollup.split("\nPss:")[1].split()[0]) / 1024)
+    print(f"\nStart to status item, {times} times: median {statistics.median(shown):.0f} ms, "
+          f"slowest {max(shown):.0f} ms; proportional set size {statistics.median(memory):.1f} MiB")
+
+
+def main():
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
+    measures = {function.__name__: function for function in (latency, burst, idle, start)}
+    chosen = sys.argv[1:] or list(measures)
+    if not set(chosen) <= set(measures):
+        sys.exit(__doc__.strip())
+    for name in chosen:
+        measures[name]()
+
+
+if __name__ == "__main__":
+    main()

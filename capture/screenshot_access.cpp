@@ -1,0 +1,50 @@
+#include "capture/screenshot_access.h"
+
+#include "platform/files.h"
+#include "platform/text.h"
+
+namespace marbelot {
+
+std::string screenshotFolder() {
+  if (const auto location = files::screenshotLocation()) return files::expandingTilde(*location);
+  return files::desktopFolder();
+}
+
+ScreenshotAccess::ScreenshotAccess(Platform& platform, Shell& shell, ActionTable& actions)
+    : platform_(platform), shell_(shell) {
+  actions.add("openScreenshotAccessSettings",
+              [this](const MenuItem&) { openScreenshotAccessSettings(); });
+}
+
+void ScreenshotAccess::probe() {
+  probe_ = platform_.queue.inBackground([] { return files::list(screenshotFolder()).has_value(); },
+                                        [this](bool readable) {
+                                          if (readable == screenshotFolderReadable) return;
+                                          screenshotFolderReadable = readable;
+                                          shell_.rebuildMenu();
+                                        });
+}
+
+void ScreenshotAccess::openScreenshotAccessSettings() {
+  if (prompting_) return;
+  prompting_ = true;
+  const std::string folder = screenshotFolder();
+  Alert alert;
+  alert.message = "Allow Marbelot to read your screenshots";
+  alert.informative =
+      "Marbelot copies each screenshot to your clipboard by reading the screenshot file right "
+      "after "
+      "macOS saves it (to " +
+      text::sanitized(folder) +
+      "). It can't do that until you grant access.\n\nIn the window that opens, turn Marbelot ON "
+      "under Full Disk Access. If Marbelot isn't listed, click + and add it from your Applications "
+      "folder. Then quit and reopen Marbelot.\n\n(This is Full Disk Access / Files & Folders — not "
+      "Accessibility.)";
+  alert.buttons = {"Open Privacy Settings", "Later"};
+  platform_.dialogs.present(alert, [this, folder](const AlertAnswer& answer) {
+    prompting_ = false;
+    if (answer.button == 0) platform_.workspace.openPrivacySettings(folder);
+  });
+}
+
+}  // namespace marbelot

@@ -1,0 +1,33 @@
+// Whether the screenshot folder can be read, and what the user is told when it cannot.
+#pragma once
+
+#include <string>
+
+#include "platform/platform.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+// The folder into which the system saves screenshots, as it is set at this moment. It need not
+// exist.
+std::string screenshotFolder();
+
+class ScreenshotAccess {
+ public:
+  ScreenshotAccess(Platform& platform, Shell& shell, ActionTable& actions);
+
+  // As the last probe found it; assumed until there was one.
+  bool screenshotFolderReadable = true;
+
+  // Lists the folder in the background and rebuilds the menu when the answer is a new one.
+  void probe();
+  void openScreenshotAccessSettings();
+
+ private:
+  Platform& platform_;
+  Shell& shell_;
+  Task probe_;
+  bool prompting_ = false;
+};
+
+}  // namespace marbelot

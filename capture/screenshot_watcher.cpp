@@ -1,0 +1,94 @@
+#include "capture/screenshot_watcher.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/files.h"
+
+namespace marbelot {
+namespace {
+
+constexpr std::array<std::string_view, 5> acceptedExtensions = {"png", "jpg", "jpeg", "tiff",
+                                                                "heic"};
+// The tool creates the file, writes it and marks it as a screenshot only then; 31 looks, 0.05 s
+// apart, cover the interval.
+constexpr int lastAttempt = 30;
+constexpr double attemptInterval = 0.05;
+// No screenshot is larger, and nothing larger belongs on the clipboard.
+constexpr std::size_t largestFile = std::size_t{512} << 20;
+
+bool hasAcceptedExtension(const std::string& name) {
+  const std::string extension = files::lowercasedExtension(name);
+  return std::find(acceptedExtensions.begin(), acceptedExtensions.end(), extension) !=
+         acceptedExtensions.end();
+}
+
+}  // namespace
+
+ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
+                                     std::function<void(const std::string&)> copied)
+    : platform_(platform), path(std::move(folder)), onCopy(std::move(copied)) {
+  seeding_ = platform_.queue.inBackground(
+      [folder = path] { return files::list(folder).value_or(std::vector<std::string>()); },
+      [this](std::vector<std::string> names) {
+        for (const std::string& name : names) seen.insert(files::join(path, name));
+        seeded_ = true;
+        if (changedBeforeSeeding_) rescan();
+      });
+}
+
+void ScreenshotWatcher::start() {
+  stream = platform_.folderEvents.watch(path, [this] { folderChanged(); });
+}
+
+void ScreenshotWatcher::folderChanged() {
+  if (!seeded_) {
+    changedBeforeSeeding_ = true;
+    return;
+  }
+  // The event may be the very one that a pending file waited for: closed by its writer, or marked.
+  std::vector<std::string> waiting;
+  for (const auto& [fullPath, attempt] : pending_) waiting.push_back(fullPath);
+  for (const std::string& fullPath : waiting)
+    if (copyIfFinished(fullPath)) pending_.erase(fullPath);
+  rescan();
+}
+
+void ScreenshotWatcher::rescan() {
+  const auto names = files::list(path);
+  if (!names) return;
+  for (const std::string& name : *names) {
+    // Names of other kinds are not remembered: there may be any number of them.
+    if (!hasAcceptedExtension(name)) continue;
+    std::string fullPath = files::join(path, name);
+    if (seen.insert(fullPath).second) attempt(fullPath);
+  }
+}
+
+void ScreenshotWatcher::attempt(const std::string& fullPath) {
+  if (copyIfFinished(fullPath)) {
+    pending_.erase(fullPath);
+    return;
+  }
+  Attempt& state = pending_[fullPath];
+  if (state.number == lastAttempt) {
+    pending_.erase(fullPath);
+    return;
+  }
+  ++state.number;
+  state.next = platform_.queue.after(attemptInterval, [this, again = fullPath] { attempt(again); });
+}
+
+// True when the file is dealt with, whether or not it could be read.
+bool ScreenshotWatcher::copyIfFinished(const std::string& fullPath) {
+  if (!files::isFinishedScreenshot(fullPath)) return false;
+  // Held in memory: the file may be edited in place while its picture is on the clipboard.
+  const SharedBytes bytes = files::read(fullPath, largestFile);
+  const auto image = bytes ? Image::fromBytes(bytes) : std::nullopt;
+  if (!image) return true;
+  platform_.pasteboard.write(*image);
+  onCopy(files::lastComponent(fullPath));
+  return true;
+}
+
+}  // namespace marbelot

@@ -1,0 +1,52 @@
+// Puts each new screenshot on the clipboard the moment it is saved. Main thread only.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace marbelot {
+
+class ScreenshotWatcher {
+ public:
+  // `onCopy` is given the file name of each screenshot that was put on the clipboard. Files that
+  // are in the folder already are never copied.
+  ScreenshotWatcher(Platform& platform, std::string path,
+                    std::function<void(const std::string&)> onCopy);
+
+  // A folder that cannot be watched is not reported: the readability probe tells the user.
+  void start();
+
+ private:
+  struct Attempt {
+    int number = 0;
+    Task next;
+  };
+
+  void folderChanged();
+  void rescan();
+  void attempt(const std::string& fullPath);
+  bool copyIfFinished(const std::string& fullPath);
+
+  Platform& platform_;
+  std::unique_ptr<FolderStream> stream;
+  const std::string path;
+  // Full paths that were handled or were there from the start. Grows by one entry per screenshot.
+  std::unordered_set<std::string> seen;
+  const std::function<void(const std::string&)> onCopy;
+
+  // New files that are not finished screenshots yet.
+  std::map<std::string, Attempt> pending_;
+  // Events before the folder's first listing wait for it: what they tell of may be an old file.
+  bool seeded_ = false;
+  bool changedBeforeSeeding_ = false;
+  Task seeding_;
+};
+
+}  // namespace marbelot

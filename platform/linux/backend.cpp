@@ -1,0 +1,119 @@
+#include "platform/backend.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <QApplication>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <csignal>
+#include <cstdio>
+
+#include "platform/files.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/inotify_folder_events.h"
+#include "platform/linux/notices.h"
+#include "platform/linux/qt_main_queue.h"
+#include "platform/linux/qt_windows.h"
+#include "platform/linux/remote_control.h"
+#include "platform/linux/tray_status_item.h"
+#include "platform/linux/user_defaults.h"
+#include "platform/linux/workspace.h"
+#include "platform/linux/x11_pasteboard.h"
+
+namespace marbelot {
+namespace {
+
+class QtApplication : public Application {
+ public:
+  explicit QtApplication(RemoteControl& remote) : remote_(remote) {}
+  void terminate() override { QCoreApplication::quit(); }
+  // No Linux desktop asks a program for a Dock menu.
+  void setDockMenu(std::function<std::shared_ptr<Menu>()>,
+                   std::function<void(const MenuItem&)>) override {}
+  void serve(RemoteRequests requests) override { remote_.serve(std::move(requests)); }
+
+ private:
+  RemoteControl& remote_;
+};
+
+int signalPipe[2] = {-1, -1};
+
+// SIGTERM and SIGINT end the program the ordinary way, so that a write under way is completed.
+void quitOnSignals(QObject& owner) {
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) return;
+  auto* notifier = new QSocketNotifier(signalPipe[1], QSocketNotifier::Read, &owner);
+  QObject::connect(notifier, &QSocketNotifier::activated, &owner, &QCoreApplication::quit);
+  struct sigaction action {};
+  action.sa_handler = [](int) {
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t put = write(signalPipe[0], &byte, 1);
+  };
+  sigaction(SIGTERM, &action, nullptr);
+  sigaction(SIGINT, &action, nullptr);
+  signal(SIGPIPE, SIG_IGN);
+}
+
+// Held by the running instance. Two of them would each record every copy.
+Descriptor takeInstanceLock() {
+  const std::string path = defaultsPath("instance");
+  files::makeFolder(path.substr(0, path.rfind('/')));
+  const std::string lockPath = path.substr(0, path.rfind('.')) + ".lock";
+  Descriptor lock(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  // A config folder that cannot be written is no reason not to run.
+  if (lock && flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return {};
+  return lock ? std::move(lock) : Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC));
+}
+
+void setEnvironment() {
+  // Under Wayland a program without the focus may not see the clipboard; XWayland's is in step with
+  // the desktop's and open to all. Drawing with OpenGL would load a driver for a menu.
+  if (qEnvironmentVariableIsSet("DISPLAY")) qputenv("QT_QPA_PLATFORM", "xcb");
+  if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
+  QCoreApplication::setApplicationName("marbelot");
+  QGuiApplication::setApplicationDisplayName("Marbelot");
+  QGuiApplication::setDesktopFileName("org.marbelot.Marbelot");
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+}
+
+}  // namespace
+
+int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Platform&)> launch) {
+  const Descriptor lock = takeInstanceLock();
+  if (!lock) {
+    const QCoreApplication core(argc, argv);
+    if (askRunningProgramForMenu()) return 0;
+    std::fputs("marbelot: already running, but not to be reached over the session bus\n", stderr);
+    return 1;
+  }
+  setEnvironment();
+  const QApplication application(argc, argv);
+  QObject context;
+  quitOnSignals(context);
+
+  RemoteControl remote;
+  remote.publish();
+  QtApplication quitter(remote);
+  QtMainQueue queue;
+  X11Pasteboard pasteboard(queue);
+  JsonDefaults defaults(defaultsPath("org.marbelot.Marbelot"),
+                        [&queue](std::function<void()> work) { queue.post(std::move(work)); });
+  InotifyFolderEvents folderEvents;
+  DesktopNotices notices;
+  DesktopWorkspace workspace;
+  TrayStatusItem statusItem;
+  QtWindows windows;
+  QtDialogs dialogs;
+  Platform platform{quitter, queue,     pasteboard, defaults, folderEvents,
+                    notices, workspace, statusItem, windows,  dialogs};
+
+  std::shared_ptr<void> launched;
+  QTimer::singleShot(0, &context, [&] { launched = launch(platform); });
+  const int status = QApplication::exec();
+  launched.reset();
+  return status;
+}
+
+}  // namespace marbelot

@@ -1,0 +1,188 @@
+#include "platform/files.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "platform/linux/descriptor.h"
+#include "platform/linux/user_defaults.h"
+#include "platform/text.h"
+
+namespace marbelot::files {
+
+std::optional<std::vector<std::string>> list(const std::string& folder) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), closedir);
+  if (!directory) return std::nullopt;
+  std::vector<std::string> names;
+  while (const dirent* entry = readdir(directory.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+  }
+  return names;
+}
+
+std::optional<FileInfo> info(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  return FileInfo{static_cast<double>(status.st_mtim.tv_sec) +
+                      static_cast<double>(status.st_mtim.tv_nsec) / 1e9,
+                  static_cast<std::size_t>(status.st_size)};
+}
+
+SharedBytes read(const std::string& path, std::size_t maximumBytes) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status {};
+  if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return nullptr;
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (size > maximumBytes) return nullptr;
+  auto bytes = std::make_shared<std::string>();
+  bytes->resize(size);
+  return readFully(file.get(), bytes->data(), size) ? bytes : nullptr;
+}
+
+bool create(const std::string& path, std::string_view bytes) {
+  // Written beside its place and linked into it, so that nobody sees half a file and a name that is
+  // taken is never overwritten.
+  std::string temporary = path + ".XXXXXX";
+  const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+  if (!file) return false;
+  const bool done = writeFully(file.get(), bytes) && link(temporary.c_str(), path.c_str()) == 0;
+  unlink(temporary.c_str());
+  return done;
+}
+
+bool makeFolder(const std::string& path) {
+  for (std::size_t end = 1; end != std::string::npos && !path.empty();) {
+    end = path.find('/', end + 1);
+    mkdir(path.substr(0, end).c_str(), 0700);
+  }
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string join(const std::string& folder, const std::string& name) {
+  return folder.ends_with('/') ? folder + name : folder + "/" + name;
+}
+
+std::string lastComponent(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string lowercasedExtension(const std::string& name) {
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string::npos || dot == 0) return {};
+  return text::lowercased(name.substr(dot + 1));
+}
+
+std::string homeFolder() {
+  if (const char* home = std::getenv("HOME"); home && *home) return home;
+  const passwd* user = getpwuid(getuid());
+  return user ? user->pw_dir : "/";
+}
+
+std::string expandingTilde(const std::string& path) {
+  if (path == "~" || path.starts_with("~/")) return homeFolder() + path.substr(1);
+  return path;
+}
+
+std::string temporaryFolder() {
+  const char* configured = std::getenv("TMPDIR");
+  const std::string root = configured && *configured ? configured : "/tmp";
+  return join(root, "marbelot-" + std::to_string(getuid()));
+}
+
+namespace {
+
+std::string configFolder() {
+  const char* configured = std::getenv("XDG_CONFIG_HOME");
+  return configured && *configured ? configured : join(homeFolder(), ".config");
+}
+
+// The value of the first line `key=value` of an INI-like file, optionally only within [section].
+std::optional<std::string> iniValue(const std::string& path, std::string_view section,
+                                    std::string_view key) {
+  const SharedBytes contents = read(path, 1 << 20);
+  if (!contents) return std::nullopt;
+  bool inside = section.empty();
+  for (std::size_t at = 0; at < contents->size();) {
+    const std::size_t end = std::min(contents->find('\n', at), contents->size());
+    const std::string_view line =
+        text::trimmedBlanksAndNewlines(std::string_view(*contents).substr(at, end - at));
+    at = end + 1;
+    if (line.starts_with('[')) {
+      inside = section.empty() || line == "[" + std::string(section) + "]";
+    } else if (inside && line.starts_with(key)) {
+      std::string_view rest = text::trimmedBlanks(line.substr(key.size()));
+      if (!rest.starts_with('=')) continue;
+      rest = text::trimmedBlanks(rest.substr(1));
+      if (rest.size() >= 2 && rest.starts_with('"') && rest.ends_with('"'))
+        rest = rest.substr(1, rest.size() - 2);
+      if (!rest.empty()) return std::string(rest);
+    }
+  }
+  return std::nullopt;
+}
+
+// A folder of xdg-user-dirs, whose file holds lines such as XDG_DESKTOP_DIR="$HOME/Desktop".
+std::string userFolder(std::string_view key, const std::string& fallback) {
+  if (auto value = iniValue(join(configFolder(), "user-dirs.dirs"), "", key)) {
+    if (value->starts_with("$HOME")) value = homeFolder() + value->substr(5);
+    // A key that points at the home folder itself means "there is none".
+    if (value->starts_with('/') && *value != homeFolder() && *value != homeFolder() + "/")
+      return *value;
+  }
+  return join(homeFolder(), fallback);
+}
+
+std::string withoutFileScheme(std::string path) {
+  return path.starts_with("file://") ? path.substr(7) : path;
+}
+
+}  // namespace
+
+std::string desktopFolder() { return userFolder("XDG_DESKTOP_DIR", "Desktop"); }
+std::string picturesFolder() { return userFolder("XDG_PICTURES_DIR", "Pictures"); }
+
+namespace {
+std::optional<std::string> toolsScreenshotFolder() {
+  const std::string config = configFolder();
+  const struct {
+    const char* file;
+    const char* section;
+    const char* key;
+  } settings[] = {
+      {"spectaclerc", "ImageSave", "imageSaveLocation"},
+      {"spectaclerc", "Save", "defaultSaveLocation"},
+      {"flameshot/flameshot.ini", "General", "savePath"},
+      {"xfce4/xfce4-screenshooter", "", "screenshot_dir"},
+      {"ksnip/ksnip.conf", "Application", "SaveDirectory"},
+  };
+  for (const auto& [file, section, key] : settings)
+    if (auto value = iniValue(join(config, file), section, key)) return withoutFileScheme(*value);
+  // GNOME's shell has no setting: it saves into this folder.
+  const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
+  if (desktop && std::strstr(desktop, "GNOME")) {
+    std::string folder = join(picturesFolder(), "Screenshots");
+    struct stat status {};
+    if (stat(folder.c_str(), &status) == 0) return folder;
+  }
+  return std::nullopt;
+}
+}  // namespace
+
+std::optional<std::string> screenshotLocation() {
+  if (const SharedText set = readDefaultsText(defaultsPath("com.apple.screencapture"), "location"))
+    return *set;
+  return toolsScreenshotFolder();
+}
+
+}  // namespace marbelot::files

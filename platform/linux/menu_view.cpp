@@ -1,0 +1,149 @@
+#include "platform/linux/menu_view.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QKeyEvent>
+#include <QTimer>
+
+Q_DECLARE_METATYPE(marbelot::MenuItemRef)
+
+namespace marbelot {
+namespace {
+
+MenuItemRef itemOf(const QAction* action) {
+  return action ? action->data().value<MenuItemRef>() : nullptr;
+}
+
+// The enabled item of that key equivalent, wherever in the tree.
+MenuItemRef itemWithKey(const Menu& menu, const std::string& key) {
+  for (const MenuItemRef& item : menu.items) {
+    if (item->hidden || !item->enabled) continue;
+    if (item->choosable() && item->key == key) return item;
+    if (item->submenu)
+      if (MenuItemRef found = itemWithKey(*item->submenu, key)) return found;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
+  view_->installEventFilter(this);
+  connect(view_.get(), &QMenu::triggered, this,
+          [this](QAction* action) { choose(itemOf(action)); });
+  connect(view_.get(), &QMenu::hovered, this, [this](QAction* action) {
+    if (delegate_) delegate_->menuWillHighlightItem(itemOf(action).get());
+  });
+  connect(view_.get(), &QMenu::aboutToHide, this, [this] {
+    if (delegate_) delegate_->menuDidClose();
+  });
+}
+
+MenuView::~MenuView() = default;
+
+void MenuView::setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate) {
+  menu_ = std::move(menu);
+  delegate_ = delegate;
+  sync();
+}
+
+void MenuView::popUpAtPointer() {
+  if (!menu_ || isOpen()) return;
+  if (delegate_) delegate_->menuWillOpen();
+  fill(*view_, *menu_);
+  view_->popup(QCursor::pos());
+  view_->activateWindow();
+}
+
+void MenuView::sync() {
+  if (isOpen() && menu_) fill(*view_, *menu_);
+}
+
+void MenuView::fill(QMenu& view, const Menu& menu) {
+  const QList<QAction*> actions = view.actions();
+  qsizetype at = 0;
+  for (const MenuItemRef& item : menu.items) {
+    // An action is used again for an item of its kind, so that what is open stays open.
+    QAction* action = at < actions.size() ? actions[at] : nullptr;
+    const bool fits = action && action->isSeparator() == item->separator &&
+                      (action->menu() != nullptr) == (item->submenu != nullptr);
+    if (!fits) {
+      QAction* made = item->submenu ? (new QMenu(&view))->menuAction() : new QAction(&view);
+      made->setSeparator(item->separator);
+      if (QMenu* submenu = made->menu()) {
+        submenu->installEventFilter(this);
+        connect(submenu, &QMenu::aboutToShow, this, [this, submenu] {
+          const MenuItemRef parent = itemOf(submenu->menuAction());
+          if (parent && parent->submenu) fill(*submenu, *parent->submenu);
+        });
+      }
+      view.insertAction(action, made);
+      if (action) {
+        view.removeAction(action);
+        action->menu() ? action->menu()->deleteLater() : action->deleteLater();
+      }
+      action = made;
+    }
+    dress(*action, item);
+    ++at;
+  }
+  for (; at < actions.size(); ++at) {
+    QAction* surplus = actions[at];
+    view.removeAction(surplus);
+    surplus->menu() ? surplus->menu()->deleteLater() : surplus->deleteLater();
+  }
+}
+
+void MenuView::dress(QAction& action, const MenuItemRef& item) {
+  action.setData(QVariant::fromValue(item));
+  action.setVisible(!item->hidden);
+  if (item->separator) return;
+  QString title = QString::fromStdString(item->title);
+  title.replace("&", "&&");
+  if (!item->key.empty()) {
+    // Shown like a shortcut; carried out by our own key handling, because a popup of a program that
+    // is not active gets no shortcuts from Qt.
+    title += "\tCtrl+" + QString::fromStdString(item->key).toUpper();
+  }
+  if (action.text() != title) action.setText(title);
+  action.setEnabled(item->enabled && (item->submenu || !item->action.empty()));
+  action.setCheckable(item->checked);
+  action.setChecked(item->checked);
+  if (QMenu* submenu = action.menu(); submenu && item->submenu) {
+    if (submenu->isVisible()) {
+      fill(*submenu, *item->submenu);
+    } else if (submenu->isEmpty()) {
+      // Qt does not open a menu that is empty.
+      submenu->addAction(QString());
+    }
+  }
+}
+
+void MenuView::choose(const MenuItemRef& item) {
+  // The tree may be rebuilt by what the item does.
+  if (item && item->choosable() && delegate_) delegate_->menuItemChosen(*item);
+}
+
+bool MenuView::chooseByKey(const QString& key) {
+  const MenuItemRef item = menu_ ? itemWithKey(*menu_, key.toStdString()) : nullptr;
+  if (!item) return false;
+  view_->close();
+  while (QWidget* popup = QApplication::activePopupWidget()) popup->close();
+  QTimer::singleShot(0, this, [this, item] { choose(item); });
+  return true;
+}
+
+bool MenuView::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->modifiers() & Qt::ControlModifier && key->key() >= Qt::Key_A &&
+        key->key() <= Qt::Key_Z)
+      return chooseByKey(QString(QChar('a' + (key->key() - Qt::Key_A))));
+  } else if (event->type() == QEvent::Leave && delegate_) {
+    auto* menu = qobject_cast<QMenu*>(watched);
+    if (menu && !menu->activeAction()) delegate_->menuWillHighlightItem(nullptr);
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+}  // namespace marbelot

@@ -1,0 +1,37 @@
+// Shows a menu tree as a QMenu.
+#pragma once
+
+#include <QMenu>
+#include <QPointer>
+
+#include "platform/menu.h"
+
+namespace marbelot {
+
+// The tree stays the truth: submenus are filled when they open, and `sync` brings what is open up
+// to date in place, so that an edit neither closes a submenu nor moves the highlight.
+class MenuView : public QObject {
+ public:
+  MenuView();
+  ~MenuView() override;
+
+  void setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate);
+  void sync();
+  void popUpAtPointer();
+  bool isOpen() const { return view_ && view_->isVisible(); }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void fill(QMenu& view, const Menu& menu);
+  void dress(QAction& action, const MenuItemRef& item);
+  void choose(const MenuItemRef& item);
+  bool chooseByKey(const QString& key);
+
+  std::shared_ptr<Menu> menu_;
+  MenuDelegate* delegate_ = nullptr;
+  std::unique_ptr<QMenu> view_;
+};
+
+}  // namespace marbelot

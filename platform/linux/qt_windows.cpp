@@ -1,0 +1,271 @@
+#include "platform/linux/qt_windows.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <cmath>
+
+#include "platform/linux/text_view.h"
+
+namespace marbelot {
+namespace {
+
+constexpr const char* windowIdProperty = "marbelotWindow";
+
+void bringToFront(QWidget& window) {
+  window.show();
+  window.raise();
+  window.activateWindow();
+}
+
+void centreOnScreen(QWidget& window) {
+  const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+  if (!screen) screen = QGuiApplication::primaryScreen();
+  if (!screen) return;
+  QRect frame(QPoint(), window.size());
+  frame.moveCenter(screen->availableGeometry().center());
+  window.move(frame.topLeft());
+}
+
+}  // namespace
+
+ViewPane::ViewPane(Size designed, std::vector<View> views,
+                   std::function<void(const std::string&)> pressed)
+    : designed_(designed), views_(std::move(views)), pressed_(std::move(pressed)) {
+  for (const View& view : views_) {
+    QWidget* widget = make(view);
+    widget->setParent(this);
+    widgets_[view.id] = widget;
+  }
+}
+
+QWidget* ViewPane::make(const View& view) {
+  switch (view.kind) {
+    case ViewKind::label: {
+      auto* label = new QLabel(QString::fromStdString(view.text));
+      label->setTextFormat(Qt::PlainText);
+      label->setFont(qtFont(view.font));
+      if (view.secondary) label->setForegroundRole(QPalette::PlaceholderText);
+      return label;
+    }
+    case ViewKind::button: {
+      auto* button = new QPushButton(QString::fromStdString(view.text).replace("&", "&&"));
+      button->setDefault(view.defaultKey);
+      connect(button, &QPushButton::clicked, this, [this, id = view.id] {
+        if (pressed_) pressed_(id);
+      });
+      return button;
+    }
+    case ViewKind::text: {
+      auto* text = new TextView(view);
+      text->installEventFilter(this);
+      return text;
+    }
+  }
+  return new QWidget;
+}
+
+void ViewPane::resizeEvent(QResizeEvent*) {
+  const double growWidth = width() - designed_.width;
+  const double growHeight = height() - designed_.height;
+  for (const View& view : views_) {
+    Rect frame = view.frame;
+    if (view.resizing.leftMargin) frame.x += growWidth;
+    if (view.resizing.width) frame.width += growWidth;
+    if (view.resizing.height) frame.height += growHeight;
+    // From an origin at the bottom left to Qt's at the top left.
+    widgets_[view.id]->setGeometry(static_cast<int>(std::lround(frame.x)),
+                                   static_cast<int>(std::lround(height() - frame.y - frame.height)),
+                                   static_cast<int>(std::lround(frame.width)),
+                                   static_cast<int>(std::lround(frame.height)));
+  }
+}
+
+bool ViewPane::eventFilter(QObject* watched, QEvent* event) {
+  // A text keeps Return for itself; Control and Return press the default button.
+  if (event->type() == QEvent::KeyPress) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+    if (isReturn && key->modifiers() & Qt::ControlModifier) {
+      for (const View& view : views_) {
+        if (view.kind != ViewKind::button || !view.defaultKey) continue;
+        static_cast<QPushButton*>(widgets_[view.id])->animateClick();
+        return true;
+      }
+    }
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+QWidget* ViewPane::find(const std::string& viewId) const {
+  const auto found = widgets_.find(viewId);
+  return found == widgets_.end() ? nullptr : found->second;
+}
+
+void ViewPane::setText(const std::string& viewId, const SharedText& text) {
+  QWidget* widget = find(viewId);
+  if (auto* view = dynamic_cast<TextView*>(widget)) {
+    view->setContents(text);
+  } else if (auto* label = qobject_cast<QLabel*>(widget)) {
+    label->setText(QString::fromStdString(*text));
+  } else if (auto* button = qobject_cast<QPushButton*>(widget)) {
+    button->setText(QString::fromStdString(*text).replace("&", "&&"));
+  }
+}
+
+std::string ViewPane::text(const std::string& viewId) const {
+  const QWidget* widget = find(viewId);
+  if (const auto* view = dynamic_cast<const TextView*>(widget)) return view->contents();
+  if (const auto* label = qobject_cast<const QLabel*>(widget)) return label->text().toStdString();
+  return {};
+}
+
+namespace {
+
+class QtWindow : public Window {
+ public:
+  explicit QtWindow(WindowDescription description)
+      : pane_({description.contentSize.width, description.contentSize.height},
+              std::move(description.views), std::move(description.pressed)) {
+    const QSize size(static_cast<int>(description.contentSize.width),
+                     static_cast<int>(description.contentSize.height));
+    Qt::WindowFlags flags =
+        Qt::Window | Qt::WindowTitleHint | Qt::CustomizeWindowHint | Qt::WindowSystemMenuHint;
+    if (description.closable) flags |= Qt::WindowCloseButtonHint;
+    if (description.miniaturizable) flags |= Qt::WindowMinimizeButtonHint;
+    if (description.resizable) flags |= Qt::WindowMaximizeButtonHint;
+    pane_.setWindowFlags(flags);
+    pane_.setProperty(windowIdProperty, QString::fromStdString(description.id));
+    pane_.setWindowTitle(QString::fromStdString(description.title));
+    pane_.resize(size);
+    if (description.resizable) {
+      pane_.setMinimumSize(240, 160);
+    } else {
+      pane_.setFixedSize(size);
+    }
+    auto* close = new QAction(&pane_);
+    close->setShortcuts(QKeySequence::keyBindings(QKeySequence::Close));
+    if (description.escapeCloses) close->setShortcuts(close->shortcuts() << Qt::Key_Escape);
+    QObject::connect(close, &QAction::triggered, &pane_, &QWidget::close);
+    pane_.addAction(close);
+  }
+
+  void show() override {
+    if (pane_.isMinimized()) pane_.showNormal();
+    bringToFront(pane_);
+  }
+  void center() override { centreOnScreen(pane_); }
+  bool isVisible() const override { return pane_.isVisible(); }
+  void setTitle(const std::string& title) override {
+    pane_.setWindowTitle(QString::fromStdString(title));
+  }
+  void setText(const std::string& viewId, const SharedText& text) override {
+    pane_.setText(viewId, text);
+  }
+  std::string text(const std::string& viewId) const override { return pane_.text(viewId); }
+  void focus(const std::string& viewId) override {
+    if (QWidget* view = pane_.find(viewId)) view->setFocus();
+  }
+
+ private:
+  ViewPane pane_;
+};
+
+}  // namespace
+
+std::unique_ptr<Window> QtWindows::create(WindowDescription description) {
+  return std::make_unique<QtWindow>(std::move(description));
+}
+
+std::vector<WindowInfo> QtWindows::visible() const {
+  std::vector<WindowInfo> infos;
+  for (const QWidget* window : QApplication::topLevelWidgets()) {
+    if (!window->isVisible()) continue;
+    QString id = window->property(windowIdProperty).toString();
+    if (id.isEmpty() && window->inherits("QMenu")) id = "menu";
+    if (id.isEmpty()) continue;
+    const QRect frame = window->frameGeometry();
+    infos.push_back({id.toStdString(),
+                     window->windowTitle().toStdString(),
+                     {static_cast<double>(frame.x()), static_cast<double>(frame.y()),
+                      static_cast<double>(frame.width()), static_cast<double>(frame.height())}});
+  }
+  return infos;
+}
+
+void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) {
+  auto* dialog = new QDialog;
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setProperty(windowIdProperty, "alert");
+  dialog->setWindowTitle("Marbelot");
+  dialog->setModal(true);
+  auto* column = new QVBoxLayout(dialog);
+  column->setContentsMargins(20, 20, 20, 16);
+  column->setSpacing(10);
+
+  auto* message = new QLabel(QString::fromStdString(alert.message));
+  QFont bold = message->font();
+  bold.setBold(true);
+  message->setFont(bold);
+  auto* informative = new QLabel(QString::fromStdString(alert.informative));
+  for (QLabel* label : {message, informative}) {
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setMinimumWidth(380);
+    if (label->text().isEmpty()) {
+      delete label;
+    } else {
+      column->addWidget(label);
+    }
+  }
+
+  ViewPane* accessory = nullptr;
+  if (!alert.accessory.empty()) {
+    const Rect frame = alert.accessory.front().frame;
+    accessory = new ViewPane({frame.width, frame.height}, alert.accessory, nullptr);
+    accessory->setFixedHeight(static_cast<int>(frame.height));
+    accessory->setMinimumWidth(static_cast<int>(frame.width));
+    column->addWidget(accessory);
+  }
+
+  // Answered once, whichever way the dialog ends.
+  const auto answer = [alert, answered](std::size_t button, ViewPane* from) {
+    answered({button, from ? from->text(alert.accessory.front().id) : std::string()});
+  };
+  auto* row = new QHBoxLayout;
+  row->addStretch();
+  for (std::size_t index = alert.buttons.size(); index-- > 0;) {
+    auto* button = new QPushButton(QString::fromStdString(alert.buttons[index]).replace("&", "&&"));
+    button->setDefault(index == 0);
+    button->setAutoDefault(index == 0);
+    row->addWidget(button);
+    QObject::connect(button, &QPushButton::clicked, dialog,
+                     [dialog, index] { dialog->done(static_cast<int>(index) + 1); });
+    if (index == 0 && accessory) {
+      // A text keeps Return for itself.
+      auto* press = new QAction(dialog);
+      press->setShortcuts(
+          {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)});
+      QObject::connect(press, &QAction::triggered, button, &QPushButton::click);
+      dialog->addAction(press);
+    }
+  }
+  column->addLayout(row);
+  QObject::connect(dialog, &QDialog::finished, dialog,
+                   [answer, accessory, last = alert.buttons.size() - 1](int result) {
+                     answer(result > 0 ? static_cast<std::size_t>(result) - 1 : last, accessory);
+                   });
+  dialog->adjustSize();
+  centreOnScreen(*dialog);
+  bringToFront(*dialog);
+  if (accessory) {
+    if (QWidget* text = accessory->find(alert.accessory.front().id)) text->setFocus();
+  }
+}
+
+}  // namespace marbelot

@@ -1,0 +1,46 @@
+// Windows and alerts made from their descriptions.
+#pragma once
+
+#include <QWidget>
+#include <map>
+#include <vector>
+
+#include "platform/window.h"
+
+namespace marbelot {
+
+// Lays its views out as described: frames in points with the origin at the bottom left, and each
+// view following the growth of the pane on the sides that are flexible.
+class ViewPane : public QWidget {
+ public:
+  // `designed` is the size that the frames are meant for.
+  ViewPane(Size designed, std::vector<View> views, std::function<void(const std::string&)> pressed);
+
+  QWidget* find(const std::string& viewId) const;
+  void setText(const std::string& viewId, const SharedText& text);
+  std::string text(const std::string& viewId) const;
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  QWidget* make(const View& view);
+  const Size designed_;
+  const std::vector<View> views_;
+  const std::function<void(const std::string&)> pressed_;
+  std::map<std::string, QWidget*> widgets_;
+};
+
+class QtWindows : public Windows {
+ public:
+  std::unique_ptr<Window> create(WindowDescription description) override;
+  std::vector<WindowInfo> visible() const override;
+};
+
+class QtDialogs : public Dialogs {
+ public:
+  void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
+};
+
+}  // namespace marbelot

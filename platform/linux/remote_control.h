@@ -1,0 +1,42 @@
+// The running program on the session bus, and the calls that reach it.
+#pragma once
+
+#include <QDBusAbstractAdaptor>
+#include <QStringList>
+
+#include "platform/platform.h"
+
+namespace marbelot {
+
+inline constexpr const char* busName = "org.marbelot.Marbelot";
+inline constexpr const char* busPath = "/org/marbelot/Marbelot";
+inline constexpr const char* busInterface = "org.marbelot.Marbelot";
+
+// The interface org.marbelot.Marbelot. Invoke… return an error for the user, empty when done;
+// `object` holds one text or none.
+class RemoteControl : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.marbelot.Marbelot")
+
+ public:
+  // False when there is no session bus or the name is taken.
+  bool publish();
+  void serve(RemoteRequests requests) { requests_ = std::move(requests); }
+
+ public Q_SLOTS:
+  QString Menu() { return call(requests_.menu); }
+  QString InvokeTitles(const QString& titles);
+  QString InvokeAction(const QString& action, const QStringList& object);
+  QString Windows() { return call(requests_.windows); }
+  void PopUpMenu();
+  void Quit();
+
+ private:
+  static QString call(const std::function<std::string()>& request);
+  RemoteRequests requests_;
+};
+
+// Asks the running program to open its menu. False when it cannot be reached.
+bool askRunningProgramForMenu();
+
+}  // namespace marbelot

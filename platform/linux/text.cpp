@@ -1,0 +1,256 @@
+// Text services from ICU: scalars, properties, case, collation; and local time from the C library.
+// Counting characters is in characters.cpp.
+#include "platform/text.h"
+
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/uchar.h>
+#include <unicode/ucol.h>
+#include <unicode/uloc.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "platform/linux/utf8.h"
+
+namespace marbelot::text {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+// ICU counts in int32_t; longer texts are handed over in pieces.
+constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
+
+enum : std::uint8_t { kLetter = 1, kNumber = 2, kLower = 4, kUpper = 8 };
+
+constexpr std::array<std::uint8_t, 128> kAscii = [] {
+  std::array<std::uint8_t, 128> table{};
+  for (unsigned c = '0'; c <= '9'; ++c) table[c] = kNumber;
+  for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = kLetter | kLower;
+  for (unsigned c = 'A'; c <= 'Z'; ++c) table[c] = kLetter | kUpper;
+  return table;
+}();
+
+bool isAscii(char32_t c) { return c < 0x80; }
+
+// Index of the first byte outside ASCII at or after `at`, eight bytes a step.
+std::size_t asciiEnd(std::string_view text, std::size_t at) {
+  while (text.size() - at >= sizeof(std::uint64_t)) {
+    std::uint64_t word;
+    std::memcpy(&word, text.data() + at, sizeof word);
+    if (word & 0x8080808080808080u) break;
+    at += sizeof word;
+  }
+  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
+  return at;
+}
+
+// Index of the first byte that belongs to no valid sequence, or the size.
+std::size_t validEnd(std::string_view text) {
+  std::size_t at = 0;
+  while ((at = asciiEnd(text, at)) < text.size()) {
+    while (at < text.size() && static_cast<unsigned char>(text[at]) >= 0x80) {
+      std::size_t next = at;
+      if (decode(text, next) < 0) return at;
+      at = next;
+    }
+  }
+  return at;
+}
+
+// The edges of most texts are ASCII and decided without a call: this runs once per line.
+template <bool (*trims)(char32_t)>
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty()) {
+    const auto lead = static_cast<unsigned char>(text.front());
+    const Scalar first = lead < 0x80 ? Scalar{lead, 1} : scalarAt(text, 0);
+    if (!trims(first.value)) break;
+    text.remove_prefix(first.bytes);
+  }
+  while (!text.empty()) {
+    const auto end = static_cast<unsigned char>(text.back());
+    const Scalar last = end < 0x80 ? Scalar{end, 1} : scalarBefore(text, text.size());
+    if (!trims(last.value)) break;
+    text.remove_suffix(last.bytes);
+  }
+  return text;
+}
+
+struct CloseCollator {
+  void operator()(UCollator* collator) const { ucol_close(collator); }
+};
+
+// One per thread: opening a collator costs a hundred times what a comparison does. Null when ICU
+// lacks its data.
+const UCollator* userCollator() {
+  thread_local const std::unique_ptr<UCollator, CloseCollator> collator = [] {
+    UErrorCode error = U_ZERO_ERROR;
+    const char* locale = uloc_getDefault();
+    // The C locale orders by code, and so by case; a user without a language gets Unicode's order.
+    if (std::strstr(locale, "POSIX")) locale = "";
+    std::unique_ptr<UCollator, CloseCollator> opened(ucol_open(locale, &error));
+    if (U_FAILURE(error)) opened.reset();
+    // The second level tells accents apart and leaves case alone.
+    if (opened) ucol_setStrength(opened.get(), UCOL_SECONDARY);
+    return opened;
+  }();
+  return collator.get();
+}
+
+}  // namespace
+
+Scalar scalarAt(std::string_view text, std::size_t at) {
+  const auto lead = static_cast<unsigned char>(text[at]);
+  if (lead < 0x80) return {lead, 1};
+  std::size_t next = at;
+  const UChar32 c = decode(text, next);
+  return {c < 0 ? kReplacement : static_cast<char32_t>(c), next - at};
+}
+
+Scalar scalarBefore(std::string_view text, std::size_t end) {
+  const auto last = static_cast<unsigned char>(text[end - 1]);
+  if (last < 0x80) return {last, 1};
+  // No sequence is longer than four bytes, and ICU's index is an int32_t.
+  const std::size_t window = std::min<std::size_t>(end, U8_MAX_LENGTH);
+  const char* bytes = text.data() + (end - window);
+  auto at = static_cast<std::int32_t>(window);
+  UChar32 c;
+  U8_PREV_OR_FFFD(bytes, 0, at, c);
+  return {static_cast<char32_t>(c), window - static_cast<std::size_t>(at)};
+}
+
+void appendScalar(std::string& to, char32_t scalar) {
+  if (isAscii(scalar)) {
+    to += static_cast<char>(scalar);
+    return;
+  }
+  if (scalar > 0x10FFFF || U_IS_SURROGATE(scalar)) scalar = kReplacement;
+  char bytes[U8_MAX_LENGTH];
+  std::size_t length = 0;
+  U8_APPEND_UNSAFE(bytes, length, scalar);
+  to.append(bytes, length);
+}
+
+std::string sanitized(std::string bytes) {
+  const std::string_view text = bytes;
+  const std::size_t valid = validEnd(text);
+  if (valid == text.size()) return bytes;
+  std::string result;
+  result.reserve(text.size() + text.size() / 8);
+  result.append(text, 0, valid);
+  for (std::size_t at = valid; at < text.size();) {
+    const std::size_t plain = asciiEnd(text, at);
+    result.append(text, at, plain - at);
+    at = plain;
+    while (at < text.size() && static_cast<unsigned char>(text[at]) >= 0x80) {
+      const Scalar scalar = scalarAt(text, at);
+      appendScalar(result, scalar.value);
+      at += scalar.bytes;
+    }
+  }
+  return result;
+}
+
+bool isLetter(char32_t c) {
+  if (isAscii(c)) return kAscii[c] & kLetter;
+  return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC);
+}
+
+bool isNumber(char32_t c) {
+  if (isAscii(c)) return kAscii[c] & kNumber;
+  return u_getIntPropertyValue(static_cast<UChar32>(c), UCHAR_NUMERIC_TYPE) != U_NT_NONE;
+}
+
+bool isLowercase(char32_t c) {
+  if (isAscii(c)) return kAscii[c] & kLower;
+  return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_LOWERCASE);
+}
+
+bool isUppercase(char32_t c) {
+  if (isAscii(c)) return kAscii[c] & kUpper;
+  return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_UPPERCASE);
+}
+
+bool isBlank(char32_t c) {
+  if (isAscii(c)) return c == ' ' || c == '\t';
+  // All of Zs, so that a blank costs no table; the tests hold it against ICU.
+  return c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x202F || c == 0x205F ||
+         c == 0x3000;
+}
+
+bool isBlankOrNewline(char32_t c) {
+  return isBlank(c) || (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
+}
+
+std::string_view trimmedBlanks(std::string_view text) { return trimmed<isBlank>(text); }
+
+std::string_view trimmedBlanksAndNewlines(std::string_view text) {
+  return trimmed<isBlankOrNewline>(text);
+}
+
+std::string lowercased(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  const std::size_t ascii = asciiEnd(text, 0);
+  if (ascii == text.size()) {
+    for (const char c : text) result += c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+    return result;
+  }
+  icu::StringByteSink<std::string> sink(&result);
+  while (!text.empty()) {
+    std::size_t length = text.size();
+    if (length > kLargestPiece) {
+      // What a sigma becomes depends on its word, and no word crosses a line break.
+      const std::size_t lineBreak = text.rfind('\n', kLargestPiece - 1);
+      length = lineBreak == std::string_view::npos ? kLargestPiece : lineBreak + 1;
+      while (length > 1 && U8_IS_TRAIL(text[length])) --length;
+    }
+    UErrorCode error = U_ZERO_ERROR;
+    icu::CaseMap::utf8ToLower("", 0, {text.data(), static_cast<std::int32_t>(length)}, sink,
+                              nullptr, error);
+    text.remove_prefix(length);
+  }
+  return result;
+}
+
+std::weak_ordering localizedCompare(std::string_view a, std::string_view b) {
+  if (a == b) return std::weak_ordering::equivalent;
+  UErrorCode error = U_ZERO_ERROR;
+  if (const UCollator* collator = userCollator()) {
+    const auto length = [](std::string_view text) {
+      return static_cast<std::int32_t>(std::min(text.size(), kLargestPiece));
+    };
+    const UCollationResult order =
+        ucol_strcollUTF8(collator, a.data(), length(a), b.data(), length(b), &error);
+    if (U_SUCCESS(error)) return static_cast<int>(order) <=> 0;
+  }
+  return lowercased(a).compare(lowercased(b)) <=> 0;
+}
+
+std::string fileTimestamp(double seconds) {
+  // Beyond these (year 1 to 9999) the form has no four-digit year; NaN goes to the epoch.
+  constexpr double kFirst = -62135596800.0 + 86400, kLast = 253402300799.0 - 86400;
+  if (std::isnan(seconds)) seconds = 0;
+  const auto time = static_cast<std::time_t>(std::floor(std::clamp(seconds, kFirst, kLast)));
+  tzset();  // localtime_r alone does not notice that the user has moved to another zone
+  std::tm local{};
+  localtime_r(&time, &local);
+  char stamp[32];
+  const std::size_t length = std::strftime(stamp, sizeof stamp, "%Y-%m-%d at %H.%M.%S", &local);
+  std::string result(stamp, length);
+  // %Y does not pad years before 1000.
+  return result.insert(0, std::string_view("2000-01-01 at 00.00.00").size() - result.size(), '0');
+}
+
+double now() {
+  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace marbelot::text

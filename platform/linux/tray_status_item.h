@@ -1,0 +1,43 @@
+// The status item in the desktop's tray.
+#pragma once
+
+#include <QIcon>
+#include <QSystemTrayIcon>
+#include <QTimer>
+
+#include "platform/linux/menu_view.h"
+#include "platform/status_item.h"
+
+class QDBusServiceWatcher;
+
+namespace marbelot {
+
+// A desktop shows status items by one of two protocols, and Qt settles on one of them when the
+// first icon is made. So the icon is made only when a host of either kind is there.
+class TrayStatusItem : public QObject, public StatusItem {
+ public:
+  TrayStatusItem();
+  ~TrayStatusItem() override;
+
+  bool setSymbol(const std::string& name, const std::string& description) override;
+  void setTitle(const std::string& title) override;
+  void setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate) override;
+  void menuChanged() override { view_.sync(); }
+  void popUpMenu() override { view_.popUpAtPointer(); }
+  void setNoHostHandler(std::function<void()> handler) override;
+
+ private:
+  void lookForHost();
+  void showIcon();
+
+  MenuView view_;
+  QIcon icon_;
+  QString description_;
+  std::unique_ptr<QSystemTrayIcon> tray_;
+  std::unique_ptr<QDBusServiceWatcher> hostWatcher_;
+  QTimer look_;
+  int looks_ = 0;
+  std::function<void()> noHost_;
+};
+
+}  // namespace marbelot

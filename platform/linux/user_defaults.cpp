@@ -1,0 +1,297 @@
+#include "platform/linux/user_defaults.h"
+
+#include <fcntl.h>
+#include <rapidjson/error/en.h>
+#include <rapidjson/reader.h>
+#include <rapidjson/writer.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+
+#include "platform/files.h"
+#include "platform/linux/descriptor.h"
+#include "platform/text.h"
+
+namespace marbelot {
+namespace {
+
+// A write that takes longer than a frame belongs to another thread.
+constexpr std::size_t largestWriteOnMain = 256 * 1024;
+constexpr std::size_t largestFile = std::size_t{4} << 30;
+// Deeper than anything that is ever stored; a file that goes deeper is damaged.
+constexpr std::size_t deepestNesting = 32;
+
+// Builds a Value from rapidjson's events, with a stack of its own.
+class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
+ public:
+  bool Default() { return put(Value()); }
+  bool Bool(bool value) { return put(Value(value)); }
+  bool Int(int value) { return put(Value(value)); }
+  bool Uint(unsigned value) { return put(Value(std::int64_t{value})); }
+  bool Int64(std::int64_t value) { return put(Value(value)); }
+  bool Uint64(std::uint64_t value) { return put(Value(static_cast<double>(value))); }
+  bool Double(double value) { return put(Value(value)); }
+  bool String(const char* text, rapidjson::SizeType length, bool) {
+    return put(Value(std::string(text, length)));
+  }
+  bool StartObject() { return open(Value(Value::Dictionary())); }
+  bool Key(const char* text, rapidjson::SizeType length, bool) {
+    open_.back().key.assign(text, length);
+    return true;
+  }
+  bool EndObject(rapidjson::SizeType) { return close(); }
+  bool StartArray() { return open(Value(Value::List())); }
+  bool EndArray(rapidjson::SizeType) { return close(); }
+
+  Value take() { return std::move(root_); }
+
+ private:
+  struct Level {
+    Value container;
+    std::string key;
+  };
+  bool open(Value container) {
+    if (open_.size() == deepestNesting) return false;
+    open_.push_back({std::move(container), {}});
+    return true;
+  }
+  bool close() {
+    Value done = std::move(open_.back().container);
+    open_.pop_back();
+    return put(std::move(done));
+  }
+  bool put(Value value) {
+    if (open_.empty()) {
+      root_ = std::move(value);
+    } else if (auto* list = std::get_if<Value::List>(&open_.back().container.data)) {
+      list->push_back(std::move(value));
+    } else {
+      std::get<Value::Dictionary>(open_.back().container.data)
+          .emplace_back(std::move(open_.back().key), std::move(value));
+    }
+    return true;
+  }
+  Value root_;
+  std::vector<Level> open_;
+};
+
+std::optional<Value> parse(const std::string& json) {
+  // Without a terminator a text with NUL bytes would end early.
+  rapidjson::MemoryStream bytes(json.data(), json.size());
+  rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
+  rapidjson::Reader reader;
+  Builder builder;
+  constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
+                             rapidjson::kParseValidateEncodingFlag;
+  if (!reader.Parse<flags>(stream, builder)) return std::nullopt;
+  return builder.take();
+}
+
+// What rapidjson writes to: a buffered file that remembers whether all went well.
+class FileStream {
+ public:
+  using Ch = char;
+  explicit FileStream(int file) : file_(file) {}
+  void Put(char c) {
+    if (used_ == buffer_.size()) Flush();
+    buffer_[used_++] = c;
+  }
+  void Flush() {
+    good_ = good_ && writeFully(file_, {buffer_.data(), used_});
+    used_ = 0;
+  }
+  bool good() const { return good_; }
+
+ private:
+  const int file_;
+  std::array<char, 65536> buffer_;
+  std::size_t used_ = 0;
+  bool good_ = true;
+};
+
+using FileWriter = rapidjson::Writer<FileStream>;
+
+void writeText(FileWriter& out, std::string_view text) {
+  out.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+// The depth is that of what features store: lists of dictionaries of texts.
+void writeValue(FileWriter& out, const Value& value) {
+  if (const auto* flag = std::get_if<bool>(&value.data)) {
+    out.Bool(*flag);
+  } else if (const auto* whole = std::get_if<std::int64_t>(&value.data)) {
+    out.Int64(*whole);
+  } else if (const auto* number = std::get_if<double>(&value.data)) {
+    out.Double(std::isfinite(*number) ? *number : 0);
+  } else if (const auto* text = std::get_if<SharedText>(&value.data)) {
+    writeText(out, **text);
+  } else if (const auto* list = value.asList()) {
+    out.StartArray();
+    for (const Value& entry : *list) writeValue(out, entry);
+    out.EndArray();
+  } else if (const auto* dictionary = value.asDictionary()) {
+    out.StartObject();
+    for (const auto& [key, entry] : *dictionary) {
+      writeText(out, key);
+      writeValue(out, entry);
+    }
+    out.EndObject();
+  }
+}
+
+std::size_t weight(const Value& value) {
+  if (const auto* text = std::get_if<SharedText>(&value.data)) return (*text)->size() + 4;
+  std::size_t sum = 8;
+  if (const auto* list = value.asList())
+    for (const Value& entry : *list) sum += weight(entry);
+  if (const auto* dictionary = value.asDictionary())
+    for (const auto& [key, entry] : *dictionary) sum += key.size() + weight(entry);
+  return sum;
+}
+
+}  // namespace
+
+std::string defaultsPath(const std::string& domain) {
+  const char* configured = std::getenv("XDG_CONFIG_HOME");
+  const std::string config =
+      configured && *configured ? configured : files::join(files::homeFolder(), ".config");
+  return files::join(files::join(config, "marbelot"), domain + ".json");
+}
+
+SharedText readDefaultsText(const std::string& path, std::string_view key) {
+  const SharedBytes json = files::read(path, largestWriteOnMain);
+  const auto root = json ? parse(*json) : std::nullopt;
+  const auto* dictionary = root ? root->asDictionary() : nullptr;
+  const Value* value = dictionary ? find(*dictionary, key) : nullptr;
+  return value ? value->asText() : nullptr;
+}
+
+JsonDefaults::JsonDefaults(std::string path, std::function<void(std::function<void()>)> onMain)
+    : path_(std::move(path)), onMain_(std::move(onMain)) {
+  load();
+}
+
+JsonDefaults::~JsonDefaults() {
+  alive_.reset();
+  {
+    const std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  wake_.notify_all();
+  if (writer_.joinable()) writer_.join();
+}
+
+void JsonDefaults::load() {
+  const SharedBytes json = files::read(path_, largestFile);
+  if (!json) {
+    if (access(path_.c_str(), F_OK) == 0)
+      report("Couldn't read the settings: " + files::lastComponent(path_));
+    return;
+  }
+  auto root = parse(*json);
+  auto* dictionary = root ? std::get_if<Value::Dictionary>(&root->data) : nullptr;
+  if (dictionary) {
+    for (auto& [key, value] : *dictionary) values_.insert_or_assign(key, std::move(value));
+    return;
+  }
+  const std::string aside = path_ + ".damaged " + text::fileTimestamp(text::now());
+  if (rename(path_.c_str(), aside.c_str()) == 0) {
+    report("The settings were damaged and start afresh. The old file is kept as " +
+           files::lastComponent(aside));
+  } else {
+    report("The settings are damaged: " + files::lastComponent(path_));
+  }
+}
+
+std::optional<Value> JsonDefaults::value(std::string_view key) const {
+  if (const auto found = values_.find(key); found != values_.end()) return found->second;
+  if (const Value* registered = find(registered_, key)) return *registered;
+  return std::nullopt;
+}
+
+void JsonDefaults::set(std::string_view key, Value value) {
+  values_.insert_or_assign(std::string(key), std::move(value));
+  save();
+}
+
+void JsonDefaults::save() {
+  std::size_t size = 0;
+  for (const auto& [key, value] : values_) size += key.size() + weight(value);
+  {
+    std::unique_lock lock(mutex_);
+    // A write that is under way must not end after a newer one.
+    if (size > largestWriteOnMain || writing_ || pending_) {
+      pending_ = values_;
+      lock.unlock();
+      if (!writer_.joinable()) writer_ = std::thread([this] { writeInBackground(); });
+      wake_.notify_all();
+      return;
+    }
+  }
+  reportSaved(write(values_));
+}
+
+void JsonDefaults::writeInBackground() {
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    wake_.wait(lock, [this] { return pending_ || stopping_; });
+    if (!pending_) return;
+    Values values = std::move(*pending_);
+    pending_.reset();
+    writing_ = true;
+    lock.unlock();
+    const bool saved = write(values);
+    values.clear();
+    onMain_([this, saved, alive = std::weak_ptr<char>(alive_)] {
+      if (alive.lock()) reportSaved(saved);
+    });
+    lock.lock();
+    writing_ = false;
+  }
+}
+
+bool JsonDefaults::write(const Values& values) const {
+  // Beside the file and renamed over it: whoever looks, and whatever ends this process, sees the
+  // old state or the new one, whole.
+  files::makeFolder(path_.substr(0, path_.rfind('/')));
+  const std::string temporary = path_ + ".new";
+  const Descriptor file(
+      open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+  if (!file || fchmod(file.get(), 0600) != 0) return false;
+  auto stream = std::make_unique<FileStream>(file.get());
+  FileWriter out(*stream);
+  out.StartObject();
+  for (const auto& [key, value] : values) {
+    writeText(out, key);
+    writeValue(out, value);
+  }
+  out.EndObject();
+  stream->Put('\n');
+  stream->Flush();
+  if (stream->good() && rename(temporary.c_str(), path_.c_str()) == 0) return true;
+  unlink(temporary.c_str());
+  return false;
+}
+
+void JsonDefaults::setProblemHandler(std::function<void(const std::string&)> handler) {
+  problem_ = std::move(handler);
+  if (!earlyProblem_.empty() && problem_) problem_(std::exchange(earlyProblem_, {}));
+}
+
+void JsonDefaults::report(const std::string& message) {
+  if (problem_) {
+    problem_(message);
+  } else {
+    earlyProblem_ = message;
+  }
+}
+
+void JsonDefaults::reportSaved(bool saved) {
+  if (!saved && !saveFailed_) report("Couldn't save the settings and history: is the disk full?");
+  saveFailed_ = !saved;
+}
+
+}  // namespace marbelot

@@ -1,0 +1,61 @@
+// User defaults as one JSON file per domain under the XDG config folder.
+#pragma once
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "platform/user_defaults.h"
+
+namespace marbelot {
+
+// Where the domain's file is: $XDG_CONFIG_HOME/marbelot/DOMAIN.json.
+std::string defaultsPath(const std::string& domain);
+
+// The top-level text value of a JSON file, read afresh; null when there is none.
+SharedText readDefaultsText(const std::string& path, std::string_view key);
+
+class JsonDefaults : public UserDefaults {
+ public:
+  // `onMain` runs a closure on the main thread; it is used for trouble found by the writer.
+  JsonDefaults(std::string path, std::function<void(std::function<void()>)> onMain);
+  // Waits for a write that is still under way.
+  ~JsonDefaults() override;
+
+  std::optional<Value> value(std::string_view key) const override;
+  void set(std::string_view key, Value value) override;
+  void registerDefaults(Value::Dictionary values) override { registered_ = std::move(values); }
+  void setProblemHandler(std::function<void(const std::string&)> handler) override;
+
+ private:
+  using Values = std::map<std::string, Value, std::less<>>;
+
+  void load();
+  void save();
+  bool write(const Values& values) const;
+  void writeInBackground();
+  void report(const std::string& message);
+  void reportSaved(bool saved);
+
+  const std::string path_;
+  const std::function<void(std::function<void()>)> onMain_;
+  Values values_;
+  Value::Dictionary registered_;
+  std::function<void(const std::string&)> problem_;
+  std::string earlyProblem_;
+  bool saveFailed_ = false;
+  std::shared_ptr<char> alive_ = std::make_shared<char>();
+
+  // The writer of large stores. `pending_` is the newest state that it has not taken yet.
+  std::thread writer_;
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  std::optional<Values> pending_;
+  bool writing_ = false;
+  bool stopping_ = false;
+};
+
+}  // namespace marbelot

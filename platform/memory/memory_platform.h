@@ -1,0 +1,218 @@
+// Every service of the seam kept in memory, with a clock that the test moves.
+#pragma once
+
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace marbelot::memory {
+
+class Queue : public MainQueue {
+ public:
+  Task after(double seconds, std::function<void()> work) override;
+  Task every(double seconds, std::function<void()> work) override;
+  void post(std::function<void()> work) override { posted_.push_back(std::move(work)); }
+  void background(std::function<void()> work) override { background_.push_back(std::move(work)); }
+
+  // Runs all posted and background work until there is none.
+  void drain();
+  // Moves the clock, running what becomes due in order.
+  void advance(double seconds);
+  double now() const { return now_; }
+  // While held, background work waits, as on a busy machine.
+  bool holdBackground = false;
+
+ private:
+  struct Timer {
+    double due;
+    double interval;  // 0: once
+    std::function<void()> work;
+    std::weak_ptr<void> token;
+  };
+  Task schedule(double seconds, double interval, std::function<void()> work);
+  double now_ = 0;
+  std::vector<Timer> timers_;
+  std::deque<std::function<void()>> posted_;
+  std::deque<std::function<void()>> background_;
+};
+
+class Clipboard : public Pasteboard {
+ public:
+  std::int64_t changeCount() override { return count_; }
+  PasteboardContents contents() override { return contents_; }
+  std::vector<PasteboardChange> changesSince(std::int64_t count) override;
+  std::int64_t write(SharedText text) override;
+  std::int64_t write(const Image& image) override;
+  void setChangeHandler(std::function<void()> handler) override { handler_ = std::move(handler); }
+
+  // Another program copies; `announced` as on systems that tell at once.
+  void copyElsewhere(PasteboardContents contents, bool announced = false);
+  void copyElsewhere(const std::string& text, bool announced = false);
+
+ private:
+  std::int64_t replace(PasteboardContents contents);
+  std::int64_t count_ = 1;
+  PasteboardContents contents_;
+  std::vector<PasteboardChange> untold_;
+  std::function<void()> handler_;
+};
+
+class Defaults : public UserDefaults {
+ public:
+  std::optional<Value> value(std::string_view key) const override;
+  void set(std::string_view key, Value value) override;
+  void registerDefaults(Value::Dictionary values) override { registered_ = std::move(values); }
+  void setProblemHandler(std::function<void(const std::string&)> handler) override;
+
+  std::map<std::string, Value, std::less<>> stored;
+  mutable std::vector<std::string> reads;  // keys in the order of their first reading
+  int writes = 0;
+  void reportProblem(const std::string& message);
+
+ private:
+  Value::Dictionary registered_;
+  std::function<void(const std::string&)> problem_;
+};
+
+class Folders : public FolderEvents {
+ public:
+  std::unique_ptr<FolderStream> watch(const std::string& folder,
+                                      std::function<void()> changed) override;
+  void fire();  // tells every live stream
+  std::vector<std::string> watched;
+  bool refuses = false;
+
+ private:
+  std::vector<std::pair<std::weak_ptr<void>, std::function<void()>>> streams_;
+};
+
+struct Notice {
+  std::string title;
+  std::string text;
+};
+
+class NoticeList : public Notices {
+ public:
+  void post(const std::string& title, const std::string& text) override {
+    posted.push_back({title, text});
+  }
+  // The last text; empty when there is none.
+  std::string last() const { return posted.empty() ? std::string() : posted.back().text; }
+  std::vector<Notice> posted;
+};
+
+class Desktop : public Workspace {
+ public:
+  void openPath(const std::string& path) override { opened.push_back(path); }
+  void openUrl(const std::string& url) override { opened.push_back(url); }
+  void openPrivacySettings(const std::string& folder) override { privacyOpened.push_back(folder); }
+  void reveal(const std::string& path) override { revealed.push_back(path); }
+  bool trash(const std::string& path) override;
+  std::vector<std::string> opened, privacyOpened, revealed, trashed;
+};
+
+class Icon : public StatusItem {
+ public:
+  bool setSymbol(const std::string& name, const std::string& description) override;
+  void setTitle(const std::string& text) override { title = text; }
+  void setMenu(std::shared_ptr<Menu> tree, MenuDelegate* owner) override;
+  void menuChanged() override { ++changes; }
+  void popUpMenu() override { open(); }
+  void setNoHostHandler(std::function<void()> handler) override { noHost = std::move(handler); }
+
+  void open() { delegate->menuWillOpen(); }
+
+  bool symbolsAvailable = true;
+  std::vector<std::string> symbols;  // as they were shown, the present one last
+  std::string description, title;
+  std::shared_ptr<Menu> menu;
+  MenuDelegate* delegate = nullptr;
+  int builds = 0;
+  int changes = 0;
+  std::function<void()> noHost;
+};
+
+class MemoryWindow;
+
+class WindowList : public Windows {
+ public:
+  std::unique_ptr<Window> create(WindowDescription description) override;
+  std::vector<WindowInfo> visible() const override;
+  // The live window of that id, or null.
+  MemoryWindow* find(const std::string& id) const;
+  std::vector<MemoryWindow*> live;
+};
+
+class MemoryWindow : public Window {
+ public:
+  MemoryWindow(WindowList& list, WindowDescription made);
+  ~MemoryWindow() override;
+  void show() override { shown = true; }
+  void center() override { ++centred; }
+  bool isVisible() const override { return shown; }
+  void setTitle(const std::string& title) override { description.title = title; }
+  void setText(const std::string& viewId, const SharedText& text) override {
+    texts[viewId] = *text;
+  }
+  std::string text(const std::string& viewId) const override;
+  void focus(const std::string& viewId) override { focused = viewId; }
+
+  WindowDescription description;
+  std::map<std::string, std::string> texts;
+  std::string focused;
+  bool shown = false;
+  int centred = 0;
+
+ private:
+  WindowList& list_;
+};
+
+class DialogList : public Dialogs {
+ public:
+  void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
+  // Answers the oldest open alert.
+  void answer(std::size_t button, const std::string& text = {});
+  std::vector<Alert> shown;
+
+ private:
+  std::deque<std::function<void(AlertAnswer)>> open_;
+};
+
+class App : public Application {
+ public:
+  void terminate() override { terminated = true; }
+  void setDockMenu(std::function<std::shared_ptr<Menu>()> build,
+                   std::function<void(const MenuItem&)> chosen) override {
+    dockMenu = std::move(build);
+    dockChosen = std::move(chosen);
+  }
+  void serve(RemoteRequests asked) override { requests = std::move(asked); }
+  bool terminated = false;
+  std::function<std::shared_ptr<Menu>()> dockMenu;
+  std::function<void(const MenuItem&)> dockChosen;
+  RemoteRequests requests;
+};
+
+struct MemoryPlatform {
+  App application;
+  Queue queue;
+  Clipboard pasteboard;
+  Defaults defaults;
+  Folders folderEvents;
+  NoticeList notices;
+  Desktop workspace;
+  Icon statusItem;
+  WindowList windows;
+  DialogList dialogs;
+  Platform platform{application, queue,     pasteboard, defaults, folderEvents,
+                    notices,     workspace, statusItem, windows,  dialogs};
+};
+
+// The item reached by its titles from the top; a title that ends in "*" matches by its beginning.
+// Null when there is none.
+MenuItemRef itemAt(const Menu& menu, const std::vector<std::string>& titles);
+
+}  // namespace marbelot::memory

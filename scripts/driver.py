@@ -1,0 +1,95 @@
+"""Starts the program on a private desktop and speaks to it through marbelotctl."""
+
+import json
+import os
+import pathlib
+
+from virtual_desktop import until
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BIN = pathlib.Path(os.environ.get("MARBELOT_BIN", ROOT / "build/bin")).resolve()
+
+
+class Marbelot:
+    """One running instance that keeps its screenshots in ~/Shots."""
+
+    def __init__(self, desktop, bus=True):
+        self.desktop = desktop
+        self.shots = desktop.home / "Shots"
+        self.shots.mkdir(exist_ok=True)
+        location = desktop.config / "marbelot/com.apple.screencapture.json"
+        if not location.exists():
+            location.parent.mkdir(exist_ok=True)
+            location.write_text(json.dumps({"location": "~/Shots"}))
+        self.process = desktop.spawn(BIN / "marbelot")
+        until(self.watches_folder, "folder watched")
+        if bus:
+            until(lambda: self.ctl("menu").returncode == 0, "menu answered")
+
+    def watches_folder(self):
+        """Whether an inotify watch of the process is on the folder as it is now."""
+        self.check_alive()
+        wanted = f"ino:{self.shots.stat().st_ino:x} "
+        for info in pathlib.Path(f"/proc/{self.process.pid}/fdinfo").iterdir():
+            try:
+                lines = info.read_text().splitlines()
+            except OSError:
+                continue  # closed meanwhile
+            if any(line.startswith("inotify ") and wanted in line for line in lines):
+                return True
+        return False
+
+    def check_alive(self):
+        status = self.process.poll()
+        if status is not None:
+            raise AssertionError(
+                f"the program ended with {status}:\n{self.desktop.log('marbelot')}")
+
+    def ctl(self, *arguments, **options):
+        return self.desktop.run(BIN / "marbelotctl", *arguments, **options)
+
+    def invoke(self, action, *arguments):
+        result = self.ctl("invoke", "--action", action, *arguments)
+        assert result.returncode == 0, result.stderr
+
+    def menu(self):
+        """The visible items of the menu's first level."""
+        self.check_alive()
+        result = self.ctl("menu", "--json")
+        assert result.returncode == 0, result.stderr
+        return [item for item in json.loads(result.stdout) if not item.get("hidden")]
+
+    def titles(self):
+        return [item["title"] for item in self.menu() if "title" in item]
+
+    def line(self, start):
+        """What follows `start` in the menu line that begins so; None without such a line."""
+        for title in self.titles():
+            if title.startswith(start):
+                return title[len(start):]
+        return None
+
+    def copied(self):
+        return int(self.line("Copied this session: "))
+
+    def preview(self):
+        titles = self.titles()
+        return titles[titles.index("On clipboard:") + 1] if "On clipboard:" in titles else None
+
+    def save(self, name, data):
+        path = self.shots / name
+        path.write_bytes(data)
+        return path
+
+    def popups(self):
+        """Rectangles (x, y, width, height) of the program's menus on the screen."""
+        found = self.desktop.run("xdotool", "search", "--onlyvisible", "--class", "marbelot")
+        rectangles = []
+        for window in found.stdout.decode().split():
+            kind = self.desktop.run("xprop", "-id", window, "_NET_WM_WINDOW_TYPE").stdout
+            if b"_MENU" not in kind:
+                continue
+            shell = self.desktop.run("xdotool", "getwindowgeometry", "--shell", window).stdout
+            values = dict(line.split("=") for line in shell.decode().split())
+            rectangles.append(tuple(int(values[k]) for k in ("X", "Y", "WIDTH", "HEIGHT")))
+        return rectangles

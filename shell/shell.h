@@ -1,0 +1,51 @@
+// What every feature may ask of the application as a whole.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "platform/image.h"
+#include "platform/menu.h"
+#include "platform/value.h"
+
+namespace marbelot {
+
+class Shell {
+ public:
+  virtual ~Shell() = default;
+
+  // Tells the user, in one short message.
+  virtual void notify(const std::string& message) = 0;
+  // Shows a check mark in place of the status icon for a moment: the clipboard was written.
+  virtual void flashStatusIcon() = 0;
+  // State that the menu shows has changed. Ask freely: several requests in a row build it once.
+  virtual void rebuildMenu() = 0;
+
+  // Puts something on the clipboard that the program already holds: it is neither recorded in the
+  // history nor collected.
+  virtual void copyWithoutRecording(SharedText text) = 0;
+  virtual void copyWithoutRecording(const Image& image) = 0;
+};
+
+// The actions that menu items name, by selector.
+class ActionTable {
+ public:
+  using Action = std::function<void(const MenuItem& sender)>;
+
+  void add(std::string selector, Action action) {
+    actions_[std::move(selector)] = std::move(action);
+  }
+  // False when nobody offers the sender's action.
+  bool perform(const MenuItem& sender) const {
+    const auto found = actions_.find(sender.action);
+    if (found == actions_.end()) return false;
+    found->second(sender);
+    return true;
+  }
+
+ private:
+  std::map<std::string, Action> actions_;
+};
+
+}  // namespace marbelot

@@ -1,0 +1,122 @@
+"""What the desktop lacks, or what hangs in it, does not hold up the program."""
+
+import time
+import unittest
+
+from desktop_case import BIN, DesktopTest, Marbelot, png, screenshot_name, until
+
+POINTER = (700, 400)
+
+
+class ServicesTest(DesktopTest):
+    def start(self, **options):
+        self.screen = self.desktop(**options)
+        self.program = Marbelot(self.screen, bus=options.get("bus", True))
+
+    def check_copies(self, number=1):
+        data = png(seed=number)
+        self.program.save(screenshot_name(number), data)
+        self.assert_on_clipboard(self.screen, data)
+
+    def check_answers_at_once(self):
+        began = time.monotonic()
+        self.assertEqual(self.program.ctl("menu").returncode, 0)
+        self.assertLess(time.monotonic() - began, 1)
+
+    def check_popup_at_pointer(self):
+        x, y, width, height = until(self.program.popups, "menu on the screen")[0]
+        # A menu keeps a frame's width off the pointer.
+        self.assertTrue(x - 3 <= POINTER[0] <= x + width + 3, (x, width))
+        self.assertTrue(y - 3 <= POINTER[1] <= y + height + 3, (y, height))
+        self.screen.run("xdotool", "key", "Escape")
+        until(lambda: not self.program.popups(), "menu closed")
+
+    def check_second_start_opens_menu(self):
+        self.screen.run("xdotool", "mousemove", *map(str, POINTER))
+        second = self.screen.run(BIN / "marbelot")
+        self.assertEqual(second.returncode, 0, second.stderr)
+        self.check_popup_at_pointer()
+        self.check_copies(2)
+
+    def test_no_session_bus(self):
+        self.start(bus=False, tray="embed")
+        self.check_copies()
+        refused = self.program.ctl("menu")
+        self.assertEqual(refused.returncode, 1)
+        self.assertEqual(refused.stderr.count(b"\n"), 1, refused.stderr)
+
+    def test_no_notification_service(self):
+        self.start(notices=None)
+        self.check_copies()
+        self.check_answers_at_once()
+
+    def test_notification_service_that_never_answers(self):
+        self.start(notices="mute")
+        for number in range(3):
+            began = time.monotonic()
+            self.check_copies(number)
+            self.assertLess(time.monotonic() - began, 1)
+            self.check_answers_at_once()
+
+    def test_no_tray(self):
+        self.start(tray=None)
+        until(self.screen.notices, "notice that there is no tray")
+        self.assertEqual(self.program.titles()[0], "Marbelot — auto-copy screenshots")
+        self.check_second_start_opens_menu()
+        told = [n for n in self.screen.notices() if "Screenshot from" not in n["body"]]
+        self.assertEqual(len(told), 1)
+
+    def test_tray(self):
+        self.start()
+        until(self.screen.tray_items, "status item")
+        self.screen.run("xdotool", "mousemove", *map(str, POINTER))
+        self.screen.tray_click(*POINTER)
+        self.check_popup_at_pointer()
+
+        def icon():
+            return [self.screen.tray_property(name) for name in ("IconName", "IconPixmap")]
+
+        camera = icon()
+        began = time.monotonic()
+        self.program.save(screenshot_name(1), png(seed=1))
+        until(lambda: icon() != camera, "check mark", 3)
+        until(lambda: icon() == camera, "camera again", 3)
+        self.assertGreater(time.monotonic() - began, 0.9)
+        self.check_second_start_opens_menu()
+
+    def test_xembed_tray(self):
+        self.start(tray="embed")
+        until(lambda: any("marbelot" in line for line in self.screen.windows_of("trayer")),
+              "icon in the tray")
+
+    def test_clipboard_owner_that_never_answers(self):
+        self.start()
+        for _ in range(2):
+            owner = self.screen.spawn(BIN / "silent_owner")
+            until(lambda: "ready" in self.screen.log("silent_owner"), "silent owner")
+            # Through several of the clipboard's polls.
+            for _ in range(8):
+                self.check_answers_at_once()
+            self.screen.end(owner)
+        self.screen.set_clipboard("an answer at last".encode())
+        until(lambda: "an answer at last" in self.program.preview(), "text shown")
+        self.check_copies()
+
+    def test_command_line(self):
+        self.start()
+        for arguments in (["frobnicate"], ["invoke"], ["menu", "--frobnicate"]):
+            self.assertEqual(self.program.ctl(*arguments).returncode, 2, arguments)
+        for arguments in (["invoke", "No such item"], ["invoke", "--action", "noSuchAction:"]):
+            failed = self.program.ctl(*arguments)
+            self.assertEqual(failed.returncode, 1, arguments)
+            self.assertEqual(failed.stderr.count(b"\n"), 1, failed.stderr)
+        self.screen.run("xdotool", "mousemove", *map(str, POINTER))
+        self.assertEqual(self.program.ctl("menu", "--popup").returncode, 0)
+        self.check_popup_at_pointer()
+        self.assertEqual(self.program.ctl("quit").returncode, 0)
+        self.assertEqual(self.program.process.wait(5), 0)
+        self.assertEqual(self.program.ctl("menu").returncode, 1)
+
+
+if __name__ == "__main__":
+    unittest.main()

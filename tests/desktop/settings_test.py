@@ -1,0 +1,106 @@
+"""Settings that are damaged, of the wrong kind or cannot be written do not stop the program."""
+
+import json
+import subprocess
+import unittest
+
+from desktop_case import DesktopTest, Marbelot, stays, until
+
+LOCATION = json.dumps({"location": "~/Shots"})
+
+
+class SettingsTest(DesktopTest):
+    def setUp(self):
+        self.screen = self.desktop()
+        self.folder = self.screen.config / "marbelot"
+        self.folder.mkdir()
+        self.file = self.folder / "org.marbelot.Marbelot.json"
+        self.location = self.folder / "com.apple.screencapture.json"
+
+    def start(self):
+        self.program = Marbelot(self.screen)
+
+    def damaged(self):
+        return list(self.folder.glob("*.damaged*"))
+
+    def stored(self):
+        return json.loads(self.file.read_text())
+
+    def test_damaged_file_is_kept_aside_and_told_once(self):
+        for content in (b"\x00\xff garbage", b'{"showClipboardPreview": fal', b'[1, 2, 3]'):
+            with self.subTest(content=content):
+                told = len(self.screen.notices())
+                for path in self.damaged():
+                    path.unlink()
+                self.file.write_bytes(content)
+                self.start()
+                self.assertEqual([path.read_bytes() for path in self.damaged()], [content])
+                self.assertIsNotNone(self.program.preview(), "defaults apply")
+                until(lambda: len(self.screen.notices()) == told + 1, "told")
+
+                self.program.invoke("toggleClipPreview")
+                self.assertIsNone(self.program.preview())
+                self.assertIs(self.stored()["showClipboardPreview"], False)
+                self.assertEqual(self.file.stat().st_mode & 0o777, 0o600)
+                self.program.ctl("quit")
+                self.program.process.wait(5)
+
+                self.start()
+                self.assertIsNone(self.program.preview(), "what was set applies")
+                stays(lambda: len(self.screen.notices()) == told + 1, "told once", 0.5)
+                self.program.ctl("quit")
+                self.program.process.wait(5)
+
+    def test_values_of_the_wrong_kind(self):
+        wrong = {"autoSaveClipImages": "yes", "countdownEnabled": [True], "concatBuffer": 5,
+                 "cannedResponses": {"a": 1}, "clipTextHistory": "x", "updateFrequency": 7,
+                 "hudPopupPlacement": "left", "alwaysHUDOriginX": {}, "concatSeparator": None,
+                 "favoriteSaveDirs": [1, "/tmp", None]}
+        self.file.write_text(json.dumps(wrong | {"showClipboardPreview": False}))
+        self.start()
+        self.assertIsNone(self.program.preview(), "the good value applies")
+        self.assertEqual(self.program.titles()[-1], "Quit Marbelot")
+        self.assertEqual(self.damaged(), [])
+        self.program.invoke("toggleClipPreview")
+        self.assertIs(self.stored()["showClipboardPreview"], True)
+
+    def test_folder_that_cannot_be_written(self):
+        self.mount(self.folder, "size=256k")
+        self.location.write_text(LOCATION)
+        subprocess.run(["mount", "-o", "remount,ro", self.folder], check=True)
+        self.start()
+        self.check_that_settings_work_but_are_not_stored()
+
+    def test_full_disk(self):
+        self.mount(self.folder, "size=256k")
+        self.location.write_text(LOCATION)
+        self.file.write_text(json.dumps({"cannedResponses": ["kept"]}))
+        filler = self.folder / "filler"
+        with open(filler, "wb", buffering=0) as file:
+            try:
+                while file.write(b"x" * 512):
+                    pass
+            except OSError:
+                pass
+        self.start()
+        self.check_that_settings_work_but_are_not_stored()
+        self.assertEqual(self.stored()["cannedResponses"], ["kept"])
+
+        filler.unlink()
+        self.program.invoke("toggleClipPreview")
+        until(lambda: self.stored().get("showClipboardPreview") is False, "stored again")
+        self.assertEqual(self.stored()["cannedResponses"], ["kept"])
+
+    def check_that_settings_work_but_are_not_stored(self):
+        self.assertIsNotNone(self.program.preview())
+        told = len(self.screen.notices())
+        self.program.invoke("toggleClipPreview")
+        self.assertIsNone(self.program.preview())
+        until(lambda: len(self.screen.notices()) == told + 1, "told")
+        self.program.invoke("toggleClipPreview")
+        self.assertIsNotNone(self.program.preview())
+        stays(lambda: len(self.screen.notices()) == told + 1, "told once", 0.5)
+
+
+if __name__ == "__main__":
+    unittest.main()

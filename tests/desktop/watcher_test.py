@@ -1,0 +1,163 @@
+"""New screenshots reach the clipboard, whole and once; everything else stays away from it."""
+
+import os
+import pathlib
+import shutil
+import time
+import unittest
+
+from desktop_case import MARK, NOTICE_TITLE, DesktopTest, Marbelot, png, screenshot_name, stays, until
+
+
+class WatcherTest(DesktopTest):
+    def setUp(self):
+        self.screen = self.desktop()
+        self.shots = self.screen.home / "Shots"
+        self.shots.mkdir()
+
+    def start(self):
+        self.program = Marbelot(self.screen)
+
+    def bodies(self):
+        return [notice["body"] for notice in self.screen.notices()]
+
+    def wait_copied(self, path):
+        self.assert_on_clipboard(self.screen, path.read_bytes())
+        until(lambda: path.name in self.bodies(), f"notice of {path.name}")
+        self.assertEqual(self.program.line("Last: "), path.name)
+
+    def nothing_copied(self):
+        self.program.check_alive()
+        return self.screen.clipboard("image/png") is None and not self.screen.notices()
+
+    def test_screenshot_tools(self):
+        self.start()
+        first = self.shots / screenshot_name(1)
+        self.screen.run("maim", first, check=True)
+        self.wait_copied(first)
+        notice = self.screen.notices()[0]
+        self.assertEqual((notice["title"], notice["body"]), (NOTICE_TITLE, first.name))
+        self.assertEqual(self.program.copied(), 1)
+
+        self.screen.run("scrot", cwd=self.shots, check=True)  # by its own name
+        second = next(path for path in self.shots.iterdir() if path != first)
+        self.wait_copied(second)
+        self.assertEqual(self.program.copied(), 2)
+
+    def test_ways_a_file_arrives(self):
+        self.start()
+        capital = self.program.save("Screenshot from 2025-03-01 11-00-00.PNG", png(seed=1))
+        self.wait_copied(capital)
+
+        written = self.program.save("half.png.part", png(seed=2))
+        moved = written.rename(self.shots / screenshot_name(2))
+        self.wait_copied(moved)
+
+        # Another path is another screenshot, though its bytes were copied before.
+        again = moved.rename(self.shots / screenshot_name(3))
+        self.wait_copied(again)
+
+        jpeg = self.shots / "Screenshot from 2025-03-01 11-00-04.jpg"
+        self.screen.run("maim", "--format", "jpg", jpeg, check=True)
+        until(lambda: jpeg.name in self.bodies(), "notice of the JPEG")
+        self.assertTrue(self.screen.clipboard("image/png").startswith(b"\x89PNG"))
+        self.assertEqual(self.program.copied(), 4)
+
+    def test_slowly_written_file_is_copied_when_complete(self):
+        self.start()
+        data = png(200, 200, seed=3)
+        path = self.shots / screenshot_name(4)
+        with open(path, "wb", buffering=0) as file:
+            for start in range(0, len(data), len(data) // 9):
+                file.write(data[start:start + len(data) // 9])
+                stays(self.nothing_copied, "nothing copied of a half-written file", 0.12)
+        self.wait_copied(path)
+        self.assertEqual(self.program.copied(), 1)
+
+    def test_mark_that_comes_late(self):
+        self.start()
+        path = self.program.save("picture.png", png(seed=4))
+        stays(self.nothing_copied, "nothing copied without the mark", 0.5)
+        try:
+            os.setxattr(path, MARK, b"1")
+        except OSError as error:
+            self.skipTest(f"no attributes here: {error}")
+        self.wait_copied(path)
+        self.assertEqual(self.program.copied(), 1)
+
+    def test_other_files_are_left_alone(self):
+        old = self.shots / screenshot_name(5)
+        old.write_bytes(png(seed=5))
+        self.start()
+        os.utime(old)
+        self.program.save("holiday.png", png(seed=6))
+        self.program.save("Screenshot from 2025-03-01 12-00-00.gif", b"GIF89a")
+        # Longer than a file may wait for its mark.
+        stays(self.nothing_copied, "nothing copied", 2)
+        self.wait_copied(self.program.save(screenshot_name(6), png(seed=7)))
+        self.assertEqual(self.program.copied(), 1)
+
+    def test_files_that_only_look_like_screenshots(self):
+        self.start()
+        name = iter(range(100))
+
+        def path():
+            return self.shots / screenshot_name(next(name))
+
+        path().write_bytes(b"")
+        path().write_bytes(b"\x89PNG\r\n\x1a\n")
+        path().write_bytes(b"not an image at all")
+        path().mkdir()
+        os.mkfifo(path())
+        path().symlink_to("/nonexistent.png")
+        loop = path()
+        loop.symlink_to(loop)
+        for _ in range(20):
+            vanishing = path()
+            vanishing.write_bytes(png(seed=8))
+            vanishing.unlink()
+        stays(lambda: self.program.ctl("menu").returncode == 0, "menu answered", 2)
+        self.assertEqual([b for b in self.bodies() if (self.shots / b).exists()], [])
+
+        # Its pixels would take 14 GB: whatever becomes of it, the program stays small.
+        path().write_bytes(png(seed=9, size=(60000, 60000)))
+        stays(lambda: self.program.ctl("menu").returncode == 0, "menu answered", 1)
+        status = pathlib.Path(f"/proc/{self.program.process.pid}/status").read_text()
+        peak = int(status.split("VmHWM:")[1].split()[0])
+        self.assertLess(peak, 400_000, "peak resident memory in kB")
+
+        self.wait_copied(self.program.save(screenshot_name(120), png(seed=10)))
+
+    def test_name_that_is_no_text(self):
+        self.start()
+        data = png(seed=11)
+        with open(os.fsencode(self.shots) + b"/Screenshot from caf\xe9.png", "wb") as file:
+            file.write(data)
+        self.assert_on_clipboard(self.screen, data)
+        self.assertIn("Screenshot from caf", self.program.line("Last: "))
+
+    def test_folder_that_is_made_anew(self):
+        self.start()
+        shutil.rmtree(self.shots)
+        until(lambda: self.program.line("⚠︎ Allow screenshot access…") is not None,
+              "folder known to be gone")
+        self.shots.mkdir()
+        until(self.program.watches_folder, "new folder watched")
+        self.wait_copied(self.program.save(screenshot_name(7), png(seed=12)))
+        until(lambda: self.program.line("⚠︎ Allow screenshot access…") is None,
+              "folder known to be there")
+
+    def test_two_hundred_in_two_seconds(self):
+        self.start()
+        began = time.monotonic()
+        for number in range(200):
+            self.program.save(screenshot_name(number), png(300, 200, seed=number))
+        self.assertLess(time.monotonic() - began, 2)
+        until(lambda: self.program.copied() >= 200, "all copied", 20)
+        stays(lambda: self.program.copied() == 200, "each counted once", 1)
+        last = self.shots / self.program.line("Last: ")
+        self.assert_on_clipboard(self.screen, last.read_bytes())
+
+
+if __name__ == "__main__":
+    unittest.main()

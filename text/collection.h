@@ -1,0 +1,59 @@
+// The collection of copies: its pieces, how they are joined, and how many characters that makes.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marbelot {
+
+struct SeparatorDef {
+  std::string_view title;
+  std::string_view key;  // what the settings hold
+  std::string_view joinsWith;
+};
+
+inline constexpr std::array<SeparatorDef, 4> separatorDefs{{
+    {"Newline", "newline", "\n"},
+    {"Blank line", "blank", "\n\n"},
+    {"Space", "space", " "},
+    {"Comma", "comma", ", "},
+}};
+
+// The text that joins pieces under `key`; LF for an unknown key.
+std::string_view joiningText(std::string_view key);
+
+class Collection {
+ public:
+  Collection() = default;
+  explicit Collection(std::vector<std::string> pieces);
+
+  // Appends the text as it was copied. False, and nothing is added, when it holds only blanks and
+  // line breaks or repeats the last piece.
+  bool append(std::string text);
+  // False when there is nothing to remove.
+  bool removeLast();
+  void clear();
+
+  const std::vector<std::string>& pieces() const { return pieces_; }
+  bool empty() const { return pieces_.empty(); }
+  std::size_t size() const { return pieces_.size(); }
+
+  std::string joined(std::string_view separatorKey) const;
+  // Characters of joined(separatorKey). Each piece is counted once in its life and the joined text
+  // is not built, so a menu may ask at every opening.
+  std::size_t characterCount(std::string_view separatorKey) const;
+
+ private:
+  std::vector<std::string> pieces_;
+  mutable std::vector<std::size_t> counts_;  // characters of the first pieces; the rest on demand
+};
+
+// "Collect copies", with the number of pieces when there are any.
+std::string collectionTitle(std::size_t pieces);
+// "2 pieces · 7 characters".
+std::string collectionSummary(std::size_t pieces, std::size_t characters);
+
+}  // namespace marbelot

@@ -1,0 +1,47 @@
+// marbelotctl: Marbelot's decisions in a shell, and a running Marbelot on a lead.
+
+#include <cstdio>
+
+#include "tools/arguments.h"
+
+namespace {
+
+constexpr const char* usage =
+    "usage: marbelotctl COMMAND …\n"
+    "\n"
+    "On a text, from standard input or FILE:\n"
+    "  classify [FILE]                        what the text is, e.g. url\n"
+    "  language [FILE]                        the programming language; status 1 for none\n"
+    "  mask [FILE]                            the text with its secrets masked\n"
+    "  detect [FILE]                          links, phone numbers, addresses and dates: kind, "
+    "start\n"
+    "                                         and end in characters, text, meaning\n"
+    "  flatten [--separator S] [FILE]         the lines joined by S, else by a space\n"
+    "  trim [--mode left|right|both] [FILE]   each line without its outer blanks\n"
+    "  preview [--limit N] [FILE]             the text on one line, quoted, N characters at most\n"
+    "\n"
+    "On the running Marbelot:\n"
+    "  menu [--json]                          the status menu as it would open now\n"
+    "  menu --popup                           opens it at the pointer\n"
+    "  invoke TITLE…                          chooses the item reached by these titles\n"
+    "  invoke --action NAME [--object VALUE]  carries out an action\n"
+    "  windows [--json]                       the windows that are open\n"
+    "  quit                                   ends Marbelot\n"
+    "\n"
+    "Exit status: 0 done, 1 it could not be done, 2 wrong usage.\n";
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  using namespace marbelot::ctl;
+  Arguments arguments(argc, argv);
+  if (arguments.command() == "--help" || arguments.command() == "help") {
+    std::fputs(usage, stdout);
+    return done;
+  }
+  bool known = false;
+  int status = runTextCommand(arguments, known);
+  if (!known) status = runRemoteCommand(arguments, known);
+  if (status == wrongUsage) std::fputs(usage, stderr);
+  return status;
+}

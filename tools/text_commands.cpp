@@ -1,0 +1,133 @@
+// The decisions of the program on a text, for pipes: no running instance needed.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdio>
+
+#include "clipboard/classifier.h"
+#include "platform/detection.h"
+#include "platform/text.h"
+#include "text/flatten_trim.h"
+#include "tools/arguments.h"
+
+namespace marbelot::ctl {
+namespace {
+
+constexpr std::size_t defaultPreviewLimit = 36;
+
+// Standard input, or the file. None when it cannot be read.
+std::optional<std::string> readInput(const std::vector<std::string>& files) {
+  const int input = files.empty() || files[0] == "-" ? STDIN_FILENO
+                                                     : open(files[0].c_str(), O_RDONLY | O_CLOEXEC);
+  if (input < 0) return std::nullopt;
+  std::string bytes;
+  struct stat status {};
+  if (fstat(input, &status) == 0 && S_ISREG(status.st_mode))
+    bytes.reserve(static_cast<std::size_t>(status.st_size) + 1);
+  for (std::size_t used = 0;;) {
+    bytes.resize(std::max(bytes.capacity(), used + (std::size_t{1} << 16)));
+    const ssize_t got = read(input, bytes.data() + used, bytes.size() - used);
+    if (got < 0) return std::nullopt;
+    used += static_cast<std::size_t>(got);
+    bytes.resize(used);
+    if (got == 0) break;
+    if (used == bytes.capacity()) bytes.reserve(used * 2);
+  }
+  if (input != STDIN_FILENO) close(input);
+  return text::sanitized(std::move(bytes));
+}
+
+void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+void printLine(std::string_view text) {
+  print(text);
+  print("\n");
+}
+
+int fail(const std::string& message) {
+  std::fprintf(stderr, "marbelotctl: %s\n", message.c_str());
+  return failed;
+}
+
+std::string_view kindName(DetectionKind kind) {
+  switch (kind) {
+    case DetectionKind::link:
+      return "link";
+    case DetectionKind::phone:
+      return "phone";
+    case DetectionKind::address:
+      return "address";
+    case DetectionKind::date:
+      return "date";
+  }
+  return "";
+}
+
+// One line each: kind, start and end in characters, the text, what it means; tabs between.
+void printDetections(std::string_view text) {
+  const unsigned all =
+      (DetectionKind::link | DetectionKind::phone) | (DetectionKind::address | DetectionKind::date);
+  std::size_t bytes = 0;
+  std::size_t characters = 0;
+  for (const Detection& found : detect(text, all)) {
+    characters += text::characterCount(text.substr(bytes, found.range.start - bytes));
+    bytes = found.range.start;
+    const std::string_view piece = text.substr(found.range.start, found.range.length);
+    const std::size_t end = characters + text::characterCount(piece);
+    std::string shown = flatten(piece, " ");
+    printLine(std::string(kindName(found.kind)) + "\t" + std::to_string(characters) + "\t" +
+              std::to_string(end) + "\t" + shown + "\t" + found.value);
+  }
+}
+
+}  // namespace
+
+int runTextCommand(Arguments& arguments, bool& known) {
+  const std::string& command = arguments.command();
+  known = command == "classify" || command == "language" || command == "mask" ||
+          command == "flatten" || command == "trim" || command == "preview" || command == "detect";
+  if (!known) return wrongUsage;
+
+  std::string separator = " ";
+  std::string mode = "both";
+  std::size_t limit = defaultPreviewLimit;
+  if (command == "flatten") separator = arguments.takeOption("--separator").value_or(separator);
+  if (command == "trim") {
+    mode = arguments.takeOption("--mode").value_or(mode);
+    if (mode != "left" && mode != "right" && mode != "both") return wrongUsage;
+  }
+  if (command == "preview") {
+    if (const auto asked = arguments.takeOption("--limit")) {
+      const char* end = asked->data() + asked->size();
+      const auto [stop, error] = std::from_chars(asked->data(), end, limit);
+      if (error != std::errc() || stop != end) return wrongUsage;
+    }
+  }
+  if (arguments.hasUnknownOptions() || arguments.rest().size() > 1) return wrongUsage;
+
+  const auto input = readInput(arguments.rest());
+  if (!input) return fail("cannot read " + arguments.rest()[0]);
+  if (command == "classify") {
+    printLine(rawValue(classify(*input)));
+  } else if (command == "language") {
+    const auto language = detectLanguage(*input);
+    if (!language) return failed;
+    printLine(*language);
+  } else if (command == "mask") {
+    print(maskSecrets(*input));
+  } else if (command == "flatten") {
+    print(flatten(*input, separator));
+  } else if (command == "trim") {
+    print(trim(*input, mode));
+  } else if (command == "preview") {
+    printLine(quotedPreview(*input, limit));
+  } else {
+    printDetections(*input);
+  }
+  return std::fflush(stdout) == 0 ? done : fail("cannot write the result");
+}
+
+}  // namespace marbelot::ctl
