@@ -18,7 +18,9 @@ class RunningTimer {
                                       block:^(NSTimer*) {
                                         // The work may drop the timer, and this block with it.
                                         const auto kept = shared;
-                                        (*kept)();
+                                        @autoreleasepool {
+                                          (*kept)();
+                                        }
                                       }];
     [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
   }

@@ -3,7 +3,9 @@
 
 #import <Foundation/Foundation.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 
 #include "platform/macos/character_properties.h"
 #include "platform/macos/conversions.h"
@@ -168,6 +170,9 @@ std::weak_ordering localizedCompare(std::string_view a, std::string_view b) {
 }
 
 std::string fileTimestamp(double seconds) {
+  // Beyond these (year 1 to 9999) the form has no four-digit year; NaN goes to the epoch.
+  constexpr double kFirst = -62135596800.0 + 86400, kLast = 253402300799.0 - 86400;
+  seconds = std::isnan(seconds) ? 0 : std::floor(std::clamp(seconds, kFirst, kLast));
   @autoreleasepool {
     return utf8([stampFormatter() stringFromDate:[NSDate dateWithTimeIntervalSince1970:seconds]]);
   }

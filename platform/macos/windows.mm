@@ -5,21 +5,22 @@
 #include "platform/macos/services.h"
 #import "platform/macos/views.h"
 
-// Closes on Escape, and lets Command and Return press the default button from a text that keeps
+// Closes on Escape where it is told to, and lets Command and Return press the default button from a text that keeps
 // Return for itself.
 @interface MarbelotWindow : NSWindow <NSTextViewDelegate>
 @property(nonatomic, weak) NSButton* defaultButton;
+@property(nonatomic) BOOL escapeCloses;
 @end
 
 @implementation MarbelotWindow
 - (void)cancelOperation:(id)sender {
-  [self performClose:sender];
+  if (self.escapeCloses) [self performClose:sender];
 }
 
 // A text offers completions on Escape unless its delegate takes the key.
 - (BOOL)textView:(NSTextView*)textView doCommandBySelector:(SEL)selector {
   if (selector != @selector(cancelOperation:)) return NO;
-  [self performClose:textView];
+  [self cancelOperation:textView];
   return YES;
 }
 
@@ -80,6 +81,7 @@ class DescribedWindow final : public Window {
                                                   backing:NSBackingStoreBuffered
                                                     defer:NO];
     window_.releasedWhenClosed = NO;
+    window_.escapeCloses = description.escapeCloses;
     window_.title = nsString(description.title);
     window_.identifier = nsString(description.id);
     for (const View& view : description.views) {
