@@ -9,7 +9,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../../.." && pwd)
 
 flags=(
-  -fsyntax-only -x objective-c++ -std=c++20 -fblocks -fobjc-arc -fexceptions
+  -std=c++20 -fblocks -fobjc-arc -fexceptions
   # The runtime whose code generation knows ARC and typed ivars; only the checks matter here.
   -fobjc-runtime=gnustep-2.0 -fobjc-exceptions -fconstant-string-class=NSConstantString
   -DGNUSTEP -DGNUSTEP_BASE_LIBRARY=1 -DGNU_GUI_LIBRARY=1 -D_NATIVE_OBJC_EXCEPTIONS
@@ -26,5 +26,14 @@ if [ $# -eq 0 ]; then
   mapfile -t files < <(find platform/macos Marbelot -name '*.mm' 2>/dev/null | sort)
 fi
 [ ${#files[@]} -gt 0 ] || { echo "typecheck.sh: no sources" >&2; exit 1; }
+
+# What every source reads, read once: most of the time goes into the standard library.
+common=$(mktemp -d) || exit 1
+trap 'rm -rf "$common"' EXIT
+compiler=${CLANGXX:-clang++-19}
+printf '%s\n' '#import <Foundation/Foundation.h>' '#include "platform/platform.h"' > "$common/common.h"
+"$compiler" -x objective-c++-header "${flags[@]}" "$common/common.h" -o "$common/common.pch" || exit 1
+
 printf '%s\0' "${files[@]}" |
-  xargs -0 -n 1 -P "${JOBS:-2}" "${CLANGXX:-clang++-19}" "${flags[@]}"
+  xargs -0 -n 1 -P "${JOBS:-2}" "$compiler" -fsyntax-only -x objective-c++ "${flags[@]}" \
+    -include-pch "$common/common.pch"
