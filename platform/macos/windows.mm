@@ -5,8 +5,8 @@
 #include "platform/macos/services.h"
 #import "platform/macos/views.h"
 
-// Closes on Escape where it is told to, and lets Command and Return press the default button from a text that keeps
-// Return for itself.
+// Closes on Escape where it is told to, and lets Command and Return press the default button from a
+// text that keeps Return for itself.
 @interface MarbelotWindow : NSWindow <NSTextViewDelegate>
 @property(nonatomic, weak) NSButton* defaultButton;
 @property(nonatomic) BOOL escapeCloses;
