@@ -1,0 +1,144 @@
+// The application object, its delegate and the platform as a whole.
+#import <AppKit/AppKit.h>
+
+#include "platform/backend.h"
+#include "platform/macos/conversions.h"
+#import "platform/macos/menus.h"
+#include "platform/macos/services.h"
+
+@interface MarbelotApplicationDelegate : NSObject <NSApplicationDelegate> {
+ @public
+  std::function<void()> launch;
+  std::function<void()> end;
+  std::function<std::shared_ptr<marbelot::Menu>()> buildDockMenu;
+  std::function<void(const marbelot::MenuItem&)> dockItemChosen;
+}
+@end
+
+@implementation MarbelotApplicationDelegate {
+  MarbelotMenuRenderer* _dockRenderer;
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)notification {
+  launch();
+}
+
+- (void)applicationWillTerminate:(NSNotification*)notification {
+  end();
+}
+
+- (NSMenu*)applicationDockMenu:(NSApplication*)sender {
+  if (!buildDockMenu) return nil;
+  _dockRenderer = [[MarbelotMenuRenderer alloc] init];
+  [_dockRenderer showTree:buildDockMenu() delegate:nullptr chosen:dockItemChosen];
+  return _dockRenderer.menu;
+}
+@end
+
+namespace marbelot {
+namespace {
+
+void addItem(NSMenu* menu, NSString* title, SEL action, NSString* key) {
+  [menu addItemWithTitle:title action:action keyEquivalent:key];
+}
+
+NSMenu* addMenu(NSMenu* bar, NSString* title) {
+  NSMenuItem* const item = [[NSMenuItem alloc] initWithTitle:title
+                                                      action:nullptr
+                                               keyEquivalent:@""];
+  [bar addItem:item];
+  NSMenu* const menu = [[NSMenu alloc] initWithTitle:title];
+  item.submenu = menu;
+  return menu;
+}
+
+// Copy, paste and their like reach a text only through the main menu's key equivalents.
+NSMenu* mainMenu() {
+  NSMenu* const bar = [[NSMenu alloc] initWithTitle:@""];
+  NSMenu* const program = addMenu(bar, @"Marbelot");
+  addItem(program, @"Quit Marbelot", @selector(terminate:), @"q");
+  NSMenu* const edit = addMenu(bar, @"Edit");
+  // These two are implemented by whatever has an undo manager; no class declares them.
+  addItem(edit, @"Undo", NSSelectorFromString(@"undo:"), @"z");
+  addItem(edit, @"Redo", NSSelectorFromString(@"redo:"), @"Z");
+  [edit addItem:[NSMenuItem separatorItem]];
+  addItem(edit, @"Cut", @selector(cut:), @"x");
+  addItem(edit, @"Copy", @selector(copy:), @"c");
+  addItem(edit, @"Paste", @selector(paste:), @"v");
+  addItem(edit, @"Select All", @selector(selectAll:), @"a");
+  NSMenu* const window = addMenu(bar, @"Window");
+  addItem(window, @"Close", @selector(performClose:), @"w");
+  return bar;
+}
+
+class RunningApplication final : public Application {
+ public:
+  explicit RunningApplication(MarbelotApplicationDelegate* delegate) : delegate_(delegate) {}
+
+  // From the run loop, because it ends the process and whoever asks for it should come to an end.
+  void terminate() override {
+    [NSApp performSelector:@selector(terminate:)
+                withObject:nil
+                afterDelay:0
+                   inModes:@[ NSRunLoopCommonModes ]];
+  }
+
+  void setDockMenu(std::function<std::shared_ptr<Menu>()> build,
+                   std::function<void(const MenuItem&)> chosen) override {
+    delegate_->buildDockMenu = std::move(build);
+    delegate_->dockItemChosen = std::move(chosen);
+  }
+
+  // The system keeps a program from being started twice, and nothing asks from outside.
+  void serve(RemoteRequests) override {}
+
+ private:
+  MarbelotApplicationDelegate* const delegate_;
+};
+
+// Every service of the platform, made once the event loop runs.
+struct Services {
+  explicit Services(MarbelotApplicationDelegate* delegate) : application(delegate) {}
+
+  RunningApplication application;
+  std::unique_ptr<MainQueue> queue = makeMainQueue();
+  std::unique_ptr<Pasteboard> pasteboard = makePasteboard();
+  std::unique_ptr<UserDefaults> defaults = makeUserDefaults();
+  std::unique_ptr<FolderEvents> folderEvents = makeFolderEvents();
+  std::unique_ptr<Notices> notices = makeNotices();
+  std::unique_ptr<Workspace> workspace = makeWorkspace();
+  std::unique_ptr<StatusItem> statusItem = makeStatusItem(*queue);
+  std::unique_ptr<Windows> windows = makeWindows();
+  std::unique_ptr<Dialogs> dialogs = makeDialogs(*queue);
+  Platform platform = {application, *queue,     *pasteboard, *defaults, *folderEvents,
+                       *notices,    *workspace, *statusItem, *windows,  *dialogs};
+};
+
+}  // namespace
+
+int runApplication(int, char**, std::function<std::shared_ptr<void>(Platform&)> launch) {
+  @autoreleasepool {
+    NSApplication* const application = NSApplication.sharedApplication;
+    MarbelotApplicationDelegate* const delegate = [[MarbelotApplicationDelegate alloc] init];
+    std::unique_ptr<Services> services;
+    std::shared_ptr<void> launched;
+    delegate->launch = [&] {
+      services = std::make_unique<Services>(delegate);
+      launched = launch(services->platform);
+    };
+    // The process exits without coming back from the loop, so this is where things end.
+    delegate->end = [&] {
+      delegate->buildDockMenu = nullptr;
+      launched.reset();
+      services.reset();
+    };
+    application.delegate = delegate;
+    application.mainMenu = mainMenu();
+    [application setActivationPolicy:NSApplicationActivationPolicyRegular];
+    [application run];
+    delegate->end();
+  }
+  return 0;
+}
+
+}  // namespace marbelot

@@ -1,0 +1,77 @@
+// What GNUstep's AppKit lacks of the macOS one, or knows by its old name only. Declarations only,
+// by the documented API.
+#pragma once
+
+enum : NSUInteger {
+  NSEventModifierFlagShift = NSShiftKeyMask,
+  NSEventModifierFlagControl = NSControlKeyMask,
+  NSEventModifierFlagOption = NSAlternateKeyMask,
+  NSEventModifierFlagCommand = NSCommandKeyMask,
+};
+typedef NSUInteger NSAutoresizingMaskOptions;
+constexpr NSBezelStyle NSBezelStyleRounded = NSRoundedBezelStyle;
+constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
+
+@interface NSAlert (MarbelotGaps)
+@property(strong) NSView *accessoryView;
+- (void)layout;
+@end
+
+@interface NSApplication (MarbelotGaps)
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+@end
+
+@interface NSControl (MarbelotGaps)
+@property NSLineBreakMode lineBreakMode;
+@end
+
+@interface NSFont (MarbelotGaps)
++ (NSFont *)monospacedSystemFontOfSize:(CGFloat)size weight:(NSFontWeight)weight;
+@end
+
+@interface NSImage (MarbelotGaps) <NSPasteboardWriting>
+@property(class, readonly, copy) NSArray<NSString *> *imageTypes;
++ (instancetype)imageWithSystemSymbolName:(NSString *)name
+                 accessibilityDescription:(NSString *)description;
+- (void)setTemplate:(BOOL)isTemplate;
+@end
+
+@interface NSMenu (MarbelotGaps)
+- (BOOL)popUpMenuPositioningItem:(NSMenuItem *)item
+                      atLocation:(NSPoint)location
+                          inView:(NSView *)view;
+@end
+
+@interface NSMenuItem (MarbelotGaps)
+@property(getter=isHidden) BOOL hidden;
+@end
+
+@interface NSPasteboard (MarbelotGaps)
+- (NSInteger)clearContents;
+- (BOOL)writeObjects:(NSArray<id<NSPasteboardWriting>> *)objects;
+@end
+
+@interface NSStatusItem (MarbelotGaps)
+@property(readonly, strong) NSStatusBarButton *button;
+@end
+
+@interface NSTextField (MarbelotGaps)
++ (instancetype)labelWithString:(NSString *)string;
+@end
+
+@interface NSTextView (MarbelotGaps)
+@property(getter=isAutomaticQuoteSubstitutionEnabled) BOOL automaticQuoteSubstitutionEnabled;
+@property(getter=isAutomaticDashSubstitutionEnabled) BOOL automaticDashSubstitutionEnabled;
+@property(getter=isAutomaticTextReplacementEnabled) BOOL automaticTextReplacementEnabled;
+@property(getter=isAutomaticSpellingCorrectionEnabled) BOOL automaticSpellingCorrectionEnabled;
+@end
+
+@interface NSView (MarbelotGaps) <NSUserInterfaceItemIdentification>
+@end
+
+@interface NSWindow (MarbelotGaps) <NSUserInterfaceItemIdentification>
+@end
+
+@interface NSWorkspace (MarbelotGaps)
+- (void)activateFileViewerSelectingURLs:(NSArray<NSURL *> *)urls;
+@end

@@ -1,0 +1,71 @@
+// Modal alerts.
+#import <AppKit/AppKit.h>
+
+#include <vector>
+
+#include "platform/macos/conversions.h"
+#include "platform/macos/services.h"
+#import "platform/macos/views.h"
+
+namespace marbelot {
+namespace {
+
+AlertAnswer run(const Alert& alert) {
+  NSAlert* const panel = [[NSAlert alloc] init];
+  panel.messageText = nsString(alert.message);
+  panel.informativeText = nsString(alert.informative);
+  NSButton* last = nil;
+  for (const std::string& title : alert.buttons) last = [panel addButtonWithTitle:nsString(title)];
+  // AppKit itself does this only for a button that is called "Cancel".
+  if (alert.buttons.size() > 1) last.keyEquivalent = @"\033";
+  NSWindow* const window = panel.window;
+  NSView* text = nil;
+  if (!alert.accessory.empty()) {
+    const View& view = alert.accessory.front();
+    const MadeView made = makeView(view, nil, nullptr);
+    panel.accessoryView = made.outer;
+    [panel layout];  // only now is the accessory in the alert's window
+    text = made.inner;
+    if (view.kind == ViewKind::text && view.editable) window.initialFirstResponder = text;
+  }
+  window.identifier = @"alert";
+  window.title = panel.messageText;
+  [NSApp activateIgnoringOtherApps:YES];
+  const NSModalResponse response = [panel runModal];
+
+  AlertAnswer answer;
+  const NSInteger buttons = static_cast<NSInteger>(alert.buttons.size());
+  const NSInteger pressed = response - NSAlertFirstButtonReturn;
+  const NSInteger closed = buttons > 0 ? buttons - 1 : 0;
+  answer.button = static_cast<std::size_t>(pressed >= 0 && pressed < buttons ? pressed : closed);
+  if (text != nil) answer.text = utf8(viewText(text));
+  return answer;
+}
+
+class ModalDialogs final : public Dialogs {
+ public:
+  explicit ModalDialogs(MainQueue& queue) : queue_(queue) {}
+
+  // From a timer of its own: whoever asks for an alert goes on before it is answered, and so does
+  // work that was posted in the meantime.
+  void present(Alert alert, std::function<void(AlertAnswer)> answered) override {
+    const auto task = std::make_shared<Task>();
+    *task = queue_.after(0, [task, alert = std::move(alert), answered = std::move(answered)] {
+      task->cancel();  // the closure would hold itself for ever
+      @autoreleasepool {
+        answered(run(alert));
+      }
+    });
+  }
+
+ private:
+  MainQueue& queue_;
+};
+
+}  // namespace
+
+std::unique_ptr<Dialogs> makeDialogs(MainQueue& queue) {
+  return std::make_unique<ModalDialogs>(queue);
+}
+
+}  // namespace marbelot

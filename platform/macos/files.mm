@@ -1,0 +1,190 @@
+// Files by POSIX, well-known folders and the screenshot tool's marks by Foundation.
+#include "platform/files.h"
+
+#import <Foundation/Foundation.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/stdio.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/macos/conversions.h"
+
+namespace marbelot::files {
+namespace {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  ~Descriptor() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+// Fills `bytes` from the file; false when the file has fewer or cannot be read.
+bool readWhole(int descriptor, std::string& bytes, off_t from) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t got = pread(descriptor, bytes.data() + done, bytes.size() - done,
+                              from + static_cast<off_t>(done));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return false;
+    done += static_cast<std::size_t>(got);
+  }
+  return true;
+}
+
+bool writeWhole(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t put = write(descriptor, bytes.data(), bytes.size());
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(put));
+  }
+  return true;
+}
+
+// A rename that never replaces. Not every volume has it (FAT, some network ones).
+bool moveToFreeName(const std::string& from, const std::string& to) {
+  if (renamex_np(from.c_str(), to.c_str(), RENAME_EXCL) == 0) return true;
+  if (errno != ENOTSUP) return false;
+  return access(to.c_str(), F_OK) != 0 && rename(from.c_str(), to.c_str()) == 0;
+}
+
+std::string withoutTrailingSlash(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+std::string folderOrInHome(NSSearchPathDirectory folder, const std::string& name) {
+  NSString* found = NSSearchPathForDirectoriesInDomains(folder, NSUserDomainMask, YES).firstObject;
+  return found != nil ? utf8(found) : join(homeFolder(), name);
+}
+
+}  // namespace
+
+std::optional<std::vector<std::string>> list(const std::string& folder) {
+  @autoreleasepool {
+    NSArray<NSString*>* found =
+        [NSFileManager.defaultManager contentsOfDirectoryAtPath:nsPath(folder) error:nil];
+    if (found == nil) return std::nullopt;
+    std::vector<std::string> names;
+    names.reserve(found.count);
+    for (NSString* name in found) names.push_back(utf8(name));
+    return names;
+  }
+}
+
+std::optional<FileInfo> info(const std::string& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  const double modified = static_cast<double>(status.st_mtimespec.tv_sec) +
+                          static_cast<double>(status.st_mtimespec.tv_nsec) / 1e9;
+  return FileInfo{modified, static_cast<std::size_t>(status.st_size)};
+}
+
+SharedBytes read(const std::string& path, std::size_t maximumBytes) {
+  // Without O_NONBLOCK a pipe of that name would hold the program up.
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status;
+  if (file.get() < 0 || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return nullptr;
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (size > maximumBytes) return nullptr;
+  std::string bytes(size, '\0');
+  if (!readWhole(file.get(), bytes, 0)) return nullptr;
+  return share(std::move(bytes));
+}
+
+bool create(const std::string& path, std::string_view bytes) {
+  if (access(path.c_str(), F_OK) == 0) return false;
+  @autoreleasepool {
+    // Written under a name that nothing looks for, so that no reader ever sees half of it.
+    const std::string draft = path + "." + utf8(NSUUID.UUID.UUIDString) + ".part";
+    const Descriptor file(open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (file.get() < 0) return false;
+    const bool made =
+        writeWhole(file.get(), bytes) && fsync(file.get()) == 0 && moveToFreeName(draft, path);
+    if (!made) unlink(draft.c_str());
+    return made;
+  }
+}
+
+bool makeFolder(const std::string& path) {
+  @autoreleasepool {
+    return [NSFileManager.defaultManager createDirectoryAtPath:nsPath(path)
+                                   withIntermediateDirectories:YES
+                                                    attributes:@{
+                                                      NSFilePosixPermissions : @0700
+                                                    }
+                                                         error:nil];
+  }
+}
+
+std::string join(const std::string& folder, const std::string& name) {
+  if (folder.empty()) return name;
+  return folder.back() == '/' ? folder + name : folder + "/" + name;
+}
+
+std::string lastComponent(const std::string& path) {
+  const std::string trimmed = withoutTrailingSlash(path);
+  const std::size_t slash = trimmed.rfind('/');
+  return slash == std::string::npos || trimmed.size() == 1 ? trimmed : trimmed.substr(slash + 1);
+}
+
+std::string lowercasedExtension(const std::string& name) {
+  @autoreleasepool {
+    return utf8(nsString(name).pathExtension.lowercaseString);
+  }
+}
+
+std::string expandingTilde(const std::string& path) {
+  @autoreleasepool {
+    return path.starts_with('~') ? utf8(nsString(path).stringByExpandingTildeInPath) : path;
+  }
+}
+
+std::string homeFolder() { return withoutTrailingSlash(utf8(NSHomeDirectory())); }
+
+std::string desktopFolder() { return join(homeFolder(), "Desktop"); }
+
+std::string picturesFolder() { return folderOrInHome(NSPicturesDirectory, "Pictures"); }
+
+std::string temporaryFolder() { return withoutTrailingSlash(utf8(NSTemporaryDirectory())); }
+
+std::optional<std::string> screenshotLocation() {
+  @autoreleasepool {
+    NSUserDefaults* tool = [[NSUserDefaults alloc] initWithSuiteName:@"com.apple.screencapture"];
+    NSString* location = [tool stringForKey:@"location"];
+    if (location == nil) return std::nullopt;
+    return utf8(location);
+  }
+}
+
+bool isFinishedScreenshot(const std::string& path) {
+  constexpr char kMark[] = "com.apple.metadata:kMDItemIsScreenCapture";
+  if (getxattr(path.c_str(), kMark, nullptr, 0, 0, 0) <= 0) return false;
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status;
+  if (file.get() < 0 || fstat(file.get(), &status) != 0 || status.st_size == 0) return false;
+  // The tool marks a file when it is whole, but a copy made by a sync service may carry the mark
+  // from the start. PNG, the usual format, tells its end: an empty IEND chunk with its checksum.
+  using namespace std::literals;
+  constexpr std::string_view kPngStart = "\x89PNG\r\n\x1A\n"sv;
+  constexpr std::string_view kPngEnd = "\0\0\0\0IEND\xAE\x42\x60\x82"sv;
+  std::string start(kPngStart.size(), '\0');
+  if (!readWhole(file.get(), start, 0) || start != kPngStart) return true;
+  std::string end(kPngEnd.size(), '\0');
+  return status.st_size >= static_cast<off_t>(start.size() + end.size()) &&
+         readWhole(file.get(), end, status.st_size - static_cast<off_t>(end.size())) &&
+         end == kPngEnd;
+}
+
+}  // namespace marbelot::files

@@ -1,0 +1,124 @@
+#import "platform/macos/menus.h"
+
+#include "platform/macos/conversions.h"
+
+using marbelot::MenuItemRef;
+
+// A menu item's represented object: the item of the tree that it stands for.
+@interface MarbelotItemBox : NSObject {
+ @public
+  MenuItemRef item;
+}
+@end
+
+@implementation MarbelotItemBox
+@end
+
+@implementation MarbelotMenuRenderer {
+  std::shared_ptr<marbelot::Menu> _tree;
+  marbelot::MenuDelegate* _delegate;
+  std::function<void(const marbelot::MenuItem&)> _chosen;
+}
+
+- (instancetype)init {
+  self = [super init];
+  if (self != nil) _menu = [self emptyMenu];
+  return self;
+}
+
+- (NSMenu*)emptyMenu {
+  NSMenu* menu = [[NSMenu alloc] initWithTitle:@""];
+  menu.autoenablesItems = NO;
+  // Highlights are told to the delegate of the very menu that holds the item.
+  menu.delegate = self;
+  return menu;
+}
+
+- (void)showTree:(std::shared_ptr<marbelot::Menu>)tree
+        delegate:(marbelot::MenuDelegate*)delegate
+          chosen:(std::function<void(const marbelot::MenuItem&)>)chosen {
+  _tree = std::move(tree);
+  _delegate = delegate;
+  _chosen = std::move(chosen);
+  [self refresh];
+}
+
+- (void)refresh {
+  [self fill:_menu from:_tree.get()];
+}
+
+// Edits in place and keeps what is the same: taking items away from an open menu would close the
+// submenus that the user is in. The depth of the recursion is that of the menus.
+- (void)fill:(NSMenu*)menu from:(const marbelot::Menu*)tree {
+  const NSInteger wanted = tree != nullptr ? static_cast<NSInteger>(tree->items.size()) : 0;
+  while (menu.numberOfItems > wanted) [menu removeItemAtIndex:menu.numberOfItems - 1];
+  for (NSInteger index = 0; index < wanted; ++index) {
+    const MenuItemRef& item = tree->items[static_cast<std::size_t>(index)];
+    NSMenuItem* shown = index < menu.numberOfItems ? [menu itemAtIndex:index] : nil;
+    if (shown == nil || shown.isSeparatorItem != item->separator) {
+      if (shown != nil) [menu removeItemAtIndex:index];
+      if (item->separator) {
+        [menu insertItem:[NSMenuItem separatorItem] atIndex:index];
+      } else {
+        [menu insertItemWithTitle:@"" action:nullptr keyEquivalent:@"" atIndex:index];
+      }
+      shown = [menu itemAtIndex:index];
+    }
+    [self update:shown from:item];
+  }
+}
+
+- (void)update:(NSMenuItem*)shown from:(const MenuItemRef&)item {
+  shown.hidden = item->hidden;
+  if (item->separator) return;
+  MarbelotItemBox* box = [[MarbelotItemBox alloc] init];
+  box->item = item;
+  shown.representedObject = box;
+  shown.title = marbelot::nsString(item->title);
+  shown.enabled = item->enabled;
+  shown.state = item->checked ? NSControlStateValueOn : NSControlStateValueOff;
+  shown.keyEquivalent = marbelot::nsString(item->key);
+  if (item->submenu != nullptr) {
+    NSMenu* submenu = shown.submenu != nil ? shown.submenu : [self emptyMenu];
+    [self fill:submenu from:item->submenu.get()];
+    if (shown.submenu != submenu) shown.submenu = submenu;
+    return;
+  }
+  if (shown.submenu != nil) shown.submenu = nil;
+  shown.target = self;
+  shown.action = item->choosable() ? @selector(itemChosen:) : nullptr;
+}
+
+- (MenuItemRef)itemOf:(NSMenuItem*)shown {
+  id box = shown.representedObject;
+  if (![box isKindOfClass:[MarbelotItemBox class]]) return nullptr;
+  return static_cast<MarbelotItemBox*>(box)->item;
+}
+
+- (void)itemChosen:(NSMenuItem*)sender {
+  // A copy: the action may rebuild the tree.
+  const MenuItemRef item = [self itemOf:sender];
+  if (item == nullptr) return;
+  if (_delegate != nullptr) {
+    _delegate->menuItemChosen(*item);
+  } else if (const auto chosen = _chosen) {
+    chosen(*item);
+  }
+}
+
+- (void)menuWillOpen:(NSMenu*)menu {
+  if (menu != _menu || _delegate == nullptr) return;
+  _delegate->menuWillOpen();
+  [self refresh];
+}
+
+- (void)menu:(NSMenu*)menu willHighlightItem:(NSMenuItem*)shown {
+  if (_delegate == nullptr) return;
+  const MenuItemRef item = shown != nil ? [self itemOf:shown] : nullptr;
+  _delegate->menuWillHighlightItem(item.get());
+}
+
+- (void)menuDidClose:(NSMenu*)menu {
+  if (menu == _menu && _delegate != nullptr) _delegate->menuDidClose();
+}
+@end

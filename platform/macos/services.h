@@ -1,0 +1,20 @@
+// What each file of the macOS backend makes. All main thread only.
+#pragma once
+
+#include <memory>
+
+#include "platform/platform.h"
+
+namespace marbelot {
+
+std::unique_ptr<MainQueue> makeMainQueue();
+std::unique_ptr<Pasteboard> makePasteboard();
+std::unique_ptr<UserDefaults> makeUserDefaults();
+std::unique_ptr<FolderEvents> makeFolderEvents();
+std::unique_ptr<Notices> makeNotices();
+std::unique_ptr<Workspace> makeWorkspace();
+std::unique_ptr<StatusItem> makeStatusItem(MainQueue& queue);
+std::unique_ptr<Windows> makeWindows();
+std::unique_ptr<Dialogs> makeDialogs(MainQueue& queue);
+
+}  // namespace marbelot

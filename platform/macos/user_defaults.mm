@@ -1,0 +1,96 @@
+// Settings in the program's own user defaults domain.
+#import <Foundation/Foundation.h>
+
+#include "platform/macos/conversions.h"
+#include "platform/macos/services.h"
+
+namespace marbelot {
+namespace {
+
+// Lists inside lists deeper than any setting's are cut off, so that a domain edited by hand cannot
+// exhaust the stack.
+constexpr int kDeepest = 16;
+
+id objectOf(const Value& value);
+
+struct ToObject {
+  id operator()(bool flag) const { return [NSNumber numberWithBool:flag]; }
+  id operator()(std::int64_t number) const { return @(number); }
+  id operator()(double number) const { return @(number); }
+  id operator()(const SharedText& text) const { return nsString(text ? *text : std::string()); }
+  id operator()(const Value::List& list) const {
+    NSMutableArray* objects = [NSMutableArray arrayWithCapacity:list.size()];
+    for (const Value& entry : list) [objects addObject:objectOf(entry)];
+    return objects;
+  }
+  id operator()(const Value::Dictionary& dictionary) const {
+    NSMutableDictionary<NSString*, id>* objects = [NSMutableDictionary dictionary];
+    for (const auto& [key, entry] : dictionary) objects[nsString(key)] = objectOf(entry);
+    return objects;
+  }
+};
+
+id objectOf(const Value& value) { return std::visit(ToObject(), value.data); }
+
+Value numberOf(NSNumber* number) {
+  if (CFGetTypeID((__bridge CFTypeRef)number) == CFBooleanGetTypeID())
+    return Value(static_cast<bool>(number.boolValue));
+  const char type = number.objCType[0];
+  if (type == 'f' || type == 'd') return Value(number.doubleValue);
+  return Value(static_cast<std::int64_t>(number.longLongValue));
+}
+
+// None for what the seam has no value for (dates, data).
+std::optional<Value> valueOf(id object, int depth) {
+  if (depth > kDeepest) return std::nullopt;
+  if ([object isKindOfClass:[NSString class]]) return Value(utf8(static_cast<NSString*>(object)));
+  if ([object isKindOfClass:[NSNumber class]]) return numberOf(static_cast<NSNumber*>(object));
+  if ([object isKindOfClass:[NSArray class]]) {
+    Value::List list;
+    for (id entry in static_cast<NSArray*>(object))
+      if (std::optional<Value> value = valueOf(entry, depth + 1)) list.push_back(std::move(*value));
+    return Value(std::move(list));
+  }
+  if ([object isKindOfClass:[NSDictionary class]]) {
+    Value::Dictionary dictionary;
+    NSDictionary<NSString*, id>* entries = static_cast<NSDictionary*>(object);
+    for (NSString* key in entries)
+      if (std::optional<Value> value = valueOf(entries[key], depth + 1))
+        dictionary.emplace_back(utf8(key), std::move(*value));
+    return Value(std::move(dictionary));
+  }
+  return std::nullopt;
+}
+
+class StandardDefaults final : public UserDefaults {
+ public:
+  std::optional<Value> value(std::string_view key) const override {
+    @autoreleasepool {
+      return valueOf([NSUserDefaults.standardUserDefaults objectForKey:nsString(key)], 0);
+    }
+  }
+
+  // The system's preferences service takes the value before this returns and writes whole files.
+  void set(std::string_view key, Value value) override {
+    @autoreleasepool {
+      [NSUserDefaults.standardUserDefaults setObject:objectOf(value) forKey:nsString(key)];
+    }
+  }
+
+  void registerDefaults(Value::Dictionary values) override {
+    @autoreleasepool {
+      NSMutableDictionary<NSString*, id>* objects = [NSMutableDictionary dictionary];
+      for (const auto& [key, value] : values) objects[nsString(key)] = objectOf(value);
+      [NSUserDefaults.standardUserDefaults registerDefaults:objects];
+    }
+  }
+
+  // The service reports no trouble.
+  void setProblemHandler(std::function<void(const std::string&)>) override {}
+};
+
+}  // namespace
+
+std::unique_ptr<UserDefaults> makeUserDefaults() { return std::make_unique<StandardDefaults>(); }
+
+}  // namespace marbelot
