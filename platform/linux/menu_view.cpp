@@ -28,6 +28,7 @@ MenuItemRef itemWithKey(const Menu& menu, const std::string& key) {
 }  // namespace
 
 MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
+  view_->setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
   view_->installEventFilter(this);
   connect(view_.get(), &QMenu::triggered, this,
           [this](QAction* action) { choose(itemOf(action)); });
@@ -71,6 +72,7 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
       QAction* made = item->submenu ? (new QMenu(&view))->menuAction() : new QAction(&view);
       made->setSeparator(item->separator);
       if (QMenu* submenu = made->menu()) {
+        submenu->setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
         submenu->installEventFilter(this);
         connect(submenu, &QMenu::aboutToShow, this, [this, submenu] {
           const MenuItemRef parent = itemOf(submenu->menuAction());
