@@ -38,12 +38,12 @@ class UserDefaults {
     return found ? found->asText() : nullptr;
   }
   // The texts of a list; entries of other types are left out.
-  std::vector<std::string> textListFor(std::string_view key) const {
-    std::vector<std::string> texts;
+  std::vector<SharedText> textListFor(std::string_view key) const {
+    std::vector<SharedText> texts;
     const auto found = value(key);
     if (!found || !found->asList()) return texts;
     for (const Value& entry : *found->asList())
-      if (const SharedText text = entry.asText()) texts.push_back(*text);
+      if (const SharedText text = entry.asText()) texts.push_back(text);
     return texts;
   }
 };

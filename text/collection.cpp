@@ -1,5 +1,6 @@
 #include "text/collection.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/text.h"
@@ -26,11 +27,11 @@ std::string_view joiningText(std::string_view key) {
   return separatorDefs[0].joinsWith;
 }
 
-Collection::Collection(std::vector<std::string> pieces) : pieces_(std::move(pieces)) {}
+Collection::Collection(std::vector<SharedText> pieces) : pieces_(std::move(pieces)) {}
 
-bool Collection::append(std::string text) {
-  if (text::trimmedBlanksAndNewlines(text).empty()) return false;
-  if (!pieces_.empty() && pieces_.back() == text) return false;
+bool Collection::append(SharedText text) {
+  if (text::trimmedBlanksAndNewlines(*text).empty()) return false;
+  if (!pieces_.empty() && (pieces_.back() == text || *pieces_.back() == *text)) return false;
   pieces_.push_back(std::move(text));
   return true;
 }
@@ -39,23 +40,30 @@ bool Collection::removeLast() {
   if (pieces_.empty()) return false;
   pieces_.pop_back();
   if (counts_.size() > pieces_.size()) counts_.pop_back();
+  if (totals_.size() > pieces_.size()) totals_.pop_back();
   return true;
 }
 
 void Collection::clear() {
   pieces_.clear();
   counts_.clear();
+  totals_.clear();
+}
+
+std::size_t Collection::joinedBytes(std::string_view separatorKey) const {
+  if (pieces_.empty()) return 0;
+  std::size_t bytes = joiningText(separatorKey).size() * (pieces_.size() - 1);
+  for (const SharedText& piece : pieces_) bytes += piece->size();
+  return bytes;
 }
 
 std::string Collection::joined(std::string_view separatorKey) const {
   const std::string_view separator = joiningText(separatorKey);
-  std::size_t bytes = 0;
-  for (const std::string& piece : pieces_) bytes += piece.size() + separator.size();
   std::string result;
-  result.reserve(bytes);
+  result.reserve(joinedBytes(separatorKey));
   for (std::size_t i = 0; i < pieces_.size(); ++i) {
     if (i > 0) result += separator;
-    result += pieces_[i];
+    result += *pieces_[i];
   }
   return result;
 }
@@ -64,17 +72,35 @@ std::size_t Collection::characterCount(std::string_view separatorKey) const {
   const std::string_view separator = joiningText(separatorKey);
   const std::size_t separatorCount = text::characterCount(separator);
   while (counts_.size() < pieces_.size()) {
-    counts_.push_back(text::characterCount(pieces_[counts_.size()]));
+    counts_.push_back(text::characterCount(*pieces_[counts_.size()]));
   }
-  std::size_t total = 0;
-  for (std::size_t i = 0; i < pieces_.size(); ++i) {
-    total += counts_[i];
-    if (i == 0) continue;
-    total += separatorCount;
-    total -= charactersLostAt(pieces_[i - 1], separator);
-    total -= charactersLostAt(separator, pieces_[i]);
+  if (totalsFor_ != separator) totals_.clear();
+  totalsFor_ = separator;
+  while (totals_.size() < pieces_.size()) {
+    const std::size_t i = totals_.size();
+    std::size_t total = counts_[i];
+    if (i > 0) {
+      total += totals_.back() + separatorCount;
+      total -= charactersLostAt(*pieces_[i - 1], separator);
+      total -= charactersLostAt(separator, *pieces_[i]);
+    }
+    totals_.push_back(total);
   }
-  return total;
+  return totals_.empty() ? 0 : totals_.back();
+}
+
+std::size_t Collection::uncountedBytes() const {
+  std::size_t bytes = 0;
+  for (std::size_t i = counts_.size(); i < pieces_.size(); ++i) bytes += pieces_[i]->size();
+  return bytes;
+}
+
+void Collection::adoptCounts(const Collection& copy) {
+  std::size_t same = 0;
+  while (same < std::min(pieces_.size(), copy.counts_.size()) && pieces_[same] == copy.pieces_[same])
+    ++same;
+  if (same <= counts_.size()) return;
+  counts_.assign(copy.counts_.begin(), copy.counts_.begin() + static_cast<std::ptrdiff_t>(same));
 }
 
 std::string collectionTitle(std::size_t pieces) {

@@ -12,11 +12,11 @@ namespace {
 TEST(Collection, KeepsWhatIsWorthKeepingAndJoinsIt) {
   Collection collection;
   EXPECT_FALSE(collection.removeLast());
-  EXPECT_FALSE(collection.append(" \t\r\n\u2028"));
-  EXPECT_TRUE(collection.append("a"));
-  EXPECT_FALSE(collection.append("a"));
-  EXPECT_TRUE(collection.append(" b\n"));
-  EXPECT_TRUE(collection.append("a"));
+  EXPECT_FALSE(collection.append(share(" \t\r\n\u2028")));
+  EXPECT_TRUE(collection.append(share("a")));
+  EXPECT_FALSE(collection.append(share("a")));
+  EXPECT_TRUE(collection.append(share(" b\n")));
+  EXPECT_TRUE(collection.append(share("a")));
   const struct {
     const char* key;
     const char* joined;
@@ -53,14 +53,20 @@ TEST(Collection, CountsExactlyWithoutJoining) {
                                 "\u0903"};
   std::mt19937 random(7);
   for (int round = 0; round < 300; ++round) {
-    std::vector<std::string> start(random() % 4);
-    for (std::string& piece : start) piece = pieces[random() % std::size(pieces)];
+    std::vector<SharedText> start(random() % 4);
+    for (SharedText& piece : start) piece = share(pieces[random() % std::size(pieces)]);
     Collection collection(start);
     for (int step = 0; step < 12; ++step) {
       if (random() % 3 == 0) {
         collection.removeLast();
       } else {
-        collection.append(pieces[random() % std::size(pieces)]);
+        collection.append(share(pieces[random() % std::size(pieces)]));
+      }
+      if (random() % 4 == 0) {
+        Collection copy = collection;
+        copy.characterCount("space");
+        collection.removeLast();
+        collection.adoptCounts(copy);
       }
       for (const SeparatorDef& def : separatorDefs) {
         ASSERT_EQ(collection.characterCount(def.key),
