@@ -97,7 +97,8 @@ std::size_t Collection::uncountedBytes() const {
 
 void Collection::adoptCounts(const Collection& copy) {
   std::size_t same = 0;
-  while (same < std::min(pieces_.size(), copy.counts_.size()) && pieces_[same] == copy.pieces_[same])
+  while (same < std::min(pieces_.size(), copy.counts_.size()) &&
+         pieces_[same] == copy.pieces_[same])
     ++same;
   if (same <= counts_.size()) return;
   counts_.assign(copy.counts_.begin(), copy.counts_.begin() + static_cast<std::ptrdiff_t>(same));
@@ -108,8 +109,9 @@ std::string collectionTitle(std::size_t pieces) {
   return "Collect copies (" + std::to_string(pieces) + ")";
 }
 
-std::string collectionSummary(std::size_t pieces, std::size_t characters) {
-  return std::to_string(pieces) + " pieces · " + std::to_string(characters) + " characters";
+std::string collectionSummary(std::size_t pieces, std::optional<std::size_t> characters) {
+  return std::to_string(pieces) + " pieces · " + (characters ? std::to_string(*characters) : "…") +
+         " characters";
 }
 
 }  // namespace marbelot

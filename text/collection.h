@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,7 +63,7 @@ class Collection {
 
 // "Collect copies", with the number of pieces when there are any.
 std::string collectionTitle(std::size_t pieces);
-// "2 pieces · 7 characters".
-std::string collectionSummary(std::size_t pieces, std::size_t characters);
+// "2 pieces · 7 characters"; "…" for a number that is not known yet.
+std::string collectionSummary(std::size_t pieces, std::optional<std::size_t> characters);
 
 }  // namespace marbelot

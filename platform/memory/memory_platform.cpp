@@ -169,15 +169,20 @@ MemoryWindow* WindowList::find(const std::string& id) const {
 
 MemoryWindow::MemoryWindow(WindowList& list, WindowDescription made)
     : description(std::move(made)), list_(list) {
-  for (const View& view : description.views) texts[view.id] = view.text;
+  for (const View& view : description.views) texts[view.id] = share(view.text);
   list_.live.push_back(this);
 }
 
 MemoryWindow::~MemoryWindow() { std::erase(list_.live, this); }
 
-std::string MemoryWindow::text(const std::string& viewId) const {
+SharedText MemoryWindow::text(const std::string& viewId) const {
   const auto found = texts.find(viewId);
-  return found == texts.end() ? std::string() : found->second;
+  return found == texts.end() ? share({}) : found->second;
+}
+
+void MemoryWindow::close() {
+  shown = false;
+  if (description.closed) description.closed();
 }
 
 void DialogList::present(Alert alert, std::function<void(AlertAnswer)> answered) {

@@ -154,14 +154,15 @@ class MemoryWindow : public Window {
   void center() override { ++centred; }
   bool isVisible() const override { return shown; }
   void setTitle(const std::string& title) override { description.title = title; }
-  void setText(const std::string& viewId, const SharedText& text) override {
-    texts[viewId] = *text;
-  }
-  std::string text(const std::string& viewId) const override;
+  void setText(const std::string& viewId, const SharedText& text) override { texts[viewId] = text; }
+  SharedText text(const std::string& viewId) const override;
   void focus(const std::string& viewId) override { focused = viewId; }
 
   WindowDescription description;
-  std::map<std::string, std::string> texts;
+  // The user closes it.
+  void close();
+
+  std::map<std::string, SharedText> texts;
   std::string focused;
   bool shown = false;
   int centred = 0;

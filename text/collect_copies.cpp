@@ -1,0 +1,165 @@
+#include "text/collect_copies.h"
+
+#include "text/large_text.h"
+
+namespace marbelot {
+namespace {
+
+constexpr const char* nothingCollected = "Nothing collected yet";
+
+}  // namespace
+
+CollectCopies::CollectCopies(Platform& platform, Shell& shell, ActionTable& actions, View view)
+    : platform_(platform), shell_(shell), view_(std::move(view)) {
+  actions.add("toggleConcat", [this](const MenuItem&) { toggleConcat(); });
+  actions.add("copyConcat", [this](const MenuItem&) { copy(false); });
+  actions.add("copyConcatAndReset", [this](const MenuItem&) { copy(true); });
+  actions.add("resetConcat", [this](const MenuItem&) { resetConcat(); });
+  actions.add("setConcatSeparator:", [this](const MenuItem& item) { setConcatSeparator(item); });
+  actions.add("viewConcat", [this](const MenuItem&) { viewConcat(); });
+  actions.add("dropLastConcat", [this](const MenuItem&) { dropLastConcat(); });
+}
+
+void CollectCopies::readSettings() {
+  concatEnabled = platform_.defaults.boolFor(concatEnabledKey);
+  concatBuffer = Collection(platform_.defaults.textListFor(concatBufferKey));
+  const SharedText separator = platform_.defaults.textFor(concatSeparatorKey);
+  concatSeparator = separator ? *separator : "newline";
+}
+
+void CollectCopies::persist() {
+  const auto& pieces = concatBuffer.pieces();
+  platform_.defaults.set(concatBufferKey, Value::List(pieces.begin(), pieces.end()));
+  platform_.defaults.set(concatEnabledKey, concatEnabled);
+  platform_.defaults.set(concatSeparatorKey, concatSeparator);
+}
+
+void CollectCopies::changed() {
+  persist();
+  refreshMenu();
+}
+
+void CollectCopies::addStatusItem(Menu& menu) {
+  concatItem = menu.addSubmenu({}, nullptr);
+  refreshMenu();
+}
+
+void CollectCopies::refreshMenu() {
+  if (!concatItem) return;
+  concatItem->title = collectionTitle(concatBuffer.size());
+  concatItem->submenu = submenu();
+  platform_.statusItem.menuChanged();
+}
+
+std::shared_ptr<Menu> CollectCopies::submenu() {
+  auto menu = std::make_shared<Menu>();
+  menu->add(concatEnabled ? "Stop collecting copies" : "Start collecting copies", "toggleConcat")
+      ->checked = concatEnabled;
+  menu->addSeparator();
+  if (!concatBuffer.empty()) {
+    menu->add(collectionSummary(concatBuffer.size(), characters()), "viewConcat");
+    menu->add("Copy collection", "copyConcat");
+    menu->add("Copy collection & reset", "copyConcatAndReset");
+    menu->add("Remove last piece", "dropLastConcat");
+  }
+  menu->add("Reset collection", "resetConcat");
+  if (concatBuffer.empty()) menu->addDisabled(nothingCollected);
+  menu->addSeparator();
+  auto separators = std::make_shared<Menu>();
+  for (const SeparatorDef& def : separatorDefs)
+    separators->add(std::string(def.title), "setConcatSeparator:", std::string(def.key))->checked =
+        def.key == concatSeparator;
+  menu->addSubmenu("Join pieces with", std::move(separators));
+  return menu;
+}
+
+std::optional<std::size_t> CollectCopies::characters() {
+  if (concatBuffer.uncountedBytes() <= largeTextBytes)
+    return concatBuffer.characterCount(concatSeparator);
+  if (!busyCounting_) {
+    busyCounting_ = true;
+    counting_ = platform_.queue.inBackground(
+        [copy = concatBuffer, key = concatSeparator] {
+          copy.characterCount(key);
+          return copy;
+        },
+        [this](const Collection& counted) {
+          busyCounting_ = false;
+          concatBuffer.adoptCounts(counted);
+          refreshMenu();
+        });
+  }
+  return std::nullopt;
+}
+
+void CollectCopies::append(const SharedText& text, bool quiet) {
+  if (!concatBuffer.append(text)) return;
+  changed();
+  if (quiet) return;
+  shell_.flashStatusIcon();
+  const std::size_t pieces = concatBuffer.size();
+  shell_.notify("Collected " + std::to_string(pieces) + (pieces == 1 ? " piece" : " pieces"));
+}
+
+void CollectCopies::toggleConcat() {
+  concatEnabled = !concatEnabled;
+  changed();
+  shell_.notify(concatEnabled ? "Collecting copies" : "Stopped collecting");
+}
+
+bool CollectCopies::tellWhenEmpty() {
+  if (concatBuffer.empty()) shell_.notify(nothingCollected);
+  return concatBuffer.empty();
+}
+
+void CollectCopies::withJoined(std::function<void(const SharedText&)> then) {
+  if (concatBuffer.joinedBytes(concatSeparator) <= largeTextBytes) {
+    joining_.cancel();
+    then(share(concatBuffer.joined(concatSeparator)));
+    return;
+  }
+  joining_ = platform_.queue.inBackground(
+      [copy = concatBuffer, key = concatSeparator] { return share(copy.joined(key)); },
+      std::move(then));
+}
+
+void CollectCopies::copy(bool reset) {
+  if (tellWhenEmpty()) return;
+  withJoined([this, reset, pieces = concatBuffer.size(),
+              count = platform_.pasteboard.changeCount()](const SharedText& text) {
+    // Something newer was copied while the pieces were being joined.
+    if (platform_.pasteboard.changeCount() != count) return;
+    shell_.copyWithoutRecording(text);
+    if (reset) concatBuffer.clear();
+    changed();
+    shell_.flashStatusIcon();
+    shell_.notify("Copied " + std::to_string(pieces) +
+                  (reset ? " pieces — collection reset" : " pieces"));
+  });
+}
+
+void CollectCopies::resetConcat() {
+  concatBuffer.clear();
+  changed();
+  shell_.notify("Collection reset");
+}
+
+void CollectCopies::setConcatSeparator(const MenuItem& sender) {
+  const auto* key = std::get_if<std::string>(&sender.represented);
+  if (!key) return;
+  concatSeparator = *key;
+  changed();
+}
+
+void CollectCopies::viewConcat() {
+  if (!tellWhenEmpty()) withJoined(view_);
+}
+
+void CollectCopies::dropLastConcat() {
+  if (tellWhenEmpty()) return;
+  concatBuffer.removeLast();
+  changed();
+  shell_.notify("Removed the last piece (" + std::to_string(concatBuffer.size()) + " left)");
+}
+
+}  // namespace marbelot

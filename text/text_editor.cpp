@@ -1,0 +1,84 @@
+#include "text/text_editor.h"
+
+namespace marbelot {
+namespace {
+
+constexpr const char* clipboardTitle = "Edit clipboard text";
+constexpr double barHeight = 44;  // points, under the text
+
+}  // namespace
+
+TextEditor::TextEditor(Platform& platform, Shell& shell, ActionTable& actions,
+                       HistoryText historyText)
+    : platform_(platform), shell_(shell), historyText_(std::move(historyText)) {
+  actions.add("editClipboardText", [this](const MenuItem&) { editClipboardText(); });
+  actions.add("editClipHistoryText:", [this](const MenuItem& sender) {
+    if (const SharedText text = historyText_(sender)) openEditor(text, clipboardTitle);
+  });
+  actions.add("saveEditorToClipboard:", [this](const MenuItem&) { saveEditorToClipboard(); });
+}
+
+void TextEditor::makeWindow() {
+  WindowDescription window;
+  window.id = "editor";
+  window.contentSize = {560, 420};
+  window.miniaturizable = true;
+  window.resizable = true;
+  // What was typed is not lost to a key that is pressed in passing.
+  window.escapeCloses = false;
+
+  View text;
+  text.id = editTextView;
+  text.kind = ViewKind::text;
+  text.frame = {0, barHeight, 560, 420 - barHeight};
+  text.resizing = {.width = true, .height = true};
+  text.font = {.size = 13, .monospaced = true};
+  text.editable = true;
+
+  View hint;
+  hint.id = "hint";
+  hint.kind = ViewKind::label;
+  hint.text = "Edit, then Save to update the clipboard.";
+  hint.frame = {12, 14, 560 - 200, 16};
+  hint.resizing = {.width = true};
+  hint.font = {.size = 11};
+  hint.secondary = true;
+
+  View save;
+  save.id = "save";
+  save.kind = ViewKind::button;
+  save.text = "Save to clipboard";
+  save.frame = {560 - 12 - 168, 8, 168, 28};
+  save.resizing = {.leftMargin = true};
+  save.defaultKey = true;
+
+  window.views = {std::move(text), std::move(hint), std::move(save)};
+  window.pressed = [this](const std::string&) { saveEditorToClipboard(); };
+  // Opening the window replaces its text, so nobody would see this one again.
+  window.closed = [this] { editTextWindow->setText(editTextView, share({})); };
+  editTextWindow = platform_.windows.create(std::move(window));
+}
+
+void TextEditor::openEditor(const SharedText& text, const std::string& title) {
+  if (!editTextWindow) makeWindow();
+  editTextWindow->setText(editTextView, text);
+  editTextWindow->setTitle(title);
+  if (!editTextWindow->isVisible()) editTextWindow->center();
+  editTextWindow->show();
+  editTextWindow->focus(editTextView);
+}
+
+void TextEditor::editClipboardText() {
+  const SharedText text = platform_.pasteboard.contents().text;
+  openEditor(text ? text : share({}), clipboardTitle);
+}
+
+// Put back rather than copied anew: it is not recorded.
+void TextEditor::saveEditorToClipboard() {
+  if (!editTextWindow || !editTextWindow->isVisible()) return;
+  shell_.copyWithoutRecording(editTextWindow->text(editTextView));
+  shell_.flashStatusIcon();
+  shell_.notify("Saved edited text to clipboard");
+}
+
+}  // namespace marbelot
