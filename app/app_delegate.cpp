@@ -13,15 +13,34 @@ constexpr double flashSeconds = 0.9;
 constexpr double promptSeconds = 2.5;
 // Every message of the program stands under this title, whatever its subject.
 constexpr const char* noticeTitle = "Screenshot copied to clipboard";
+constexpr const char* collectionWindow = "Collected copies";
 
 }  // namespace
 
 AppDelegate::AppDelegate(Platform& platform)
     : platform_(platform),
       access_(platform, *this, actions_),
-      menu_(state_, access_),
+      history_(platform, *this, actions_),
+      analyses_(platform.queue),
+      historyMenus_(platform, *this, actions_, history_, analyses_),
+      imageHistory_(platform, *this, actions_, history_),
+      flattenTrim_(platform, *this, actions_),
+      viewer_(platform, actions_),
+      editor_(platform, *this, actions_,
+              [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
+      collectCopies_(
+          platform, *this, actions_,
+          [this](const SharedText& text) { editor_.openEditor(text, collectionWindow); }),
+      cannedResponses_(platform, *this, actions_,
+                       [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
+      menu_(platform.pasteboard, {state_, access_, history_, analyses_, historyMenus_,
+                                  imageHistory_, flattenTrim_, collectCopies_, cannedResponses_}),
       requests_(platform, actions_, menu_.menu(), [this] { menuWillOpen(); }) {
   wireActions();
+  history_.onTextRecorded = [this](const SharedText& text) {
+    if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
+  };
+  analyses_.onArrival = [this] { rebuildMenu(); };
 }
 
 void AppDelegate::wireActions() {
@@ -32,13 +51,17 @@ void AppDelegate::wireActions() {
 void AppDelegate::applicationDidFinishLaunching() {
   if (!platform_.statusItem.setSymbol(idleSymbol, "Marbelot"))
     platform_.statusItem.setTitle("📸");
-  platform_.defaults.registerDefaults({{showClipboardPreviewKey, true}});
+  cannedResponses_.readSettings();
+  history_.loadClipHistory();
+  platform_.defaults.registerDefaults(
+      {{history_.autoSaveClipImagesKey, true}, {showClipboardPreviewKey, true}});
   readSettings();
   menu_.buildMenu();
   platform_.statusItem.setMenu(menu_.menu(), this);
   platform_.application.setDockMenu([this] { return menu_.dockMenu(); },
                                     [this](const MenuItem& item) { menuItemChosen(item); });
   requests_.serve();
+  history_.startClipPoller();
 
   watcher = std::make_unique<ScreenshotWatcher>(
       platform_, screenshotFolder(), [this](const std::string& name) { screenshotCopied(name); });
@@ -55,7 +78,11 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::readSettings() {
-  state_.showClipboardPreview = platform_.defaults.boolFor(showClipboardPreviewKey);
+  const UserDefaults& defaults = platform_.defaults;
+  history_.autoSaveClipImages = defaults.boolFor(history_.autoSaveClipImagesKey);
+  state_.showClipboardPreview = defaults.boolFor(showClipboardPreviewKey);
+  history_.archiveToPictures = defaults.boolFor(history_.archiveToPicturesKey);
+  collectCopies_.readSettings();
 }
 
 void AppDelegate::screenshotCopied(const std::string& fileName) {
@@ -91,10 +118,10 @@ void AppDelegate::rebuildMenu() {
 }
 
 void AppDelegate::copyWithoutRecording(SharedText text) {
-  platform_.pasteboard.write(std::move(text));
+  history_.copyWithoutRecording(std::move(text));
 }
 
-void AppDelegate::copyWithoutRecording(const Image& image) { platform_.pasteboard.write(image); }
+void AppDelegate::copyWithoutRecording(const Image& image) { history_.copyWithoutRecording(image); }
 
 void AppDelegate::menuWillOpen() {
   access_.probe();

@@ -11,8 +11,17 @@
 #include "app/status_menu.h"
 #include "capture/screenshot_access.h"
 #include "capture/screenshot_watcher.h"
+#include "clipboard/clipboard_history.h"
+#include "clipboard/history_menus.h"
+#include "clipboard/image_history.h"
+#include "clipboard/text_analysis.h"
 #include "platform/platform.h"
 #include "shell/shell.h"
+#include "text/canned_responses.h"
+#include "text/clipboard_viewer.h"
+#include "text/collect_copies.h"
+#include "text/flatten_trim_menus.h"
+#include "text/text_editor.h"
 
 namespace marbelot {
 
@@ -49,6 +58,17 @@ class AppDelegate : private Shell, private MenuDelegate {
 
   ScreenshotAccess access_;
   std::unique_ptr<ScreenshotWatcher> watcher;
+
+  ClipboardHistory history_;
+  TextAnalyses analyses_;
+  HistoryMenus historyMenus_;
+  ImageHistory imageHistory_;
+
+  FlattenTrim flattenTrim_;
+  ClipboardViewer viewer_;
+  TextEditor editor_;
+  CollectCopies collectCopies_;
+  CannedResponses cannedResponses_;
 
   StatusMenu menu_;
   MenuRequests requests_;

@@ -1,40 +1,97 @@
 #include "app/status_menu.h"
 
+#include "clipboard/clip_preview.h"
 #include "platform/text.h"
 
 namespace marbelot {
 
-StatusMenu::StatusMenu(const MenuState& state, const ScreenshotAccess& access)
-    : state_(state), access_(access) {}
+StatusMenu::StatusMenu(Pasteboard& pasteboard, MenuParts parts)
+    : pasteboard_(pasteboard), parts_(parts) {}
 
 void StatusMenu::buildMenu() {
   Menu& menu = *menu_;
   menu.items.clear();
   menu.addDisabled("Marbelot — auto-copy screenshots");
-  if (!access_.screenshotFolderReadable) {
+  if (!parts_.access.screenshotFolderReadable) {
     menu.addSeparator();
     menu.add("⚠︎ Allow screenshot access…", "openScreenshotAccessSettings");
   }
+
+  clipPreviewItem.reset();
+  if (parts_.state.showClipboardPreview) {
+    menu.addSeparator();
+    menu.addDisabled("On clipboard:");
+    clipPreviewItem = menu.add(previewTitle(), "showClipboardViewer");
+  }
+  menu.add("Edit clipboard text…", "editClipboardText");
+
   menu.addSeparator();
-  menu.addDisabled("Copied this session: " + std::to_string(state_.count));
-  if (state_.lastCopied) menu.addDisabled("Last: " + *state_.lastCopied);
+  menu.addDisabled("Copied this session: " + std::to_string(parts_.state.count));
+  if (parts_.state.lastCopied) menu.addDisabled("Last: " + *parts_.state.lastCopied);
+
+  menu.addSeparator();
+  parts_.flattenTrim.addStatusItems(menu);
+  parts_.collectCopies.addStatusItem(menu);
+  menu.add("View clipboard…", "showClipboardViewer")->key = "v";
+
+  menu.addSeparator();
+  menu.addSubmenu("Canned responses", parts_.cannedResponses.menu());
+  clipHistoryItem =
+      menu.addSubmenu("Clipboard history", parts_.historyMenus.clipboardHistoryMenu());
+  clipByTypeItem = menu.addSubmenu("Clipboard by type", parts_.historyMenus.clipboardByTypeMenu());
+  imageHistoryItem = menu.addSubmenu("Image history", parts_.imageHistory.imageHistoryMenu());
   menu.addSubmenu("Settings", settingsMenu());
+
   menu.addSeparator();
   menu.addDisabled("Watching: " + text::sanitized(screenshotFolder()));
+
   menu.addSeparator();
   menu.add("Quit Marbelot", "quit")->key = "q";
 }
 
 std::shared_ptr<Menu> StatusMenu::settingsMenu() const {
+  const ClipboardHistory& history = parts_.history;
   auto menu = std::make_shared<Menu>();
   menu->add("Show clipboard preview at top", "toggleClipPreview")->checked =
-      state_.showClipboardPreview;
+      parts_.state.showClipboardPreview;
+  menu->add("Auto-save copied images to a file", "toggleAutoSaveClipImages")->checked =
+      history.autoSaveClipImages;
+  menu->addDisabled("Save copied images to:");
+  const auto addLocation = [&](const char* title, bool archive) {
+    const MenuItemRef item = menu->add(title, "setArchiveLocation:", archive);
+    item->checked = history.archiveToPictures == archive;
+    item->enabled = history.autoSaveClipImages;
+  };
+  addLocation("Temporary folder (cleared on reboot)", false);
+  addLocation("~/Pictures/Marbelot/Clipboard (kept)", true);
   menu->add("Screenshot access (permissions)…", "openScreenshotAccessSettings");
+  menu->add("Open copied-images folder", "openClipImagesFolder");
   return menu;
 }
 
-void StatusMenu::refresh() {}
+std::string StatusMenu::previewTitle() {
+  const PasteboardContents contents = pasteboard_.contents();
+  return clipPreviewTitle(contents, parts_.history.withheld(contents), parts_.analyses);
+}
 
-std::shared_ptr<Menu> StatusMenu::dockMenu() const { return std::make_shared<Menu>(); }
+void StatusMenu::refresh() {
+  clipHistoryItem->submenu = parts_.historyMenus.clipboardHistoryMenu();
+  clipByTypeItem->submenu = parts_.historyMenus.clipboardByTypeMenu();
+  imageHistoryItem->submenu = parts_.imageHistory.imageHistoryMenu();
+  parts_.collectCopies.refreshMenu();
+  if (clipPreviewItem) clipPreviewItem->title = previewTitle();
+  parts_.flattenTrim.refresh();
+}
+
+std::shared_ptr<Menu> StatusMenu::dockMenu() {
+  auto menu = std::make_shared<Menu>();
+  menu->addSubmenu("Canned responses", parts_.cannedResponses.menu());
+  menu->addSubmenu("Clipboard history", parts_.historyMenus.clipboardHistoryMenu());
+  menu->addSubmenu("Clipboard by type", parts_.historyMenus.clipboardByTypeMenu());
+  menu->addSeparator();
+  parts_.flattenTrim.addDockItems(*menu);
+  menu->add("View clipboard…", "showClipboardViewer");
+  return menu;
+}
 
 }  // namespace marbelot

@@ -7,7 +7,14 @@
 #include <string>
 
 #include "capture/screenshot_access.h"
+#include "clipboard/clipboard_history.h"
+#include "clipboard/history_menus.h"
+#include "clipboard/image_history.h"
+#include "clipboard/text_analysis.h"
 #include "platform/menu.h"
+#include "text/canned_responses.h"
+#include "text/collect_copies.h"
+#include "text/flatten_trim_menus.h"
 
 namespace marbelot {
 
@@ -18,9 +25,22 @@ struct MenuState {
   bool showClipboardPreview = true;
 };
 
+// The features whose items the menu holds. They outlive it.
+struct MenuParts {
+  const MenuState& state;
+  const ScreenshotAccess& access;
+  const ClipboardHistory& history;
+  TextAnalyses& analyses;
+  HistoryMenus& historyMenus;
+  ImageHistory& imageHistory;
+  FlattenTrim& flattenTrim;
+  CollectCopies& collectCopies;
+  const CannedResponses& cannedResponses;
+};
+
 class StatusMenu {
  public:
-  StatusMenu(const MenuState& state, const ScreenshotAccess& access);
+  StatusMenu(Pasteboard& pasteboard, MenuParts parts);
 
   // One tree for the life of the program; building replaces its items.
   const std::shared_ptr<Menu>& menu() const { return menu_; }
@@ -30,14 +50,21 @@ class StatusMenu {
   void refresh();
 
   // Built afresh on each request.
-  std::shared_ptr<Menu> dockMenu() const;
+  std::shared_ptr<Menu> dockMenu();
 
  private:
   std::shared_ptr<Menu> settingsMenu() const;
+  std::string previewTitle();
 
-  const MenuState& state_;
-  const ScreenshotAccess& access_;
-  std::shared_ptr<Menu> menu_ = std::make_shared<Menu>();
+  Pasteboard& pasteboard_;
+  const MenuParts parts_;
+  const std::shared_ptr<Menu> menu_ = std::make_shared<Menu>();
+
+  // Items that are refreshed in place; empty until the menu is built.
+  MenuItemRef clipPreviewItem;
+  MenuItemRef clipHistoryItem;
+  MenuItemRef clipByTypeItem;
+  MenuItemRef imageHistoryItem;
 };
 
 }  // namespace marbelot

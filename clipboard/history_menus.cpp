@@ -189,6 +189,11 @@ std::optional<std::size_t> HistoryMenus::indexFor(const MenuItem& sender) const 
   return static_cast<std::size_t>(*index);
 }
 
+SharedText HistoryMenus::textFor(const MenuItem& sender) const {
+  const auto index = indexFor(sender);
+  return index ? history_.clipHistory[*index].kind.text() : nullptr;
+}
+
 void HistoryMenus::copyClipHistory(const MenuItem& sender) {
   const auto index = indexFor(sender);
   if (!index) return;

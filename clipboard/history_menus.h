@@ -29,6 +29,9 @@ class HistoryMenus {
   std::shared_ptr<Menu> clipboardHistoryMenu();
   std::shared_ptr<Menu> clipboardByTypeMenu();
 
+  // The text of the entry that the sender stands for; null for an image or an entry that has gone.
+  SharedText textFor(const MenuItem& sender) const;
+
  private:
   struct Entry {
     std::size_t index = 0;
