@@ -118,11 +118,16 @@ void ViewPane::setText(const std::string& viewId, const SharedText& text) {
   }
 }
 
-std::string ViewPane::text(const std::string& viewId) const {
+SharedText ViewPane::text(const std::string& viewId) const {
   const QWidget* widget = find(viewId);
   if (const auto* view = dynamic_cast<const TextView*>(widget)) return view->contents();
-  if (const auto* label = qobject_cast<const QLabel*>(widget)) return label->text().toStdString();
-  return {};
+  const auto* label = qobject_cast<const QLabel*>(widget);
+  return share(label ? label->text().toStdString() : std::string());
+}
+
+void ViewPane::closeEvent(QCloseEvent* event) {
+  QWidget::closeEvent(event);
+  if (closed) closed();
 }
 
 namespace {
@@ -139,6 +144,7 @@ class QtWindow : public Window {
     if (description.closable) flags |= Qt::WindowCloseButtonHint;
     if (description.miniaturizable) flags |= Qt::WindowMinimizeButtonHint;
     if (description.resizable) flags |= Qt::WindowMaximizeButtonHint;
+    pane_.closed = std::move(description.closed);
     pane_.setWindowFlags(flags);
     pane_.setProperty(windowIdProperty, QString::fromStdString(description.id));
     pane_.setWindowTitle(QString::fromStdString(description.title));
@@ -167,7 +173,7 @@ class QtWindow : public Window {
   void setText(const std::string& viewId, const SharedText& text) override {
     pane_.setText(viewId, text);
   }
-  std::string text(const std::string& viewId) const override { return pane_.text(viewId); }
+  SharedText text(const std::string& viewId) const override { return pane_.text(viewId); }
   void focus(const std::string& viewId) override {
     if (QWidget* view = pane_.find(viewId)) view->setFocus();
   }
@@ -235,7 +241,7 @@ void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) 
 
   // Answered once, whichever way the dialog ends.
   const auto answer = [alert, answered](std::size_t button, ViewPane* from) {
-    answered({button, from ? from->text(alert.accessory.front().id) : std::string()});
+    answered({button, from ? *from->text(alert.accessory.front().id) : std::string()});
   };
   auto* row = new QHBoxLayout;
   row->addStretch();

@@ -18,9 +18,12 @@ class ViewPane : public QWidget {
 
   QWidget* find(const std::string& viewId) const;
   void setText(const std::string& viewId, const SharedText& text);
-  std::string text(const std::string& viewId) const;
+  SharedText text(const std::string& viewId) const;
+
+  std::function<void()> closed;  // called when the pane, as a window, was closed
 
  protected:
+  void closeEvent(QCloseEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <QPlainTextEdit>
+#include <QTimer>
+#include <string_view>
 
+#include "platform/linux/document_text.h"
 #include "platform/window.h"
 
 namespace marbelot {
@@ -10,11 +13,43 @@ namespace marbelot {
 // The desktop's own font of that kind; points are pixels here.
 QFont qtFont(const Font& font);
 
+// Shows texts of any size at once: what does not fit into a moment is brought in piece by piece,
+// and until it is complete the text can be read but not edited.
 class TextView : public QPlainTextEdit {
  public:
   explicit TextView(const View& view);
-  void setContents(const SharedText& text);
-  std::string contents() const;
+  ~TextView() override;
+
+  // Nothing of the text before can be brought back by undoing.
+  void setContents(SharedText text);
+  // The text that was set as long as it is unchanged; else what the document stands for, to the
+  // byte.
+  SharedText contents() const;
+
+ protected:
+  QMimeData* createMimeDataFromSelection() const override;
+  void insertFromMimeData(const QMimeData* source) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void startAfresh();
+  void bringIn();
+  void finish();
+  std::string textBetween(int start, int end) const;
+  bool breakLine();
+  bool eraseAcrossMark(bool backwards);
+
+  const bool editable_;
+  SharedText original_;  // never null
+  DocumentText form_;
+  bool faithful_ = true;  // the document can be turned back into the text
+
+  // What is being brought in, and where.
+  SharedText arriving_;
+  std::string_view rest_;
+  QTextCursor place_;
+  bool pasting_ = false;
+  QTimer timer_;
 };
 
 }  // namespace marbelot
