@@ -14,6 +14,8 @@ namespace {
 constexpr auto stallLimit = std::chrono::seconds(2);
 constexpr auto replacedStallLimit = std::chrono::milliseconds(100);
 constexpr std::size_t sizeLimit = std::size_t{1} << 30;  // bytes of one type
+constexpr std::size_t reserveLimit = std::size_t{1}
+                                     << 28;  // bytes; the announced size may be a lie
 constexpr std::size_t typeLimit = 512;
 constexpr std::size_t retiredLimit = 32;
 constexpr std::uint32_t wholeProperty = 0x1FFFFFFF;  // units of four bytes; the protocol's maximum
@@ -199,7 +201,7 @@ void X11SelectionReader::receive(Read& read, Conversion& conversion) {
   if (!inParts && reply->type == connection_.atom("INCR")) {
     std::uint32_t expected = 0;
     if (length >= sizeof expected) std::memcpy(&expected, bytes, sizeof expected);
-    conversion.bytes.reserve(std::min<std::size_t>(expected, sizeLimit));
+    conversion.bytes.reserve(std::min<std::size_t>(expected, reserveLimit));
     conversion.state = Conversion::State::arriving;
     return;
   }
@@ -314,6 +316,8 @@ void X11SelectionReader::expire(X11Clock::time_point now) {
       conversion.state = Conversion::State::failed;
       conversion.bytes = std::string();
       read->stalled = true;
+      // A text without its list of types may be a secret.
+      if (&conversion == &read->targets) read->contents.concealed = true;
     }
   }
   deliverFinished();
