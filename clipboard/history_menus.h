@@ -46,7 +46,8 @@ class HistoryMenus {
   std::shared_ptr<Menu> entryMenu(const MenuItem& item, const Entry& entry) const;
   MenuItem filterItem(const std::vector<Entry>& entries) const;
 
-  // The item that the sender stands for, wherever it is by now.
+  // Where the entry that the sender was made for is by now; none when it has gone or the sender
+  // carries no index in the history.
   std::optional<std::size_t> indexFor(const MenuItem& sender) const;
   void copyClipHistory(const MenuItem& sender);
   void setClipTypeFilter(const MenuItem& sender);

@@ -102,7 +102,7 @@ TEST_F(HistoryMenusTest, TextsWithTheSameBeginningReadDifferently) {
                         "x",
                         "x ",
                         "x\n",
-                        beginning + key + end,
+                        beginning + " " + key + " " + end,
                         beginning + " " + end,
                         beginning + "\n" + end};
   for (const std::string& text : alike) copy(text);
