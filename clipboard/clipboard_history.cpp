@@ -13,11 +13,27 @@ namespace {
 constexpr double pollInterval = 0.6;  // seconds
 
 // Writing this much takes a few milliseconds; more is left to the background.
-constexpr std::size_t immediateImageBytes = 4 * 1024 * 1024;
+constexpr std::size_t immediateImageBytes = std::size_t{4} << 20;
 
 // Entries that are looked at when loading. The history holds 40; a file that something else filled
 // must not hold up the launch.
 constexpr std::size_t examinedEntries = 1000;
+
+// Nothing but white space and line ends. Trimming would decode each of them, which takes too long
+// for the main thread when there are a hundred million.
+bool isAllBlank(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const char c = text[at];
+    if (c == ' ' || (c >= '\t' && c <= '\r')) {
+      ++at;
+      continue;
+    }
+    const auto [value, bytes] = text::scalarAt(text, at);
+    if (!text::isBlankOrNewline(value)) return false;
+    at += bytes;
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -92,7 +108,7 @@ void ClipboardHistory::recordImage(const Image& image) {
 }
 
 bool ClipboardHistory::recordText(const SharedText& text) {
-  if (text::trimmedBlanksAndNewlines(*text).empty()) return false;
+  if (isAllBlank(*text)) return false;
   const SharedText newest = clipHistory.empty() ? nullptr : clipHistory.front().kind.text();
   if (newest && (newest == text || *newest == *text)) return false;
   insert(text);

@@ -14,7 +14,7 @@ namespace {
 constexpr const char* fileFailure = "Couldn't save image to a file";
 
 // A secret is short; what is shown of anything longer must not hold up the dialog.
-constexpr std::size_t revealedBytes = 64 * 1024;
+constexpr std::size_t revealedBytes = std::size_t{64} << 10;
 
 void addClear(Menu& menu) {
   menu.addSeparator();
@@ -84,6 +84,7 @@ std::vector<HistoryMenus::Entry> HistoryMenus::entries() {
 void HistoryMenus::tellApart(std::vector<Entry>& entries,
                              const std::vector<std::size_t>& alike) const {
   std::vector<std::string_view> beginnings;
+  beginnings.reserve(alike.size());
   for (const std::size_t i : alike)
     beginnings.push_back(entries[i].analysis ? std::string_view(entries[i].analysis->beginning)
                                              : std::string_view());

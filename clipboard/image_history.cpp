@@ -106,6 +106,7 @@ std::optional<std::vector<std::string>> ImageHistory::newestImages(const std::st
                       return a.first != b.first ? a.first > b.first : *a.second > *b.second;
                     });
   std::vector<std::string> newest;
+  newest.reserve(count);
   for (std::size_t i = 0; i < count; ++i) newest.push_back(*dated[i].second);
   return newest;
 }

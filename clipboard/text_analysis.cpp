@@ -21,8 +21,8 @@ constexpr std::size_t bytesPerCharacter = 16;
 constexpr std::size_t beginningBytes = 4096;
 
 // Classifying takes at most 150 µs for a kilobyte; this keeps an event under 5 ms.
-constexpr std::size_t mainThreadBytes = 16 * 1024;
-constexpr std::size_t eventBytes = 32 * 1024;
+constexpr std::size_t mainThreadBytes = std::size_t{16} << 10;
+constexpr std::size_t eventBytes = std::size_t{32} << 10;
 constexpr std::size_t entryLimit = 128;
 
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
@@ -132,6 +132,7 @@ std::vector<std::string> titlesAtDifference(const std::vector<std::string_view>&
     for (const std::size_t i : {order[k - 1], order[k]}) same[i] = std::max(same[i], shared);
   }
   std::vector<std::string> titles;
+  titles.reserve(beginnings.size());
   for (std::size_t i = 0; i < beginnings.size(); ++i)
     titles.push_back(same[i] < beginnings[i].size() ? pieceAt(beginnings[i], same[i]) : "");
   return titles;
