@@ -29,8 +29,8 @@ std::string_view leadingLines(std::string_view text) {
 // What it takes to be named: more for longer texts, which hold more chance clues, and more when
 // much of the text is running text or looks like a terminal.
 int neededPoints(const ClueScores& scores) {
-  constexpr int kLeast = 5, kMost = 12;
-  const auto perLines = static_cast<int>(std::min<std::size_t>(scores.lines / 3, kMost - kLeast));
+  constexpr int kLeast = 4, kMost = 11;
+  const auto perLines = static_cast<int>(std::min<std::size_t>(scores.lines / 4, kMost - kLeast));
   int needed = kLeast + perLines;
   const std::size_t plain = scores.proseLines + scores.foreignLines;
   if (plain * 3 > scores.lines) needed *= 2;

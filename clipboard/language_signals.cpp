@@ -334,10 +334,12 @@ bool isJson(std::string_view text) {
       ++at;
     } else if (c == '/' && text.substr(at).starts_with("//")) {
       at = std::min(text.find('\n', at), text.size());  // as some tools allow
+    } else if (c == 'e' && at > 0 && text[at - 1] >= '0' && text[at - 1] <= '9') {
+      ++at;
     } else if (c >= 'a' && c <= 'z') {
       const std::size_t end = skipWord(text, at);
       const std::string_view word = text.substr(at, end - at);
-      if (word != "true" && word != "false" && word != "null" && word != "e") return false;
+      if (word != "true" && word != "false" && word != "null") return false;
       at = end;
     } else if (std::string_view("{}[]:,-+.0123456789E").find(c) != std::string_view::npos ||
                isSpaceAt(text, at)) {

@@ -287,7 +287,9 @@ TerminalLine terminalLine(std::string_view line, std::string_view trimmed, bool 
       holdsErrorPhrase(line)) {
     return TerminalLine::error;
   }
-  return !isCode && isCommandLine(trimmed) ? TerminalLine::command : TerminalLine::none;
+  // What ends find's -exec is no end of a statement.
+  const bool mayBeCommand = !isCode || trimmed.ends_with("\\;");
+  return mayBeCommand && isCommandLine(trimmed) ? TerminalLine::command : TerminalLine::none;
 }
 
 bool looksLikeTerminal(const LineCounts& lines) {
