@@ -35,7 +35,8 @@ constexpr std::string_view kSource =
 
 // Source that no language claims, so that its lines are looked at, too.
 constexpr std::string_view kPlainSource =
-    "  while (row < rows) {\n    widths[row] = measure(cells[row], font);\n    row = row + 1;\n  }\n";
+    "  while (row < rows) {\n    widths[row] = measure(cells[row], font);\n    row = row + 1;\n  "
+    "}\n";
 
 std::string repeated(std::string_view piece, std::size_t bytes) {
   std::string text;
@@ -67,8 +68,8 @@ void countWordsWithIcu(benchmark::State& state, const std::string& text) {
   const std::unique_ptr<icu::BreakIterator> words(
       icu::BreakIterator::createWordInstance(icu::Locale::getRoot(), error));
   for (auto _ : state) {
-    UText* bytes = utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()),
-                                  &error);
+    UText* bytes =
+        utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &error);
     words->setText(bytes, error);
     int count = 0;
     while (words->next() != icu::BreakIterator::DONE) ++count;
@@ -98,9 +99,9 @@ void countTheLines(benchmark::State& state, const std::string& text) {
 
 void add(const std::string& name, void (*run)(benchmark::State&, const std::string&),
          const std::string& text) {
-  benchmark::RegisterBenchmark(name.c_str(),
-                               [=](benchmark::State& state) { run(state, text); })
-      ->Unit(text.size() < 10'000 ? benchmark::kMicrosecond : benchmark::kMillisecond);
+  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+    run(state, text);
+  })->Unit(text.size() < 10'000 ? benchmark::kMicrosecond : benchmark::kMillisecond);
 }
 
 }  // namespace
@@ -120,9 +121,11 @@ int main(int argc, char** argv) {
   add("ICU regex calls/1 MB source", findCallsWithIcu, repeated(kPlainSource, 1 << 20));
 
   for (const std::string_view piece :
-       {"a", "A", " ", "\n", "0", "f", "(", ")", "func(", "{", "{:", "\"", "'", "\\", "eyJ", "$", "# ",
-        "a@b:", "/", "pas", "\r", "\xC3\xA9", "\xCC\x81", "\xE4\xB8\xAD", "\xFF", "aB3 ", "aB3$x_kk ",
-        "passwor", "def f(", "import ", "<", "a (", "a:", ".A"}) {
+       {"a",     "A",    " ",         "\n",      "0",      "f",        "(",        ")",
+        "func(", "{",    "{:",        "\"",      "'",      "\\",       "eyJ",      "$",
+        "# ",    "a@b:", "/",         "pas",     "\r",     "\xC3\xA9", "\xCC\x81", "\xE4\xB8\xAD",
+        "\xFF",  "aB3 ", "aB3$x_kk ", "passwor", "def f(", "import ",  "<",        "a (",
+        "a:",    ".A"}) {
     std::string name = "adversarial/";
     for (const char c : piece) {
       constexpr char kHex[] = "0123456789abcdef";
