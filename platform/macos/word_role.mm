@@ -18,6 +18,7 @@ constexpr std::size_t planeCount = 17;
 struct Plane {
   std::bitset<planeSize> words;
   std::bitset<planeSize> extenders;
+  std::bitset<planeSize> digits;
 };
 
 // The plane as a string, in which scalar i stands at i * unitsPerScalar. Surrogates are no scalars.
@@ -61,6 +62,7 @@ const Plane& planeOf(char32_t c) {
       NSString* scalars = scalarsOfPlane(index);
       mark(plane->words, scalars, @"[\\p{Alphabetic}\\p{M}\\p{Nd}\\p{Pc}]+");
       mark(plane->extenders, scalars, @"[\\p{Grapheme_Extend}\\p{Cf}]+");
+      mark(plane->digits, scalars, @"\\p{Nd}+");
     }
     planes[index] = std::move(plane);
   });
@@ -68,6 +70,16 @@ const Plane& planeOf(char32_t c) {
 }
 
 }  // namespace
+
+bool isDecimalDigit(char32_t c) {
+  if (c < 0x80) return c >= '0' && c <= '9';
+  return planeOf(c).digits[c % planeSize];
+}
+
+bool isWordCharacter(char32_t c) {
+  constexpr char32_t nonJoiner = 0x200C, joiner = 0x200D;
+  return c == nonJoiner || c == joiner || planeOf(c).words[c % planeSize];
+}
 
 WordRole wordRole(char32_t c) {
   const Plane& plane = planeOf(c);
