@@ -10,7 +10,7 @@ namespace marbelot::detection {
 namespace {
 
 constexpr int kMostWords = 14;
-constexpr int kMostNumbers = 3;
+constexpr int kMostNumbers = 2;
 constexpr std::size_t kMostSeparators = 5;
 
 Token read(std::string_view text, std::size_t at) { return tokenAt(text, at, Hyphens::join); }
@@ -94,7 +94,7 @@ std::optional<AddressTail> codeAt(std::string_view text, std::size_t at, bool af
   } else if (isUsStateName(token.lower)) {
     state_end = end;
     named = true;
-  } else if (const Token next = read(text, end);
+  } else if (const Token next = startsUsStateName(token.lower) ? read(text, end) : Token{};
              next.isWord() && isUsStateName(token.lower + '-' + next.lower)) {
     state_end = next.end();
     named = true;

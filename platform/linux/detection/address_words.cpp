@@ -131,6 +131,11 @@ bool isUsStateName(const std::string& words) {
   return names.has(words);
 }
 
+bool startsUsStateName(const std::string& word) {
+  static const WordSet words("new north rhode south west");
+  return words.has(word);
+}
+
 bool isAustralianState(const std::string& word) {
   static const WordSet words("nsw vic qld sa wa tas act nt");
   return words.has(word);

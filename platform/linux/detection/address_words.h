@@ -27,6 +27,7 @@ bool isCityParticle(const std::string& word);    // "am" in "Frankfurt am Main"
 bool isUsState(const std::string& word);  // "va"
 // Names of several words are joined with hyphens: "west-virginia".
 bool isUsStateName(const std::string& words);
+bool startsUsStateName(const std::string& word);  // "west"
 bool isAustralianState(const std::string& word);
 bool isCanadianProvince(const std::string& word);
 bool isCountry(const std::string& words);

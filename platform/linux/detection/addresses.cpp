@@ -53,7 +53,8 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
   if (end - digit > kLongestHouseNumber) return std::nullopt;
   if (digit > floor()) {
     const char before = text()[digit - 1];
-    if (before == ' ' || before == '\xA0') {
+    const char word_end = digit > 1 ? text()[digit - 2] : ' ';
+    if ((before == ' ' && (isAlpha(word_end) || word_end == '.')) || !isAscii(before)) {
       if (auto found = germanAddress(digit)) return found;
       if (auto found = boxAddress(digit)) return found;
     }
@@ -104,19 +105,21 @@ std::optional<Detection> AddressFinder::germanAddress(std::size_t digit) const {
   const bool dotted = word_end > floor() && text()[word_end - 1] == '.';
   word_end -= dotted;
   const std::size_t word = wordStart(text(), word_end, floor());
-  if (word == word_end) return std::nullopt;
+  // Nouns and names: in plain prose that is all that is looked at.
+  if (word == word_end || isLower(text()[word])) return std::nullopt;
   std::size_t end = houseNumberEnd(digit);
   if (end == 0) return std::nullopt;
   if (byteAt(end) == ' ' && isLower(byteAt(end + 1)) && !isAlnum(byteAt(end + 2)) &&
       isAscii(byteAt(end + 2)) && byteAt(end + 2) != '\'') {
     end += 2;  // "12 a"
   }
-  const std::optional<AddressTail> town = readTown(text(), end);
   const Token token = read(word);
   bool standalone = false;
   StreetType type = germanStreetType(token.lower, standalone);
   const bool abbreviated = token.lower.ends_with("str");
   if (abbreviated != dotted && (abbreviated || dotted)) type = StreetType::none;
+  if (type == StreetType::none && byteAt(end) != ',' && byteAt(end) != '\n') return std::nullopt;
+  const std::optional<AddressTail> town = readTown(text(), end);
   if (type == StreetType::none && !(town && !dotted && town->separators > 0)) return std::nullopt;
   if (!token.capital && !standalone) return std::nullopt;
   const bool named = type != StreetType::none && !standalone;
@@ -132,6 +135,11 @@ std::optional<Detection> AddressFinder::germanAddress(std::size_t digit) const {
 }
 
 std::optional<Detection> AddressFinder::boxAddress(std::size_t digit) const {
+  // The last letters of "box", "bag", "postfach" and "bp".
+  constexpr std::string_view kLastLetters = "xXgGhHpP";
+  if (digit < floor() + 3 || kLastLetters.find(text()[digit - 2]) == std::string_view::npos) {
+    return std::nullopt;
+  }
   const std::size_t from = digit - std::min<std::size_t>(digit - floor(), 12);
   std::string before(text().substr(from, digit - from));
   for (char& c : before) c = lower(c);
@@ -247,6 +255,12 @@ std::size_t AddressFinder::loneTownEnd(std::size_t street_end) const {
 std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) const {
   const std::size_t number_end = houseNumberEnd(digit);
   if (number_end == 0) return std::nullopt;
+  const char after = byteAt(number_end);
+  if (after != ' ' && after != ',' && after != '\t' && isAscii(after)) return std::nullopt;
+  // In lower case only the French types of streets follow a number.
+  const char next = byteAt(number_end + 1);
+  constexpr std::string_view kFrenchInitials = "rabicpqfetvs";
+  if (isLower(next) && kFrenchInitials.find(next) == std::string_view::npos) return std::nullopt;
   Street street = frenchStreet(number_end);
   const bool french = street.type != StreetType::none;
   if (!french) {

@@ -1,4 +1,5 @@
 // Dates and times, reckoned from a given moment, in ISO 8601.
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -50,6 +51,13 @@ std::string isoTime(const Clock& clock) {
   return result + clock.zone;
 }
 
+constexpr std::array<bool, 256> kWordBytes = [] {
+  std::array<bool, 256> table{};
+  for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = table[c - 32] = true;
+  for (unsigned c = 0x80; c < 0x100; ++c) table[c] = true;
+  return table;
+}();
+
 class DateFinder final : public TriggerFinder {
  public:
   DateFinder(std::string_view text, const std::string& region, double now)
@@ -82,7 +90,7 @@ class DateFinder final : public TriggerFinder {
 
 // A digit that starts a number, or a word of the vocabulary.
 std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
-  const auto isWordByte = [](char c) { return isAlpha(c) || !isAscii(c); };
+  const auto isWordByte = [](char c) { return kWordBytes[static_cast<unsigned char>(c)]; };
   std::size_t at = from;
   // In the middle of a word or a number nothing starts.
   if (at > 0 && isWordByte(text()[at - 1])) {
@@ -120,10 +128,30 @@ bool DateFinder::startsFreely(std::size_t at) const {
 std::optional<Detection> DateFinder::examine(std::size_t trigger) {
   if (!startsFreely(trigger)) return std::nullopt;
   const Token first = tokenAt(text(), trigger);
-  if (first.kind == Token::Kind::end) return std::nullopt;
-  if (auto found = dayAndTime(trigger)) return found;
-  if (auto found = distance(first)) return found;
-  return timeAndDay(trigger);
+  if (first.isNumber()) {
+    // Only a few characters stand behind the number that starts a date or a time.
+    constexpr std::string_view kBehind = " -/.:haAP\t'psnrte\xC2\xE2";
+    if (first.range.length > 4 || first.end() >= text().size() ||
+        kBehind.find(text()[first.end()]) == std::string_view::npos) {
+      return std::nullopt;
+    }
+    if (auto found = dayAndTime(trigger)) return found;
+    if (auto found = distance(first)) return found;
+    return timeAndDay(trigger);
+  }
+  if (!first.isWord()) return std::nullopt;
+  switch (dateWord(first.lower).kind) {
+    case Kind::none:
+      return std::nullopt;
+    case Kind::within:
+    case Kind::count:
+      return distance(first);
+    case Kind::noon:
+      return timeAndDay(trigger);
+    default:
+      if (auto found = dayAndTime(trigger)) return found;
+      return first.lower == "sept" ? distance(first) : std::nullopt;
+  }
 }
 
 std::optional<Clock> DateFinder::clockAfter(const Day& day) const {

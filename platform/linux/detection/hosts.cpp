@@ -4,6 +4,7 @@
 #include <unicode/idna.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 #include "platform/linux/detection/scan.h"
@@ -16,7 +17,15 @@ namespace {
 constexpr std::size_t kLongestLabel = 63;
 constexpr std::size_t kLongestHost = 253;
 
-bool isHostByte(char c) { return isAlnum(c) || c == '-' || c == '_'; }
+constexpr std::array<bool, 256> kHostBytes = [] {
+  std::array<bool, 256> table{};
+  for (unsigned char c = '0'; c <= '9'; ++c) table[c] = true;
+  for (unsigned char c = 'a'; c <= 'z'; ++c) table[c] = table[c - 32u] = true;
+  table['-'] = table['_'] = true;
+  return table;
+}();
+
+bool isHostByte(char c) { return kHostBytes[static_cast<unsigned char>(c)]; }
 
 bool isHostScalar(char32_t c, bool wide) {
   return (text::isLetter(c) || text::isNumber(c)) && (wide || !isWide(c));
@@ -85,11 +94,13 @@ std::size_t hostEnd(std::string_view text, std::size_t start, bool wide) {
   std::size_t end = start;
   std::size_t dot = std::string_view::npos;
   while (end < text.size()) {
-    if (isAscii(text[end])) {
+    if (isHostByte(text[end])) {
+      ++end;
+    } else if (isAscii(text[end])) {
       if (text[end] == '.') {
         if (end == start || dot == end - 1) break;
         dot = end;
-      } else if (!isHostByte(text[end])) {
+      } else {
         break;
       }
       ++end;
@@ -129,6 +140,7 @@ bool isIpv6(std::string_view host) {
 Tld tldOf(std::string_view host) {
   const std::size_t dot = host.rfind('.');
   if (dot == std::string_view::npos) return Tld::unknown;
+  if (!mayBeTld(host.substr(dot + 1))) return Tld::unknown;
   std::string label(host.substr(dot + 1));
   if (label.size() > kLongestLabel || label.empty() || isDigit(label[0])) return Tld::unknown;
   std::transform(label.begin(), label.end(), label.begin(), lower);

@@ -284,7 +284,7 @@ bool LinkFinder::isCredibleHost(std::string_view host, Tld tld, std::size_t end)
   const bool upper = std::any_of(host.begin(), host.end(), isUpper);
   const bool is_lower = std::any_of(host.begin(), host.end(), isLower);
 
-  if (after == '(' || after == '\\' || name.back() == '_') return false;
+  if (after == '\\' || name.back() == '_') return false;
   // "end.Start": a capital after the dot begins a sentence or names a member, unless all are
   // capitals or the name stands like a title.
   if (isUpper(suffix.front()) && is_lower &&
@@ -324,7 +324,7 @@ std::optional<Detection> LinkFinder::bareLink(std::size_t dot) {
   const char outside = byteBefore(start);
   if (outside != '\0' && kGlue.find(outside) != std::string_view::npos) return std::nullopt;
   if (outside == ':' && byteBefore(start - 1) == ':') return std::nullopt;
-  if (byteAt(end) == '@') return std::nullopt;
+  if (byteAt(end) == '@' || byteAt(end) == '(') return std::nullopt;
 
   const std::string_view host = slice(start, end);
   if (isIpv4(host)) {

@@ -222,11 +222,42 @@ Stretch readStretch(std::string_view text, std::size_t digit, std::size_t floor)
   return stretch;
 }
 
+std::size_t fewDigitsEnd(std::string_view text, std::size_t digit) {
+  std::size_t digits = 0;
+  std::size_t marks = 0;
+  for (std::size_t at = digit; at < text.size(); ++at) {
+    const char c = text[at];
+    if (isDigit(c)) {
+      if (++digits == 7) return 0;
+      marks = 0;
+    } else if (isAscii(c) && c != ' ' && c != '-' && c != '.' && c != '(' && c != ')' && c != '/') {
+      return at;
+    } else if (++marks > 6) {
+      return at;
+    }
+  }
+  return text.size();
+}
+
 bool isPlausible(std::string_view text, const Stretch& stretch) {
   if (stretch.digits < 7 || stretch.digits > Stretch::kMostDigits) return false;
   if (!startsFreely(text, stretch) || !endsFreely(text, stretch.end())) return false;
   if (stretch.plus) return stretch.digits <= 16 && text[stretch.groups[0].start] != '0';
   return !hasForeignShape(text, stretch) && !isIntroducedAsOther(text, stretch.start);
+}
+
+std::size_t resumption(std::string_view text, const Stretch& stretch) {
+  const auto* const last = stretch.groups.begin() + stretch.count;
+  const auto singles = std::count_if(stretch.groups.begin(), last,
+                                     [](const Stretch::Group& group) { return group.length == 1; });
+  const auto* const next = std::find_if(
+      stretch.groups.begin() + 1, std::max(last, stretch.groups.begin() + 1),
+      [](const Stretch::Group& group) { return group.separator == ' ' || group.separator == '('; });
+  // Columns of single digits hold no numbers to dial.
+  if (singles < 3 && next < last) return next->start;
+  std::size_t end = stretch.end();
+  while (end < text.size() && isDigit(text[end])) ++end;
+  return end;
 }
 
 bool isNorthAmerican(std::string_view region) {

@@ -31,9 +31,17 @@ struct Stretch {
 // the group that would make it too long.
 Stretch readStretch(std::string_view text, std::size_t digit, std::size_t floor);
 
+// Where the digits that might belong together end when they are less than seven, else 0: a quick
+// look that spares most numbers all others.
+std::size_t fewDigitsEnd(std::string_view text, std::size_t digit);
+
 // Whether nothing in the shape of the stretch or in the text around it says that it is something
 // else: a date, an address of the network, a version, money, the number of an order or a book.
 bool isPlausible(std::string_view text, const Stretch& stretch);
+
+// Where to look for the next number when this stretch is none: at its next group that could be the
+// first of a number, as in "03.05.2026 030 901820", or behind it.
+std::size_t resumption(std::string_view text, const Stretch& stretch);
 
 // Whether the region belongs to the North American Numbering Plan.
 bool isNorthAmerican(std::string_view region);

@@ -62,11 +62,16 @@ class PhoneFinder final : public TriggerFinder {
   std::string region_;
   bool north_american_;
   std::size_t failures_ = 0;
+  std::string last_none_;
   std::unordered_map<std::string, MarbelotPhone> answers_;
 };
 
 std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
   // Most digits of most texts are not part of seven.
+  if (const std::size_t end = fewDigitsEnd(text(), digit)) {
+    skipTo(end);
+    return std::nullopt;
+  }
   Stretch stretch = readStretch(text(), digit, floor());
   const std::size_t first_end = stretch.groups[0].start + stretch.groups[0].length;
   if (stretch.digits < 7) {
@@ -80,10 +85,7 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
     return std::nullopt;
   }
   if (!isPlausible(text(), stretch)) {
-    // All of a very long run of digits, or of a date, goes together.
-    std::size_t end = first_end;
-    while (end < text().size() && isDigit(text()[end])) ++end;
-    skipTo(end);
+    skipTo(resumption(text(), stretch));
     return std::nullopt;
   }
   MarbelotPhone phone = lookUp(stretch);
@@ -100,6 +102,7 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
 MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate) {
   const std::size_t at = candidate.start;
   const std::string stretch(text().substr(at, candidate.end() - at));
+  if (stretch == last_none_) return {};
   if (const auto known = answers_.find(stretch); known != answers_.end()) return known->second;
   if (failures_ > kFreeFailures + at / kBytesPerFailure) return {};
   const PhoneFunction find = phoneFunction();
@@ -107,6 +110,7 @@ MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate) {
   if (find == nullptr || find(stretch.data(), stretch.size(), region_.c_str(), &phone) == 0) {
     phone = {};
     ++failures_;
+    last_none_ = stretch;
   }
   if (answers_.size() >= kMostAnswers) answers_.clear();
   return answers_.emplace(stretch, phone).first->second;

@@ -5,9 +5,13 @@
 #include <unicode/idna.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_map>
+
+#include "platform/linux/detection/scan.h"
 
 namespace marbelot::detection {
 namespace {
@@ -176,12 +180,33 @@ Table makeTable() {
   return table;
 }
 
+const Table& table() {
+  static const Table tlds = makeTable();
+  return tlds;
+}
+
 }  // namespace
 
+bool mayBeTld(std::string_view label) {
+  const auto slot = [](std::string_view word) {
+    return (static_cast<unsigned char>(lower(word[0])) * 31u +
+            static_cast<unsigned char>(lower(word[1]))) %
+           1024u;
+  };
+  static const std::array<std::uint32_t, 1024> lengths = [&] {
+    std::array<std::uint32_t, 1024> result{};
+    for (const auto& [known, tld] : table()) {
+      if (known.size() >= 2) result[slot(known)] |= 1u << std::min<std::size_t>(known.size(), 31);
+    }
+    return result;
+  }();
+  return label.size() >= 2 &&
+         (lengths[slot(label)] >> std::min<std::size_t>(label.size(), 31) & 1u) != 0;
+}
+
 Tld classifyTld(const std::string& label) {
-  static const Table table = makeTable();
-  const auto found = table.find(label);
-  return found == table.end() ? Tld::unknown : found->second;
+  const auto found = table().find(label);
+  return found == table().end() ? Tld::unknown : found->second;
 }
 
 }  // namespace marbelot::detection

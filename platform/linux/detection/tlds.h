@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace marbelot::detection {
 
@@ -14,5 +15,8 @@ enum class Tld {
 
 // `label` is the last label of a host name in lower case, as Unicode or in punycode.
 Tld classifyTld(const std::string& label);
+
+// A quick look: false when no top-level domain has this length and these first letters.
+bool mayBeTld(std::string_view label);
 
 }  // namespace marbelot::detection

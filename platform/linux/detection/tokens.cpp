@@ -58,8 +58,10 @@ Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens) {
     token.kind = Token::Kind::number;
     token.lower = text.substr(start, end - start);
   } else if (isLetterAt(text, start, bytes)) {
-    const char32_t first = text::scalarAt(text, start).value;
+    token.capital = isAscii(text[start]) ? isUpper(text[start])
+                                         : text::isUppercase(text::scalarAt(text, start).value);
     while (end - start <= kLongestWord) {
+      while (end < text.size() && isAlpha(text[end])) ++end;
       if (isLetterAt(text, end, bytes)) {
         end += bytes;
       } else if (const std::size_t joiner = joinerAt(text, end, hyphens);
@@ -70,7 +72,6 @@ Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens) {
       }
     }
     token.kind = Token::Kind::word;
-    token.capital = text::isUppercase(first);
     const std::string_view word = text.substr(start, end - start);
     if (std::all_of(word.begin(), word.end(), isAscii)) {
       token.lower = word;
