@@ -155,7 +155,7 @@ bool isCountry(const std::string& words) {
 }
 
 std::size_t ukPostcodeLength(std::string_view text) {
-  if (text.empty() || !isUpper(text[0])) return 0;
+  if (text.size() < 5 || !isUpper(text[0]) || !(isDigit(text[1]) || isDigit(text[2]))) return 0;
   for (const std::string_view shape :
        {"A9 9AA", "A99 9AA", "AA9 9AA", "AA99 9AA", "A9A 9AA", "AA9A 9AA"}) {
     if (const std::size_t length = shapeLength(text, shape)) return length;

@@ -15,6 +15,7 @@ constexpr std::size_t kLongestHouseNumber = 5;
 
 struct Street {
   std::size_t end = 0;
+  std::size_t name_end = 0;  // of all the words that may be the street's
   StreetType type = StreetType::none;
   bool complete = false;  // nothing follows that could belong to the name
   bool title = false;     // holds a word that is in headings rather than in names of streets
@@ -193,6 +194,7 @@ Street AddressFinder::englishStreet(std::size_t at) const {
       street.complete = false;
     }
   }
+  street.name_end = end;
   return street;
 }
 
@@ -270,6 +272,11 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
     street = englishStreet(number_end);
   }
   const bool typed = street.type != StreetType::none;
+  // Without a type, "1 Broadway" must at least be a line of its own.
+  if (const Token stop = read(street.name_end);
+      !typed && !stop.is(',') && stop.kind != Token::Kind::newline) {
+    return std::nullopt;
+  }
   // A French street's number may have "bis" and a comma behind it; the words begin after those.
   const std::optional<AddressTail> tail =
       french ? readAddressTail(text(), street.end) : readAddressTail(text(), number_end);

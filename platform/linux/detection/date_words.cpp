@@ -78,6 +78,7 @@ std::size_t prefixHash(std::string_view word) {
 }  // namespace
 
 DateWord dateWord(const std::string& word) {
+  if (word.empty() || isDigit(word[0])) return {};
   const auto found = table().find(word);
   return found == table().end() ? DateWord{} : found->second;
 }

@@ -135,6 +135,10 @@ std::optional<Detection> DateFinder::examine(std::size_t trigger) {
         kBehind.find(text()[first.end()]) == std::string_view::npos) {
       return std::nullopt;
     }
+    if (const Token second = tokenAt(text(), first.end());
+        second.isNumber() || second.kind == Token::Kind::newline) {
+      return std::nullopt;
+    }
     if (auto found = dayAndTime(trigger)) return found;
     if (auto found = distance(first)) return found;
     return timeAndDay(trigger);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/linux/detection/scan.h"
+#include "platform/linux/detection/tokens.h"
 #include "platform/text.h"
 
 namespace marbelot::detection {
@@ -21,6 +22,7 @@ struct Mark {
 Mark markAt(std::string_view text, std::size_t at) {
   const char c = byteAt(text, at);
   if (c == ' ' || c == '-' || c == '.' || c == '/') return {c, 1};
+  if (isAscii(c)) return {};
   if (c == '\xC2' && byteAt(text, at + 1) == '\xA0') return {' ', 2};  // no-break space
   const std::string_view three = text.substr(at, 3);
   if (three == "\u2010" || three == "\u2011" || three == "\u2013") return {'-', 3};
@@ -114,19 +116,14 @@ bool hasForeignShape(std::string_view text, const Stretch& stretch) {
   return stretch.digits > 15 && !first.starts_with("00") && !first.starts_with("011");
 }
 
-bool isOneOf(std::string_view words, std::string_view word) {
-  const std::size_t at = words.find(" " + std::string(word) + " ");
-  return !word.empty() && at != std::string_view::npos;
-}
-
 // Whether the words before say what the number counts, and it is no telephone.
 bool isIntroducedAsOther(std::string_view text, std::size_t start) {
-  constexpr std::string_view kPhone =
-      " tel telephone telefon phone fon mobile mobil cell handy fax call ruf dial ring whatsapp ";
-  constexpr std::string_view kOther =
-      " order orders invoice isbn issn ref reference id account acct tracking ticket case serial "
+  static const WordSet phones(
+      "tel telephone telefon phone fon mobile mobil cell handy fax call ruf dial ring whatsapp");
+  static const WordSet others(
+      "order orders invoice isbn issn ref reference id account acct tracking ticket case serial "
       "sku part version build vat iban card pin bestellung rechnung kunde commande facture siret "
-      "upc ean imei doi pmid issue bug article timestamp epoch amount sum total ";
+      "upc ean imei doi pmid issue bug article timestamp epoch amount sum total");
   std::size_t at = start;
   for (int words = 0; words < 3 && at > 0; ++words) {
     const std::size_t bound = start - std::min<std::size_t>(start, 48);
@@ -136,9 +133,8 @@ bool isIntroducedAsOther(std::string_view text, std::size_t start) {
     std::string word;
     while (at > bound && isAlpha(text[at - 1])) word += lower(text[--at]);
     std::reverse(word.begin(), word.end());
-    if (isOneOf(kPhone, word)) return false;
-    if (isOneOf(kOther, word)) return true;
-    if (word.empty()) return false;
+    if (word.empty() || phones.has(word)) return false;
+    if (others.has(word)) return true;
   }
   return false;
 }
@@ -260,9 +256,10 @@ std::size_t resumption(std::string_view text, const Stretch& stretch) {
   return end;
 }
 
-bool isNorthAmerican(std::string_view region) {
-  return isOneOf(" US CA AG AI AS BB BM BS DM DO GD GU JM KN KY LC MP MS PR SX TC TT VC VG VI ",
-                 region);
+bool isNorthAmerican(const std::string& region) {
+  static const WordSet regions(
+      "US CA AG AI AS BB BM BS DM DO GD GU JM KN KY LC MP MS PR SX TC TT VC VG VI");
+  return regions.has(region);
 }
 
 bool cutToNorthAmerican(std::string_view text, Stretch& stretch) {

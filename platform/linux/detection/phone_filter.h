@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace marbelot::detection {
@@ -44,7 +45,7 @@ bool isPlausible(std::string_view text, const Stretch& stretch);
 std::size_t resumption(std::string_view text, const Stretch& stretch);
 
 // Whether the region belongs to the North American Numbering Plan.
-bool isNorthAmerican(std::string_view region);
+bool isNorthAmerican(const std::string& region);
 // Cuts the stretch to the one number of that plan that it starts with; false when there is none.
 bool cutToNorthAmerican(std::string_view text, Stretch& stretch);
 // Cuts a stretch that is too long for a national number to the groups before a blank that are not;
