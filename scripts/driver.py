@@ -59,6 +59,12 @@ class Marbelot:
         assert result.returncode == 0, result.stderr
         return [item for item in json.loads(result.stdout) if not item.get("hidden")]
 
+    def checked(self, action):
+        """Whether the item of the Settings submenu that sends the action has its check mark."""
+        settings = next(item for item in self.menu() if item.get("title") == "Settings")
+        return next(item["checked"] for item in settings["submenu"]
+                    if item.get("action") == action)
+
     def titles(self):
         return [item["title"] for item in self.menu() if "title" in item]
 
@@ -86,10 +92,10 @@ class Marbelot:
         found = self.desktop.run("xdotool", "search", "--onlyvisible", "--class", "marbelot")
         rectangles = []
         for window in found.stdout.decode().split():
-            kind = self.desktop.run("xprop", "-id", window, "_NET_WM_WINDOW_TYPE").stdout
-            if b"_MENU" not in kind:
-                continue
-            shell = self.desktop.run("xdotool", "getwindowgeometry", "--shell", window).stdout
-            values = dict(line.split("=") for line in shell.decode().split())
-            rectangles.append(tuple(int(values[k]) for k in ("X", "Y", "WIDTH", "HEIGHT")))
+            lines = self.desktop.run("xwininfo", "-id", window).stdout.decode().splitlines()
+            facts = dict(line.strip().split(":", 1) for line in lines if ":" in line)
+            # Only menus are kept from the window manager.
+            if facts.get("Override Redirect State", "").strip() == "yes":
+                rectangles.append(tuple(int(facts[key]) for key in (
+                    "Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")))
         return rectangles

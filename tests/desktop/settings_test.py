@@ -20,6 +20,10 @@ class SettingsTest(DesktopTest):
     def start(self):
         self.program = Marbelot(self.screen)
 
+    def previews(self):
+        """A setting to try: on by default."""
+        return self.program.checked("toggleClipPreview")
+
     def damaged(self):
         return list(self.folder.glob("*.damaged*"))
 
@@ -35,18 +39,18 @@ class SettingsTest(DesktopTest):
                 self.file.write_bytes(content)
                 self.start()
                 self.assertEqual([path.read_bytes() for path in self.damaged()], [content])
-                self.assertIsNotNone(self.program.preview(), "defaults apply")
+                self.assertTrue(self.previews(), "defaults apply")
                 until(lambda: len(self.screen.notices()) == told + 1, "told")
 
                 self.program.invoke("toggleClipPreview")
-                self.assertIsNone(self.program.preview())
+                self.assertFalse(self.previews())
                 self.assertIs(self.stored()["showClipboardPreview"], False)
                 self.assertEqual(self.file.stat().st_mode & 0o777, 0o600)
                 self.program.ctl("quit")
                 self.program.process.wait(5)
 
                 self.start()
-                self.assertIsNone(self.program.preview(), "what was set applies")
+                self.assertFalse(self.previews(), "what was set applies")
                 stays(lambda: len(self.screen.notices()) == told + 1, "told once", 0.5)
                 self.program.ctl("quit")
                 self.program.process.wait(5)
@@ -58,7 +62,7 @@ class SettingsTest(DesktopTest):
                  "favoriteSaveDirs": [1, "/tmp", None]}
         self.file.write_text(json.dumps(wrong | {"showClipboardPreview": False}))
         self.start()
-        self.assertIsNone(self.program.preview(), "the good value applies")
+        self.assertFalse(self.previews(), "the good value applies")
         self.assertEqual(self.program.titles()[-1], "Quit Marbelot")
         self.assertEqual(self.damaged(), [])
         self.program.invoke("toggleClipPreview")
@@ -92,13 +96,13 @@ class SettingsTest(DesktopTest):
         self.assertEqual(self.stored()["cannedResponses"], ["kept"])
 
     def check_that_settings_work_but_are_not_stored(self):
-        self.assertIsNotNone(self.program.preview())
+        self.assertTrue(self.previews())
         told = len(self.screen.notices())
         self.program.invoke("toggleClipPreview")
-        self.assertIsNone(self.program.preview())
+        self.assertFalse(self.previews())
         until(lambda: len(self.screen.notices()) == told + 1, "told")
         self.program.invoke("toggleClipPreview")
-        self.assertIsNotNone(self.program.preview())
+        self.assertTrue(self.previews())
         stays(lambda: len(self.screen.notices()) == told + 1, "told once", 0.5)
 
 
