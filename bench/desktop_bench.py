@@ -143,20 +143,21 @@ def burst():
                 time.sleep(0.001)
         until(lambda: program.copied() >= SCREENSHOTS, "all counted", 60)
         counted = time.monotonic_ns()
-        read = reader.wait_for(len(images[-1]))
+        last = program.line("Last: ")
+        read = reader.wait_for((program.shots / last).stat().st_size)
         print(f"\n{SCREENSHOTS} screenshots of 1920x1080 within {(closed - began) / 1e9:.2f} s: "
               f"{program.copied()} counted at the latest {(counted - closed) / 1e6:.0f} ms, the "
-              f"last one read {(read - closed) / 1e6:.0f} ms after the last close")
+              f"last one ({last}) read {(read - closed) / 1e6:.0f} ms after the last close")
 
 
 def usage(pid):
-    """Processor seconds and context switches of all threads of a process."""
+    """Processor seconds of a process, and context switches by thread."""
     fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
     seconds = (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
-    switches = sum(
-        int(line.split()[1])
-        for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
-        for line in status.read_text().splitlines() if "ctxt_switches" in line)
+    switches = {
+        status.parent.name: sum(int(line.split()[1]) for line in status.read_text().splitlines()
+                                if "ctxt_switches" in line)
+        for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")}
     return seconds, switches
 
 
@@ -164,11 +165,14 @@ def idle(seconds=60):
     with VirtualDesktop() as desktop:
         program = Marbelot(desktop)
         time.sleep(5)  # what starting leaves to do is done by then
-        before = usage(program.process.pid)
+        before, switches_before = usage(program.process.pid)
         time.sleep(seconds)
-        after = usage(program.process.pid)
-        print(f"\nIdle for {seconds} s: {(after[0] - before[0]) * 1000:.0f} ms of processor time, "
-              f"{(after[1] - before[1]) / seconds:.1f} context switches a second")
+        after, switches_after = usage(program.process.pid)
+        # A thread that ended meanwhile was a worker that had nothing to do.
+        switches = sum(count - switches_before.get(thread, 0)
+                       for thread, count in switches_after.items())
+        print(f"\nIdle for {seconds} s: {(after - before) * 1000:.0f} ms of processor time, "
+              f"{switches / seconds:.2f} context switches a second")
 
 
 def start(times=20):

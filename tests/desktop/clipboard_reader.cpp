@@ -1,10 +1,12 @@
 // Reads the clipboard's image/png each time its owner changes, as a pasting program would.
 //
-// Prints "ready", then a line per change: when the change was announced and when the last byte was
-// read (CLOCK_MONOTONIC, nanoseconds), and the number of bytes, -1 when the owner has no such
-// image.
+// Prints "ready", then a line per change (the last of those that come during a transfer): when the
+// change was announced and when the last byte was read (CLOCK_MONOTONIC, nanoseconds), and the
+// number of bytes, -1 when the owner has no such image.
 #include <time.h>
 #include <xcb/xfixes.h>
+
+#include <utility>
 
 #include "tests/desktop/x_client.h"
 
@@ -39,9 +41,9 @@ class Reader {
     std::fflush(stdout);
     while (const auto event = client_.nextEvent()) {
       if (eventType(*event) == firstFixesEvent_ + XCB_XFIXES_SELECTION_NOTIFY) {
-        announced_ = nanoseconds();
-        xcb_convert_selection(client_.connection(), client_.window(), clipboard_, png_, property_,
-                              XCB_CURRENT_TIME);
+        nextAnnounced_ = nanoseconds();
+        // Two transfers at a time would mix their parts.
+        if (!reading_) request();
       } else if (eventType(*event) == XCB_SELECTION_NOTIFY) {
         answered(*reinterpret_cast<const xcb_selection_notify_event_t*>(event.get()));
       } else if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
@@ -51,6 +53,13 @@ class Reader {
   }
 
  private:
+  void request() {
+    announced_ = std::exchange(nextAnnounced_, 0);
+    reading_ = true;
+    xcb_convert_selection(client_.connection(), client_.window(), clipboard_, png_, property_,
+                          XCB_CURRENT_TIME);
+  }
+
   void answered(const xcb_selection_notify_event_t& event) {
     if (event.property == XCB_ATOM_NONE) return report(-1);
     const auto part = take();
@@ -79,9 +88,11 @@ class Reader {
         xcb_get_property_reply(client_.connection(), cookie, nullptr));
   }
 
-  void report(long long bytes) const {
+  void report(long long bytes) {
     std::printf("%lld %lld %lld\n", announced_, nanoseconds(), bytes);
     std::fflush(stdout);
+    reading_ = false;
+    if (nextAnnounced_ != 0) request();
   }
 
   XClient client_;
@@ -91,6 +102,8 @@ class Reader {
   xcb_atom_t property_;
   int firstFixesEvent_ = 0;
   long long announced_ = 0;
+  long long nextAnnounced_ = 0;  // a change that came during a transfer; 0: none
+  bool reading_ = false;
   long long bytes_ = 0;
   bool chunked_ = false;
 };
