@@ -1,0 +1,240 @@
+// The application over services in memory: launch, menu, settings, and what is told to whom.
+
+#include "app/app_delegate.h"
+
+#include <gtest/gtest.h>
+#include <sys/xattr.h>
+
+#include "platform/memory/memory_platform.h"
+#include "tests/support/png.h"
+#include "tests/support/temporary_home.h"
+
+namespace marbelot {
+namespace {
+
+using memory::itemAt;
+
+class AppDelegateTest : public testing::Test {
+ protected:
+  AppDelegateTest() { std::filesystem::create_directory(home_ / "Desktop"); }
+  void launch() {
+    application_ = std::make_unique<AppDelegate>(desktop_.platform);
+    application_->applicationDidFinishLaunching();
+    desktop_.queue.drain();
+  }
+  const Menu& menu() {
+    desktop_.statusItem.open();
+    return *desktop_.statusItem.menu;
+  }
+  std::vector<std::string> titles() {
+    std::vector<std::string> shown;
+    for (const MenuItemRef& item : menu().items)
+      if (!item->hidden) shown.push_back(item->separator ? "-" : item->title);
+    return shown;
+  }
+  void choose(const std::vector<std::string>& path) {
+    const MenuItemRef item = itemAt(menu(), path);
+    ASSERT_TRUE(item && item->choosable()) << path.back();
+    desktop_.statusItem.delegate->menuItemChosen(*item);
+    desktop_.queue.drain();
+  }
+  void screenshot(const std::string& name) {
+    writeFile(home_ / ("Desktop/" + name), *png(640));
+    desktop_.folderEvents.fire();
+    desktop_.queue.drain();
+  }
+
+  TemporaryHome home_;
+  memory::MemoryPlatform desktop_;
+  std::unique_ptr<AppDelegate> application_;
+};
+
+TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
+  launch();
+  EXPECT_EQ(desktop_.statusItem.symbols, std::vector<std::string>{"camera.on.rectangle.fill"});
+  EXPECT_EQ(desktop_.statusItem.description, "Marbelot");
+  EXPECT_EQ(desktop_.folderEvents.watched, std::vector<std::string>{home_ / "Desktop"});
+  EXPECT_EQ(titles(), (std::vector<std::string>{"Marbelot — auto-copy screenshots",
+                                                "-",
+                                                "On clipboard:",
+                                                "(empty)",
+                                                "Edit clipboard text…",
+                                                "-",
+                                                "Copied this session: 0",
+                                                "-",
+                                                "Flatten newlines",
+                                                "Trim clipboard",
+                                                "Collect copies",
+                                                "View clipboard…",
+                                                "-",
+                                                "Canned responses",
+                                                "Clipboard history",
+                                                "Clipboard by type",
+                                                "Image history",
+                                                "Settings",
+                                                "-",
+                                                "Watching: " + home_ / "Desktop",
+                                                "-",
+                                                "Quit Marbelot"}));
+  const Menu& settings = *itemAt(menu(), {"Settings"})->submenu;
+  std::vector<std::pair<std::string, bool>> states;
+  for (const MenuItemRef& item : settings.items) states.emplace_back(item->title, item->checked);
+  EXPECT_EQ(states, (std::vector<std::pair<std::string, bool>>{
+                        {"Show clipboard preview at top", true},
+                        {"Auto-save copied images to a file", true},
+                        {"Save copied images to:", false},
+                        {"Temporary folder (cleared on reboot)", true},
+                        {"~/Pictures/Marbelot/Clipboard (kept)", false},
+                        {"Screenshot access (permissions)…", false},
+                        {"Open copied-images folder", false}}));
+  EXPECT_EQ(itemAt(menu(), {"Quit Marbelot"})->key, "q");
+  EXPECT_EQ(desktop_.defaults.writes, 0) << "a first launch stores nothing";
+}
+
+TEST_F(AppDelegateTest, AScreenshotIsCountedNamedFlashedAndAnnounced) {
+  launch();
+  screenshot("Screenshot <1>.png");
+  EXPECT_EQ(desktop_.notices.posted.size(), 1U);
+  EXPECT_EQ(desktop_.notices.posted[0].title, "Screenshot copied to clipboard");
+  EXPECT_EQ(desktop_.notices.last(), "Screenshot <1>.png");
+  EXPECT_TRUE(itemAt(menu(), {"Copied this session: 1"}));
+  EXPECT_FALSE(itemAt(menu(), {"Copied this session: 1"})->choosable());
+  EXPECT_TRUE(itemAt(menu(), {"Last: Screenshot <1>.png"}));
+  EXPECT_EQ(desktop_.statusItem.symbols.back(), "checkmark.circle.fill");
+  desktop_.queue.advance(0.5);
+  screenshot("Screenshot 2.png");  // a second flash during the first
+  desktop_.queue.advance(0.85);
+  EXPECT_EQ(desktop_.statusItem.symbols.back(), "checkmark.circle.fill");
+  desktop_.queue.advance(0.1);
+  EXPECT_EQ(desktop_.statusItem.symbols.back(), "camera.on.rectangle.fill");
+  // It is also in the history, by the next tick at the latest.
+  EXPECT_TRUE(itemAt(menu(), {"Clipboard history", "Image 640 × 20*"}));
+}
+
+TEST_F(AppDelegateTest, ATitleStandsInForAMissingSymbol) {
+  desktop_.statusItem.symbolsAvailable = false;
+  launch();
+  EXPECT_EQ(desktop_.statusItem.title, "📸");
+}
+
+TEST_F(AppDelegateTest, LeadsFromAnUnreadableFolderToAccess) {
+  std::filesystem::remove(home_ / "Desktop");
+  desktop_.queue.holdBackground = true;  // the probe takes its time
+  launch();
+  EXPECT_EQ(titles()[1], "-");
+  EXPECT_EQ(titles()[2], "On clipboard:") << "readable until the probe says otherwise";
+  desktop_.queue.holdBackground = false;
+  desktop_.queue.advance(2.4);
+  EXPECT_EQ(titles()[2], "⚠︎ Allow screenshot access…");
+  EXPECT_TRUE(desktop_.dialogs.shown.empty());
+  desktop_.queue.advance(0.2);
+  ASSERT_EQ(desktop_.dialogs.shown.size(), 1U);
+  const Alert& alert = desktop_.dialogs.shown[0];
+  EXPECT_EQ(alert.message, "Allow Marbelot to read your screenshots");
+  EXPECT_NE(alert.informative.find("saves it (to " + home_ / "Desktop" + "). It can't"),
+            std::string::npos);
+  EXPECT_EQ(alert.buttons, (std::vector<std::string>{"Open Privacy Settings", "Later"}));
+  desktop_.dialogs.answer(1);
+  EXPECT_TRUE(desktop_.workspace.privacyOpened.empty());
+  choose({"⚠︎ Allow screenshot access…"});
+  desktop_.dialogs.answer(0);
+  EXPECT_EQ(desktop_.workspace.privacyOpened, std::vector<std::string>{home_ / "Desktop"});
+  std::filesystem::create_directory(home_ / "Desktop");
+  titles();  // opening the menu probes again
+  desktop_.queue.advance(0);
+  EXPECT_EQ(titles()[2], "On clipboard:");
+}
+
+TEST_F(AppDelegateTest, AReadableFolderBringsNoPrompt) {
+  launch();
+  desktop_.queue.advance(10);
+  EXPECT_TRUE(desktop_.dialogs.shown.empty());
+}
+
+TEST_F(AppDelegateTest, TheScreenshotToolsSettingNamesTheFolder) {
+  std::filesystem::create_directory(home_ / "Shots");
+  writeFile(home_ / "config/marbelot/com.apple.screencapture.json", R"({"location": "~/Shots"})");
+  launch();
+  EXPECT_EQ(desktop_.folderEvents.watched, std::vector<std::string>{home_ / "Shots"});
+  writeFile(home_ / "config/marbelot/com.apple.screencapture.json", R"({"location": 7})");
+  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Desktop"})) << "asked anew each time";
+}
+
+TEST_F(AppDelegateTest, TogglesAreStoredAtOnceAndReadAtLaunch) {
+  launch();
+  choose({"Settings", "Show clipboard preview at top"});
+  choose({"Settings", "Auto-save copied images to a file"});
+  EXPECT_FALSE(itemAt(menu(), {"On clipboard:"}));
+  EXPECT_FALSE(itemAt(menu(), {"Settings", "~/Pictures/Marbelot/Clipboard (kept)"})->enabled);
+  application_.reset();
+  launch();
+  EXPECT_FALSE(itemAt(menu(), {"On clipboard:"}));
+  EXPECT_FALSE(itemAt(menu(), {"Settings", "Auto-save copied images to a file"})->checked);
+  choose({"Settings", "Auto-save copied images to a file"});
+  choose({"Settings", "~/Pictures/Marbelot/Clipboard (kept)"});
+  EXPECT_TRUE(*desktop_.defaults.stored.at("archiveClipImagesToPictures").asBool());
+}
+
+TEST_F(AppDelegateTest, SecretsAndConcealedCopiesStayOutOfTheMenu) {
+  launch();
+  const std::string secret =
+      "Xk9#"
+      "mQ2$vLwe";
+  desktop_.pasteboard.copyElsewhere(secret, true);
+  PasteboardContents hidden;
+  hidden.text = share("the concealed one");
+  hidden.concealed = true;
+  desktop_.pasteboard.copyElsewhere(hidden, true);
+  std::string json = desktop_.application.requests.menu();
+  EXPECT_EQ(json.find(secret), std::string::npos);
+  EXPECT_EQ(json.find("concealed one"), std::string::npos);
+  EXPECT_NE(json.find("Xk9#***Lwe"), std::string::npos) << json;
+  desktop_.defaults.set("recordConcealedCopies", true);
+  EXPECT_NE(desktop_.application.requests.menu().find("concealed one"), std::string::npos);
+}
+
+TEST_F(AppDelegateTest, RequestsFindItemsAndSayWhatIsWrong) {
+  launch();
+  const RemoteRequests& ask = desktop_.application.requests;
+  EXPECT_EQ(ask.invokeTitles("Settings\x1fShow clipboard preview at top"), "");
+  desktop_.queue.drain();
+  EXPECT_FALSE(itemAt(menu(), {"On clipboard:"}));
+  EXPECT_EQ(ask.invokeTitles("Nothing"), "the menu has no item \"Nothing\"");
+  EXPECT_EQ(ask.invokeTitles("Settings"), "\"Settings\" is a submenu");
+  EXPECT_EQ(ask.invokeTitles("Copied this session: 0"), "\"Copied this session: 0\" is disabled");
+  EXPECT_EQ(ask.invokeTitles("Quit Marbelot\x1fX"), "\"Quit Marbelot\" has no submenu");
+  EXPECT_EQ(ask.invokeAction("noSuchAction", std::nullopt), "there is no action \"noSuchAction\"");
+  desktop_.pasteboard.copyElsewhere("a\nb");
+  EXPECT_EQ(ask.invokeAction("flattenClipboard:", ""), "");
+  EXPECT_EQ(*desktop_.pasteboard.contents().text, "ab") << "an empty object is an object";
+  EXPECT_EQ(ask.invokeAction("setArchiveLocation:", "true"), "");
+  EXPECT_TRUE(*desktop_.defaults.stored.at("archiveClipImagesToPictures").asBool());
+  ask.quit();
+  EXPECT_TRUE(desktop_.application.terminated);
+}
+
+TEST_F(AppDelegateTest, TroubleIsTold) {
+  launch();
+  desktop_.defaults.reportProblem("the disk is full");
+  EXPECT_EQ(desktop_.notices.last(), "the disk is full");
+  desktop_.statusItem.noHost();
+  EXPECT_EQ(desktop_.notices.posted.size(), 2U);
+}
+
+TEST_F(AppDelegateTest, TheDockMenuIsTheShortOneAndWithoutKeys) {
+  launch();
+  desktop_.pasteboard.copyElsewhere("one\ntwo");
+  const auto dock = desktop_.application.dockMenu();
+  std::vector<std::string> shown;
+  for (const MenuItemRef& item : dock->items) shown.push_back(item->separator ? "-" : item->title);
+  EXPECT_EQ(shown, (std::vector<std::string>{"Canned responses", "Clipboard history",
+                                             "Clipboard by type", "-", "Flatten newlines",
+                                             "Trim clipboard", "View clipboard…"}));
+  const MenuItemRef mashed = itemAt(*dock, {"Flatten newlines", "Mashed*"});
+  EXPECT_EQ(mashed->key, "");
+  desktop_.application.dockChosen(*mashed);
+  EXPECT_EQ(*desktop_.pasteboard.contents().text, "onetwo");
+}
+
+}  // namespace
+}  // namespace marbelot

@@ -1,0 +1,178 @@
+// The watcher over real files, with a clock that the test moves.
+
+#include "capture/screenshot_watcher.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "platform/memory/memory_platform.h"
+#include "tests/support/png.h"
+#include "tests/support/temporary_home.h"
+
+namespace marbelot {
+namespace {
+
+class ScreenshotWatcherTest : public testing::Test {
+ protected:
+  ScreenshotWatcherTest() { std::filesystem::create_directory(folder_); }
+
+  void start() {
+    watcher_ = std::make_unique<ScreenshotWatcher>(
+        desktop_.platform, folder_, [this](const std::string& name) { copied_.push_back(name); });
+    watcher_->start();
+  }
+  std::string save(const std::string& name, const std::string& bytes = *png(640)) {
+    writeFile(folder_ + "/" + name, bytes);
+    return folder_ + "/" + name;
+  }
+  static void mark(const std::string& path) {
+    ASSERT_EQ(setxattr(path.c_str(), "user.com.apple.metadata:kMDItemIsScreenCapture", "1", 1, 0),
+              0);
+  }
+  void event() {
+    desktop_.folderEvents.fire();
+    desktop_.queue.drain();
+  }
+  int clipboardWidth() {
+    const auto image = desktop_.pasteboard.contents().image;
+    return image ? image->width() : 0;
+  }
+
+  TemporaryHome home_;
+  const std::string folder_ = home_ / "Shots";
+  memory::MemoryPlatform desktop_;
+  std::vector<std::string> copied_;
+  std::unique_ptr<ScreenshotWatcher> watcher_;
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(ScreenshotWatcherTest, CopiesNewScreenshotsOnceAndOldOnesNever) {
+  save("Screenshot before.png");
+  start();
+  event();  // before the folder has been listed: waits for the list
+  EXPECT_EQ(copied_, Names{});
+  const std::string path = save("Screenshot 1.png");
+  event();
+  event();
+  EXPECT_EQ(copied_, Names{"Screenshot 1.png"});
+  EXPECT_EQ(*desktop_.pasteboard.contents().image->bytes(), readFile(path));
+  // Under another name it is another file.
+  std::filesystem::rename(path, folder_ + "/Screenshot 2.png");
+  event();
+  EXPECT_EQ(copied_.back(), "Screenshot 2.png");
+}
+
+TEST_F(ScreenshotWatcherTest, AcceptsFiveExtensionsInAnyCase) {
+  start();
+  desktop_.queue.drain();
+  for (const char* name :
+       {"Screenshot.PNG", "Screenshot.jpg", "Screenshot.jpeg", "Screenshot.tiff", "Screenshot.heic",
+        "Screenshot.gif", "Screenshot", "Screenshot.png.part"})
+    save(name);
+  event();
+  std::sort(copied_.begin(), copied_.end());
+  EXPECT_EQ(copied_, (Names{"Screenshot.PNG", "Screenshot.heic", "Screenshot.jpeg",
+                            "Screenshot.jpg", "Screenshot.tiff"}));
+}
+
+TEST_F(ScreenshotWatcherTest, WaitsForTheMarkForThirtyOneTries) {
+  start();
+  desktop_.queue.drain();
+  const std::string path = save("picture.png", *png(100));
+  event();
+  desktop_.queue.advance(0.5);
+  EXPECT_EQ(copied_, Names{});
+  mark(path);
+  desktop_.queue.advance(0.05);
+  EXPECT_EQ(copied_, Names{"picture.png"});
+
+  const std::string late = save("late.png");
+  event();
+  desktop_.queue.advance(1.51);
+  mark(late);
+  desktop_.queue.advance(1);
+  event();
+  EXPECT_EQ(copied_, Names{"picture.png"}) << "a file is dropped for good after the last try";
+}
+
+TEST_F(ScreenshotWatcherTest, ReadsNoFileThatIsBeingWritten) {
+  start();
+  desktop_.queue.drain();
+  const std::string whole = *png(320, 5000);
+  const std::string path = folder_ + "/Screenshot slow.png";
+  const int writer = open(path.c_str(), O_WRONLY | O_CREAT, 0600);
+  for (std::size_t half = 0; half < 2; ++half) {
+    const std::size_t size = whole.size() / 2;
+    ASSERT_EQ(write(writer, whole.data() + half * size, size), static_cast<ssize_t>(size));
+    event();
+    desktop_.queue.advance(0.4);
+    EXPECT_EQ(clipboardWidth(), 0);
+  }
+  ASSERT_EQ(write(writer, whole.data() + whole.size() / 2 * 2, whole.size() % 2),
+            static_cast<ssize_t>(whole.size() % 2));
+  close(writer);
+  event();  // its closing: no need to wait for the next try
+  EXPECT_EQ(clipboardWidth(), 320);
+}
+
+TEST_F(ScreenshotWatcherTest, SkipsWhatCannotBeReadAndGoesOn) {
+  start();
+  desktop_.queue.drain();
+  std::string claims = *png(60000);
+  claims.replace(20, 4, std::string("\0\0\xEA\x60", 4));  // the height, 60000 too
+  save("Screenshot empty.png", "");
+  save("Screenshot huge.png", claims);
+  save("Screenshot half.png", png(10, 3000)->substr(0, 2000));
+  save("Screenshot \xff\xfe.png");
+  std::filesystem::create_directory(folder_ + "/Screenshot folder.png");
+  std::filesystem::create_symlink("Screenshot loop.png", folder_ + "/Screenshot loop.png");
+  std::filesystem::create_symlink("gone.png", folder_ + "/Screenshot dangling.png");
+  mkfifo((folder_ + "/Screenshot pipe.png").c_str(), 0600);
+  event();
+  desktop_.queue.advance(3);
+  EXPECT_EQ(copied_, Names{"Screenshot \xff\xfe.png"});
+  save("Screenshot good.png");
+  event();
+  EXPECT_EQ(copied_.size(), 2U);
+}
+
+TEST_F(ScreenshotWatcherTest, MarksOfOtherToolsCount) {
+  start();
+  desktop_.queue.drain();
+  std::string titled = *png(50);
+  const std::string text = "tEXtSoftware";
+  titled.insert(
+      33, std::string("\0\0\0\x19", 4) + text + std::string(1, '\0') + "gnome-screenshot" + "crc!");
+  save("untold.png", titled);
+  save("2026-11-21-100000_1920x1080_scrot.png");
+  save("Bildschirmfoto vom 2026-11-21 10-00-00.png");
+  save("holiday.png");
+  event();
+  desktop_.queue.advance(3);
+  std::sort(copied_.begin(), copied_.end());
+  EXPECT_EQ(copied_, (Names{"2026-11-21-100000_1920x1080_scrot.png",
+                            "Bildschirmfoto vom 2026-11-21 10-00-00.png", "untold.png"}));
+}
+
+TEST_F(ScreenshotWatcherTest, OutlivesItsFolderAndEndsQuietly) {
+  start();
+  desktop_.queue.drain();
+  std::filesystem::remove_all(folder_);
+  event();
+  std::filesystem::create_directory(folder_);
+  save("Screenshot again.png");
+  event();
+  EXPECT_EQ(copied_, Names{"Screenshot again.png"});
+  save("unmarked.png");
+  event();
+  watcher_.reset();  // a try is still to come
+  desktop_.queue.advance(3);
+  event();
+  EXPECT_EQ(copied_.size(), 1U);
+}
+
+}  // namespace
+}  // namespace marbelot
