@@ -220,8 +220,7 @@ void HistoryMenus::setClipTypeFilter(const MenuItem& sender) {
 }
 
 void HistoryMenus::revealClipValue(const MenuItem& sender) {
-  const auto index = indexFor(sender);
-  const SharedText value = index ? history_.clipHistory[*index].kind.text() : nullptr;
+  const SharedText value = textFor(sender);
   if (!value) return;
   View view;
   view.id = "value";

@@ -29,7 +29,10 @@ class HistoryMenus {
   std::shared_ptr<Menu> clipboardHistoryMenu();
   std::shared_ptr<Menu> clipboardByTypeMenu();
 
-  // The text of the entry that the sender stands for; null for an image or an entry that has gone.
+  // Where the entry that the sender was made for is by now; none when it has gone or the sender
+  // carries no index in the history. For everyone's actions on entries.
+  std::optional<std::size_t> indexFor(const MenuItem& sender) const;
+  // The text of that entry; null also when it is an image.
   SharedText textFor(const MenuItem& sender) const;
 
  private:
@@ -46,9 +49,6 @@ class HistoryMenus {
   std::shared_ptr<Menu> entryMenu(const MenuItem& item, const Entry& entry) const;
   MenuItem filterItem(const std::vector<Entry>& entries) const;
 
-  // Where the entry that the sender was made for is by now; none when it has gone or the sender
-  // carries no index in the history.
-  std::optional<std::size_t> indexFor(const MenuItem& sender) const;
   void copyClipHistory(const MenuItem& sender);
   void setClipTypeFilter(const MenuItem& sender);
   void revealClipValue(const MenuItem& sender);
