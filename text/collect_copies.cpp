@@ -41,13 +41,17 @@ void CollectCopies::changed() {
 
 void CollectCopies::addStatusItem(Menu& menu) {
   concatItem = menu.addSubmenu({}, nullptr);
-  refreshMenu();
+  dressItem();
+}
+
+void CollectCopies::dressItem() {
+  concatItem->title = collectionTitle(concatBuffer.size());
+  concatItem->submenu = submenu();
 }
 
 void CollectCopies::refreshMenu() {
   if (!concatItem) return;
-  concatItem->title = collectionTitle(concatBuffer.size());
-  concatItem->submenu = submenu();
+  dressItem();
   platform_.statusItem.menuChanged();
 }
 

@@ -31,7 +31,7 @@ class CollectCopies {
   void readSettings();
   // Adds the item with its submenu to the status menu.
   void addStatusItem(Menu& menu);
-  // Sets the item's title and submenu.
+  // Sets the item's title and submenu, also while the menu is open.
   void refreshMenu();
 
   // A new copy. `quiet`: without telling the user.
@@ -40,6 +40,7 @@ class CollectCopies {
  private:
   void persist();
   void changed();
+  void dressItem();
   std::optional<std::size_t> characters();
   std::shared_ptr<Menu> submenu();
   bool tellWhenEmpty();

@@ -138,9 +138,9 @@ std::string TextView::textBetween(int start, int end) const {
 QMimeData* TextView::createMimeDataFromSelection() const {
   const QTextCursor cursor = textCursor();
   const std::string text = textBetween(cursor.selectionStart(), cursor.selectionEnd());
-  auto* data = new QMimeData;
-  data->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
-  return data;
+  auto* copied = new QMimeData;
+  copied->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+  return copied;
 }
 
 void TextView::insertFromMimeData(const QMimeData* source) {

@@ -10,9 +10,15 @@
 @interface MarbelotWindow : NSWindow <NSTextViewDelegate>
 @property(nonatomic, weak) NSButton* defaultButton;
 @property(nonatomic) BOOL escapeCloses;
+@property(nonatomic, copy) void (^closedHandler)(void);
 @end
 
 @implementation MarbelotWindow
+- (void)close {
+  [super close];
+  if (self.closedHandler != nil) self.closedHandler();
+}
+
 - (void)cancelOperation:(id)sender {
   if (self.escapeCloses) [self performClose:sender];
 }
@@ -81,6 +87,11 @@ class DescribedWindow final : public Window {
                                                   backing:NSBackingStoreBuffered
                                                     defer:NO];
     window_.releasedWhenClosed = NO;
+    if (const auto closed = std::move(description.closed)) {
+      window_.closedHandler = ^{
+        closed();
+      };
+    }
     window_.escapeCloses = description.escapeCloses;
     window_.title = nsString(description.title);
     window_.identifier = nsString(description.id);
@@ -93,7 +104,10 @@ class DescribedWindow final : public Window {
       if (view.kind == ViewKind::text) static_cast<NSTextView*>(made.inner).delegate = window_;
     }
   }
-  ~DescribedWindow() override { [window_ close]; }
+  ~DescribedWindow() override {
+    window_.closedHandler = nil;
+    [window_ close];
+  }
   DescribedWindow(const DescribedWindow&) = delete;
   DescribedWindow& operator=(const DescribedWindow&) = delete;
 
@@ -109,10 +123,10 @@ class DescribedWindow final : public Window {
       setViewText(viewOf(viewId), text ? nsString(*text) : @"");
     }
   }
-  std::string text(const std::string& viewId) const override {
+  SharedText text(const std::string& viewId) const override {
     @autoreleasepool {
       NSView* const view = viewOf(viewId);
-      return view != nil ? utf8(viewText(view)) : std::string();
+      return share(view != nil ? utf8(viewText(view)) : std::string());
     }
   }
   void focus(const std::string& viewId) override { [window_ makeFirstResponder:viewOf(viewId)]; }
