@@ -1,6 +1,7 @@
 #include "app/app_delegate.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include "platform/text.h"
 
@@ -111,7 +112,9 @@ void AppDelegate::flashStatusIcon() {
 }
 
 void AppDelegate::rebuildMenu() {
+  menuIsStale_ = true;
   rebuild_ = platform_.queue.after(0, [this] {
+    if (!std::exchange(menuIsStale_, false)) return;
     menu_.buildMenu();
     platform_.statusItem.menuChanged();
   });
@@ -125,8 +128,11 @@ void AppDelegate::copyWithoutRecording(const Image& image) { history_.copyWithou
 
 void AppDelegate::menuWillOpen() {
   access_.probe();
-  menu_.buildMenu();
-  menu_.refresh();
+  if (std::exchange(menuIsStale_, false)) {
+    menu_.buildMenu();
+  } else {
+    menu_.refresh();
+  }
 }
 
 void AppDelegate::menuItemChosen(const MenuItem& item) { actions_.perform(item); }

@@ -73,6 +73,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   StatusMenu menu_;
   MenuRequests requests_;
 
+  bool menuIsStale_ = false;
   Task rebuild_;
   Task flash_;
   Task prompt_;

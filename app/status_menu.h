@@ -46,7 +46,7 @@ class StatusMenu {
   const std::shared_ptr<Menu>& menu() const { return menu_; }
 
   void buildMenu();
-  // Brings the items that depend on the moment up to date, in place.
+  // Brings the items that depend on the moment up to date, in place; the menu has been built.
   void refresh();
 
   // Built afresh on each request.

@@ -63,10 +63,10 @@ void TextView::startAfresh() {
   document->setDefaultFont(font());
   document->setDocumentMargin(margin);
   document->setUndoRedoEnabled(false);
-  QTextDocument* const former = this->document();
+  // The first one is the base class's own and goes with the call.
+  QTextDocument* const former = place_.isNull() ? nullptr : this->document();
   setDocument(document);
-  // The first one is the base class's own, and went with this call.
-  if (place_.document()) dispose(former);
+  if (former) dispose(former);
   setReadOnly(true);
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 
