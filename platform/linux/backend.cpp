@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <QApplication>
+#include <QPalette>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <csignal>
@@ -78,6 +79,21 @@ void setEnvironment() {
   QGuiApplication::setQuitOnLastWindowClosed(false);
 }
 
+// Qt's styles grey disabled items out until they cannot be read, and half of the menu's lines are
+// disabled because they only tell something.
+void darkenDisabledText() {
+  QPalette palette = QApplication::palette();
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    const QColor text = palette.color(QPalette::Active, role);
+    const QColor ground = palette.color(QPalette::Active, QPalette::Window);
+    const auto mixed = [](int a, int b) { return (a * 6 + b * 4) / 10; };
+    palette.setColor(QPalette::Disabled, role,
+                     QColor(mixed(text.red(), ground.red()), mixed(text.green(), ground.green()),
+                            mixed(text.blue(), ground.blue())));
+  }
+  QApplication::setPalette(palette);
+}
+
 }  // namespace
 
 int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Platform&)> launch) {
@@ -90,6 +106,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   }
   setEnvironment();
   const QApplication application(argc, argv);
+  darkenDisabledText();
   QObject context;
   quitOnSignals(context);
 
