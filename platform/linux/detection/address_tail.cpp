@@ -141,6 +141,7 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
   bool after_comma = false;
   bool after_unit = false;
   std::size_t word_length = 0;
+  std::optional<AddressTail> state;
   while (words <= kMostWords) {
     const Token token = read(text, at);
     switch (token.kind) {
@@ -148,14 +149,17 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
         if (words > 0 || separators > 0) {
           if (auto tail = codeAt(text, at, after_comma, separators)) {
             tail->separators = separators;
-            return tail;
+            // "New York, New York 10001": a code that is yet to come says more.
+            const bool may_go_on = tail->code == AddressCode::state && !isUpperWord(text, token);
+            if (!may_go_on || state) return tail;
+            state = tail;
           }
         }
         if (!token.capital && !isCityParticle(token.lower) && !isFrenchParticle(token.lower) &&
             token.lower != "of" && token.lower != "the" && token.lower != "and" &&
             !(words == 0 && frenchStreetType(token.lower) != StreetType::none) &&
             token.range.length > 1 && token.lower.find('\'') != 1) {
-          return std::nullopt;
+          return state;
         }
         ++words;
         after_unit = isUnitWord(token.lower);
@@ -172,7 +176,7 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
         const Token next = read(text, token.end());
         const bool glued = next.isWord() && !next.spaced;
         const bool ordinal = glued && next.range.length == 2;
-        if ((!after_unit && !ordinal) || ++numbers > kMostNumbers) return std::nullopt;
+        if ((!after_unit && !ordinal) || ++numbers > kMostNumbers) return state;
         at = glued ? next.end() : token.end();
         after_unit = after_comma = false;
         word_length = 0;
@@ -180,28 +184,28 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
         continue;
       }
       case Token::Kind::newline:
-        if (++separators > kMostSeparators) return std::nullopt;
+        if (++separators > kMostSeparators) return state;
         after_unit = false;
         break;
       case Token::Kind::symbol:
         if (token.is(',')) {
-          if (++separators > kMostSeparators) return std::nullopt;
+          if (++separators > kMostSeparators) return state;
           after_unit = false;
         } else if (token.is('#')) {
           after_unit = true;
         } else if (!token.is('.') || token.spaced || word_length == 0 || word_length > 4) {
           // A full stop only closes abbreviations.
-          return std::nullopt;
+          return state;
         }
         word_length = 0;
         break;
       case Token::Kind::end:
-        return std::nullopt;
+        return state;
     }
     after_comma = token.is(',') || (after_comma && token.kind == Token::Kind::newline);
     at = token.end();
   }
-  return std::nullopt;
+  return state;
 }
 
 std::size_t afterCountry(std::string_view text, std::size_t at) {

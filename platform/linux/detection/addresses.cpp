@@ -285,10 +285,12 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
   if (town) return address(unitStart(digit), afterCountry(text(), town->end));
   if (tail) {
     const bool postcode = tail->code == AddressCode::postcode;
-    const bool credible =
-        french || (typed ? postcode || (tail->code == AddressCode::state && tail->separators > 0)
-                         : postcode && tail->separators > 0 && !street.title);
-    if (credible) return address(unitStart(digit), afterCountry(text(), tail->end));
+    const bool state = tail->code == AddressCode::state;
+    const bool credible = french || (typed && postcode) ||
+                          (typed && state && tail->separators > 0) ||
+                          (postcode && tail->separators > 0);
+    const bool heading = street.title && street.type != StreetType::clear;
+    if (credible && !heading) return address(unitStart(digit), afterCountry(text(), tail->end));
   }
   // A street alone: a year before "Wall Street" is no house.
   const int number = numberOf(text().substr(digit, number_end - digit).substr(0, 4));

@@ -153,7 +153,7 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
       clock.end = next.end();
     } else if (!colon && !dot && !marked) {
       // "2–4 pm": both hours are of the same half, unless that would end before it starts.
-      const bool dash = next.is('-') || next.is(U'–') || next.lower == "to";
+      const bool dash = next.is('-') || next.is(U'–') || next.lower == "to" || next.lower == "and";
       const Token last = dash ? tokenAt(text, next.end()) : Token{};
       std::size_t end = 0;
       if (last.isNumber() && last.range.length <= 2) half = readHalf(text, last.end(), end);
@@ -196,7 +196,9 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
     if (next.isWord() && !prepositions.has(next.lower)) return std::nullopt;
     if (after == '-' || after == '/') return std::nullopt;
   }
-  clock.end = afterRange(text, clock.end);
+  if (const std::size_t end = afterRange(text, clock.end); end > clock.end) {
+    clock.end = clock.zone.empty() ? readZone(text, end, clock.zone) : end;
+  }
   return clock;
 }
 

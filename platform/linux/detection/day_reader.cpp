@@ -49,6 +49,7 @@ DayReader::DayReader(std::string_view text, const std::string& region, local_day
       month_first_(isOneOf("US PH PR GU VI AS MP FM MH PW", region)),
       dotted_years_(
           isOneOf("DE AT CH LI PL CZ SK RU UA NO FI DK TR HU RO BG EE LV HR SI RS", region)),
+      year_first_(isOneOf("HU LT CN JP KR TW", region)),
       today_(today) {}
 
 std::optional<Day> DayReader::valid(int y, int m, int d, std::size_t end) const {
@@ -133,7 +134,7 @@ std::optional<Day> DayReader::numeric(const Token& first) const {
   const int leading = numberOf(first.lower);
   const char second_mark = byteAt(text_, end);
   if (first.range.length == 4) {
-    if (second_mark != mark) return std::nullopt;
+    if (second_mark != mark || (mark == '.' && !year_first_)) return std::nullopt;
     const int day = readDigits(text_, end + 1, 1, 2, end);
     const char after = byteAt(text_, end);
     // The time of an ISO 8601 stamp follows behind a "T".

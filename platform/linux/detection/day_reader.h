@@ -44,6 +44,7 @@ class DayReader {
   std::string_view text_;
   bool month_first_;
   bool dotted_years_;  // "3.5.26" is a date there
+  bool year_first_;    // "2026.5.3" is a date there, elsewhere a version
   std::chrono::local_days today_;
 };
 

@@ -142,6 +142,7 @@ std::size_t LinkFinder::tailEnd(std::size_t start, std::size_t from) const {
            (c == before && (c == '*' || c == '_' || c == '~'));
   };
   while (end > from && isTrailing(text()[end - 1])) --end;
+  if (end > from + 2 && slice(end - 2, end) == "'s") end -= 2;
   return end;
 }
 
