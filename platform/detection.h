@@ -1,5 +1,7 @@
 // Data detection: links, phone numbers, postal addresses and dates in running text. Stateless and
-// safe to call from any thread; linear in the length of the text.
+// safe to call from any thread; linear in the length of the text. Bytes that are not valid UTF-8
+// are never part of a detection. Where a text is full of things that only look like phone numbers,
+// later ones may go unseen rather than hold up the caller.
 #pragma once
 
 #include <optional>
@@ -19,8 +21,11 @@ constexpr unsigned operator|(DetectionKind a, DetectionKind b) {
 
 struct Detection {
   DetectionKind kind = DetectionKind::link;
-  Range range;        // bytes
-  std::string value;  // the URL, the number in E.164, the address on one line, the date in ISO 8601
+  Range range;  // bytes
+  // The URL ("http://" and "mailto:" added where the text leaves them out), the number in E.164,
+  // the address on one line, the date in ISO 8601: "2026-05-03", with a time "2026-05-03T14:30"
+  // (local), with its offset when the text gives one; of a range of dates or times the start.
+  std::string value;
 };
 
 struct DetectionContext {
@@ -28,7 +33,8 @@ struct DetectionContext {
   std::string region;  // ISO 3166 code that national phone numbers are read in; empty: the user's
 };
 
-// All detections of the wanted kinds (a union of DetectionKind), in text order, not overlapping.
+// All detections of the wanted kinds (a union of DetectionKind), in text order, not overlapping: a
+// link keeps what is inside it, then an address; of the rest the earlier, then the longer stays.
 std::vector<Detection> detect(std::string_view text, unsigned kinds,
                               const DetectionContext& context = {});
 

@@ -261,6 +261,68 @@ TEST_F(DetectionTest, Dates) {
             DetectionKind::date, "FR");
 }
 
+// Whole messages, all kinds at once: what the tables above keep apart must not get into each
+// other's way.
+TEST_F(DetectionTest, Messages) {
+  const std::vector<Case> american = {
+      {"Let's meet at «7:30pm on Friday, December 4, 2026» at «221B Baker Street, London NW1 6XE».",
+       {"2026-12-04T19:30", "221B Baker Street, London NW1 6XE"}},
+      {"Moved to «Tue, Dec 1 from 2:00 PM to 3:30 PM EST», or «5 and 6 pm today»",
+       {"2026-12-01T14:00-05:00", "2026-11-21T17:00"}},
+      {"«Monday, November 30th at 10 a.m.» — call «1-800-555-0199» or «(212) 555-0147» ext. 12",
+       {"2026-11-30T10:00", "+18005550199", "+12125550147"}},
+      {"Order #123-4567890-1234567 shipped «11/21/2026», $1,234.56. UPS 1Z999AA10123456784",
+       {"2026-11-21"}},
+      {"Jane Roe\n«4321 Oak Ridge Dr.\nSuite 200\nAustin, TX 78701\nUnited States»\n«joe@a.org»",
+       {"4321 Oak Ridge Dr., Suite 200, Austin, TX 78701, United States", "mailto:joe@a.org"}},
+      {"«123 N. Main St., Apt. 4, New York, New York 10001, USA»; «1234 SW 5th Ave, Portland OR "
+       "97204»",
+       {"123 N. Main St., Apt. 4, New York, New York 10001, USA",
+        "1234 SW 5th Ave, Portland OR 97204"}},
+      {"«700 W Georgia St, Vancouver BC V7Y 1A1» «twitter.com/joe»'s",
+       {"700 W Georgia St, Vancouver BC V7Y 1A1", "http://twitter.com/joe"}},
+      {"I bought 3 apples and 12 Oranges. He ran 5 Miles. Chapter 12 Main Ideas, Section 3"},
+      {"pip install foo==1.2.3 && src/main.cpp:12:5: use of undeclared identifier 'std::string'"},
+      {"Room 5, Building 7, Floor 3. 24/7 support, 9-5 job, 50/50 split, score 3-2, 10:1 odds"},
+      {"Version 2026.11.21 build 20261121, DOI 10.1000/182, arXiv:2101.12345, RFC 2822, "
+       "3.14159265"},
+      {"12 Angry Men Drive Home. 3 Doors Down Street Team. 24 Hour Party People, Manchester"},
+      {"The 2 Best Place in Town, CA 90210 and 7 Wonders, Part 2: OR 12345 and id:9876543210"},
+      {"ls -l 644 1 root 4096 /dev/sda1 0x7fff5fbff8c8 00:1B:44:11:3A:B7 a1b2c3d4-0001-4000-8000"},
+      {"{\"id\": 12345678, \"price\": 12.50, \"size\": [1024, 768], \"rgb\": \"#202555\"}"},
+  };
+  for (const Case& expected : american) expectFound(expected, kAll, "US");
+  const std::vector<Case> german = {
+      {"«Mittwoch, 2. Dezember 2026 um 15 Uhr» in der «Goethestraße 5, 60313 Frankfurt am Main», "
+       "Tel. "
+       "«069/1234567» oder «0176 12345678»",
+       {"2026-12-02T15:00", "Goethestraße 5, 60313 Frankfurt am Main", "+49691234567",
+        "+4917612345678"}},
+      {"Treffen «24.12. um 18 Uhr», «übermorgen früh», «nächsten Freitag», «in drei Tagen»",
+       {"2026-12-24T18:00", "2026-11-23", "2026-11-27", "2026-11-24"}},
+      {"Rechnung 2026-00123 vom «21.11.2026» über 1.234,56 €, IBAN DE89 3704 0044 0532 0130 00",
+       {"2026-11-21"}},
+      {"Max\n«Musterweg 7 b\n12345 Musterstadt\nDeutschland», «Industriestr. 10, D-70565 "
+       "Stuttgart»",
+       {"Musterweg 7 b, 12345 Musterstadt, Deutschland", "Industriestr. 10, D-70565 Stuttgart"}},
+      {"Er ist 12 Jahre alt, wiegt 45,3 kg und wohnt «Am Alten Markt 3, 50667 Köln».",
+       {"Am Alten Markt 3, 50667 Köln"}},
+      {"Kontonummer 0123456789 BLZ 37040044, HRB 12345, USt-IdNr. DE123456789, Raum 12, Gleis 7"},
+  };
+  for (const Case& expected : german) expectFound(expected, kAll, "DE");
+  const std::vector<Case> british = {
+      {"«Flat 2, 34 The Avenue, Ealing, London W13 8JR», tel «020 8998 1234»",
+       {"Flat 2, 34 The Avenue, Ealing, London W13 8JR", "+442089981234"}},
+      {"«3/5/26 at 18:00», «03/05/2026»; «5.30pm tomorrow»; £1,200 on 12 items at 3 for 2",
+       {"2026-05-03T18:00", "2026-05-03", "2026-11-22T17:30"}},
+      {"«Unit 4/12 George Street, Sydney NSW 2000»; «Level 3, 100 Collins St, Melbourne VIC 3000»",
+       {"Unit 4/12 George Street, Sydney NSW 2000", "Level 3, 100 Collins St, Melbourne VIC 3000"}},
+      {"«20 rue du 8 mai 1945, 69001 Lyon»; «3 place de la République 75011 Paris»",
+       {"20 rue du 8 mai 1945, 69001 Lyon", "3 place de la République 75011 Paris"}},
+  };
+  for (const Case& expected : british) expectFound(expected, kAll, "GB");
+}
+
 TEST_F(DetectionTest, Overlaps) {
   const std::vector<Case> cases = {
       // A link keeps what looks like a number or a date in it.

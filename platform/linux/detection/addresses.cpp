@@ -210,8 +210,14 @@ Street AddressFinder::frenchStreet(std::size_t at) const {
   if (type == StreetType::none) return street;
   for (int words = 0; words < 8; ++words) {
     token = read(token.end());
+    // "rue du 8 mai 1945".
     const bool date = token.isNumber() && token.range.length <= 2 && words > 0;
-    if (token.isWord() && (token.capital || token.lower.find('\'') == 1)) {
+    const Token month = date ? read(token.end()) : Token{};
+    const Token year = month.isWord() ? read(month.end()) : Token{};
+    if (year.isNumber() && year.range.length == 4) {
+      token = year;
+      street.end = token.end();
+    } else if (token.isWord() && (token.capital || token.lower.find('\'') == 1)) {
       street.end = token.end();
     } else if (!(token.isWord() && isFrenchParticle(token.lower)) && !date) {
       break;
@@ -233,6 +239,9 @@ std::size_t AddressFinder::unitStart(std::size_t number) const {
   };
   const auto isBlank = [](char c) { return c == ' '; };
   if (!back(isBlank)) return number;
+  // "Unit 4/12 George Street".
+  const std::size_t unit = wordStart(text(), at, floor());
+  if (unit < at && read(unit).capital && isUnitWord(read(unit).lower)) return unit;
   if (at > floor() && text()[at - 1] == ',') --at;
   if (!back(isAlnum) || !back(isBlank)) return number;
   const std::size_t word = wordStart(text(), at, floor());
