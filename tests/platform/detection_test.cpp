@@ -214,7 +214,7 @@ TEST_F(DetectionTest, Addresses) {
            "Oak Rd"},
           {"On May 12, 2026 we met, Version 12, 10115 items, Windows 11 Home, iPhone 15 Pro Max, "
            "Weg 5"},
-          {"12 Monkeys, OR 12 Angry Men, IN color. 100 Python, SQL and C, 42 Questions. Part 5 "
+          {"12 Monkeys, OR 12 Angry Men, IN color. 100 Python, SQL and C, 42 Questions. Step 5 "
            "Way"},
       },
       DetectionKind::address, "US");
@@ -287,7 +287,7 @@ TEST_F(DetectionTest, Messages) {
       {"Version 2026.11.21 build 20261121, DOI 10.1000/182, arXiv:2101.12345, RFC 2822, "
        "3.14159265"},
       {"12 Angry Men Drive Home. 3 Doors Down Street Team. 24 Hour Party People, Manchester"},
-      {"The 2 Best Place in Town, CA 90210 and 7 Wonders, Part 2: OR 12345 and id:9876543210"},
+      {"The 2 Best Place in Town, CA 90210 and 7 Wonders, Volume 2: OR 12345 and id:9876543210"},
       {"ls -l 644 1 root 4096 /dev/sda1 0x7fff5fbff8c8 00:1B:44:11:3A:B7 a1b2c3d4-0001-4000-8000"},
       {"{\"id\": 12345678, \"price\": 12.50, \"size\": [1024, 768], \"rgb\": \"#202555\"}"},
   };
