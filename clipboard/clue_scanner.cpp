@@ -45,9 +45,9 @@ struct CompiledClue {
 class ClueIndex {
  public:
   ClueIndex() {
-    const ClueTable table = languageClues();
-    clues_.reserve(table.size);
-    for (const Clue* clue = table.begin; clue != table.begin + table.size; ++clue) add(*clue);
+    for (const auto table : {compiledClues(), scriptingClues(), markupClues()}) {
+      for (const Clue& clue : table) add(clue);
+    }
   }
 
   const std::vector<CompiledClue>& clues() const { return clues_; }
