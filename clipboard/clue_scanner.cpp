@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "clipboard/language_clues.h"
@@ -136,6 +137,11 @@ class ClueScanner {
   ClueScores scan() {
     LineReader reader(text_);
     while (const auto line = reader.next()) readLine(*line);
+    // Of a text that is all comment, the examples in it tell what it was copied from.
+    if (scores_.lines * 3 < scores_.commentLines) {
+      const std::vector<std::string_view> comments = std::exchange(comments_, {});
+      for (const std::string_view comment : comments) readLine(comment);
+    }
     for (std::size_t i = 0; i < counts_.size(); ++i) {
       const int count = std::min<int>(counts_[i], kCountsAtMost);
       if (count == 0) continue;
@@ -165,6 +171,10 @@ class ClueScanner {
     }
     if (isComment(line)) {
       ++scores_.commentLines;
+      const std::size_t marker = line.find_first_not_of("/#*!");
+      if (closer_.empty() && marker != line.npos && marker > 0) {
+        comments_.push_back(line.substr(marker));
+      }
       return;
     }
     readCode(line, start);
@@ -374,8 +384,9 @@ class ClueScanner {
   std::vector<std::uint8_t> counts_;
   std::string_view text_;
   ClueScores scores_;
-  std::string_view closer_;              // what ends the comment or the long string that is open
-  std::size_t colonIndent_ = kNoIndent;  // of the last line, if it ended in a colon
+  std::vector<std::string_view> comments_;  // without their markers
+  std::string_view closer_;                 // what ends the comment or the long string that is open
+  std::size_t colonIndent_ = kNoIndent;     // of the last line, if it ended in a colon
   int blocks_ = 0, bare_ = 0, selectors_ = 0, pascalCalls_ = 0;
   bool metLongString_ = false;
   bool metStartClue_ = false;  // on this line

@@ -105,6 +105,7 @@ TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
       {"   of the words.\n    \"\"\"\n    for word in words:\n        print(word)", "Python"},
       {"/* unfinished\nfunction f() {", ""},
       {"q = \"SELECT * FROM t WHERE a = 1\"\nself.cursor.execute(q)\nprint(self.cursor)", "Python"},
+      {"# # // doubled\n#   def total\n#     @lines.sum\n#   end\n#   puts total", "Ruby"},
       {"const s = '<div class=\"a\"></div>';\nconst t = s.replace('a', 'b');", "JavaScript"},
       {"{\"a\": function() { return 1; }}", "JavaScript"},
       {"{\"a\": 1,\n \"b\": [true, null, -1.5e3]}", "JSON"},
