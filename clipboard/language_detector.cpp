@@ -50,11 +50,12 @@ std::optional<std::string_view> detectLanguage(std::string_view text) {
   const ClueScores scores = weighClues(head);
   std::array<Language, languageCount> ranking{};
   for (std::size_t i = 0; i < languageCount; ++i) ranking[i] = static_cast<Language>(i);
-  // Without a type to be seen, the two are the same language; most know it by the older name.
-  std::swap(*std::find(ranking.begin(), ranking.end(), Language::typeScript),
-            *std::find(ranking.begin(), ranking.end(), Language::javaScript));
-  std::stable_sort(ranking.begin(), ranking.end(),
-                   [&](Language a, Language b) { return scores.of(a) > scores.of(b); });
+  std::sort(ranking.begin(), ranking.end(), [&](Language a, Language b) {
+    if (scores.of(a) != scores.of(b)) return scores.of(a) > scores.of(b);
+    // Without a type to be seen, the two are the same language; most know it by the older name.
+    if (a == Language::javaScript || b == Language::javaScript) return a == Language::javaScript;
+    return a < b;
+  });
   const int best = scores.of(ranking.front());
   for (const Language language : ranking) {
     const int points = scores.of(language);

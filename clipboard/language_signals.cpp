@@ -269,6 +269,11 @@ bool hasJsonKey(std::string_view text) {
   return false;
 }
 
+// The e of 1e9.
+bool isExponent(std::string_view text, std::size_t at) {
+  return text[at] == 'e' && at > 0 && text[at - 1] >= '0' && text[at - 1] <= '9';
+}
+
 bool isWrapped(std::string_view text) {
   return (text.starts_with('{') && text.ends_with('}')) ||
          (text.starts_with('[') && text.ends_with(']'));
@@ -334,14 +339,12 @@ bool isJson(std::string_view text) {
       ++at;
     } else if (c == '/' && text.substr(at).starts_with("//")) {
       at = std::min(text.find('\n', at), text.size());  // as some tools allow
-    } else if (c == 'e' && at > 0 && text[at - 1] >= '0' && text[at - 1] <= '9') {
-      ++at;
-    } else if (c >= 'a' && c <= 'z') {
+    } else if (c >= 'a' && c <= 'z' && !isExponent(text, at)) {
       const std::size_t end = skipWord(text, at);
       const std::string_view word = text.substr(at, end - at);
       if (word != "true" && word != "false" && word != "null") return false;
       at = end;
-    } else if (std::string_view("{}[]:,-+.0123456789E").find(c) != std::string_view::npos ||
+    } else if (std::string_view("{}[]:,-+.0123456789eE").find(c) != std::string_view::npos ||
                isSpaceAt(text, at)) {
       ++at;
     } else {

@@ -9,8 +9,8 @@ namespace {
 
 // Sorted by start; ranges that overlap become one, ranges that only touch stay apart.
 std::vector<Range> merged(std::vector<Range> ranges) {
-  std::stable_sort(ranges.begin(), ranges.end(),
-                   [](const Range& a, const Range& b) { return a.start < b.start; });
+  std::sort(ranges.begin(), ranges.end(),
+            [](const Range& a, const Range& b) { return a.start < b.start; });
   std::vector<Range> kept;
   for (const Range& range : ranges) {
     if (!kept.empty() && range.start < kept.back().end()) {

@@ -22,6 +22,7 @@ std::string repeated(std::string_view piece, std::size_t bytes) {
 
 std::vector<std::string> pieces(std::string_view text, const std::vector<Range>& ranges) {
   std::vector<std::string> found;
+  found.reserve(ranges.size());
   for (const Range& range : ranges) found.emplace_back(text.substr(range.start, range.length));
   return found;
 }
@@ -64,7 +65,7 @@ TEST(SecretToken, FollowsTheRulesOfBothTests) {
       {"v\u0661\u0662.\u0663\u0664-Betab", false, "digits of any script make a version"},
       {repeated("aB3$xY9z", 128), true, "128 characters"},
       {repeated("aB3$xY9z", 128) + "x", false, "129 characters"},
-      {repeated("\u00E9\u00C9\u0663$", 7 * 16), false, "too few distinct characters"},
+      {repeated("\u00E9\u00C9\u0663$", 112), false, "too few distinct characters"},
       {"\u00E9\u00C9\u0663$\u00F1abc", true, "classes of any script, eight characters"},
       {"\u00E9\u00C9\u0663$\u00F1ab", false, "bytes are not characters"},
       {"e\u0301E\u03013$nab", false, "a letter and its mark are one character"},
