@@ -85,7 +85,7 @@ TEST_F(TextTools, VariantTitlesShowWhatWouldCome) {
   copy("");
   flattenTrim.refresh();
   EXPECT_TRUE(flattenTrim.trimItem->enabled);
-  EXPECT_EQ(flattenTrim.trimVariants[0].item->title, "Trim left (leading) → “(empty)”");
+  EXPECT_EQ(flattenTrim.trimVariants[0].item->title, "Trim left (leading) → (empty)");
 }
 
 TEST_F(TextTools, ConcealedTextIsNotPreviewedUnlessTheUserWantsIt) {
