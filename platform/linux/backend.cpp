@@ -74,7 +74,6 @@ void setEnvironment() {
   if (qEnvironmentVariableIsSet("DISPLAY")) qputenv("QT_QPA_PLATFORM", "xcb");
   if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
   QCoreApplication::setApplicationName("marbelot");
-  QGuiApplication::setApplicationDisplayName("Marbelot");
   QGuiApplication::setDesktopFileName("org.marbelot.Marbelot");
   QGuiApplication::setQuitOnLastWindowClosed(false);
 }

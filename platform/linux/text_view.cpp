@@ -14,8 +14,9 @@ constexpr std::size_t pieceBytes = 16 * 1024;
 constexpr int turnMilliseconds = 8;
 // Taking a document of this many characters apart takes longer than a frame.
 constexpr int largeDocument = 200'000;
-// The room that a text leaves at its sides by itself, pixels.
-constexpr int margin = 5;
+// The room that a text has at its edges when nothing else is asked for, pixels.
+constexpr double ownMargin = 5;
+constexpr int tabColumns = 4;
 
 void dispose(QTextDocument* document) {
   if (document->characterCount() < largeDocument) {
@@ -36,14 +37,13 @@ QFont qtFont(const Font& font) {
   return made;
 }
 
-TextView::TextView(const View& view) : editable_(view.editable) {
+TextView::TextView(const View& view)
+    : editable_(view.editable), margin_(std::max(view.inset.width, ownMargin)) {
   setFont(qtFont(view.font));
   setFrameShape(view.bordered ? QFrame::StyledPanel : QFrame::NoFrame);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setTabChangesFocus(false);
-  const int width = static_cast<int>(view.inset.width);
-  const int height = static_cast<int>(view.inset.height);
-  setViewportMargins(width, height, width, height);
+  setTabStopDistance(tabColumns * fontMetrics().horizontalAdvance(u' '));
   connect(&timer_, &QTimer::timeout, this, [this] { bringIn(); });
   setContents(share(view.text));
 }
@@ -61,7 +61,7 @@ void TextView::startAfresh() {
   auto* document = new QTextDocument(this);
   document->setDocumentLayout(new QPlainTextDocumentLayout(document));
   document->setDefaultFont(font());
-  document->setDocumentMargin(margin);
+  document->setDocumentMargin(margin_);
   document->setUndoRedoEnabled(false);
   // The first one is the base class's own and goes with the call.
   QTextDocument* const former = place_.isNull() ? nullptr : this->document();

@@ -40,6 +40,7 @@ class TextView : public QPlainTextEdit {
   bool eraseAcrossMark(bool backwards);
 
   const bool editable_;
+  const double margin_;  // pixels
   SharedText original_;  // never null
   DocumentText form_;
   bool faithful_ = true;  // the document can be turned back into the text
