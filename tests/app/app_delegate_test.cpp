@@ -108,7 +108,7 @@ TEST_F(AppDelegateTest, AScreenshotIsCountedNamedFlashedAndAnnounced) {
   desktop_.queue.advance(0.1);
   EXPECT_EQ(desktop_.statusItem.symbols.back(), "camera.on.rectangle.fill");
   // It is also in the history, by the next tick at the latest.
-  EXPECT_TRUE(itemAt(menu(), {"Clipboard history", "Image 640 × 20*"}));
+  EXPECT_TRUE(itemAt(menu(), {"Clipboard history", "🖼 Image 640 × 20*"}));
 }
 
 TEST_F(AppDelegateTest, ATitleStandsInForAMissingSymbol) {
@@ -157,7 +157,8 @@ TEST_F(AppDelegateTest, TheScreenshotToolsSettingNamesTheFolder) {
   launch();
   EXPECT_EQ(desktop_.folderEvents.watched, std::vector<std::string>{home_ / "Shots"});
   writeFile(home_ / "config/marbelot/com.apple.screencapture.json", R"({"location": 7})");
-  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Desktop"})) << "asked anew each time";
+  choose({"Settings", "Show clipboard preview at top"});
+  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Desktop"})) << "asked anew at each build";
 }
 
 TEST_F(AppDelegateTest, TogglesAreStoredAtOnceAndReadAtLaunch) {
@@ -188,7 +189,7 @@ TEST_F(AppDelegateTest, SecretsAndConcealedCopiesStayOutOfTheMenu) {
   std::string json = desktop_.application.requests.menu();
   EXPECT_EQ(json.find(secret), std::string::npos);
   EXPECT_EQ(json.find("concealed one"), std::string::npos);
-  EXPECT_NE(json.find("Xk9#***Lwe"), std::string::npos) << json;
+  EXPECT_NE(json.find("Xk9#***vLwe"), std::string::npos) << json;
   desktop_.defaults.set("recordConcealedCopies", true);
   EXPECT_NE(desktop_.application.requests.menu().find("concealed one"), std::string::npos);
 }
