@@ -43,7 +43,6 @@ TextView::TextView(const View& view)
   setFrameShape(view.bordered ? QFrame::StyledPanel : QFrame::NoFrame);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setTabChangesFocus(false);
-  setTabStopDistance(tabColumns * fontMetrics().horizontalAdvance(u' '));
   connect(&timer_, &QTimer::timeout, this, [this] { bringIn(); });
   setContents(share(view.text));
 }
@@ -67,6 +66,7 @@ void TextView::startAfresh() {
   QTextDocument* const former = place_.isNull() ? nullptr : this->document();
   setDocument(document);
   if (former) dispose(former);
+  setTabStopDistance(tabColumns * fontMetrics().horizontalAdvance(u' '));
   setReadOnly(true);
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 
