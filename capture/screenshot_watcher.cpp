@@ -57,12 +57,18 @@ void ScreenshotWatcher::folderChanged() {
 void ScreenshotWatcher::rescan() {
   const auto names = files::list(path);
   if (!names) return;
+  std::vector<std::pair<double, std::string>> fresh;  // by modification time
   for (const std::string& name : *names) {
     // Names of other kinds are not remembered: there may be any number of them.
     if (!hasAcceptedExtension(name)) continue;
     std::string fullPath = files::join(path, name);
-    if (seen.insert(fullPath).second) attempt(fullPath);
+    if (!seen.insert(fullPath).second) continue;
+    const auto info = files::info(fullPath);
+    fresh.emplace_back(info ? info->modified : 0, std::move(fullPath));
   }
+  // Of several that came at once, the newest is the one to stay on the clipboard.
+  std::sort(fresh.begin(), fresh.end());
+  for (const auto& [modified, fullPath] : fresh) attempt(fullPath);
 }
 
 void ScreenshotWatcher::attempt(const std::string& fullPath) {

@@ -13,7 +13,7 @@ namespace {
 constexpr double pollInterval = 0.6;  // seconds
 
 // Writing this much takes a few milliseconds; more is left to the background.
-constexpr std::size_t immediateImageBytes = std::size_t{4} << 20;
+constexpr std::size_t immediateImageBytes = std::size_t{256} << 10;
 
 // Entries that are looked at when loading. The history holds 40; a file that something else filled
 // must not hold up the launch.

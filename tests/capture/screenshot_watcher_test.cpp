@@ -78,6 +78,22 @@ TEST_F(ScreenshotWatcherTest, AcceptsFiveExtensionsInAnyCase) {
                             "Screenshot.jpg", "Screenshot.tiff"}));
 }
 
+TEST_F(ScreenshotWatcherTest, LeavesTheNewestOfABatchOnTheClipboard) {
+  start();
+  desktop_.queue.drain();
+  for (int i = 0; i < 20; ++i) {
+    // Older ones under later names, in whatever order the folder lists them.
+    const std::string path =
+        save("Screenshot " + std::to_string(i) + ".png", *png(static_cast<unsigned>(100 + i)));
+    const auto age = std::chrono::seconds(i);
+    std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now() - age);
+  }
+  event();
+  EXPECT_EQ(copied_.size(), 20U);
+  EXPECT_EQ(copied_.back(), "Screenshot 0.png");
+  EXPECT_EQ(clipboardWidth(), 100);
+}
+
 TEST_F(ScreenshotWatcherTest, WaitsForTheMarkForThirtyOneTries) {
   start();
   desktop_.queue.drain();

@@ -171,6 +171,21 @@ TEST(FolderEvents, FindsAFolderThatComesGoesAndComesAgain) {
   }
 }
 
+TEST(FolderEvents, SurviveAnOverflowOfTheQueue) {
+  LinuxBackend backend;
+  int calls = 0;
+  const auto stream = backend.folders.watch(backend.home.path(), [&] { ++calls; });
+  // More events than the kernel keeps (/proc/sys/fs/inotify/max_queued_events, 16384 at first).
+  for (int i = 0; i < 12000; ++i) writeFile(backend.home / std::to_string(i), "");
+  EXPECT_TRUE(backend.wait([&] { return calls > 0; }));
+  bool passed = false;
+  const Task pause = backend.queue.after(0.1, [&] { passed = true; });
+  backend.wait([&] { return passed; });
+  calls = 0;
+  writeFile(backend.home / "after.png", "x");
+  EXPECT_TRUE(backend.wait([&] { return calls > 0; }));
+}
+
 }  // namespace
 }  // namespace marbelot
 
