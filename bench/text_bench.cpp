@@ -146,7 +146,8 @@ void MenuTitles(benchmark::State& state) {
 
 void CollectionSummary(benchmark::State& state) {
   Collection collection;
-  for (int i = 0; i < 100; ++i) collection.append(share(corpus(state.range(0)).substr(0, 100000 + i)));
+  for (int i = 0; i < 100; ++i)
+    collection.append(share(corpus(state.range(0)).substr(0, 100000 + i)));
   // Another separator each time, or nothing would be left to count.
   bool comma = false;
   for (auto _ : state) {
