@@ -30,7 +30,7 @@ ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
     : platform_(platform), path(std::move(folder)), onCopy(std::move(copied)) {
   seeding_ = platform_.queue.inBackground(
       [folder = path] { return files::list(folder).value_or(std::vector<std::string>()); },
-      [this](std::vector<std::string> names) {
+      [this](const std::vector<std::string>& names) {
         for (const std::string& name : names) seen.insert(files::join(path, name));
         seeded_ = true;
         if (changedBeforeSeeding_) rescan();

@@ -19,6 +19,7 @@
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_windows.h"
 #include "platform/linux/remote_control.h"
+#include "platform/linux/symbols.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/linux/workspace.h"
@@ -106,6 +107,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   setEnvironment();
   const QApplication application(argc, argv);
   darkenDisabledText();
+  QApplication::setWindowIcon(symbolIcon("camera.on.rectangle.fill"));
   QObject context;
   quitOnSignals(context);
 

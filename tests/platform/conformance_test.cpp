@@ -34,7 +34,7 @@ struct MemoryBackend {
 };
 
 struct LinuxBackend {
-  LinuxBackend() : server(), clipboard(qtQueue, server.display()) {}
+  LinuxBackend() : clipboard(qtQueue, server.display()) {}
   TemporaryHome home;
   PrivateServer server;
   QtMainQueue qtQueue;
