@@ -165,7 +165,7 @@ void FlattenTrim::trimClipboard(const MenuItem& sender) {
               "Clipboard trimmed (" + mode + ")");
 }
 
-void FlattenTrim::replaceText(Operation operation, const std::string& message) {
+void FlattenTrim::replaceText(const Operation& operation, const std::string& message) {
   if (busy_) {
     next_.push_back([this, operation, message] { replaceText(operation, message); });
     return;

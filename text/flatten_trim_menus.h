@@ -70,7 +70,7 @@ class FlattenTrim {
   // Replaces the clipboard's text by what `operation` makes of it (none: leaves it alone) and says
   // `message`. A large text is worked on in the background, one operation after another; whatever
   // is copied meanwhile stays on the clipboard.
-  void replaceText(Operation operation, const std::string& message);
+  void replaceText(const Operation& operation, const std::string& message);
   void write(std::string text, const std::string& message);
 
   Platform& platform_;

@@ -12,7 +12,7 @@ namespace {
 
 struct Case {
   std::string marked;  // the text with « and » around what is to be found
-  std::vector<std::string> values = {};
+  std::vector<std::string> values;
 };
 
 constexpr unsigned kAll = DetectionKind::link | DetectionKind::phone |

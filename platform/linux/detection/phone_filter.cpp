@@ -226,9 +226,8 @@ std::size_t fewDigitsEnd(std::string_view text, std::size_t digit) {
     if (isDigit(c)) {
       if (++digits == 7) return 0;
       marks = 0;
-    } else if (isAscii(c) && c != ' ' && c != '-' && c != '.' && c != '(' && c != ')' && c != '/') {
-      return at;
-    } else if (++marks > 6) {
+    } else if ((isAscii(c) && std::string_view(" -.()/").find(c) == std::string_view::npos) ||
+               ++marks > 6) {
       return at;
     }
   }
