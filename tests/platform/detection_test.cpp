@@ -12,7 +12,7 @@ namespace {
 
 struct Case {
   std::string marked;  // the text with « and » around what is to be found
-  std::vector<std::string> values;
+  std::vector<std::string> values = {};
 };
 
 constexpr unsigned kAll = DetectionKind::link | DetectionKind::phone |
@@ -38,7 +38,7 @@ void expectFound(const Case& expected, unsigned kinds, const std::string& region
   const std::string text = unmarked(expected.marked);
   const std::vector<Detection> all = detect(text, kinds, {kNow, region});
   std::string marked;
-  std::vector<std::string> values;
+  std::vector<std::string> values = {};
   std::size_t at = 0;
   for (const Detection& found : all) {
     ASSERT_GE(found.range.start, at) << text;
