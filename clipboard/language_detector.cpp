@@ -7,6 +7,7 @@
 
 #include "clipboard/classifier.h"
 #include "clipboard/language_clues.h"
+#include "clipboard/language_pieces.h"
 #include "clipboard/language_signals.h"
 #include "platform/text.h"
 
@@ -38,6 +39,19 @@ int neededPoints(const ClueScores& scores) {
   return needed;
 }
 
+// Whether the clues say enough without a signal: a piece out of the middle of a source seldom
+// holds one.
+bool standsAlone(Language language, const ClueScores& scores, std::string_view text) {
+  constexpr std::size_t kFewestLines = 2;
+  if (scores.lines < kFewestLines || scores.points[static_cast<std::size_t>(language)] <
+                                         neededPoints(scores) * 3 / 2 + 2) {
+    return false;
+  }
+  if (language == Language::shell) return !holdsPrompt(text);
+  if (language == Language::html) return holdsPageTag(text);
+  return scores.proseLines * 4 <= scores.lines;
+}
+
 }  // namespace
 
 std::optional<std::string_view> detectLanguage(std::string_view text) {
@@ -63,6 +77,8 @@ std::optional<std::string_view> detectLanguage(std::string_view text) {
     if (points < neededPoints(scores) || points * 4 < best * 3) break;
     if (carriesSignal(language, head)) return named(language);
   }
+  if (isJsonPiece(head)) return named(Language::json);
+  if (standsAlone(ranking.front(), scores, head)) return named(ranking.front());
   return std::nullopt;
 }
 

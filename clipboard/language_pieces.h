@@ -1,0 +1,17 @@
+// What tells a piece cut out of the middle of a source, where none of the language's signals is.
+#pragma once
+
+#include <string_view>
+
+namespace marbelot {
+
+// Lines of JSON and nothing else, with a key among them; brackets need not be balanced.
+bool isJsonPiece(std::string_view text);
+
+// A tag that pages have and other markup seldom.
+bool holdsPageTag(std::string_view text);
+
+// A line with a shell's prompt: a session, whatever was typed in it.
+bool holdsPrompt(std::string_view text);
+
+}  // namespace marbelot
