@@ -134,13 +134,12 @@ class ClueScanner {
   explicit ClueScanner(std::string_view text)
       : index_(sharedIndex()), counts_(index_.clues().size()), text_(text) {}
 
-  ClueScores scan() {
+  ClueScores scan(Comments comments) {
     LineReader reader(text_);
     while (const auto line = reader.next()) readLine(*line);
-    // Of a text that is all comment, the examples in it tell what it was copied from.
-    if (scores_.lines * 3 < scores_.commentLines) {
-      const std::vector<std::string_view> comments = std::exchange(comments_, {});
-      for (const std::string_view comment : comments) readLine(comment);
+    if (comments == Comments::readWhenMost && scores_.lines * 3 < scores_.commentLines) {
+      const std::vector<std::string_view> examples = std::exchange(comments_, {});
+      for (const std::string_view example : examples) readLine(example);
     }
     for (std::size_t i = 0; i < counts_.size(); ++i) {
       const int count = std::min<int>(counts_[i], kCountsAtMost);
@@ -169,6 +168,11 @@ class ClueScanner {
       if (line.find(closer_) != line.npos) closer_ = {};
       return;
     }
+    if (endsBlockComment(line)) {
+      discardLines();
+      ++scores_.commentLines;
+      return;
+    }
     if (isComment(line)) {
       ++scores_.commentLines;
       const std::size_t marker = line.find_first_not_of("/#*!");
@@ -195,19 +199,57 @@ class ClueScanner {
     return isLongString(line, "\"\"\"") || isLongString(line, "'''");
   }
 
-  // Python's documentation. Of an odd number of quotes the first, alone on its line, is an end.
+  // The end of a comment that began before the piece; a time table's "*/5" ends none.
+  bool endsBlockComment(std::string_view line) {
+    if (metBlockComment_) return false;
+    const std::size_t open = line.find("/*");
+    metBlockComment_ = open != line.npos;
+    if (!line.ends_with("*/") || (metBlockComment_ && open + 2 < line.size())) return false;
+    metBlockComment_ = true;
+    return true;
+  }
+
+  // What was read so far turns out to be a comment.
+  void discardLines() {
+    scores_.commentLines += scores_.lines;
+    scores_.lines = scores_.proseLines = scores_.foreignLines = 0;
+  }
+
+  // Python's documentation. A piece may begin within it.
   bool isLongString(std::string_view line, std::string_view quotes) {
     const std::size_t open = line.find(quotes);
-    if (open == line.npos || open > 1) return false;
+    if (open == line.npos) return false;
+    if (open > 1) {
+      const bool ends = !metLongString_ && open + quotes.size() == line.size() &&
+                        (isName(line[open - 1]) || line[open - 1] == '.');
+      if (ends) discardLines();
+      metLongString_ = true;
+      return ends;
+    }
     count(line, 0, true);
-    if (line.size() == quotes.size() && !metLongString_ && isOdd(quotes)) {
-      scores_.commentLines += scores_.lines;
-      scores_.lines = scores_.proseLines = scores_.foreignLines = 0;
+    if (line.size() == quotes.size() && !metLongString_ && endsLongString(quotes)) {
+      discardLines();
     } else if (line.find(quotes, open + quotes.size()) == line.npos) {
       closer_ = quotes;
     }
     metLongString_ = true;
     return true;
+  }
+
+  // Of quotes alone on their line, the first of the text. What they open follows a colon or an
+  // assignment; where the next ones open a text on their line, these have closed one.
+  bool endsLongString(std::string_view quotes) const {
+    const std::size_t first = text_.find(quotes);
+    const std::size_t before = text_.find_last_not_of(" \t\r\n", first == 0 ? text_.npos : first - 1);
+    if (first > 0 && before < first) {
+      return std::string_view(":=(,[\\").find(text_[before]) == std::string_view::npos;
+    }
+    const std::size_t next = text_.find(quotes, first + quotes.size());
+    if (next != text_.npos && next + quotes.size() < text_.size()) {
+      const char opened = text_[next + quotes.size()];
+      if (isName(opened)) return true;
+    }
+    return isOdd(quotes);
   }
 
   bool isOdd(std::string_view quotes) const {
@@ -268,6 +310,8 @@ class ClueScanner {
       if (isBlank(c)) {
         const std::size_t next = skipBlanks(line, at);
         const std::string_view rest = line.substr(next);
+        const bool isDashed = std::string_view(",;)").find(line[at - 1]) != std::string_view::npos;
+        if (isDashed && rest.starts_with("-- ")) break;
         if (rest.starts_with("// ") || rest.starts_with("# ") || rest.starts_with("/* ")) break;
         at = next;
         continue;
@@ -388,12 +432,14 @@ class ClueScanner {
   std::string_view closer_;                 // what ends the comment or the long string that is open
   std::size_t colonIndent_ = kNoIndent;     // of the last line, if it ended in a colon
   int blocks_ = 0, bare_ = 0, selectors_ = 0, pascalCalls_ = 0;
-  bool metLongString_ = false;
+  bool metLongString_ = false, metBlockComment_ = false;
   bool metStartClue_ = false;  // on this line
 };
 
 }  // namespace
 
-ClueScores weighClues(std::string_view text) { return ClueScanner(text).scan(); }
+ClueScores weighClues(std::string_view text, Comments comments) {
+  return ClueScanner(text).scan(comments);
+}
 
 }  // namespace marbelot

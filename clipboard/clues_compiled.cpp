@@ -7,7 +7,7 @@ namespace {
 constexpr Language Php = Language::php, Cpp = Language::cpp, C = Language::c,
                    Swift = Language::swift, Py = Language::python, Ts = Language::typeScript,
                    Js = Language::javaScript, Cs = Language::cSharp, Java = Language::java,
-                   Go = Language::go, Rust = Language::rust, Rb = Language::ruby, Css = Language::css;
+                   Go = Language::go, Rust = Language::rust, Rb = Language::ruby, Css = Language::css, Sh = Language::shell;
 
 constexpr Clue kClues[] = {
     // C and C++
@@ -38,6 +38,17 @@ constexpr Clue kClues[] = {
     {"% *%;$", {{{C, 3}, {Cpp, 1}}}},
     {"^% *%(", {{{C, 3}, {Cpp, 1}}}},
     {"^% *% (", {{{C, 3}, {Cpp, 1}}}},
+    {"^%*~/*", {{{C, 3}}}},
+    {"__be16 %", {{{C, 4}}}},
+    {"__be32 %", {{{C, 4}}}},
+    {"__s32 %", {{{C, 4}}}},
+    {"(gpointer %", {{{C, 4}}}},
+    {"^GLIB_%$", {{{C, 4}}}},
+    {"^void % (", {{{C, 2}, {Cpp, 1}}}},
+    {"^% %~(% %);$", {{{C, 2}, {Cpp, 1}, {Java, 1}, {Cs, 1}}}},
+    {"^enum % {", {{{C, 3}, {Cpp, 2}, {Swift, 1}}}},
+    {"^% = %,$", {{{C, 1}, {Cpp, 1}, {Py, 1}}}},
+    {"^};$", {{{C, 1}, {Cpp, 1}}}},
     {"(void)", {{{C, 3}, {Cpp, 1}}}},
     {"(void);$", {{{C, 3}}}},
     {"__u8 %", {{{C, 4}}}},
@@ -151,6 +162,9 @@ constexpr Clue kClues[] = {
     {"try?", {{{Swift, 3}}}},
     {"case .%", {{{Swift, 5}}}},
     {"return .%", {{{Swift, 4}}}},
+    {"self = .%", {{{Swift, 5}}}},
+    {"^switch % {$", {{{Swift, 2}, {Go, 2}}}},
+    {"^case \"%\":$", {{{Sh, -4}, {Go, 1}, {Swift, 1}, {Js, 1}}}},
     {"(.%", {{{Swift, 1}}}},
     {" in$", {{{Swift, 2}}}},
     {"in$", {{{Swift, 3}}}},

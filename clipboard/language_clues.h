@@ -63,7 +63,10 @@ struct ClueScores {
   int of(Language language) const { return points[static_cast<std::size_t>(language)]; }
 };
 
+// Of a text that is mostly comment, the examples in it tell what it was copied from.
+enum class Comments { readWhenMost, skip };
+
 // Linear in the text.
-ClueScores weighClues(std::string_view text);
+ClueScores weighClues(std::string_view text, Comments comments = Comments::readWhenMost);
 
 }  // namespace marbelot

@@ -39,16 +39,38 @@ int neededPoints(const ClueScores& scores) {
   return needed;
 }
 
-// Whether the clues say enough without a signal: a piece out of the middle of a source seldom
-// holds one.
+// The languages, the one that the clues speak for most first.
+std::array<Language, languageCount> ranked(const ClueScores& scores) {
+  std::array<Language, languageCount> ranking{};
+  for (std::size_t i = 0; i < languageCount; ++i) ranking[i] = static_cast<Language>(i);
+  std::sort(ranking.begin(), ranking.end(), [&](Language a, Language b) {
+    if (scores.of(a) != scores.of(b)) return scores.of(a) > scores.of(b);
+    // Without a type to be seen, the two are the same language; most know it by the older name.
+    if (a == Language::javaScript || b == Language::javaScript) return a == Language::javaScript;
+    return a < b;
+  });
+  return ranking;
+}
+
+// Whether the clues say enough without a signal, which a piece out of the middle of a source
+// seldom holds. What other texts have in common with a language does not count alone.
 bool standsAlone(Language language, const ClueScores& scores, std::string_view text) {
-  constexpr std::size_t kFewestLines = 2;
-  if (scores.lines < kFewestLines || scores.points[static_cast<std::size_t>(language)] <
-                                         neededPoints(scores) * 3 / 2 + 2) {
-    return false;
+  if (scores.lines == 0 || scores.lines + scores.commentLines < 2) return false;
+  if (scores.of(language) < neededPoints(scores) * 3 / 2 + 2) return false;
+  switch (language) {
+    case Language::shell:
+      return !holdsPrompt(text);
+    case Language::html:
+      return holdsPageTag(text);
+    case Language::cSharp:
+    case Language::css:
+    case Language::java:
+    case Language::php:
+      if (text.find(';') == text.npos) return false;
+      break;
+    default:
+      break;
   }
-  if (language == Language::shell) return !holdsPrompt(text);
-  if (language == Language::html) return holdsPageTag(text);
   return scores.proseLines * 4 <= scores.lines;
 }
 
@@ -62,14 +84,7 @@ std::optional<std::string_view> detectLanguage(std::string_view text) {
 
   const std::string_view head = leadingLines(trimmed);
   const ClueScores scores = weighClues(head);
-  std::array<Language, languageCount> ranking{};
-  for (std::size_t i = 0; i < languageCount; ++i) ranking[i] = static_cast<Language>(i);
-  std::sort(ranking.begin(), ranking.end(), [&](Language a, Language b) {
-    if (scores.of(a) != scores.of(b)) return scores.of(a) > scores.of(b);
-    // Without a type to be seen, the two are the same language; most know it by the older name.
-    if (a == Language::javaScript || b == Language::javaScript) return a == Language::javaScript;
-    return a < b;
-  });
+  const auto ranking = ranked(scores);
   const int best = scores.of(ranking.front());
   for (const Language language : ranking) {
     const int points = scores.of(language);
@@ -78,7 +93,9 @@ std::optional<std::string_view> detectLanguage(std::string_view text) {
     if (carriesSignal(language, head)) return named(language);
   }
   if (isJsonPiece(head)) return named(Language::json);
-  if (standsAlone(ranking.front(), scores, head)) return named(ranking.front());
+  const ClueScores code = scores.commentLines == 0 ? scores : weighClues(head, Comments::skip);
+  const Language first = ranked(code).front();
+  if (standsAlone(first, code, head)) return named(first);
   return std::nullopt;
 }
 

@@ -18,7 +18,6 @@ constexpr std::array<std::string_view, 46> kPageTags = {
     "p",    "pre",    "script", "section",   "span",  "strong", "style", "svg",   "table", "tbody",
     "td",   "textarea", "th",  "thead",      "tr",    "ul"};
 
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::string_view withoutLeadingBlanks(std::string_view text) {
