@@ -212,7 +212,7 @@ class ClueScanner {
   // What was read so far turns out to be a comment.
   void discardLines() {
     scores_.commentLines += scores_.lines;
-    scores_.lines = scores_.proseLines = scores_.foreignLines = 0;
+    scores_.lines = scores_.proseLines = scores_.foreignLines = scores_.endedLines = 0;
   }
 
   // Python's documentation. A piece may begin within it.
@@ -240,7 +240,8 @@ class ClueScanner {
   // assignment; where the next ones open a text on their line, these have closed one.
   bool endsLongString(std::string_view quotes) const {
     const std::size_t first = text_.find(quotes);
-    const std::size_t before = text_.find_last_not_of(" \t\r\n", first == 0 ? text_.npos : first - 1);
+    const std::size_t before =
+        text_.find_last_not_of(" \t\r\n", first == 0 ? text_.npos : first - 1);
     if (first > 0 && before < first) {
       return std::string_view(":=(,[\\").find(text_[before]) == std::string_view::npos;
     }
@@ -289,6 +290,7 @@ class ClueScanner {
 
   void readCode(std::string_view line, std::size_t indent) {
     ++scores_.lines;
+    if (std::string_view(";{}").find(line.back()) != std::string_view::npos) ++scores_.endedLines;
     if (colonIndent_ != kNoIndent && indent >= colonIndent_ + 2) addBlock(indent);
     colonIndent_ = opensColonBlock(line) ? indent : kNoIndent;
     metStartClue_ = false;

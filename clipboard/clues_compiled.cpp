@@ -7,7 +7,8 @@ namespace {
 constexpr Language Php = Language::php, Cpp = Language::cpp, C = Language::c,
                    Swift = Language::swift, Py = Language::python, Ts = Language::typeScript,
                    Js = Language::javaScript, Cs = Language::cSharp, Java = Language::java,
-                   Go = Language::go, Rust = Language::rust, Rb = Language::ruby, Css = Language::css, Sh = Language::shell;
+                   Go = Language::go, Rust = Language::rust, Rb = Language::ruby,
+                   Css = Language::css, Sh = Language::shell;
 
 constexpr Clue kClues[] = {
     // C and C++

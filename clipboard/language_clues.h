@@ -58,6 +58,7 @@ struct ClueScores {
   std::size_t lines = 0;         // that are neither blank nor comment
   std::size_t proseLines = 0;    // of these, running text
   std::size_t foreignLines = 0;  // of these, what a terminal prints, or a list or quotation
+  std::size_t endedLines = 0;    // of these, what a semicolon or a brace ends
   std::size_t commentLines = 0;
 
   int of(Language language) const { return points[static_cast<std::size_t>(language)]; }

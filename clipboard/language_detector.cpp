@@ -59,14 +59,15 @@ bool standsAlone(Language language, const ClueScores& scores, std::string_view t
   if (scores.of(language) < neededPoints(scores) * 3 / 2 + 2) return false;
   switch (language) {
     case Language::shell:
-      return !holdsPrompt(text);
+      return scores.foreignLines * 3 <= scores.lines && !holdsPrompt(text);
     case Language::html:
       return holdsPageTag(text);
     case Language::cSharp:
     case Language::css:
     case Language::java:
     case Language::php:
-      if (text.find(';') == text.npos) return false;
+    case Language::rust:
+      if (scores.endedLines == 0) return false;
       break;
     default:
       break;
@@ -92,6 +93,7 @@ std::optional<std::string_view> detectLanguage(std::string_view text) {
     if (points < neededPoints(scores) || points * 4 < best * 3) break;
     if (carriesSignal(language, head)) return named(language);
   }
+  if (const auto language = interpreted(head)) return named(*language);
   if (isJsonPiece(head)) return named(Language::json);
   const ClueScores code = scores.commentLines == 0 ? scores : weighClues(head, Comments::skip);
   const Language first = ranked(code).front();

@@ -12,11 +12,11 @@ namespace {
 
 // Of what a page is made, in lower case.
 constexpr std::array<std::string_view, 46> kPageTags = {
-    "a",    "abbr",   "b",     "blockquote", "body",  "br",   "button", "code",   "dd",  "div",
-    "dl",   "dt",     "em",    "font",       "form",  "h1",   "h2",     "h3",     "h4",  "head",
-    "hr",   "html",   "i",     "iframe",     "img",   "input", "label", "li",     "nav", "ol",
-    "p",    "pre",    "script", "section",   "span",  "strong", "style", "svg",   "table", "tbody",
-    "td",   "textarea", "th",  "thead",      "tr",    "ul"};
+    "a",  "abbr",     "b",      "blockquote", "body", "br",     "button", "code", "dd",    "div",
+    "dl", "dt",       "em",     "font",       "form", "h1",     "h2",     "h3",   "h4",    "head",
+    "hr", "html",     "i",      "iframe",     "img",  "input",  "label",  "li",   "nav",   "ol",
+    "p",  "pre",      "script", "section",    "span", "strong", "style",  "svg",  "table", "tbody",
+    "td", "textarea", "th",     "thead",      "tr",   "ul"};
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -112,13 +112,33 @@ bool holdsPageTag(std::string_view text) {
   return false;
 }
 
+std::optional<Language> interpreted(std::string_view text) {
+  constexpr struct {
+    std::string_view program;
+    Language language;
+  } kPrograms[] = {
+      {"bash", Language::shell},      {"zsh", Language::shell}, {"ksh", Language::shell},
+      {"dash", Language::shell},      {"sh", Language::shell},  {"python", Language::python},
+      {"node", Language::javaScript}, {"ruby", Language::ruby}, {"php", Language::php}};
+  if (!text.starts_with("#!")) return std::nullopt;
+  std::string_view line = *LineReader(text).next();
+  line = withoutLeadingBlanks(line.substr(2));
+  if (!line.starts_with('/')) return std::nullopt;
+  constexpr std::string_view kEnv = "/usr/bin/env ";
+  line = line.starts_with(kEnv) ? line.substr(kEnv.size()) : line.substr(0, line.find(' '));
+  line = line.substr(line.rfind('/') + 1);
+  for (const auto& [program, language] : kPrograms) {
+    if (line.starts_with(program)) return language;
+  }
+  return std::nullopt;
+}
+
 bool holdsPrompt(std::string_view text) {
   LineReader reader(text);
   while (const auto line = reader.next()) {
     const std::string_view trimmed = text::trimmedBlanks(*line);
     if (trimmed.empty()) continue;
-    if (!trimmed.starts_with('#') &&
-        terminalLine(*line, trimmed, false) == TerminalLine::prompt) {
+    if (!trimmed.starts_with('#') && terminalLine(*line, trimmed, false) == TerminalLine::prompt) {
       return true;
     }
   }
