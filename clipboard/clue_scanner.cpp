@@ -52,7 +52,9 @@ class ClueIndex {
   }
 
   const std::vector<CompiledClue>& clues() const { return clues_; }
+  // Those that begin with any name; anywhere, and at the start of a line only.
   const std::vector<std::size_t>& anyName() const { return anyName_; }
+  const std::vector<std::size_t>& anyFirstName() const { return anyFirstName_; }
   const std::vector<std::size_t>& at(char c) const {
     return byByte_[static_cast<unsigned char>(c) & 0x7F];
   }
@@ -77,7 +79,7 @@ class ClueIndex {
     if (rest.front() == '%') {
       compiled.headIsName = true;
       rest.remove_prefix(1);
-      anyName_.push_back(position);
+      (compiled.atLineStart ? anyFirstName_ : anyName_).push_back(position);
     } else if (isName(rest.front())) {
       compiled.head = rest.substr(0, skipName(rest, 0));
       rest.remove_prefix(compiled.head.size());
@@ -91,7 +93,7 @@ class ClueIndex {
   std::vector<CompiledClue> clues_;
   std::unordered_map<std::string_view, std::vector<std::size_t>> byWord_;
   std::array<std::vector<std::size_t>, 128> byByte_;
-  std::vector<std::size_t> anyName_;
+  std::vector<std::size_t> anyName_, anyFirstName_;
 };
 
 // Whether `pattern` stands at `at`.
@@ -305,6 +307,9 @@ class ClueScanner {
           for (const std::size_t i : *clues) tryClue(i, line, at, end, at == 0);
         }
         for (const std::size_t i : index_.anyName()) tryClue(i, line, at, end, at == 0);
+        if (at == 0) {
+          for (const std::size_t i : index_.anyFirstName()) tryClue(i, line, at, end, true);
+        }
         if (!isDigit(c)) ++words;
         at = end;
         continue;

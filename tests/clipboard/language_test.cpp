@@ -108,6 +108,8 @@ TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
       {"# # // doubled\n#   def total\n#     @lines.sum\n#   end\n#   puts total", "Ruby"},
       {"const s = '<div class=\"a\"></div>';\nconst t = s.replace('a', 'b');", "JavaScript"},
       {"{\"a\": function() { return 1; }}", "JavaScript"},
+      {"   end of a note.\n */\n#define A 1\n#define B 2\n#endif /* A */", "C"},
+      {"#! /usr/bin/env bash\nls", "Shell"},
       {"{\"a\": 1,\n \"b\": [true, null, -1.5e3]}", "JSON"},
   };
   for (const auto& test : kCases) {
