@@ -47,7 +47,7 @@ struct Clue {
 };
 
 // The clues, in three tables. Points: 1 a hint, 2 to 3 usual in a language and rare in most others,
-// 4 and more found in hardly any other text. The signals that a language must carry are among them;
+// 4 and more found in hardly any other text. The signals of the languages are among them;
 // the rest tell alike languages apart.
 std::span<const Clue> compiledClues();
 std::span<const Clue> scriptingClues();

@@ -1,5 +1,6 @@
 // Names the language of a snippet: the clues in it are weighed, and the language they speak for
-// most is named when the text carries one of its signals and reads as code at all.
+// most is named when the text carries one of its signals and reads as code at all, or without a
+// signal when the clues speak for it beyond doubt.
 #include <algorithm>
 #include <array>
 #include <optional>

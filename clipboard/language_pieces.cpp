@@ -11,12 +11,12 @@ namespace marbelot {
 namespace {
 
 // Of what a page is made, in lower case.
-constexpr std::array<std::string_view, 46> kPageTags = {
-    "a",  "abbr",     "b",      "blockquote", "body", "br",     "button", "code", "dd",    "div",
-    "dl", "dt",       "em",     "font",       "form", "h1",     "h2",     "h3",   "h4",    "head",
-    "hr", "html",     "i",      "iframe",     "img",  "input",  "label",  "li",   "nav",   "ol",
-    "p",  "pre",      "script", "section",    "span", "strong", "style",  "svg",  "table", "tbody",
-    "td", "textarea", "th",     "thead",      "tr",   "ul"};
+constexpr std::array<std::string_view, 48> kPageTags = {
+    "a",     "abbr",  "b",  "blockquote", "body",   "br",      "button",   "code",   "dd",    "div",
+    "dl",    "dt",    "em", "font",       "form",   "frame",   "frameset", "h1",     "h2",    "h3",
+    "h4",    "head",  "hr", "html",       "i",      "iframe",  "img",      "input",  "label", "li",
+    "nav",   "ol",    "p",  "pre",        "script", "section", "span",     "strong", "style", "svg",
+    "table", "tbody", "td", "textarea",   "th",     "thead",   "tr",       "ul"};
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 

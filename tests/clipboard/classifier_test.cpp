@@ -259,7 +259,11 @@ TEST(Classify, IsLinearWhateverTheText) {
                             "passwor",
                             "\u00A0",
                             "INSERT ",
-                            "\"a"}) {
+                            "\"a",
+                            "\"a\":1,\n",
+                            "<x",
+                            "x */\n",
+                            "fi\n"}) {
     const std::string text = repeated(piece, kBytes);
     const auto start = std::chrono::steady_clock::now();
     classify(text);
