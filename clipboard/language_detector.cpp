@@ -63,6 +63,9 @@ bool standsAlone(Language language, const ClueScores& scores, std::string_view t
       return scores.foreignLines * 3 <= scores.lines && !holdsPrompt(text);
     case Language::html:
       return holdsPageTag(text);
+    case Language::cpp:  // a list of files tells the language of the files
+      if (scores.endedLines == 0 && text.find('#') == text.npos) return false;
+      break;
     case Language::cSharp:
     case Language::css:
     case Language::java:
