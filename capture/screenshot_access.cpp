@@ -17,8 +17,11 @@ ScreenshotAccess::ScreenshotAccess(Platform& platform, Shell& shell, ActionTable
 }
 
 void ScreenshotAccess::probe() {
+  if (probing_) return;  // a folder that hangs must not collect probes
+  probing_ = true;
   probe_ = platform_.queue.inBackground([] { return files::list(screenshotFolder()).has_value(); },
                                         [this](bool readable) {
+                                          probing_ = false;
                                           if (readable == screenshotFolderReadable) return;
                                           screenshotFolderReadable = readable;
                                           shell_.rebuildMenu();

@@ -27,6 +27,7 @@ class ScreenshotAccess {
   Platform& platform_;
   Shell& shell_;
   Task probe_;
+  bool probing_ = false;
   bool prompting_ = false;
 };
 

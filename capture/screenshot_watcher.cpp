@@ -49,8 +49,14 @@ void ScreenshotWatcher::folderChanged() {
   // The event may be the very one that a pending file waited for: closed by its writer, or marked.
   std::vector<std::string> waiting;
   for (const auto& [fullPath, attempt] : pending_) waiting.push_back(fullPath);
-  for (const std::string& fullPath : waiting)
-    if (copyIfFinished(fullPath)) pending_.erase(fullPath);
+  for (const std::string& fullPath : waiting) {
+    const bool asleep = pending_[fullPath].number == 0;  // until its writer closes it
+    if (asleep) {
+      attempt(fullPath);
+    } else if (copyIfFinished(fullPath) == files::ScreenshotState::finished) {
+      pending_.erase(fullPath);
+    }
+  }
   rescan();
 }
 
@@ -72,29 +78,38 @@ void ScreenshotWatcher::rescan() {
 }
 
 void ScreenshotWatcher::attempt(const std::string& fullPath) {
-  if (copyIfFinished(fullPath)) {
+  const files::ScreenshotState state = copyIfFinished(fullPath);
+  if (state == files::ScreenshotState::finished) {
     pending_.erase(fullPath);
     return;
   }
-  Attempt& state = pending_[fullPath];
-  if (state.number == lastAttempt) {
+  Attempt& pending = pending_[fullPath];
+  // However long its writer takes: a large screen's picture can take seconds to compress.
+  if (state == files::ScreenshotState::beingWritten) {
+    pending.number = 0;
+    pending.next.cancel();
+    return;
+  }
+  if (pending.number == lastAttempt) {
     pending_.erase(fullPath);
     return;
   }
-  ++state.number;
-  state.next = platform_.queue.after(attemptInterval, [this, again = fullPath] { attempt(again); });
+  ++pending.number;
+  pending.next =
+      platform_.queue.after(attemptInterval, [this, again = fullPath] { attempt(again); });
 }
 
-// True when the file is dealt with, whether or not it could be read.
-bool ScreenshotWatcher::copyIfFinished(const std::string& fullPath) {
-  if (!files::isFinishedScreenshot(fullPath)) return false;
+// Finished also when the file turns out not to be readable: it is dealt with.
+files::ScreenshotState ScreenshotWatcher::copyIfFinished(const std::string& fullPath) {
+  const files::ScreenshotState state = files::screenshotState(fullPath);
+  if (state != files::ScreenshotState::finished) return state;
   // Held in memory: the file may be edited in place while its picture is on the clipboard.
   const SharedBytes bytes = files::read(fullPath, largestFile);
   const auto image = bytes ? Image::fromBytes(bytes) : std::nullopt;
-  if (!image) return true;
+  if (!image) return state;
   platform_.pasteboard.write(*image);
   onCopy(files::lastComponent(fullPath));
-  return true;
+  return state;
 }
 
 }  // namespace marbelot

@@ -9,6 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "platform/files.h"
 #include "platform/platform.h"
 
 namespace marbelot {
@@ -32,7 +33,7 @@ class ScreenshotWatcher {
   void folderChanged();
   void rescan();
   void attempt(const std::string& fullPath);
-  bool copyIfFinished(const std::string& fullPath);
+  files::ScreenshotState copyIfFinished(const std::string& fullPath);
 
   Platform& platform_;
   std::unique_ptr<FolderStream> stream;

@@ -37,7 +37,7 @@ bool makeFolder(const std::string& path);
 std::string join(const std::string& folder, const std::string& name);
 // The last path component.
 std::string lastComponent(const std::string& path);
-// The extension without its dot, lower-cased; empty when there is none.
+// The extension without its dot, its ASCII letters lower-cased; empty when there is none.
 std::string lowercasedExtension(const std::string& name);
 std::string expandingTilde(const std::string& path);
 
@@ -51,7 +51,12 @@ std::string temporaryFolder();
 // The screenshot tool's own setting of where it saves; none when nothing is set.
 std::optional<std::string> screenshotLocation();
 
-// True when the system's screenshot tool made the file and has finished writing it.
-bool isFinishedScreenshot(const std::string& path);
+enum class ScreenshotState {
+  no,            // not a screenshot, or not marked as one yet
+  beingWritten,  // its writer has it open; folder events tell when it is closed
+  finished,
+};
+// Whether the system's screenshot tool made the file.
+ScreenshotState screenshotState(const std::string& path);
 
 }  // namespace marbelot::files

@@ -18,7 +18,9 @@ class UserDefaults {
 
   // Stores the value. A store of ordinary size (under 256 KB) is on disk when this returns; a
   // larger one is written in the background, newest state last, and always completed before the
-  // program ends by itself. Whatever happens, the stored state is one that was set, whole.
+  // program ends by itself. However the program ends, the stored state is one that was set, whole;
+  // so it is after a power failure where the file system keeps writes before a rename, as ext4
+  // does.
   virtual void set(std::string_view key, Value value) = 0;
 
   // Values used for absent keys; never stored.

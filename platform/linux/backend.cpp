@@ -70,9 +70,9 @@ Descriptor takeInstanceLock() {
 }
 
 void setEnvironment() {
-  // Under Wayland a program without the focus may not see the clipboard; XWayland's is in step with
-  // the desktop's and open to all. Drawing with OpenGL would load a driver for a menu.
-  if (qEnvironmentVariableIsSet("DISPLAY")) qputenv("QT_QPA_PLATFORM", "xcb");
+  // The clipboard is X11's, under Wayland XWayland's, and the windows must be of the same world.
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb");
+  // Drawing with OpenGL would load a driver for a menu.
   if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
   QCoreApplication::setApplicationName("marbelot");
   QGuiApplication::setDesktopFileName("org.marbelot.Marbelot");
@@ -104,6 +104,10 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
     std::fputs("marbelot: already running, but not to be reached over the session bus\n", stderr);
     return 1;
   }
+  if (!qEnvironmentVariableIsSet("DISPLAY")) {
+    std::fputs("marbelot: there is no X display (DISPLAY is not set)\n", stderr);
+    return 1;
+  }
   setEnvironment();
   const QApplication application(argc, argv);
   darkenDisabledText();
@@ -112,7 +116,8 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   quitOnSignals(context);
 
   RemoteControl remote;
-  remote.publish();
+  // The lock may be in a folder that cannot be written; the name on the bus tells as well.
+  if (!remote.publish() && askRunningProgramForMenu()) return 0;
   QtApplication quitter(remote);
   QtMainQueue queue;
   X11Pasteboard pasteboard(queue);

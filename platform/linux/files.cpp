@@ -2,12 +2,15 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <libintl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -49,12 +52,16 @@ SharedBytes read(const std::string& path, std::size_t maximumBytes) {
 }
 
 bool create(const std::string& path, std::string_view bytes) {
-  // Written beside its place and linked into it, so that nobody sees half a file and a name that is
+  // Written beside its place and moved into it, so that nobody sees half a file and a name that is
   // taken is never overwritten.
   std::string temporary = path + ".XXXXXX";
   const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
   if (!file) return false;
-  const bool done = writeFully(file.get(), bytes) && link(temporary.c_str(), path.c_str()) == 0;
+  if (writeFully(file.get(), bytes) &&
+      renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0)
+    return true;
+  // File systems that cannot rename so can link.
+  const bool done = errno == EINVAL && link(temporary.c_str(), path.c_str()) == 0;
   unlink(temporary.c_str());
   return done;
 }
@@ -80,7 +87,11 @@ std::string lastComponent(const std::string& path) {
 std::string lowercasedExtension(const std::string& name) {
   const std::size_t dot = name.rfind('.');
   if (dot == std::string::npos || dot == 0) return {};
-  return text::lowercased(name.substr(dot + 1));
+  std::string extension = name.substr(dot + 1);
+  // Extensions that mean anything are ASCII, and a folder may have very many files.
+  for (char& c : extension)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return extension;
 }
 
 std::string homeFolder() {
@@ -97,7 +108,19 @@ std::string expandingTilde(const std::string& path) {
 std::string temporaryFolder() {
   const char* configured = std::getenv("TMPDIR");
   const std::string root = configured && *configured ? configured : "/tmp";
-  return join(root, "marbelot-" + std::to_string(getuid()));
+  const std::string path = join(root, "marbelot-" + std::to_string(getuid()));
+  // In a folder that everybody may write to, somebody else may have made it first.
+  const auto isOurs = [](const std::string& folder) {
+    struct stat status {};
+    if (lstat(folder.c_str(), &status) != 0) return mkdir(folder.c_str(), 0700) == 0;
+    return S_ISDIR(status.st_mode) && status.st_uid == getuid() &&
+           ((status.st_mode & 077) == 0 || chmod(folder.c_str(), 0700) == 0);
+  };
+  for (int i = 1; i < 100; ++i) {
+    const std::string candidate = i == 1 ? path : path + "-" + std::to_string(i);
+    if (isOurs(candidate)) return candidate;
+  }
+  return join(homeFolder(), ".cache");
 }
 
 namespace {
@@ -143,8 +166,22 @@ std::string userFolder(std::string_view key, const std::string& fallback) {
   return join(homeFolder(), fallback);
 }
 
-std::string withoutFileScheme(std::string path) {
-  return path.starts_with("file://") ? path.substr(7) : path;
+// A path, or a file URL with its percent signs decoded.
+std::string pathFrom(const std::string& setting) {
+  if (!setting.starts_with("file://")) return setting;
+  std::string path;
+  for (std::size_t at = 7; at < setting.size(); ++at) {
+    unsigned byte = 0;
+    const char* digits = setting.data() + at + 1;
+    if (setting[at] == '%' && at + 2 < setting.size() &&
+        std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+      path += static_cast<char>(byte);
+      at += 2;
+    } else {
+      path += setting[at];
+    }
+  }
+  return path;
 }
 
 }  // namespace
@@ -167,13 +204,22 @@ std::optional<std::string> toolsScreenshotFolder() {
       {"ksnip/ksnip.conf", "Application", "SaveDirectory"},
   };
   for (const auto& [file, section, key] : settings)
-    if (auto value = iniValue(join(config, file), section, key)) return withoutFileScheme(*value);
-  // GNOME's shell has no setting: it saves into this folder.
+    if (auto value = iniValue(join(config, file), section, key)) return pathFrom(*value);
   const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
-  if (desktop && std::strstr(desktop, "GNOME")) {
-    std::string folder = join(picturesFolder(), "Screenshots");
+  const auto runs = [&](const char* name) { return desktop && std::strstr(desktop, name); };
+  const auto exists = [](const std::string& folder) {
     struct stat status {};
-    if (stat(folder.c_str(), &status) == 0) return folder;
+    return stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  };
+  // GNOME's shell has no setting: it saves into a folder that it names in the user's language.
+  if (runs("GNOME")) {
+    std::string folder = join(picturesFolder(), dgettext("gnome-shell", "Screenshots"));
+    if (exists(folder)) return folder;
+  }
+  // Spectacle, as long as nothing else is set.
+  if (runs("KDE")) {
+    std::string folder = join(picturesFolder(), "Screenshots");
+    return exists(folder) ? folder : picturesFolder();
   }
   return std::nullopt;
 }

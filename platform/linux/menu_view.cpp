@@ -4,6 +4,7 @@
 #include <QCursor>
 #include <QKeyEvent>
 #include <QTimer>
+#include <algorithm>
 
 Q_DECLARE_METATYPE(marbelot::MenuItemRef)
 
@@ -62,6 +63,13 @@ void MenuView::sync() {
 
 void MenuView::fill(QMenu& view, const Menu& menu) {
   const QList<QAction*> actions = view.actions();
+  // The submenu of a piece of content is open: what the user is about to choose there must go on
+  // meaning this piece, wherever it has moved meanwhile.
+  const auto isInUse = [](const QAction* action) {
+    const MenuItemRef item = itemOf(action);
+    return action->menu() && action->menu()->isVisible() && item && item->payload;
+  };
+  if (std::any_of(actions.begin(), actions.end(), isInUse)) return;
   qsizetype at = 0;
   for (const MenuItemRef& item : menu.items) {
     // An action is used again for an item of its kind, so that what is open stays open.
@@ -141,9 +149,11 @@ bool MenuView::eventFilter(QObject* watched, QEvent* event) {
     if (key->modifiers() & Qt::ControlModifier && key->key() >= Qt::Key_A &&
         key->key() <= Qt::Key_Z)
       return chooseByKey(QString(QChar('a' + (key->key() - Qt::Key_A))));
-  } else if (event->type() == QEvent::Leave && delegate_) {
-    auto* menu = qobject_cast<QMenu*>(watched);
-    if (menu && !menu->activeAction()) delegate_->menuWillHighlightItem(nullptr);
+  } else if (event->type() == QEvent::Leave) {
+    // The menu lets its item go only after this event.
+    QTimer::singleShot(0, this, [this, menu = QPointer(qobject_cast<QMenu*>(watched))] {
+      if (menu && !menu->activeAction() && delegate_) delegate_->menuWillHighlightItem(nullptr);
+    });
   }
   return QObject::eventFilter(watched, event);
 }

@@ -1,6 +1,10 @@
 #include "platform/linux/qt_main_queue.h"
 
+#include <unistd.h>
+
+#include <QThread>
 #include <QTimer>
+#include <algorithm>
 #include <cmath>
 
 namespace marbelot {
@@ -25,11 +29,17 @@ Task schedule(double seconds, bool once, std::function<void()> work) {
 
 }  // namespace
 
-QtMainQueue::QtMainQueue() { pool_.setExpiryTimeout(5000); }
+QtMainQueue::QtMainQueue() {
+  pool_.setExpiryTimeout(5000);
+  // Much of the work waits for files rather than computes.
+  pool_.setMaxThreadCount(std::max(4, QThread::idealThreadCount()));
+}
 
 QtMainQueue::~QtMainQueue() {
   pool_.clear();
-  pool_.waitForDone();
+  // Work that hangs, such as the listing of a folder whose server is gone, must not keep a program
+  // alive that has ended in all other respects.
+  if (!pool_.waitForDone(1000)) _exit(0);
 }
 
 Task QtMainQueue::after(double seconds, std::function<void()> work) {

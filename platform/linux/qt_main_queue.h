@@ -11,7 +11,8 @@ namespace marbelot {
 class QtMainQueue : public MainQueue {
  public:
   QtMainQueue();
-  // Waits for background work that has begun.
+  // Waits a second for background work that has begun; if it hangs, ends the process then and
+  // there.
   ~QtMainQueue() override;
   Task after(double seconds, std::function<void()> work) override;
   Task every(double seconds, std::function<void()> work) override;

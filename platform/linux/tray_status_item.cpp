@@ -3,9 +3,11 @@
 #include <xcb/xcb.h>
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
-#include <QFontDatabase>
+#include <QDBusVariant>
 #include <QGuiApplication>
 #include <QPainter>
 #include <cstdlib>
@@ -15,17 +17,13 @@
 namespace marbelot {
 namespace {
 
-constexpr const char* hostService = "org.kde.StatusNotifierWatcher";
+constexpr const char* watcherService = "org.kde.StatusNotifierWatcher";
+constexpr const char* watcherPath = "/StatusNotifierWatcher";
 // A panel that starts with the session may be later than we are.
 constexpr int quickLookMilliseconds = 250;
 constexpr int quickLooks = 12;
 // After that a tray of the older protocol is looked for now and then.
 constexpr int slowLookMilliseconds = 10000;
-
-bool notifierHostPresent() {
-  const auto* bus = QDBusConnection::sessionBus().interface();
-  return bus && bus->isServiceRegistered(hostService);
-}
 
 // The older protocol: somebody owns the selection _NET_SYSTEM_TRAY_S<screen>.
 bool trayPresent() {
@@ -46,10 +44,13 @@ bool trayPresent() {
 }  // namespace
 
 TrayStatusItem::TrayStatusItem() {
-  hostWatcher_ = std::make_unique<QDBusServiceWatcher>(hostService, QDBusConnection::sessionBus(),
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  hostWatcher_ = std::make_unique<QDBusServiceWatcher>(watcherService, bus,
                                                        QDBusServiceWatcher::WatchForRegistration);
   connect(hostWatcher_.get(), &QDBusServiceWatcher::serviceRegistered, this,
-          &TrayStatusItem::showIcon);
+          &TrayStatusItem::lookForHost);
+  bus.connect(watcherService, watcherPath, watcherService, "StatusNotifierHostRegistered", this,
+              SLOT(lookForHost()));
   connect(&look_, &QTimer::timeout, this, &TrayStatusItem::lookForHost);
   look_.setTimerType(Qt::VeryCoarseTimer);
   look_.start(quickLookMilliseconds);
@@ -64,12 +65,31 @@ void TrayStatusItem::setNoHostHandler(std::function<void()> handler) {
 
 void TrayStatusItem::lookForHost() {
   if (tray_) return;
-  if (notifierHostPresent() || trayPresent()) {
+  if (trayPresent()) {
     showIcon();
-  } else if (++looks_ == quickLooks) {
+    return;
+  }
+  askForNotifierHost();
+  if (++looks_ == quickLooks) {
     look_.setInterval(slowLookMilliseconds);
     if (noHost_) noHost_();
   }
+}
+
+// The watcher may be there before the panel that it watches for; Qt asks the same when the icon is
+// made, and never again.
+void TrayStatusItem::askForNotifierHost() {
+  QDBusMessage get = QDBusMessage::createMethodCall(watcherService, watcherPath,
+                                                    "org.freedesktop.DBus.Properties", "Get");
+  get << QString(watcherService) << QString("IsStatusNotifierHostRegistered");
+  get.setAutoStartService(false);
+  auto* asked =
+      new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(get, 1000), this);
+  connect(asked, &QDBusPendingCallWatcher::finished, this, [this, asked] {
+    const QDBusPendingReply<QDBusVariant> reply = *asked;
+    if (!reply.isError() && reply.value().variant().toBool()) showIcon();
+    asked->deleteLater();
+  });
 }
 
 void TrayStatusItem::showIcon() {

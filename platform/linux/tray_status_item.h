@@ -15,6 +15,8 @@ namespace marbelot {
 // A desktop shows status items by one of two protocols, and Qt settles on one of them when the
 // first icon is made. So the icon is made only when a host of either kind is there.
 class TrayStatusItem : public QObject, public StatusItem {
+  Q_OBJECT
+
  public:
   TrayStatusItem();
   ~TrayStatusItem() override;
@@ -26,8 +28,11 @@ class TrayStatusItem : public QObject, public StatusItem {
   void popUpMenu() override { view_.popUpAtPointer(); }
   void setNoHostHandler(std::function<void()> handler) override;
 
- private:
+ private Q_SLOTS:
   void lookForHost();
+
+ private:
+  void askForNotifierHost();
   void showIcon();
 
   MenuView view_;

@@ -142,6 +142,12 @@ void writeValue(FileWriter& out, const Value& value) {
   }
 }
 
+// A settings file that is a link into somebody's collection of such files stays one.
+std::string resolved(const std::string& path) {
+  const std::unique_ptr<char, decltype(&free)> real(realpath(path.c_str(), nullptr), free);
+  return real ? real.get() : path;
+}
+
 std::size_t weight(const Value& value) {
   if (const auto* text = std::get_if<SharedText>(&value.data)) return (*text)->size() + 4;
   std::size_t sum = 8;
@@ -169,8 +175,9 @@ SharedText readDefaultsText(const std::string& path, std::string_view key) {
   return value ? value->asText() : nullptr;
 }
 
-JsonDefaults::JsonDefaults(std::string path, std::function<void(std::function<void()>)> onMain)
-    : path_(std::move(path)), onMain_(std::move(onMain)) {
+JsonDefaults::JsonDefaults(const std::string& path,
+                           std::function<void(std::function<void()>)> onMain)
+    : path_(resolved(path)), onMain_(std::move(onMain)) {
   load();
 }
 
@@ -186,12 +193,8 @@ JsonDefaults::~JsonDefaults() {
 
 void JsonDefaults::load() {
   const SharedBytes json = files::read(path_, largestFile);
-  if (!json) {
-    if (access(path_.c_str(), F_OK) == 0)
-      report("Couldn't read the settings: " + files::lastComponent(path_));
-    return;
-  }
-  auto root = parse(*json);
+  if (!json && access(path_.c_str(), F_OK) != 0) return;
+  auto root = json ? parse(*json) : std::nullopt;
   auto* dictionary = root ? std::get_if<Value::Dictionary>(&root->data) : nullptr;
   if (dictionary) {
     for (auto& [key, value] : *dictionary) values_.insert_or_assign(key, std::move(value));
@@ -202,7 +205,9 @@ void JsonDefaults::load() {
     report("The settings were damaged and start afresh. The old file is kept as " +
            files::lastComponent(aside));
   } else {
-    report("The settings are damaged: " + files::lastComponent(path_));
+    // What cannot be put aside must not be written over.
+    mayWrite_ = false;
+    report("The settings can be neither read nor replaced: " + files::lastComponent(path_));
   }
 }
 
@@ -218,6 +223,7 @@ void JsonDefaults::set(std::string_view key, Value value) {
 }
 
 void JsonDefaults::save() {
+  if (!mayWrite_) return;
   std::size_t size = 0;
   for (const auto& [key, value] : values_) size += key.size() + weight(value);
   {

@@ -21,7 +21,7 @@ SharedText readDefaultsText(const std::string& path, std::string_view key);
 class JsonDefaults : public UserDefaults {
  public:
   // `onMain` runs a closure on the main thread; it is used for trouble found by the writer.
-  JsonDefaults(std::string path, std::function<void(std::function<void()>)> onMain);
+  JsonDefaults(const std::string& path, std::function<void(std::function<void()>)> onMain);
   // Waits for a write that is still under way.
   ~JsonDefaults() override;
 
@@ -47,6 +47,7 @@ class JsonDefaults : public UserDefaults {
   std::function<void(const std::string&)> problem_;
   std::string earlyProblem_;
   bool saveFailed_ = false;
+  bool mayWrite_ = true;
   std::shared_ptr<char> alive_ = std::make_shared<char>();
 
   // The writer of large stores. `pending_` is the newest state that it has not taken yet.

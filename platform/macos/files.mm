@@ -168,7 +168,7 @@ std::optional<std::string> screenshotLocation() {
   }
 }
 
-bool isFinishedScreenshot(const std::string& path) {
+static bool isMarkedAndWhole(const std::string& path) {
   constexpr char kMark[] = "com.apple.metadata:kMDItemIsScreenCapture";
   if (getxattr(path.c_str(), kMark, nullptr, 0, 0, 0) <= 0) return false;
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -185,6 +185,11 @@ bool isFinishedScreenshot(const std::string& path) {
   return status.st_size >= static_cast<off_t>(start.size() + end.size()) &&
          readWhole(file.get(), end, status.st_size - static_cast<off_t>(end.size())) &&
          end == kPngEnd;
+}
+
+// Nothing tells when a writer closes a file here, so one that is not whole is looked at again.
+ScreenshotState screenshotState(const std::string& path) {
+  return isMarkedAndWhole(path) ? ScreenshotState::finished : ScreenshotState::no;
 }
 
 }  // namespace marbelot::files
