@@ -91,6 +91,17 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
   EXPECT_EQ(desktop_.defaults.writes, 0) << "a first launch stores nothing";
 }
 
+TEST_F(AppDelegateTest, ReadsItsSettingsInOrder) {
+  launch();
+  std::vector<std::string> reads;
+  for (const std::string& key : desktop_.defaults.reads)
+    if (key != "recordConcealedCopies") reads.push_back(key);
+  EXPECT_EQ(reads,
+            (std::vector<std::string>{"cannedResponses", "clipTextHistory", "autoSaveClipImages",
+                                      "showClipboardPreview", "archiveClipImagesToPictures",
+                                      "concatEnabled", "concatBuffer", "concatSeparator"}));
+}
+
 TEST_F(AppDelegateTest, AScreenshotIsCountedNamedFlashedAndAnnounced) {
   launch();
   screenshot("Screenshot <1>.png");

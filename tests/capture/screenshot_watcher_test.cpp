@@ -124,7 +124,7 @@ TEST_F(ScreenshotWatcherTest, ReadsNoFileThatIsBeingWritten) {
     const std::size_t size = whole.size() / 2;
     ASSERT_EQ(write(writer, whole.data() + half * size, size), static_cast<ssize_t>(size));
     event();
-    desktop_.queue.advance(0.4);
+    desktop_.queue.advance(4);  // longer than all tries for a file that nobody writes
     EXPECT_EQ(clipboardWidth(), 0);
   }
   ASSERT_EQ(write(writer, whole.data() + whole.size() / 2 * 2, whole.size() % 2),
@@ -155,6 +155,29 @@ TEST_F(ScreenshotWatcherTest, SkipsWhatCannotBeReadAndGoesOn) {
   EXPECT_EQ(copied_.size(), 2U);
 }
 
+TEST_F(ScreenshotWatcherTest, LetsAnUnreadableFileAndARefusedStreamPass) {
+  start();
+  desktop_.queue.drain();
+  ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
+  ASSERT_EQ(chmod(home_.path().c_str(), 0755), 0);
+  ASSERT_EQ(chmod(save("Screenshot locked.png").c_str(), 0), 0);
+  const bool root = geteuid() == 0;  // who may read everything
+  ASSERT_TRUE(!root || seteuid(65534) == 0);
+  event();
+  desktop_.queue.advance(3);
+  ASSERT_TRUE(!root || seteuid(0) == 0);
+  EXPECT_EQ(copied_, Names{});
+  save("Screenshot open.png");
+  event();
+  EXPECT_EQ(copied_, Names{"Screenshot open.png"});
+
+  desktop_.folderEvents.refuses = true;
+  start();
+  save("Screenshot unseen.png");
+  event();
+  EXPECT_EQ(copied_.size(), 1U);
+}
+
 TEST_F(ScreenshotWatcherTest, MarksOfOtherToolsCount) {
   start();
   desktop_.queue.drain();
@@ -165,11 +188,12 @@ TEST_F(ScreenshotWatcherTest, MarksOfOtherToolsCount) {
   save("untold.png", titled);
   save("2026-11-21-100000_1920x1080_scrot.png");
   save("Bildschirmfoto vom 2026-11-21 10-00-00.png");
+  save("2026-11-21_10-00.png");
   save("holiday.png");
   event();
   desktop_.queue.advance(3);
   std::sort(copied_.begin(), copied_.end());
-  EXPECT_EQ(copied_, (Names{"2026-11-21-100000_1920x1080_scrot.png",
+  EXPECT_EQ(copied_, (Names{"2026-11-21-100000_1920x1080_scrot.png", "2026-11-21_10-00.png",
                             "Bildschirmfoto vom 2026-11-21 10-00-00.png", "untold.png"}));
 }
 

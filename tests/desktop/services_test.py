@@ -106,7 +106,8 @@ class ServicesTest(DesktopTest):
         self.start()
         for arguments in (["frobnicate"], ["invoke"], ["menu", "--frobnicate"]):
             self.assertEqual(self.program.ctl(*arguments).returncode, 2, arguments)
-        for arguments in (["invoke", "No such item"], ["invoke", "--action", "noSuchAction:"]):
+        for arguments in (["invoke", "No such item"], ["invoke", "--action", "noSuchAction:"],
+                          ["classify", "/"]):
             failed = self.program.ctl(*arguments)
             self.assertEqual(failed.returncode, 1, arguments)
             self.assertEqual(failed.stderr.count(b"\n"), 1, failed.stderr)
