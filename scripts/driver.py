@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import time
 
 from virtual_desktop import until
 
@@ -17,6 +18,7 @@ class Marbelot:
         self.desktop = desktop
         self.shots = desktop.home / "Shots"
         self.shots.mkdir(exist_ok=True)
+        self.store = desktop.config / "marbelot/org.marbelot.Marbelot.json"
         location = desktop.config / "marbelot/com.apple.screencapture.json"
         if not location.exists():
             location.parent.mkdir(exist_ok=True)
@@ -52,6 +54,13 @@ class Marbelot:
         result = self.ctl("invoke", "--action", action, *arguments)
         assert result.returncode == 0, result.stderr
 
+    def stored(self, key="clipTextHistory"):
+        """A value of the settings file; fails when the file is not whole."""
+        return json.loads(self.store.read_text()).get(key, []) if self.store.exists() else []
+
+    def stored_texts(self):
+        return [entry["text"] for entry in self.stored() if entry["type"] == "text"]
+
     def menu(self):
         """The visible items of the menu's first level."""
         self.check_alive()
@@ -64,6 +73,38 @@ class Marbelot:
         settings = next(item for item in self.menu() if item.get("title") == "Settings")
         return next(item["checked"] for item in settings["submenu"]
                     if item.get("action") == action)
+
+    def submenu(self, title):
+        """The items of the submenu whose title starts so."""
+        return next(item["submenu"] for item in self.menu()
+                    if item.get("title", "").startswith(title))
+
+    def history(self):
+        """The titles of the clipboard history's entries."""
+        return [item["title"] for item in self.submenu("Clipboard history")
+                if "submenu" in item and not item["title"].startswith("Filter by type")]
+
+    def answer_seconds(self):
+        """How long the program takes to tell its menu, without the start of a process."""
+        name = "org.marbelot.Marbelot"
+        began = time.monotonic()
+        self.desktop.call(name, "/org/marbelot/Marbelot", name, "Menu")
+        return time.monotonic() - began
+
+    def longest_answer(self, condition, what, seconds=60):
+        """The longest time without an answer until condition() holds."""
+        longest = [0.0]
+
+        def asked():
+            longest[0] = max(longest[0], self.answer_seconds())
+            return condition()
+        until(asked, what, seconds, 0.002)
+        return longest[0]
+
+    def kill(self):
+        """Ends it as a crash or a power cut would, in the middle of whatever it is doing."""
+        self.process.kill()
+        self.process.wait()
 
     def titles(self):
         return [item["title"] for item in self.menu() if "title" in item]

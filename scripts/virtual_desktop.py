@@ -240,17 +240,21 @@ class VirtualDesktop:
         """method: Activate (left), SecondaryActivate (middle) or ContextMenu (right)."""
         self._call_item("org.kde.StatusNotifierItem", method, "(ii)", (x, y))
 
-    def _call_item(self, interface, method, signature, arguments):
+    def call(self, name, path, interface, method, signature="()", arguments=()):
+        """Calls a service on the session bus; its answer's values."""
         from gi.repository import Gio, GLib
         if not self._connection:
             flags = (Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
                      Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
             self._connection = Gio.DBusConnection.new_for_address_sync(
                 self.env["DBUS_SESSION_BUS_ADDRESS"], flags)
-        item = self.tray_items()[-1]
         return self._connection.call_sync(
-            item["bus"], item["path"], interface, method, GLib.Variant(signature, arguments), None,
-            Gio.DBusCallFlags.NONE, 5000).unpack()
+            name, path, interface, method, GLib.Variant(signature, arguments), None,
+            Gio.DBusCallFlags.NONE, 10000, None).unpack()
+
+    def _call_item(self, interface, method, signature, arguments):
+        item = self.tray_items()[-1]
+        return self.call(item["bus"], item["path"], interface, method, signature, arguments)
 
 
 if __name__ == "__main__":

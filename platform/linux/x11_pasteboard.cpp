@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -22,6 +23,10 @@ namespace {
 
 // More than anybody copies while the main thread is busy; beyond, the oldest are forgotten.
 constexpr std::size_t rememberedChanges = 1024;
+
+// A claim takes less than a millisecond, and whoever pastes right after it gets what we wrote. Of a
+// busy server the main thread does not wait for longer than half a frame.
+constexpr auto claimWait = std::chrono::milliseconds(8);
 
 struct News {
   PasteboardContents contents;
@@ -59,13 +64,13 @@ class X11Pasteboard::Worker {
     ::close(wake_);
   }
 
+  // Returns when the clipboard is ours, or a moment later when the server is busy.
   void write(X11Offer offer, std::uint64_t number) {
-    {
-      const std::lock_guard lock(mutex_);
-      if (ended_) return;
-      offer_ = {std::move(offer), number};
-    }
+    std::unique_lock lock(mutex_);
+    if (ended_) return;
+    offer_ = {std::move(offer), number};
     wake();
+    claim_.wait_for(lock, claimWait, [&] { return ended_ || claimed_ >= number; });
   }
 
   std::vector<News> takeNews() {
@@ -81,6 +86,7 @@ class X11Pasteboard::Worker {
     const std::lock_guard lock(mutex_);
     ended_ = true;
     offer_.reset();
+    claim_.notify_all();
   }
 
   void serve() {
@@ -126,7 +132,14 @@ class X11Pasteboard::Worker {
       return;
     }
     const auto& change = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
-    if (owner.ownerChanged(change.owner)) return reader.abandonAll();
+    if (owner.ownerChanged(change.owner)) {
+      reader.replaceAll(event.full_sequence);
+      {
+        const std::lock_guard lock(mutex_);
+        claimed_ = owner.claimed();
+      }
+      return claim_.notify_all();
+    }
     X11Announcement announcement;
     announcement.owner = change.owner;
     announcement.time = change.timestamp;
@@ -177,13 +190,15 @@ class X11Pasteboard::Worker {
   std::mutex mutex_;
   bool quit_ = false;
   bool ended_ = false;
+  std::uint64_t claimed_ = 0;  // the last write that is in effect
+  std::condition_variable claim_;
   std::optional<std::pair<X11Offer, std::uint64_t>> offer_;  // only the last one matters
   std::vector<News> news_;
   std::thread thread_;
 };
 
 X11Pasteboard::X11Pasteboard(MainQueue& queue, const std::string& display) {
-  changes_.push_back({1, {}});
+  changes_.push_back({{1, {}}, 1});
   worker_ = std::make_unique<Worker>(std::move(display),
                                      [this, &queue, alive = std::weak_ptr<char>(alive_)] {
                                        queue.post([this, alive] {
@@ -197,11 +212,16 @@ X11Pasteboard::~X11Pasteboard() = default;
 void X11Pasteboard::takeNews() {
   for (News& news : worker_->takeNews()) {
     if (news.announcement.initial) {
-      if (changes_.back().count == 1) changes_.back().contents = std::move(news.contents);
+      Change& present = changes_.back();
+      if (present.count == 1) present.contents = std::move(news.contents);
       continue;
     }
-    if (news.announcement.ownWrites < writes_) continue;
-    record(std::move(news.contents));
+    if (news.announcement.ownWrites < writes_) {
+      if (!news.contents.text && !news.contents.image) continue;
+      recordOvertaken(std::move(news.contents));
+    } else {
+      record(std::move(news.contents));
+    }
     unannounced_ = true;
   }
 }
@@ -213,9 +233,21 @@ void X11Pasteboard::announce() {
 }
 
 std::int64_t X11Pasteboard::record(PasteboardContents contents) {
-  changes_.push_back({changes_.back().count + 1, std::move(contents)});
+  const std::int64_t count = changes_.back().count + 1;
+  changes_.push_back({{count, std::move(contents)}, count});
   if (changes_.size() > rememberedChanges) changes_.pop_front();
-  return changes_.back().count;
+  return count;
+}
+
+// Our write stays the present. It gets a new count, so that the change before it is noticed, but is
+// told again to nobody who knows it.
+void X11Pasteboard::recordOvertaken(PasteboardContents contents) {
+  Change own = std::move(changes_.back());
+  changes_.pop_back();
+  const std::int64_t count = own.count + 1;
+  changes_.push_back({{count, std::move(contents)}, count});
+  own.count = count + 1;
+  changes_.push_back(std::move(own));
 }
 
 std::int64_t X11Pasteboard::changeCount() {
@@ -231,8 +263,8 @@ PasteboardContents X11Pasteboard::contents() {
 std::vector<PasteboardChange> X11Pasteboard::changesSince(std::int64_t count) {
   takeNews();
   std::vector<PasteboardChange> told;
-  for (const PasteboardChange& change : changes_)
-    if (change.count > count && change.count > 1) told.push_back(change);
+  for (const Change& change : changes_)
+    if (change.firstCount > count && change.firstCount > 1) told.push_back(change);
   changes_.erase(changes_.begin(), changes_.end() - 1);
   return told;
 }

@@ -13,7 +13,8 @@ namespace marbelot {
 
 // The count starts at 1, which stands for whatever the clipboard held at the start; that becomes
 // the contents as soon as it has been read, without being told as a change. What another program
-// has copied just before an own write is dropped when it arrives after it.
+// has copied just before an own write, but is only read after it, is told then; the own write stays
+// the present contents and is not told again.
 // Without a display, or when the connection breaks, own writes are kept in memory and nothing else
 // happens.
 class X11Pasteboard final : public Pasteboard {
@@ -32,12 +33,16 @@ class X11Pasteboard final : public Pasteboard {
 
  private:
   class Worker;
+  struct Change : PasteboardChange {
+    std::int64_t firstCount = 0;  // before other changes turned out to come before it
+  };
 
   void takeNews();
   void announce();
   std::int64_t record(PasteboardContents contents);
+  void recordOvertaken(PasteboardContents contents);
 
-  std::deque<PasteboardChange> changes_;  // never empty; the last one is the present
+  std::deque<Change> changes_;  // never empty; the last one is the present
   std::uint64_t writes_ = 0;
   bool unannounced_ = false;
   std::function<void()> handler_;

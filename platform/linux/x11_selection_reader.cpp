@@ -108,7 +108,7 @@ X11SelectionReader::X11SelectionReader(X11Connection& connection, Deliver delive
 
 X11SelectionReader::~X11SelectionReader() = default;
 
-void X11SelectionReader::begin(const X11Announcement& announcement) {
+void X11SelectionReader::replaceAll(std::uint32_t sequence) {
   const auto now = X11Clock::now();
   for (const auto& read : reads_) {
     read->replaced = true;
@@ -116,11 +116,14 @@ void X11SelectionReader::begin(const X11Announcement& announcement) {
       if (!conversion.open()) continue;
       conversion.deadline = std::min(conversion.deadline, now + replacedStallLimit);
       // Asked too late: the request went to the new owner, whose answer must not count twice.
-      if (after(conversion.sequence, announcement.sequence))
-        conversion.state = Conversion::State::failed;
+      if (after(conversion.sequence, sequence)) conversion.state = Conversion::State::failed;
     }
   }
+  deliverFinished();
+}
 
+void X11SelectionReader::begin(const X11Announcement& announcement) {
+  replaceAll(announcement.sequence);
   reads_.push_back(std::make_unique<Read>());
   Read& read = *reads_.back();
   read.announcement = announcement;
@@ -137,11 +140,6 @@ void X11SelectionReader::begin(const X11Announcement& announcement) {
     ask(read, read.text, connection_.atom("UTF8_STRING"));
   }
   deliverFinished();
-}
-
-void X11SelectionReader::abandonAll() {
-  for (const auto& read : reads_) release(*read);
-  reads_.clear();
 }
 
 void X11SelectionReader::ask(Read& read, Conversion& conversion, xcb_atom_t target) {

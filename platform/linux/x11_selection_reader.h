@@ -31,8 +31,8 @@ class X11SelectionReader {
   ~X11SelectionReader();
 
   void begin(const X11Announcement& announcement);
-  // Stops all reading; nothing that is unfinished will be told.
-  void abandonAll();
+  // The owners before are no longer to be asked, since `sequence`; what they still answer counts.
+  void replaceAll(std::uint32_t sequence);
 
   void handle(const xcb_generic_event_t& event);
   // When expire() must be called; time_point::max() while nothing is being read.

@@ -57,22 +57,18 @@ class TextToolsTest(DesktopTest):
         self.key(key)
         until(lambda: not self.program.popups(), "menu closed")
 
-    def submenu(self, title):
-        return next(item["submenu"] for item in self.program.menu()
-                    if item.get("title", "").startswith(title))
-
     def test_flatten_and_trim(self):
         self.copy("one\n two \nthree")
-        self.assertEqual(self.submenu("Flatten newlines")[2]["title"],
+        self.assertEqual(self.program.submenu("Flatten newlines")[2]["title"],
                          "Comma-separated → “one, two …”")
         self.menu_key("ctrl+f")
         self.until_text("one two three")
         self.until_said("Clipboard flattened to one line")
         self.copy("  left\n  over ")
-        self.program.ctl("invoke", "Trim clipboard", self.submenu("Trim clipboard")[0]["title"])
+        self.program.ctl("invoke", "Trim clipboard", self.program.submenu("Trim clipboard")[0]["title"])
         self.until_text("left\nover ")
         self.until_said("Clipboard trimmed (left)")
-        recorded = [item.get("title", "") for item in self.submenu("Clipboard history")]
+        recorded = [item.get("title", "") for item in self.program.submenu("Clipboard history")]
         self.assertTrue(any("one two three" in title for title in recorded), recorded)
 
     def test_collect(self):
@@ -95,7 +91,7 @@ class TextToolsTest(DesktopTest):
         self.type("M. Marble")
         self.key("ctrl+Return")
         title = "“Kind regards,⏎M. Marble”"
-        until(lambda: self.submenu("Canned responses")[0]["title"] == title, "canned response")
+        until(lambda: self.program.submenu("Canned responses")[0]["title"] == title, "canned response")
         self.program.invoke("addCanned")
         self.focus("alert")
         self.type("never mind")
@@ -103,7 +99,7 @@ class TextToolsTest(DesktopTest):
         until(lambda: not self.window("alert"), "cancelled")
         self.program.ctl("invoke", "Canned responses", title)
         self.until_text("Kind regards,\nM. Marble")
-        self.assertEqual(self.submenu("Canned responses")[1], {"separator": True})
+        self.assertEqual(self.program.submenu("Canned responses")[1], {"separator": True})
 
     def test_editor(self):
         self.copy("a\r\nb\r\n")

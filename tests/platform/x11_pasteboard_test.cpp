@@ -256,15 +256,24 @@ TEST_F(X11PasteboardTest, CountsOwnWritesOnceAndAtOnce) {
   EXPECT_EQ(*both[0].contents.text, "foreign");
   queue.pumpUntil([&] { return announced == 1; });
   EXPECT_EQ(announced, 1);
+}
 
-  // Still being read when we write: what we wrote stays the present contents.
-  const TestOwner slow(display(), {{"UTF8_STRING", longText(8 << 20)}}, {{}, {}, 4096});
-  std::this_thread::sleep_for(5ms);
-  const auto own = board->write(share("four"));
-  queue.pumpFor(300ms);
-  EXPECT_EQ(board->changeCount(), own);
-  EXPECT_EQ(*board->contents().text, "four");
-  EXPECT_TRUE(pastes("UTF8_STRING", "four"));
+// Still being read when we write: it is told, and what we wrote stays the present contents.
+TEST_F(X11PasteboardTest, ACopyOvertakenByAnOwnWriteIsStillTold) {
+  for (const bool known : {true, false}) {
+    const TestOwner slow(display(), {{"UTF8_STRING", longText(8 << 20)}}, {{}, {}, 4096});
+    std::this_thread::sleep_for(5ms);
+    const auto own = board->write(share("own"));
+    EXPECT_EQ(paste(display(), "UTF8_STRING"), "own") << "ours by the time that write returns";
+    queue.pumpUntil([&] { return board->changeCount() > own; });
+    EXPECT_EQ(*board->contents().text, "own");
+    const auto told = board->changesSince(known ? own : own - 1);
+    ASSERT_EQ(told.size(), known ? 1u : 2u);
+    EXPECT_TRUE(*told[0].contents.text == longText(8 << 20));
+    EXPECT_EQ(told.back().count, board->changeCount() - (known ? 1 : 0));
+    EXPECT_TRUE(board->changesSince(board->changeCount()).empty());
+    EXPECT_EQ(*board->contents().text, "own");
+  }
 }
 
 TEST_F(X11PasteboardTest, TheContentsAtTheStartAreNoChange) {

@@ -1,0 +1,136 @@
+// Owns the clipboard as other programs do, with several types at once or one text after another.
+//
+//   clipboard_owner TYPE=FILE...              offers the files' bytes; TYPE= is offered but refused
+//   clipboard_owner --series PREFIX N MS      copies PREFIX1 to PREFIXN, one each MS milliseconds
+//
+// Prints "ready" when it owns the clipboard, then the number of each text of a series as it is
+// copied. Ends when another program copies, or a second after the last text of a series. Contents
+// must fit into one request to the X server.
+#include <poll.h>
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/desktop/x_client.h"
+
+namespace marbelot::desktop_test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+class Owner {
+ public:
+  void offer(const std::string& type, std::string bytes, bool refused = false) {
+    offered_[client_.atom(type.c_str())] = {std::move(bytes), refused};
+  }
+
+  void claim() {
+    xcb_set_selection_owner(client_.connection(), client_.window(), clipboard_, XCB_CURRENT_TIME);
+    // Our own earlier claim is not lost to somebody else by this one, so no event comes of it.
+    xcb_flush(client_.connection());
+  }
+
+  // Answers requests until then; false when somebody else has taken the clipboard.
+  bool serveUntil(Clock::time_point end) {
+    for (;;) {
+      while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(client_.connection())}) {
+        if (eventType(*event) == XCB_SELECTION_CLEAR) return false;
+        if (eventType(*event) == XCB_SELECTION_REQUEST)
+          answer(*reinterpret_cast<const xcb_selection_request_event_t*>(event.get()));
+      }
+      xcb_flush(client_.connection());
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+      if (left <= 0 || xcb_connection_has_error(client_.connection())) return true;
+      pollfd watched{xcb_get_file_descriptor(client_.connection()), POLLIN, 0};
+      ::poll(&watched, 1, static_cast<int>(left));
+    }
+  }
+
+  void tell(const std::string& line) {
+    client_.atom("CLIPBOARD");  // a reply proves that the server has seen the request before it
+    std::puts(line.c_str());
+    std::fflush(stdout);
+  }
+
+ private:
+  struct Content {
+    std::string bytes;
+    bool refused = false;
+  };
+
+  void answer(const xcb_selection_request_event_t& request) {
+    xcb_selection_notify_event_t notify{};
+    notify.response_type = XCB_SELECTION_NOTIFY;
+    notify.time = request.time;
+    notify.requestor = request.requestor;
+    notify.selection = request.selection;
+    notify.target = request.target;
+    notify.property = request.property;
+    const auto content = offered_.find(request.target);
+    if (request.target == targets_) {
+      std::vector<xcb_atom_t> atoms{targets_};
+      for (const auto& [type, _] : offered_) atoms.push_back(type);
+      put(request, XCB_ATOM_ATOM, 32, atoms.size(), atoms.data());
+    } else if (content != offered_.end() && !content->second.refused) {
+      put(request, request.target, 8, content->second.bytes.size(), content->second.bytes.data());
+    } else {
+      notify.property = XCB_ATOM_NONE;
+    }
+    char wire[32] = {};  // the size of every event
+    std::memcpy(wire, &notify, sizeof notify);
+    xcb_send_event(client_.connection(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, wire);
+  }
+
+  void put(const xcb_selection_request_event_t& request, xcb_atom_t type, std::uint8_t bits,
+           std::size_t count, const void* data) {
+    xcb_change_property(client_.connection(), XCB_PROP_MODE_REPLACE, request.requestor,
+                        request.property, type, bits, static_cast<std::uint32_t>(count), data);
+  }
+
+  XClient client_;
+  xcb_atom_t clipboard_ = client_.atom("CLIPBOARD");
+  xcb_atom_t targets_ = client_.atom("TARGETS");
+  std::map<xcb_atom_t, Content> offered_;
+};
+
+void copySeries(const std::string& prefix, int count, std::chrono::milliseconds pace) {
+  Owner owner;
+  const auto began = Clock::now();
+  for (int number = 1; number <= count; ++number) {
+    owner.offer("UTF8_STRING", prefix + std::to_string(number));
+    owner.claim();
+    owner.tell(number == 1 ? "ready\n1" : std::to_string(number));
+    if (!owner.serveUntil(began + number * pace)) return;
+  }
+  owner.serveUntil(Clock::now() + std::chrono::seconds(1));
+}
+
+void copyFiles(int count, char** arguments) {
+  Owner owner;
+  for (int i = 0; i < count; ++i) {
+    const std::string argument = arguments[i];
+    const std::size_t equals = argument.find('=');
+    const std::string path = equals == argument.npos ? "" : argument.substr(equals + 1);
+    std::ifstream file(path, std::ios::binary);
+    owner.offer(argument.substr(0, equals), {std::istreambuf_iterator<char>(file), {}},
+                path.empty());
+  }
+  owner.claim();
+  owner.tell("ready");
+  owner.serveUntil(Clock::now() + std::chrono::hours(1));
+}
+
+}  // namespace
+}  // namespace marbelot::desktop_test
+
+int main(int argc, char** argv) {
+  using namespace marbelot::desktop_test;
+  if (argc == 5 && std::string(argv[1]) == "--series")
+    copySeries(argv[2], std::atoi(argv[3]), std::chrono::milliseconds(std::atoi(argv[4])));
+  else
+    copyFiles(argc - 1, argv + 1);
+}

@@ -1,0 +1,273 @@
+"""The clipboard history with other programs' copies, good and bad ones."""
+
+import itertools
+import json
+import os
+import subprocess
+import time
+import unittest
+
+from desktop_case import BIN, DesktopTest, Marbelot, chunk, png, stays, until
+
+MEGABYTE = 1 << 20
+COPIES = 200
+PACE = 20  # milliseconds
+KILLS = int(os.environ.get("MARBELOT_KILLS", 10))
+HINT = "x-kde-passwordManagerHint"
+LIMIT = 40
+
+
+def converted(data, form):
+    return subprocess.run(["convert", "png:-", f"{form}:-"], input=data, check=True,
+                          stdout=subprocess.PIPE).stdout
+
+
+def signature(data):
+    """The same for the same pixels, whatever the format."""
+    return subprocess.run(["identify", "-format", "%wx%h %#", "-"], input=data, check=True,
+                          stdout=subprocess.PIPE).stdout
+
+
+class HistoryTest(DesktopTest):
+    def setUp(self):
+        self.screen = self.desktop()
+        self.images = self.screen.folder / "tmp/Marbelot"
+
+    def start(self):
+        self.program = Marbelot(self.screen)
+
+    def restart(self):
+        self.program.kill()
+        self.start()
+
+    def copy_types(self, offers):
+        """A program that offers each type with these bytes, and refuses those that are None."""
+        arguments = []
+        for number, (name, data) in enumerate(offers.items()):
+            path = self.screen.folder / f"offer-{number}"
+            if data is not None:
+                path.write_bytes(data)
+            arguments.append(f"{name}=" + ("" if data is None else str(path)))
+        before = self.screen.log("clipboard_owner").count("ready")
+        owner = self.screen.spawn(BIN / "clipboard_owner", *arguments)
+        until(lambda: self.screen.log("clipboard_owner").count("ready") > before, "copied")
+        return owner
+
+    def copy_text(self, text):
+        """Copies and waits until it is the newest entry."""
+        before = self.program.stored()
+        self.screen.set_clipboard(text if isinstance(text, bytes) else text.encode())
+        until(lambda: self.program.stored() != before, "recorded")
+
+    def saved(self):
+        """The bytes of the copied images' files, in the order of their names."""
+        return [path.read_bytes() for path in sorted(self.images.glob("Clip *.png"))]
+
+    def check_still_records(self):
+        """The next copy is recorded as if nothing had happened."""
+        self.next = getattr(self, "next", 0) + 1
+        self.copy_text(f"still recording {self.next}")
+        self.assertEqual(self.program.stored_texts()[0], f"still recording {self.next}")
+
+    def test_none_of_many_quick_copies_is_missed(self):
+        self.start()
+        self.program.invoke("toggleConcat")
+        for prefix, series in (
+                ("one program ", lambda p: self.screen.run(
+                    BIN / "clipboard_owner", "--series", p, str(COPIES), str(PACE), timeout=30)),
+                ("many programs ", self.copy_by_many_programs)):
+            self.program.invoke("resetConcat")
+            series(prefix)
+            expected = [f"{prefix}{number}" for number in range(1, COPIES + 1)]
+            until(lambda: len(self.program.stored("concatBuffer")) >= COPIES, "all collected", 5)
+            self.assertEqual(self.program.stored("concatBuffer"), expected)
+            self.assertEqual(self.program.stored_texts(), expected[:-LIMIT - 1:-1])
+
+    def copy_by_many_programs(self, prefix):
+        began = time.monotonic()
+        for number in range(1, COPIES + 1):
+            self.screen.set_clipboard(f"{prefix}{number}".encode())
+            time.sleep(max(0, began + number * PACE / 1000 - time.monotonic()))
+
+    def test_what_was_recorded_survives_being_killed(self):
+        self.start()
+        for kill in range(KILLS):
+            prefix = f"before end {kill}: "
+            owner = self.screen.spawn(BIN / "clipboard_owner", "--series", prefix, "1000", "5")
+            until(lambda: self.newest(prefix) > 0, "first copy recorded")
+            # What was told just before the end, at a different moment each time.
+            end = time.monotonic() + 0.05 + kill * 0.0137 % 0.2
+            while time.monotonic() < end:
+                seen = self.newest(prefix)
+            self.program.kill()
+            stored = self.program.stored_texts()
+            first = int(stored[0].removeprefix(prefix))
+            self.assertGreaterEqual(first, seen)
+            expected = [f"{prefix}{n}" for n in range(first, max(0, first - LIMIT), -1)]
+            self.assertEqual(stored[:len(expected)], expected)
+            self.screen.end(owner)
+            self.start()
+            self.assertEqual(len(self.program.history()), len(stored))
+            self.assertIn(stored[0], self.program.history()[0])
+            self.assertEqual(self.program.stored_texts(), stored)
+
+    def newest(self, prefix):
+        """The number of the newest text that the menu shows, of those that start so; else 0."""
+        first = next(iter(self.program.history()), "")
+        return int(first.partition(prefix)[2].rstrip("”") or 0)
+
+    def test_repeated_secret_and_copied_back(self):
+        self.start()
+        for text in ("A", "A", "B", "A"):
+            self.screen.set_clipboard(text.encode())
+            until(lambda: text in (self.program.preview() or ""), "seen")
+        until(lambda: self.program.stored_texts() == ["A", "B", "A"], "repetition left out")
+
+        self.copy_types({"UTF8_STRING": b"open sesame", HINT: b"secret"})
+        until(lambda: self.program.preview() == "(hidden by its owner)", "hidden")
+        stays(lambda: "sesame" not in self.program.ctl("menu", "--json").stdout.decode() and
+              self.program.stored_texts() == ["A", "B", "A"], "kept secret", 0.8)
+        self.assertNotIn("sesame", self.program.store.read_text())
+
+        key = "ghp_" + "Zx81Kq" * 6
+        self.copy_text(f"token={key}")
+        menu = self.program.ctl("menu", "--json").stdout.decode()
+        self.assertNotIn(key[6:-6], menu)
+        self.assertIn("Reveal full value", menu)
+        self.assertEqual(self.program.stored_texts()[0], f"token={key}", "stored as it was copied")
+
+        self.program.invoke("copyClipHistory:", "--object", "2")
+        self.assertEqual(self.screen.clipboard("UTF8_STRING"), b"B", "pasteable at once")
+        expected = ["B", f"token={key}", "A", "A"]
+        self.assertEqual(self.program.stored_texts(), expected)
+        stays(lambda: self.program.stored_texts() == expected, "not recorded again", 0.8)
+
+        self.program.invoke("deleteClipHistory:", "--object", "2")
+        self.assertEqual(self.program.stored_texts(), ["B", f"token={key}", "A"])
+        self.restart()
+        self.assertEqual(self.program.stored_texts(), ["B", f"token={key}", "A"])
+        self.assertEqual(len(self.program.history()), 3)
+        self.program.invoke("clearClipHistory")
+        self.assertEqual(self.program.stored(), [])
+
+    def test_images(self):
+        self.start()
+        picture = png(60, 40, seed=3)
+        self.copy_types({"image/png": picture})
+        until(lambda: len(self.program.stored()) == 1, "recorded")
+        self.assertEqual(self.saved(), [picture], "the bytes that came in")
+        self.assertEqual(next(self.images.iterdir()).stat().st_mode & 0o777, 0o600)
+        for number, form in enumerate(("tiff", "bmp"), 2):
+            self.copy_types({f"image/{form}": converted(picture, form)})
+            until(lambda: len(self.program.stored()) == number, form)
+            newest = open(self.program.stored()[0]["path"], "rb").read()
+            self.assertTrue(newest.startswith(b"\x89PNG\r\n"))
+            self.assertEqual(signature(newest), signature(picture))
+        self.assertEqual(sum("60 × 40" in title for title in self.program.history()), 3)
+
+        self.program.invoke("deleteClipHistory:", "--object", "0")
+        self.assertEqual(len(self.program.stored()), 2)
+        self.restart()
+        self.assertEqual(len(self.program.history()), 2)
+        self.program.invoke("clearClipHistory")
+        self.assertEqual(len(self.saved()), 3, "files stay")
+
+    def test_bad_copies(self):
+        self.start()
+        whole = png(400, 300, seed=1)
+        hostile = {
+            "truncated PNG": {"image/png": whole[:len(whole) // 2]},
+            "no PNG at all": {"image/png": b"GIF89a" + os.urandom(200)},
+            "100 gigapixels": {"image/png": png(size=(400000, 250000))},
+            "endless TIFF": {"image/tiff": b"II*\0\x08\0\0\0\1\0" + b"\0" * 10 + b"\x08\0\0\0"},
+            "truncated BMP": {"image/bmp": converted(whole, "bmp")[:90]},
+            "broken WebP": {"image/webp": b"RIFF\xff\xff\xff\x7fWEBPVP8 " + b"\xff" * 40},
+            "bad chunk": {"image/png": whole[:33] + chunk(b"IDAT", os.urandom(999)) + whole[-12:]},
+            "refused": {"image/png": None, "UTF8_STRING": None},
+            "empty": {"UTF8_STRING": b""},
+            "blank": {"UTF8_STRING": b" \n\t "},
+        }
+        for name, offers in hostile.items():
+            with self.subTest(name):
+                self.copy_types(offers)
+                self.check_still_records()
+                self.program.check_alive()
+
+        for copied, recorded in ((b"broken \xff\xc3(", "broken \ufffd\ufffd("),
+                                 (b"lone \xed\xa0\x80 surrogate", None),
+                                 (b"a\0b", "a\0b")):
+            self.copy_text(copied)
+            newest = self.program.stored_texts()[0]
+            self.assertTrue(newest == recorded if recorded else newest.startswith("lone \ufffd"))
+            self.assertEqual(self.program.ctl("menu", "--json").returncode, 0)
+        self.copy_types({"image/png": None, "UTF8_STRING": b"the text instead"})
+        until(lambda: self.program.stored_texts()[0] == "the text instead", "text recorded")
+        self.restart()
+        self.assertIn("a\0b", self.program.stored_texts())
+
+    def test_bad_store(self):
+        folder = self.screen.config / "marbelot"
+        folder.mkdir()
+        picture = self.screen.folder / "kept.png"
+        picture.write_bytes(png())
+        odd = [None, 5, True, [], {}, {"type": "text"}, {"type": "image", "path": "/nowhere.png"},
+               {"type": "image", "path": "/dev/zero", "date": "1.0"}, {"type": 5, "text": {}},
+               {"type": "image", "path": str(folder), "date": "1.0"}]
+        good = ["the older form", {"type": "text", "text": "bad date", "date": "yesterday"},
+                {"type": "text", "text": "number as date", "date": 12},
+                {"type": "image", "path": str(picture), "date": "1700000000.5"}]
+        store = folder / "org.marbelot.Marbelot.json"
+        for entries in (odd + good, good + odd, list(itertools.chain(*zip(good, odd)))):
+            store.write_text(json.dumps({"clipTextHistory": entries}))
+            self.start()
+            self.assertEqual(len(self.program.history()), 4)
+            self.assertEqual(self.screen.notices(), [], "nothing is told of it")
+            self.check_still_records()
+            self.assertEqual(len(self.program.stored()), 5)
+            self.program.kill()
+        store.write_text(json.dumps({"clipTextHistory": [f"entry {n}" for n in range(10 ** 6)]}))
+        self.start()
+        self.assertEqual(len(self.program.history()), LIMIT)
+        self.check_still_records()
+
+    def test_full_disk(self):
+        folder = self.screen.config / "marbelot"
+        folder.mkdir()
+        self.mount(folder, "size=256k")
+        self.start()
+        self.copy_text("before")
+        filler = folder / "filler"
+        with open(filler, "wb", buffering=0) as file:
+            try:
+                while file.write(b"x" * 512):
+                    pass
+            except OSError:
+                pass
+        for number in range(3):
+            self.screen.set_clipboard(f"while full {number}".encode())
+            until(lambda: f"while full {number}" in self.program.history()[0], "in memory")
+        self.assertEqual(self.program.stored_texts(), ["before"], "the stored one stays whole")
+        until(lambda: len(self.screen.notices()) == 1, "told")
+        stays(lambda: len(self.screen.notices()) == 1, "told once", 0.5)
+        filler.unlink()
+        self.copy_text("after")
+        self.assertEqual(self.program.stored_texts(),
+                         ["after", "while full 2", "while full 1", "while full 0", "before"])
+
+    def test_huge_text(self):
+        self.start()
+        line = "a line of fifty bytes, as there are many in a log\n"
+        text = line * (100 * MEGABYTE // len(line))
+        self.screen.set_clipboard(text.encode())
+        longest = self.program.longest_answer(
+            lambda: self.program.store.exists() and self.program.store.stat().st_size > len(text),
+            "stored")
+        print(f"longest time without an answer {longest * 1000:.0f} ms")
+        self.assertLess(longest, 1)
+        self.assertTrue(self.program.stored_texts() == [text])
+        self.restart()
+        self.assertEqual(len(self.program.history()), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
