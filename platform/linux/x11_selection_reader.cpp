@@ -17,7 +17,7 @@ constexpr std::size_t sizeLimit = std::size_t{1} << 30;  // bytes of one type
 constexpr std::size_t reserveLimit = std::size_t{1}
                                      << 28;  // bytes; the announced size may be a lie
 constexpr std::size_t typeLimit = 512;
-constexpr std::size_t retiredLimit = 32;
+constexpr std::size_t retiredLimit = 64;
 constexpr std::uint32_t wholeProperty = 0x1FFFFFFF;  // units of four bytes; the protocol's maximum
 
 constexpr std::string_view passwordHint = "x-kde-passwordManagerHint";
@@ -69,6 +69,8 @@ bool after(std::uint32_t a, std::uint32_t b) { return static_cast<std::int32_t>(
 struct X11SelectionReader::Conversion {
   enum class State { idle, asked, arriving, done, failed };
   State state = State::idle;
+  // Its own: owners confuse two requests of one window, or answer only one of them.
+  xcb_window_t window = XCB_WINDOW_NONE;
   xcb_atom_t property = XCB_ATOM_NONE;
   xcb_atom_t target = XCB_ATOM_NONE;
   xcb_atom_t type = XCB_ATOM_NONE;
@@ -82,7 +84,6 @@ struct X11SelectionReader::Conversion {
 
 struct X11SelectionReader::Read {
   X11Announcement announcement;
-  xcb_window_t window = XCB_WINDOW_NONE;
   bool replaced = false;  // another owner has come: no more can be asked
   bool stalled = false;   // an answer is missing: there is no use in asking for more
   std::array<Conversion, 4> conversions;
@@ -130,7 +131,6 @@ void X11SelectionReader::begin(const X11Announcement& announcement) {
   if (announcement.owner == XCB_WINDOW_NONE) {
     read.targets.state = Conversion::State::done;
   } else {
-    read.window = connection_.createWindow();
     read.targets.property = connection_.atom("MARBELOT_TARGETS");
     read.text.property = connection_.atom("MARBELOT_TEXT");
     read.image.property = connection_.atom("MARBELOT_IMAGE");
@@ -143,37 +143,37 @@ void X11SelectionReader::begin(const X11Announcement& announcement) {
 }
 
 void X11SelectionReader::ask(Read& read, Conversion& conversion, xcb_atom_t target) {
+  if (conversion.window == XCB_WINDOW_NONE) conversion.window = connection_.createWindow();
   conversion.state = Conversion::State::asked;
   conversion.target = target;
   conversion.bytes = std::string();
   conversion.deadline = X11Clock::now() + stallLimit;
   conversion.sequence =
-      xcb_convert_selection(connection_.get(), read.window, connection_.atom("CLIPBOARD"), target,
-                            conversion.property, read.announcement.time)
+      xcb_convert_selection(connection_.get(), conversion.window, connection_.atom("CLIPBOARD"),
+                            target, conversion.property, read.announcement.time)
           .sequence;
 }
 
 void X11SelectionReader::handle(const xcb_generic_event_t& event) {
   if (eventType(event) == XCB_SELECTION_NOTIFY) {
     const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
-    Read* read = find(notify.requestor);
+    const auto [read, conversion] = find(notify.requestor);
     if (!read) return;
-    for (Conversion& conversion : read->conversions) {
-      if (conversion.state != Conversion::State::asked || conversion.target != notify.target)
-        continue;
-      if (notify.property == XCB_ATOM_NONE)
-        conversion.state = Conversion::State::failed;
-      else
-        receive(*read, conversion);
-    }
+    if (conversion->state != Conversion::State::asked || conversion->target != notify.target)
+      return;
+    if (notify.property == XCB_ATOM_NONE)
+      conversion->state = Conversion::State::failed;
+    else
+      receive(*read, *conversion);
     advance(*read);
   } else if (eventType(event) == XCB_PROPERTY_NOTIFY) {
     const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-    Read* read = notify.state == XCB_PROPERTY_NEW_VALUE ? find(notify.window) : nullptr;
-    if (!read) return;
-    for (Conversion& conversion : read->conversions)
-      if (conversion.state == Conversion::State::arriving && conversion.property == notify.atom)
-        receive(*read, conversion);
+    if (notify.state != XCB_PROPERTY_NEW_VALUE) return;
+    const auto [read, conversion] = find(notify.window);
+    if (!read || conversion->state != Conversion::State::arriving ||
+        conversion->property != notify.atom)
+      return;
+    receive(*read, *conversion);
     advance(*read);
   } else {
     return;
@@ -183,7 +183,7 @@ void X11SelectionReader::handle(const xcb_generic_event_t& event) {
 
 void X11SelectionReader::receive(Read& read, Conversion& conversion) {
   // Deleting the property also asks for the next part of a transfer in parts.
-  const auto cookie = xcb_get_property(connection_.get(), 1, read.window, conversion.property,
+  const auto cookie = xcb_get_property(connection_.get(), 1, conversion.window, conversion.property,
                                        XCB_GET_PROPERTY_TYPE_ANY, 0, wholeProperty);
   const X11Reply<xcb_get_property_reply_t> reply(
       xcb_get_property_reply(connection_.get(), cookie, nullptr));
@@ -287,13 +287,15 @@ void X11SelectionReader::deliverFinished() {
 }
 
 void X11SelectionReader::release(const Read& read) {
-  if (read.window == XCB_WINDOW_NONE) return;
-  const bool complete = !read.replaced && !read.stalled && read.finished();
-  if (complete)
-    xcb_destroy_window(connection_.get(), read.window);
-  else
-    retired_.push_back(read.window);
-  if (retired_.size() > retiredLimit) {
+  const bool complete = !read.replaced && !read.stalled;
+  for (const Conversion& conversion : read.conversions) {
+    if (conversion.window == XCB_WINDOW_NONE) continue;
+    if (complete)
+      xcb_destroy_window(connection_.get(), conversion.window);
+    else
+      retired_.push_back(conversion.window);
+  }
+  while (retired_.size() > retiredLimit) {
     xcb_destroy_window(connection_.get(), retired_.front());
     retired_.pop_front();
   }
@@ -321,10 +323,12 @@ void X11SelectionReader::expire(X11Clock::time_point now) {
   deliverFinished();
 }
 
-X11SelectionReader::Read* X11SelectionReader::find(xcb_window_t window) {
+auto X11SelectionReader::find(xcb_window_t window) -> std::pair<Read*, Conversion*> {
   for (const auto& read : reads_)
-    if (read->window == window && window != XCB_WINDOW_NONE) return read.get();
-  return nullptr;
+    for (Conversion& conversion : read->conversions)
+      if (conversion.window == window && window != XCB_WINDOW_NONE)
+        return {read.get(), &conversion};
+  return {nullptr, nullptr};
 }
 
 }  // namespace marbelot

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "platform/linux/x11_connection.h"
 #include "platform/pasteboard.h"
@@ -50,7 +51,8 @@ class X11SelectionReader {
   void advance(Read& read);
   void deliverFinished();
   void release(const Read& read);
-  Read* find(xcb_window_t window);
+  // The conversion whose answer comes to that window, and the read that it is part of.
+  std::pair<Read*, Conversion*> find(xcb_window_t window);
 
   X11Connection& connection_;
   Deliver deliver_;
