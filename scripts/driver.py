@@ -86,6 +86,7 @@ class Marbelot:
 
     def answer_seconds(self):
         """How long the program takes to tell its menu, without the start of a process."""
+        self.desktop.bus()
         name = "org.marbelot.Marbelot"
         began = time.monotonic()
         self.desktop.call(name, "/org/marbelot/Marbelot", name, "Menu")

@@ -243,14 +243,19 @@ class VirtualDesktop:
     def call(self, name, path, interface, method, signature="()", arguments=()):
         """Calls a service on the session bus; its answer's values."""
         from gi.repository import Gio, GLib
+        return self.bus().call_sync(
+            name, path, interface, method, GLib.Variant(signature, arguments), None,
+            Gio.DBusCallFlags.NONE, 10000, None).unpack()
+
+    def bus(self):
+        """A connection to the session bus."""
+        from gi.repository import Gio
         if not self._connection:
             flags = (Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
                      Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION)
             self._connection = Gio.DBusConnection.new_for_address_sync(
                 self.env["DBUS_SESSION_BUS_ADDRESS"], flags)
-        return self._connection.call_sync(
-            name, path, interface, method, GLib.Variant(signature, arguments), None,
-            Gio.DBusCallFlags.NONE, 10000, None).unpack()
+        return self._connection
 
     def _call_item(self, interface, method, signature, arguments):
         item = self.tray_items()[-1]

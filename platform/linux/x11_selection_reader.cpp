@@ -220,7 +220,11 @@ void X11SelectionReader::finish(Read& read, Conversion& conversion) {
     conversion.bytes = std::move(bytes);
     finishTargets(read, conversion);
   } else if (&conversion == &read.text) {
-    if (conversion.type == XCB_ATOM_STRING)
+    // Some owners answer whatever they are asked for with the image that they have.
+    const auto type = connection_.names({&conversion.type, 1});
+    if (!type.empty() && contains(imageTypes, type.front()))
+      conversion.state = Conversion::State::failed;
+    else if (conversion.type == XCB_ATOM_STRING)
       read.contents.text = share(fromLatin1(bytes));
     else if (conversion.target == connection_.atom("text/plain"))
       read.contents.text = share(fromPlain(std::move(bytes)));
@@ -272,7 +276,8 @@ void X11SelectionReader::advance(Read& read) {
     ask(read, conversion, target);
   };
   next(read.text, read.textTargets);
-  next(read.image, read.imageTargets);
+  // Some owners drop a request that comes while they are sending something else in parts.
+  if (!read.text.open()) next(read.image, read.imageTargets);
 }
 
 void X11SelectionReader::deliverFinished() {
