@@ -168,12 +168,22 @@ class HistoryTest(DesktopTest):
             self.assertEqual(signature(newest), signature(picture))
         self.assertEqual(sum("60 × 40" in title for title in self.program.history()), 3)
 
+        # xclip sends the image whatever it is asked for, and one after the other.
+        large = png(4000, 3000, seed=4)
+        self.screen.set_clipboard(converted(large, "bmp"), "image/bmp")
+        until(lambda: len(self.program.stored()) == 4, "large image")
+        self.assertIn("4000 × 3000", self.program.history()[0])
+        self.assertIn("4000 × 3000", self.program.preview())
+        with open(self.program.stored()[0]["path"], "rb") as file:
+            self.assertEqual(signature(file.read()), signature(large))
+        self.program.invoke("deleteClipHistory:", "--object", "0")
+
         self.program.invoke("deleteClipHistory:", "--object", "0")
         self.assertEqual(len(self.program.stored()), 2)
         self.restart()
         self.assertEqual(len(self.program.history()), 2)
         self.program.invoke("clearClipHistory")
-        self.assertEqual(len(self.saved()), 3, "files stay")
+        self.assertEqual(len(self.saved()), 4, "files stay")
 
     def test_bad_copies(self):
         self.start()
