@@ -78,7 +78,7 @@ def picture(form):
     """A photograph's kind of noise: a few MB as PNG."""
     return subprocess.run(
         ["convert", "-seed", "7", "-size", "1920x1080", "plasma:#274060-#7fa3c7",
-         "-scale", "3840x2160!", "-define", "png:compression-level=1",
+         "-scale", "3840x2160!", "-depth", "8", "-define", "png:compression-level=1",
          "png24:-" if form == "png" else f"{form}:-"], check=True, capture_output=True).stdout
 
 

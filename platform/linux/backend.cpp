@@ -1,6 +1,7 @@
 #include "platform/backend.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -94,6 +95,14 @@ void darkenDisabledText() {
   QApplication::setPalette(palette);
 }
 
+// Images and long texts go back to the system when they are done with. By itself the C library
+// keeps blocks of up to 32 MB for the next time, once for each thread that had one.
+void returnLargeBlocks() {
+#ifdef __GLIBC__
+  mallopt(M_MMAP_THRESHOLD, 8 << 20);
+#endif
+}
+
 }  // namespace
 
 int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Platform&)> launch) {
@@ -108,6 +117,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
     std::fputs("marbelot: there is no X display (DISPLAY is not set)\n", stderr);
     return 1;
   }
+  returnLargeBlocks();
   setEnvironment();
   const QApplication application(argc, argv);
   darkenDisabledText();
