@@ -19,37 +19,6 @@ constexpr std::size_t immediateImageBytes = std::size_t{256} << 10;
 // must not hold up the launch.
 constexpr std::size_t examinedEntries = 1000;
 
-// How many bytes at the beginning are ASCII blanks. The inner loop has no exit and a fixed length,
-// which lets the compiler look at sixteen bytes at once.
-std::size_t leadingBlanks(std::string_view text) {
-  const auto blank = [](char c) { return (c == ' ') | (static_cast<unsigned char>(c - '\t') < 5); };
-  constexpr std::size_t block = 64;
-  std::size_t at = 0;
-  for (; at + block <= text.size(); at += block) {
-    unsigned char others = 0;
-    for (std::size_t i = 0; i < block; ++i)
-      others = static_cast<unsigned char>(others | !blank(text[at + i]));
-    if (others) break;
-  }
-  while (at < text.size() && blank(text[at])) ++at;
-  return at;
-}
-
-// Nothing but white space and line ends. Trimming would decode each of them, which takes too long
-// for the main thread when there are a hundred million.
-bool isAllBlank(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    if (const std::size_t blanks = leadingBlanks(text.substr(at)); blanks > 0) {
-      at += blanks;
-      continue;
-    }
-    const auto [value, bytes] = text::scalarAt(text, at);
-    if (!text::isBlankOrNewline(value)) return false;
-    at += bytes;
-  }
-  return true;
-}
-
 }  // namespace
 
 ClipboardHistory::ClipboardHistory(Platform& platform, Shell& shell, ActionTable& actions)
@@ -123,7 +92,7 @@ void ClipboardHistory::recordImage(const Image& image) {
 }
 
 bool ClipboardHistory::recordText(const SharedText& text) {
-  if (isAllBlank(*text)) return false;
+  if (text::isAllBlank(*text)) return false;
   const SharedText newest = clipHistory.empty() ? nullptr : clipHistory.front().kind.text();
   if (newest && (newest == text || *newest == *text)) return false;
   insert(text);

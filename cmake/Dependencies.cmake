@@ -1,6 +1,7 @@
 # The libraries that rooms link, found once for all of them.
 find_package(RapidJSON REQUIRED)
 find_package(Threads REQUIRED)
+include(GNUInstallDirs)
 if(NOT APPLE)
   find_package(PkgConfig REQUIRED)
   find_package(ICU REQUIRED COMPONENTS uc i18n)

@@ -56,6 +56,10 @@ bool isBlankOrNewline(char32_t c);
 enum class WordRole { separator, word, extender };
 WordRole wordRole(char32_t c);
 
+// Nothing but blanks and line ends. Quick on a hundred million of them, where trimming, which
+// decodes each, is not.
+bool isAllBlank(std::string_view text);
+
 std::string_view trimmedBlanks(std::string_view text);
 std::string_view trimmedBlanksAndNewlines(std::string_view text);
 

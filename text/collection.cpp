@@ -30,7 +30,7 @@ std::string_view joiningText(std::string_view key) {
 Collection::Collection(std::vector<SharedText> pieces) : pieces_(std::move(pieces)) {}
 
 bool Collection::append(SharedText text) {
-  if (text::trimmedBlanksAndNewlines(*text).empty()) return false;
+  if (text::isAllBlank(*text)) return false;
   if (!pieces_.empty() && (pieces_.back() == text || *pieces_.back() == *text)) return false;
   pieces_.push_back(std::move(text));
   return true;

@@ -51,8 +51,8 @@ void DesktopNotices::askForMarkup() {
 void DesktopNotices::send(const Waiting& notice) {
   QDBusMessage call = notificationCall("Notify");
   const QString body = markup_ == Markup::understood ? notice.text.toHtmlEscaped() : notice.text;
-  call << QString("Marbelot") << 0U << QString("marbelot") << notice.title << body << QStringList()
-       << QVariantMap() << showMilliseconds;
+  call << QString("Marbelot") << 0U << QString("org.marbelot.Marbelot") << notice.title << body
+       << QStringList() << QVariantMap() << showMilliseconds;
   QDBusConnection::sessionBus().asyncCall(call);
 }
 
