@@ -52,7 +52,7 @@ TrayStatusItem::TrayStatusItem() {
   bus.connect(watcherService, watcherPath, watcherService, "StatusNotifierHostRegistered", this,
               SLOT(lookForHost()));
   connect(&look_, &QTimer::timeout, this, &TrayStatusItem::lookForHost);
-  look_.setTimerType(Qt::VeryCoarseTimer);
+  look_.setTimerType(Qt::CoarseTimer);
   look_.start(quickLookMilliseconds);
 }
 
@@ -67,28 +67,30 @@ void TrayStatusItem::lookForHost() {
   if (tray_) return;
   if (trayPresent()) {
     showIcon();
-    return;
-  }
-  askForNotifierHost();
-  if (++looks_ == quickLooks) {
-    look_.setInterval(slowLookMilliseconds);
-    if (noHost_) noHost_();
+  } else if (!asking_) {
+    askForNotifierHost();
   }
 }
 
 // The watcher may be there before the panel that it watches for; Qt asks the same when the icon is
 // made, and never again.
 void TrayStatusItem::askForNotifierHost() {
+  asking_ = true;
   QDBusMessage get = QDBusMessage::createMethodCall(watcherService, watcherPath,
                                                     "org.freedesktop.DBus.Properties", "Get");
   get << QString(watcherService) << QString("IsStatusNotifierHostRegistered");
   get.setAutoStartService(false);
-  auto* asked =
-      new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(get, 1000), this);
+  auto* asked = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(get), this);
   connect(asked, &QDBusPendingCallWatcher::finished, this, [this, asked] {
     const QDBusPendingReply<QDBusVariant> reply = *asked;
-    if (!reply.isError() && reply.value().variant().toBool()) showIcon();
     asked->deleteLater();
+    asking_ = false;
+    if (!reply.isError() && reply.value().variant().toBool()) {
+      showIcon();
+    } else if (++looks_ == quickLooks) {
+      look_.setInterval(slowLookMilliseconds);
+      if (noHost_) noHost_();
+    }
   });
 }
 

@@ -41,7 +41,8 @@ class TrayStatusItem : public QObject, public StatusItem {
   std::unique_ptr<QSystemTrayIcon> tray_;
   std::unique_ptr<QDBusServiceWatcher> hostWatcher_;
   QTimer look_;
-  int looks_ = 0;
+  int looks_ = 0;  // that found no host
+  bool asking_ = false;
   std::function<void()> noHost_;
 };
 
