@@ -25,11 +25,9 @@ constexpr std::size_t mainThreadBytes = std::size_t{16} << 10;
 constexpr std::size_t eventBytes = std::size_t{32} << 10;
 constexpr std::size_t entryLimit = 128;
 
-bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
 std::size_t boundaryBefore(std::string_view text, std::size_t at) {
   if (at >= text.size()) return text.size();
-  while (at > 0 && isContinuation(text[at])) --at;
+  while (at > 0 && text::isContinuation(text[at])) --at;
   return at;
 }
 

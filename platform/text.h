@@ -21,6 +21,9 @@ struct Range {
 
 namespace text {
 
+// Whether the byte goes on with a scalar that began before it.
+inline bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
 // One decoded scalar and the bytes it took (at least 1).
 struct Scalar {
   char32_t value;

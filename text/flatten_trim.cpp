@@ -125,7 +125,7 @@ template <typename Transform>
 std::string previewOf(std::string_view text, std::size_t limit, Transform transform) {
   for (std::size_t bytes = 4 * limit + 64;; bytes *= 2) {
     std::size_t cut = std::min(bytes, text.size());
-    while (cut > 0 && cut < text.size() && (text[cut] & 0xC0) == 0x80) --cut;
+    while (cut > 0 && cut < text.size() && text::isContinuation(text[cut])) --cut;
     const std::string shown = withReturnSigns(transform(text.substr(0, cut)));
     const std::size_t visible = text::prefixBytes(shown, limit);
     const bool whole = cut == text.size(), cuts = visible < shown.size();
