@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
+
 namespace marbelot {
 namespace {
 
@@ -12,8 +14,6 @@ constexpr int longestSearch = longestLine + 256;
 
 constexpr QChar frameBegin{0xFDD0}, frameEnd{0xFDD1};
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
 }  // namespace
 
@@ -26,7 +26,7 @@ void DocumentText::endLine(Mark kind, QString& piece) {
 
 bool DocumentText::take(std::string_view& text, std::size_t bytes, QString& piece) {
   std::size_t end = std::min(bytes, text.size());
-  while (end < text.size() && isContinuation(text[end])) ++end;
+  while (end < text.size() && text::isContinuation(text[end])) ++end;
   if (end < text.size() && text[end] == '\n') ++end;
   const std::string_view head = text.substr(0, end);
   text.remove_prefix(end);
@@ -36,6 +36,7 @@ bool DocumentText::take(std::string_view& text, std::size_t bytes, QString& piec
   if (head.starts_with(byteOrderMark)) decoded.prepend(QChar::ByteOrderMark);
   piece.clear();
   piece.reserve(decoded.size() + decoded.size() / 16);
+  bool served = true;
   for (qsizetype i = 0; i < decoded.size(); ++i) {
     const QChar c = decoded[i];
     if (c == u'\n') {
@@ -47,7 +48,7 @@ bool DocumentText::take(std::string_view& text, std::size_t bytes, QString& piec
     } else if (c == QChar::ParagraphSeparator) {
       endLine(Mark::paragraph, piece);
     } else {
-      if (isMark(c)) return false;
+      served = served && !isMark(c);
       if (column_ >= longestLine && !c.isLowSurrogate() &&
           (!c.isMark() || column_ >= longestSearch))
         endLine(Mark::join, piece);
@@ -58,7 +59,7 @@ bool DocumentText::take(std::string_view& text, std::size_t bytes, QString& piec
       ++column_;
     }
   }
-  return true;
+  return served;
 }
 
 void DocumentText::append(const QTextBlock& block, int from, int to, std::string& text) const {

@@ -27,7 +27,7 @@ class DocumentText {
   void startAt(const QTextBlock& block, int position) { column_ = position - block.position(); }
 
   // The next piece of a text in document form, about `bytes` of it, taken off its start. False when
-  // the text holds a mark, so that these marks cannot serve it.
+  // it holds a mark, so that these marks cannot serve the text; the piece is whole for all that.
   bool take(std::string_view& text, std::size_t bytes, QString& piece);
 
   // Appends what the characters `from` to `to` of the block stand for, and the break behind them if

@@ -84,7 +84,16 @@ void TextView::bringIn() {
   bool begun = !first;
   QString piece;
   while (!rest_.empty() && spent.elapsed() < turnMilliseconds) {
-    if (!form_.take(rest_, pieceBytes, piece) && faithful_ && !pasting_) {
+    const DocumentText form = form_;
+    const std::string_view rest = rest_;
+    if (!form_.take(rest_, pieceBytes, piece) && faithful_) {
+      if (pasting_) {
+        // The document's marks cannot stand for the whole either, so it is set up anew.
+        form_ = form;
+        rest_ = rest;
+        setContents(share(wholeText()));
+        return;
+      }
       // The other marks, and if they do not serve either, the text stays as it is.
       faithful_ = form_.isJoin(QChar(DocumentText::invisibleMarks));
       form_ = DocumentText(DocumentText::otherMarks);
@@ -120,8 +129,16 @@ void TextView::finish() {
 }
 
 SharedText TextView::contents() const {
-  if (!document()->isUndoRedoEnabled() || !document()->isModified()) return original_;
-  return share(textBetween(0, document()->characterCount() - 1));
+  const bool pasting = pasting_ && !rest_.empty();
+  if (!document()->isUndoRedoEnabled() || !(document()->isModified() || pasting)) return original_;
+  return share(wholeText());
+}
+
+std::string TextView::wholeText() const {
+  const int end = document()->characterCount() - 1;
+  if (!pasting_ || rest_.empty()) return textBetween(0, end);
+  const int from = place_.selectionStart(), to = place_.selectionEnd();
+  return textBetween(0, from).append(rest_).append(textBetween(to, end));
 }
 
 std::string TextView::textBetween(int start, int end) const {

@@ -35,6 +35,8 @@ class TextView : public QPlainTextEdit {
   void startAfresh();
   void bringIn();
   void finish();
+  // The document's text, with what is still to come of one that is being pasted.
+  std::string wholeText() const;
   std::string textBetween(int start, int end) const;
   bool breakLine();
   bool eraseAcrossMark(bool backwards);

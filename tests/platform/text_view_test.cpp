@@ -119,11 +119,30 @@ TEST_F(TextViewTest, PastingIsOneStep) {
   press(Qt::Key_X);
   const std::string large = std::string(300'000, 'p') + "\r\nend";
   QGuiApplication::clipboard()->setText(QString::fromStdString(large));
+  view.moveCursor(QTextCursor::PreviousCharacter);
   view.paste();
+  EXPECT_TRUE(view.isReadOnly());
+  EXPECT_EQ(contents(), "start " + large + "x");  // though it is still coming in
   ASSERT_TRUE(QTest::qWaitFor([&] { return !view.isReadOnly(); }, 20'000));
-  EXPECT_EQ(contents(), "start x" + large);
+  EXPECT_EQ(contents(), "start " + large + "x");
   view.undo();
   EXPECT_EQ(contents(), "start x");
+}
+
+TEST_F(TextViewTest, PastesTextsThatHoldMarks) {
+  const std::string late(40'000, 'p');
+  for (const std::string& pasted : {std::string("abc\uFFF0def"), late + "\uFFF1\r\nend",
+                                    std::string("both \uFFF0 and \uF8D0 here")}) {
+    show("one\r\ntwo\n");
+    view.moveCursor(QTextCursor::End);
+    press(Qt::Key_X);
+    view.moveCursor(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor);
+    QGuiApplication::clipboard()->setText(QString::fromStdString(pasted));
+    view.paste();
+    QTest::qWait(200);
+    EXPECT_EQ(contents(), "one\r\ntwo\n" + pasted);
+  }
+  EXPECT_TRUE(view.toPlainText().endsWith("here"));  // shown to its end, if not to be edited
 }
 
 TEST_F(TextViewTest, StaysResponsiveWithLargeTexts) {
