@@ -26,6 +26,21 @@ MenuItemRef itemWithKey(const Menu& menu, const std::string& key) {
   return nullptr;
 }
 
+// Titles show what was copied. Qt takes what follows a tab for the shortcut, and a mark of
+// direction would make a title read as another one.
+QString shownTitle(const std::string& title) {
+  QString shown;
+  for (const QChar c : QString::fromStdString(title)) {
+    const char16_t u = c.unicode();
+    const bool turns = u == 0x061C || u == 0x200E || u == 0x200F || (u >= 0x202A && u <= 0x202E) ||
+                       (u >= 0x2066 && u <= 0x2069);
+    const bool breaks = c.category() == QChar::Other_Control || u == 0x2028 || u == 0x2029;
+    if (!turns) shown += breaks ? QChar(u' ') : c;
+    if (c == u'&') shown += c;  // one alone marks a mnemonic
+  }
+  return shown;
+}
+
 }  // namespace
 
 MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
@@ -108,8 +123,7 @@ void MenuView::dress(QAction& action, const MenuItemRef& item) {
   action.setData(QVariant::fromValue(item));
   action.setVisible(!item->hidden);
   if (item->separator) return;
-  QString title = QString::fromStdString(item->title);
-  title.replace("&", "&&");
+  QString title = shownTitle(item->title);
   if (!item->key.empty()) {
     // Shown like a shortcut; carried out by our own key handling, because a popup of a program that
     // is not active gets no shortcuts from Qt.
@@ -146,8 +160,8 @@ bool MenuView::chooseByKey(const QString& key) {
 bool MenuView::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {
     const auto* key = static_cast<QKeyEvent*>(event);
-    if (key->modifiers() & Qt::ControlModifier && key->key() >= Qt::Key_A &&
-        key->key() <= Qt::Key_Z)
+    if ((key->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier &&
+        key->key() >= Qt::Key_A && key->key() <= Qt::Key_Z)
       return chooseByKey(QString(QChar('a' + (key->key() - Qt::Key_A))));
   } else if (event->type() == QEvent::Leave) {
     // The menu lets its item go only after this event.
