@@ -1,5 +1,8 @@
 #include "text/collect_copies.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "text/large_text.h"
 
 namespace marbelot {
@@ -116,29 +119,35 @@ bool CollectCopies::tellWhenEmpty() {
   return concatBuffer.empty();
 }
 
-void CollectCopies::withJoined(std::function<void(const SharedText&)> then) {
+void CollectCopies::withJoined(Task& task, std::function<void(const SharedText&)> then) {
   if (concatBuffer.joinedBytes(concatSeparator) <= largeTextBytes) {
-    joining_.cancel();
+    task.cancel();
     then(share(concatBuffer.joined(concatSeparator)));
     return;
   }
-  joining_ = platform_.queue.inBackground(
+  task = platform_.queue.inBackground(
       [copy = concatBuffer, key = concatSeparator] { return share(copy.joined(key)); },
       std::move(then));
 }
 
 void CollectCopies::copy(bool reset) {
   if (tellWhenEmpty()) return;
-  withJoined([this, reset, pieces = concatBuffer.size(),
-              count = platform_.pasteboard.changeCount()](const SharedText& text) {
-    // Something newer was copied while the pieces were being joined.
-    if (platform_.pasteboard.changeCount() != count) return;
+  // A copy that is superseded while its pieces are being joined still resets.
+  resetAfterCopy_ = resetAfterCopy_ || reset;
+  // Something copied meanwhile is replaced, but the history has it.
+  withJoined(copying_, [this, copied = concatBuffer.pieces()](const SharedText& text) {
     shell_.copyWithoutRecording(text);
-    if (reset) concatBuffer.clear();
+    const bool resets = std::exchange(resetAfterCopy_, false);
+    if (resets) {
+      // Pieces collected meanwhile are not in the copy and stay.
+      const auto& now = concatBuffer.pieces();
+      const auto rest = std::mismatch(now.begin(), now.end(), copied.begin(), copied.end()).first;
+      concatBuffer = Collection(std::vector<SharedText>(rest, now.end()));
+    }
     changed();
     shell_.flashStatusIcon();
-    shell_.notify("Copied " + std::to_string(pieces) +
-                  (reset ? " pieces — collection reset" : " pieces"));
+    shell_.notify("Copied " + std::to_string(copied.size()) +
+                  (resets ? " pieces — collection reset" : " pieces"));
   });
 }
 
@@ -156,7 +165,7 @@ void CollectCopies::setConcatSeparator(const MenuItem& sender) {
 }
 
 void CollectCopies::viewConcat() {
-  if (!tellWhenEmpty()) withJoined(view_);
+  if (!tellWhenEmpty()) withJoined(viewing_, view_);
 }
 
 void CollectCopies::dropLastConcat() {

@@ -44,8 +44,9 @@ class CollectCopies {
   std::optional<std::size_t> characters();
   std::shared_ptr<Menu> submenu();
   bool tellWhenEmpty();
-  // Hands the joined pieces to `then`: at once, or from the background when they are large.
-  void withJoined(std::function<void(const SharedText&)> then);
+  // Hands the joined pieces to `then`: at once, or from the background when they are large. What
+  // `task` stood for is superseded.
+  void withJoined(Task& task, std::function<void(const SharedText&)> then);
   void toggleConcat();
   void copy(bool reset);
   void resetConcat();
@@ -56,7 +57,8 @@ class CollectCopies {
   Platform& platform_;
   Shell& shell_;
   const View view_;
-  Task joining_;
+  Task copying_, viewing_;
+  bool resetAfterCopy_ = false;
   Task counting_;
   bool busyCounting_ = false;
 };
