@@ -10,23 +10,32 @@ namespace {
 constexpr std::size_t windowBytes = 16 * 1024;
 constexpr std::string_view lineBreaksAndBlanks = " \t\n";
 
-bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
 }  // namespace
 
 std::string_view titleWindow(std::string_view text) {
   if (text.size() <= windowBytes) return text;
   std::size_t end = text.substr(0, windowBytes).find_last_of(lineBreaksAndBlanks);
-  // No secret is half a window long.
   if (end == text.npos || end < windowBytes / 2) end = windowBytes;
-  while (end > 0 && isContinuation(text[end])) --end;
+  while (end > 0 && text::isContinuation(text[end])) --end;
   if (text[end] == '\n' && text[end - 1] == '\r') --end;
   return text.substr(0, end);
 }
 
+std::string maskedWindow(std::string_view text) {
+  // All tokens that are longer than half a window are made of these.
+  const auto inToken = [](char c) { return c > ' ' && c < 0x7F; };
+  std::string_view window = titleWindow(text);
+  if (window.size() == text.size() || !inToken(text[window.size()])) return maskSecrets(window);
+  const std::size_t whole = window.size();
+  while (!window.empty() && inToken(window.back())) window.remove_suffix(1);
+  std::string masked = maskSecrets(window);
+  if (window.size() < whole) masked += "***";
+  return masked;
+}
+
 std::string maskedPreview(std::string_view text, std::size_t limit) {
   const std::string_view window = titleWindow(text);
-  std::string masked = maskSecrets(window);
+  std::string masked = maskedWindow(text);
   // Something follows, also when masking has made the window shorter than the title.
   if (window.size() < text.size() && text::prefixBytes(masked, limit) == masked.size()) {
     masked += "…";

@@ -8,9 +8,14 @@
 namespace marbelot {
 
 // The beginning of the text, long enough for the titles of all texts but odd ones (those that begin
-// with pages of blanks). It ends where no word is parted, so that a secret in it is recognised; and
-// no CR LF is parted either. The whole text when it is not much longer.
+// with pages of blanks). It parts no word, so that a secret in it is recognised, unless the word is
+// longer than half of the window; and no CR LF is ever parted. The whole text when it is not much
+// longer.
 std::string_view titleWindow(std::string_view text);
+
+// maskSecrets(titleWindow(text)). A word that the window's end parts counts as a secret as far as a
+// token may reach, because nobody knows what it is without its rest.
+std::string maskedWindow(std::string_view text);
 
 // quotedPreview with secrets masked. Costs the same on a text of any size.
 std::string maskedPreview(std::string_view text, std::size_t limit);
