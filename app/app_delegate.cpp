@@ -25,7 +25,9 @@ AppDelegate::AppDelegate(Platform& platform)
       analyses_(platform.queue),
       historyMenus_(platform, *this, actions_, history_, analyses_),
       imageHistory_(platform, *this, actions_, history_),
-      flattenTrim_(platform, *this, actions_),
+      flattenTrim_(
+          platform, *this, actions_,
+          [this](const PasteboardContents& contents) { return history_.withheld(contents); }),
       viewer_(platform, actions_),
       editor_(platform, *this, actions_,
               [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
@@ -125,6 +127,8 @@ void AppDelegate::copyWithoutRecording(SharedText text) {
 }
 
 void AppDelegate::copyWithoutRecording(const Image& image) { history_.copyWithoutRecording(image); }
+
+void AppDelegate::copyWithheld(SharedText text) { history_.copyWithheld(std::move(text)); }
 
 void AppDelegate::menuWillOpen() {
   access_.probe();

@@ -43,6 +43,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   void rebuildMenu() override;
   void copyWithoutRecording(SharedText text) override;
   void copyWithoutRecording(const Image& image) override;
+  void copyWithheld(SharedText text) override;
 
   // MenuDelegate
   void menuWillOpen() override;

@@ -67,7 +67,8 @@ void ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
 }
 
 bool ClipboardHistory::withheld(const PasteboardContents& contents) const {
-  return contents.concealed && !platform_.defaults.boolFor("recordConcealedCopies");
+  const bool concealed = contents.concealed || platform_.pasteboard.changeCount() == withheldCount_;
+  return concealed && !platform_.defaults.boolFor("recordConcealedCopies");
 }
 
 bool ClipboardHistory::record(const PasteboardContents& contents) {
@@ -156,6 +157,11 @@ void ClipboardHistory::copyWithoutRecording(SharedText text) {
 void ClipboardHistory::copyWithoutRecording(const Image& image) {
   if (clipPoller) tick();
   lastChangeCount = platform_.pasteboard.write(image);
+}
+
+void ClipboardHistory::copyWithheld(SharedText text) {
+  copyWithoutRecording(std::move(text));
+  withheldCount_ = lastChangeCount;
 }
 
 std::string ClipboardHistory::clipImagesFolder() const {

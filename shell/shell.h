@@ -26,6 +26,9 @@ class Shell {
   // history nor collected.
   virtual void copyWithoutRecording(SharedText text) = 0;
   virtual void copyWithoutRecording(const Image& image) = 0;
+  // The same for what was made of a text that is withheld: as long as it is on the clipboard, it is
+  // withheld, too.
+  virtual void copyWithheld(SharedText text) = 0;
 };
 
 // The actions that menu items name, by selector.

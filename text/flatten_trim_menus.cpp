@@ -8,7 +8,6 @@
 namespace marbelot {
 namespace {
 
-constexpr const char* recordConcealedKey = "recordConcealedCopies";
 constexpr std::size_t trimPreviewLimit = 36;  // characters
 // How much of a text is searched for a line break while the menu waits.
 constexpr std::size_t searchedBytes = 4 * largeTextBytes;
@@ -26,8 +25,8 @@ std::string_view representedOr(const MenuItem& sender, std::string_view otherwis
 
 }  // namespace
 
-FlattenTrim::FlattenTrim(Platform& platform, Shell& shell, ActionTable& actions)
-    : platform_(platform), shell_(shell) {
+FlattenTrim::FlattenTrim(Platform& platform, Shell& shell, ActionTable& actions, Withheld withheld)
+    : platform_(platform), shell_(shell), withheld_(std::move(withheld)) {
   actions.add("flattenClipboard:", [this](const MenuItem& sender) { flattenClipboard(sender); });
   actions.add("trimClipboard:", [this](const MenuItem& sender) { trimClipboard(sender); });
 }
@@ -81,10 +80,10 @@ void FlattenTrim::refresh() {
 
 void FlattenTrim::addDockItems(Menu& menu) { dress(addItems(menu, false), titles()); }
 
-// The previews of a text that begins with `window`; false when they depend on what follows it.
-// Secrets hold no blanks, so masking changes neither where lines end nor what is trimmed of them.
-bool FlattenTrim::previewOf(std::string_view window, bool whole, Titles& titles) {
-  const std::string masked = maskSecrets(window);
+// The previews of a text that begins with what was `masked`; false when they depend on what follows
+// it. Secrets hold no blanks, so masking changes neither where lines end nor what is trimmed of
+// them.
+bool FlattenTrim::previewOf(const std::string& masked, bool whole, Titles& titles) {
   bool known = true;
   if (titles.hasBreak) {
     const FlattenHead head = flattenHead(masked);
@@ -104,8 +103,8 @@ FlattenTrim::Titles FlattenTrim::wholeTitles(std::string_view text, bool preview
   titles.hasText = true;
   titles.hasBreak = hasLineBreak(text);
   if (!previews) return titles;
-  const std::string_view window = titleWindow(text);
-  if (!previewOf(window, window.size() == text.size(), titles)) previewOf(text, true, titles);
+  if (!previewOf(maskedWindow(text), titleWindow(text).size() == text.size(), titles))
+    previewOf(maskSecrets(text), true, titles);
   return titles;
 }
 
@@ -113,7 +112,7 @@ FlattenTrim::Titles FlattenTrim::titles() {
   Titles titles;
   const PasteboardContents contents = platform_.pasteboard.contents();
   if (!contents.text) return titles;
-  const bool previews = !contents.concealed || platform_.defaults.boolFor(recordConcealedKey);
+  const bool previews = !withheld_(contents);
   if (found_ && foundFor_ == platform_.pasteboard.changeCount() && foundPreviews_ == previews)
     return *found_;
 
@@ -124,8 +123,7 @@ FlattenTrim::Titles FlattenTrim::titles() {
   titles.hasBreak = hasLineBreak(searched);
   bool known = titles.hasBreak || searched.size() == text.size();
   if (previews) {
-    const std::string_view window = titleWindow(text);
-    if (!previewOf(window, window.size() == text.size(), titles)) {
+    if (!previewOf(maskedWindow(text), titleWindow(text).size() == text.size(), titles)) {
       titles.flatten = {};
       titles.trim = {};
       known = false;
@@ -170,29 +168,39 @@ void FlattenTrim::replaceText(const Operation& operation, const std::string& mes
     next_.push_back([this, operation, message] { replaceText(operation, message); });
     return;
   }
-  const SharedText text = platform_.pasteboard.contents().text;
+  const PasteboardContents contents = platform_.pasteboard.contents();
+  const SharedText& text = contents.text;
   if (!text) return;
+  const bool withheld = withheld_(contents);
   if (text->size() <= largeTextBytes) {
-    if (auto result = operation(*text)) write(std::move(*result), message);
+    if (auto result = operation(*text)) write(std::move(*result), withheld, message);
     return;
   }
   busy_ = true;
-  working_ =
-      platform_.queue.inBackground([text, operation] { return operation(*text); },
-                                   [this, message, count = platform_.pasteboard.changeCount()](
-                                       std::optional<std::string> result) {
-                                     busy_ = false;
-                                     auto next = std::exchange(next_, {});
-                                     // What was chosen meanwhile was meant for this text, too.
-                                     if (platform_.pasteboard.changeCount() != count) return;
-                                     if (result) write(std::move(*result), message);
-                                     for (const auto& step : next) step();
-                                   });
+  const std::int64_t count = platform_.pasteboard.changeCount();
+  working_ = platform_.queue.inBackground(
+      [text, operation] { return operation(*text); },
+      [this, message, count, withheld](std::optional<std::string> result) {
+        busy_ = false;
+        auto next = std::exchange(next_, {});
+        if (platform_.pasteboard.changeCount() != count) {
+          // What was chosen meanwhile was meant for the former text, too.
+          shell_.notify("The clipboard has changed meanwhile");
+          return;
+        }
+        if (result) write(std::move(*result), withheld, message);
+        for (const auto& step : next) step();
+      });
 }
 
-// Recorded and collected like a copy by any other program.
-void FlattenTrim::write(std::string text, const std::string& message) {
-  platform_.pasteboard.write(share(std::move(text)));
+// Recorded and collected like a copy by any other program, unless the text is withheld.
+void FlattenTrim::write(std::string text, bool withheld, const std::string& message) {
+  const SharedText written = share(std::move(text));
+  if (withheld) {
+    shell_.copyWithheld(written);
+  } else {
+    platform_.pasteboard.write(written);
+  }
   shell_.flashStatusIcon();
   shell_.notify(message);
 }

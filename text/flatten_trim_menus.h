@@ -18,7 +18,10 @@ namespace marbelot {
 // Main thread only; the platform and the shell outlive it.
 class FlattenTrim {
  public:
-  FlattenTrim(Platform& platform, Shell& shell, ActionTable& actions);
+  // Whether the clipboard's contents may be neither kept nor shown.
+  using Withheld = std::function<bool(const PasteboardContents&)>;
+
+  FlattenTrim(Platform& platform, Shell& shell, ActionTable& actions, Withheld withheld);
 
   struct FlattenVariant {
     MenuItemRef item;
@@ -58,7 +61,7 @@ class FlattenTrim {
   };
   using Operation = std::function<std::optional<std::string>(std::string_view)>;
 
-  static bool previewOf(std::string_view window, bool whole, Titles& titles);
+  static bool previewOf(const std::string& masked, bool whole, Titles& titles);
   static Titles wholeTitles(std::string_view text, bool previews);
   Titles titles();
   static Items addItems(Menu& menu, bool keys);
@@ -69,12 +72,13 @@ class FlattenTrim {
   void trimClipboard(const MenuItem& sender);
   // Replaces the clipboard's text by what `operation` makes of it (none: leaves it alone) and says
   // `message`. A large text is worked on in the background, one operation after another; whatever
-  // is copied meanwhile stays on the clipboard.
+  // is copied meanwhile stays on the clipboard, and the user is told.
   void replaceText(const Operation& operation, const std::string& message);
-  void write(std::string text, const std::string& message);
+  void write(std::string text, bool withheld, const std::string& message);
 
   Platform& platform_;
   Shell& shell_;
+  const Withheld withheld_;
 
   // Titles found in the background, for the clipboard of that change count.
   std::optional<Titles> found_;

@@ -201,6 +201,14 @@ TEST_F(AppDelegateTest, SecretsAndConcealedCopiesStayOutOfTheMenu) {
   EXPECT_EQ(json.find(secret), std::string::npos);
   EXPECT_EQ(json.find("concealed one"), std::string::npos);
   EXPECT_NE(json.find("Xk9#***vLwe"), std::string::npos) << json;
+  // What is made of it is withheld as well, once and again.
+  for (const char* row : {"Trim left (leading)", "Trim right (trailing)"}) {
+    choose({"Trim clipboard", row});
+    desktop_.queue.advance(1);
+    EXPECT_EQ(desktop_.application.requests.menu().find("concealed one"), std::string::npos);
+  }
+  EXPECT_EQ(*desktop_.pasteboard.contents().text, "the concealed one");
+  EXPECT_FALSE(desktop_.pasteboard.contents().concealed);
   desktop_.defaults.set("recordConcealedCopies", true);
   EXPECT_NE(desktop_.application.requests.menu().find("concealed one"), std::string::npos);
 }

@@ -22,6 +22,7 @@ class MemoryShell : public Shell {
   void rebuildMenu() override { ++rebuilds; }
   void copyWithoutRecording(SharedText text) override { history->copyWithoutRecording(text); }
   void copyWithoutRecording(const Image& image) override { history->copyWithoutRecording(image); }
+  void copyWithheld(SharedText text) override { history->copyWithheld(text); }
   int flashes = 0;
   int rebuilds = 0;
   ClipboardHistory* history = nullptr;
