@@ -117,7 +117,7 @@ TEST_F(TextViewTest, PastingIsOneStep) {
   show("start ");
   view.moveCursor(QTextCursor::End);
   press(Qt::Key_X);
-  const std::string large = std::string(300'000, 'p') + "\r\nend";
+  const std::string large = std::string(4'000'000, 'p') + "\r\nend";
   QGuiApplication::clipboard()->setText(QString::fromStdString(large));
   view.moveCursor(QTextCursor::PreviousCharacter);
   view.paste();
