@@ -18,11 +18,12 @@ function(marbelot_room name)
   target_link_libraries(marbelot_${name} PUBLIC marbelot_flags ${ROOM_LINK})
 endfunction()
 
-# marbelot_test(NAME SOURCES … LINK …): one GoogleTest program, found case by case by CTest.
+# marbelot_test(NAME [SERIAL] SOURCES … LINK …): one GoogleTest program, found case by case by CTest.
+# SERIAL: its cases need the machine for themselves, because they copy or type at a given pace.
 function(marbelot_test name)
-  cmake_parse_arguments(TEST "" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(TEST "SERIAL" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_link_libraries(${name} PRIVATE marbelot_flags ${TEST_LINK} GTest::gtest GTest::gtest_main)
   target_compile_definitions(${name} PRIVATE MARBELOT_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES RUN_SERIAL ${TEST_SERIAL})
 endfunction()
