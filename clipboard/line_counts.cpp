@@ -44,15 +44,25 @@ LineCounts countLines(std::string_view text) {
       case TerminalLine::prompt:
         ++counts.prompts;
         break;
+      case TerminalLine::mark:
+        ++counts.marks;
+        if (counts.nonBlank == 1) counts.beginsWithMark = true;
+        break;
       case TerminalLine::error:
         ++counts.errors;
         break;
       case TerminalLine::command:
         ++counts.commands;
         break;
+      case TerminalLine::everydayQuote:
+        ++counts.everyday;
+        [[fallthrough]];
       case TerminalLine::quote:
         ++counts.prose;
         break;
+      case TerminalLine::everydayHash:
+        ++counts.everyday;
+        [[fallthrough]];
       case TerminalLine::hash:
         ++counts.hashes;
         break;

@@ -175,22 +175,123 @@ bool isCommandLine(std::string_view line) {
   return needed < 100 && operatorPoints(line) >= needed;
 }
 
-// Whether what stands behind a prompt that other texts begin their lines with, too, is a command.
-bool isCommand(std::string_view line) {
-  if (line.empty() || endsAsSentence(line)) return false;
-  const std::string_view word = firstWord(line);
-  const auto gaps = std::count(line.begin(), line.end(), ' ');
-  switch (judgeFirstWord(word)) {
+// The first words of a line, as far as it is looked at.
+class Words {
+ public:
+  explicit Words(std::string_view line) {
+    constexpr std::size_t kLookAt = 1000;
+    line = line.substr(0, kLookAt);
+    while (count_ < words_.size() && !line.empty()) {
+      const std::string_view word = line.substr(0, line.find(' '));
+      line.remove_prefix(std::min(line.size(), word.size() + 1));
+      if (!word.empty()) words_[count_++] = word;
+    }
+  }
+  std::size_t size() const { return count_; }
+  std::string_view operator[](std::size_t i) const { return i < count_ ? words_[i] : ""; }
+  template <typename Test>
+  bool anyBehindFirst(Test test) const {
+    return count_ > 1 && std::any_of(words_.begin() + 1, words_.begin() + count_, test);
+  }
+
+ private:
+  std::array<std::string_view, 24> words_;
+  std::size_t count_ = 0;
+};
+
+template <std::size_t size>
+bool isOneOf(std::string_view word, const std::string_view (&words)[size]) {
+  return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
+bool isFileName(std::string_view word) {
+  const std::size_t dot = word.rfind('.');
+  return dot != word.npos && dot > 0 && dot + 1 < word.size() && isWord(word[dot - 1]) &&
+         isWord(word[dot + 1]) && word.find_first_of("@:") == word.npos;
+}
+
+bool isPath(std::string_view word) {
+  if (word == "." || word == ".." || word == "~" || word == "/") return true;
+  if (word.starts_with('/')) return word.size() > 1 && isWord(word[1]);
+  return word.starts_with("./") || word.starts_with("../") || word.starts_with("~/");
+}
+
+bool isOption(std::string_view word) {
+  if (word.starts_with("--")) word.remove_prefix(1);
+  return word.size() > 1 && word.front() == '-' && isWord(word[1]);
+}
+
+// Whether the line holds what sentences do not: an operator between its words, or an option or a
+// path close behind the first.
+bool holdsShellWords(const Words& words) {
+  constexpr std::string_view kOperators[] = {"|", "||", "&&", ">>", "<<", "2>&1", "&>", "\\"};
+  constexpr std::size_t kFewWords = 3;
+  const auto isOperand = [](std::string_view word) {
+    return isOption(word) || isPath(word) || isAssignment(word);
+  };
+  if (isOperand(words[1]) || (words.size() == 2 && isFileName(words[1]))) return true;
+  if (words.size() <= kFewWords && words.anyBehindFirst(isOperand)) return true;
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    const std::string_view word = words[i], next = words[i + 1];
+    if (isOneOf(word, kOperators) || word.starts_with("$(") || word.starts_with("${")) return true;
+    if ((word == ">" || word == "<") && (isPath(next) || isFileName(next))) return true;
+  }
+  return false;
+}
+
+// Commands named after things people write about, and what they are told to do.
+bool isTalkedAbout(std::string_view command) {
+  constexpr std::string_view kThings[] = {
+      "bash",   "bower", "brew", "bundle", "cargo", "diff", "dig",  "emacs", "flutter", "gem",
+      "gradle", "helm",  "ip",   "java",   "nano",  "node", "perl", "php",   "python",  "rails",
+      "rake",   "ruby",  "snap", "stat",   "swift", "tar",  "yarn", "zip"};
+  return isOneOf(command, kThings);
+}
+bool isSubcommand(std::string_view word) {
+  constexpr std::string_view kSubcommands[] = {
+      "add",      "addr",    "build", "check",  "clean",     "config", "create", "deploy",
+      "exec",     "get",     "init",  "info",   "install",   "link",   "list",   "new",
+      "outdated", "package", "push",  "remove", "route",     "run",    "search", "server",
+      "start",    "status",  "test",  "tool",   "uninstall", "update", "upgrade"};
+  return isOneOf(word, kSubcommands);
+}
+
+// Words that sentences are held together by.
+bool isFunctionWord(std::string_view word) {
+  constexpr std::string_view kWords[] = {
+      "a",    "also", "and", "are", "as",   "at",   "be",   "but",  "can",   "did", "does",
+      "for",  "from", "had", "has", "have", "i",    "in",   "is",   "it",    "me",  "my",
+      "not",  "of",   "on",  "or",  "our",  "out",  "so",   "sure", "that",  "the", "then",
+      "this", "to",   "up",  "was", "we",   "were", "will", "with", "works", "you", "your"};
+  return isOneOf(word, kWords);
+}
+
+enum class Behind { text, everydayWord, command };
+
+// What stands behind a mark that is a prompt, but that quotes and comments begin with, too.
+Behind judgeBehindMark(char mark, std::string_view line) {
+  if (line.empty() || endsAsSentence(line)) return Behind::text;
+  const Words words(line);
+  const bool shell = holdsShellWords(words);
+  const bool talks = words.anyBehindFirst(isFunctionWord);
+  FirstWord first = judgeFirstWord(words[0]);
+  if (first == FirstWord::command && isTalkedAbout(words[0]) && !isSubcommand(words[1])) {
+    first = FirstWord::everyday;
+  }
+  switch (first) {
     case FirstWord::command:
-      return gaps < 4 || operatorPoints(line) >= 1;
-    case FirstWord::everyday:
-      return gaps < 2 || operatorPoints(line) >= 2;
+      return shell || (words.size() <= 4 && !talks) ? Behind::command : Behind::text;
+    case FirstWord::everyday: {
+      // Comments that begin with "% " are rare beside the sessions of a shell that prompts so.
+      const bool short_command = mark == '%' && words.size() <= 2 && !talks;
+      return shell || short_command ? Behind::command : Behind::everydayWord;
+    }
     case FirstWord::possible:
-      return operatorPoints(line) >= 4;
+      return shell && operatorPoints(line) >= 4 ? Behind::command : Behind::text;
     case FirstWord::unlikely:
       break;
   }
-  return false;
+  return Behind::text;
 }
 
 // After "$ " a price may stand, but hardly anything else that is not a command.
@@ -277,8 +378,14 @@ TerminalLine terminalLine(std::string_view line, std::string_view trimmed, bool 
     const std::string_view rest = text::trimmedBlanks(line.substr(2));
     if (first == '$' && isDollarCommand(rest)) return TerminalLine::prompt;
     if (first == '#' || first == '%' || first == '>') {
-      if (isCommand(rest)) return TerminalLine::prompt;
-      return first == '>' ? TerminalLine::quote : TerminalLine::hash;
+      switch (judgeBehindMark(first, rest)) {
+        case Behind::command:
+          return TerminalLine::mark;
+        case Behind::everydayWord:
+          return first == '>' ? TerminalLine::everydayQuote : TerminalLine::everydayHash;
+        case Behind::text:
+          return first == '>' ? TerminalLine::quote : TerminalLine::hash;
+      }
     }
   }
   if (first == '>' && (line.size() == 1 || line[1] == '>')) return TerminalLine::quote;
@@ -296,7 +403,11 @@ bool looksLikeTerminal(const LineCounts& lines) {
   // A manual that shows a command now and then is no session; one that errs at length still is.
   constexpr std::size_t kProseForOne = 4;
   const std::size_t sure = lines.prompts + lines.errors;
-  if (sure > 0) return sure * kProseForOne >= lines.prose;
+  if (sure > 0) return (sure + lines.marks + lines.everyday) * kProseForOne >= lines.prose;
+  if (lines.marks > 0) {
+    // Lines that a quote or a comment could hold, too: a session begins with one.
+    return lines.marks * (lines.beginsWithMark ? kProseForOne : 1) >= lines.prose;
+  }
   if (lines.commands == 0 || looksLikeCode(lines)) return false;
   return lines.commands * 2 >= lines.nonBlank - lines.hashes && lines.prose <= lines.commands;
 }

@@ -138,6 +138,27 @@ TEST(Classify, TakesTheFirstTestThatDecides) {
   }
 }
 
+// Quotes, comments and lists begin their lines with the marks that shells prompt with.
+TEST(Classify, TellsSessionsFromQuotesAndComments) {
+  for (const char* text :
+       {"$ make\nok", "# apt-get install foo", "> npm install -g x", "% ls -la", "% make test",
+        "ann@web:~$ date", "PS C:\\> date", "# make -j4 install", "> cat notes.txt | sort",
+        "> git status", "$ cat <<END\n> read this\n> more of it\n> END", "# find . -name '*.o'",
+        "# apt-get install foo\nReading package lists... Done\nNeed to get 12 kB of archives.\n"
+        "After this operation, 50 kB of additional disk space will be used."}) {
+    EXPECT_EQ(rawValue(classify(text)), "terminal") << text;
+  }
+  for (const char* text :
+       {"Hi,\n\n> make sure\n> it works\n\nThanks", "> can you\n> find out\n> which one it was",
+        "On Friday Bob wrote:\n> cut\n> paste\nok", "> time flies", "> quoted mail\n> more",
+        "# find me\n\nSome prose here about it.", "Shopping:\n# date\n# sort\n# cut",
+        "> git is hard", "> java is great", "> swift reply\n> good", "% make sure",
+        "# more at https://example.org/a/b", "> read he/she and/or they", "> set this to /etc/x",
+        "Some prose that speaks of it.\n\n> npm install\n\nThen go on reading this page."}) {
+    EXPECT_NE(rawValue(classify(text)), "terminal") << text;
+  }
+}
+
 TEST(CodeLines, CountEveryKindAndHalfIsEnough) {
   for (const char* line :
        {"x = 1;", "if x {", "}", "// note", "* note", "a => b", "a::b", "f(x)", "f (x)", "a) g()",
