@@ -23,21 +23,12 @@
 
 #include "clipboard/classifier.h"
 #include "clipboard/secret_scanner.h"
+#include "tests/support/secret_expressions.h"
 
 namespace {
 
-constexpr const char* expressions[] = {
-    R"(\beyJ[A-Za-z0-9_-]{8,}\.[A-Za-z0-9_-]{8,}\.[A-Za-z0-9_-]{8,})",
-    R"(\b(?:sk|pk|rk)-[A-Za-z0-9_-]{16,})",
-    R"(\b(?:sk|pk|rk)_(?:live|test)_[A-Za-z0-9]{16,})",
-    R"(\b(?:ghp|gho|ghu|ghs|ghr)_[A-Za-z0-9]{20,})",
-    R"(\bgithub_pat_[A-Za-z0-9_]{20,})",
-    R"(\b(?:AKIA|ASIA)[A-Z0-9]{16}\b)",
-    R"(\bAIza[A-Za-z0-9_-]{35})",
-    R"(\bya29\.[A-Za-z0-9_-]{20,})",
-    R"(\bxox[baprs]-[A-Za-z0-9-]{10,})",
-    R"(\b[0-9a-fA-F]{40,}\b)",
-};
+using marbelot::secretExpressions;
+
 constexpr std::size_t corpusBytes = 50'000'000;
 
 // --- Texts ---------------------------------------------------------------------------------------
@@ -186,7 +177,7 @@ std::size_t scanOurs(const std::string& text) { return marbelot::secretRanges(te
 std::size_t scanRe2(const std::string& text) {
   static const auto set = [] {
     auto made = std::make_unique<re2::RE2::Set>(re2::RE2::Options(), re2::RE2::UNANCHORED);
-    for (const char* expression : expressions) made->Add(expression, nullptr);
+    for (const char* expression : secretExpressions) made->Add(expression, nullptr);
     if (!made->Compile()) std::abort();
     return made;
   }();
@@ -198,12 +189,13 @@ std::size_t scanRe2(const std::string& text) {
 class Hyperscan {
  public:
   explicit Hyperscan(unsigned flags) {
-    const std::vector<unsigned> allFlags(std::size(expressions), flags);
+    const std::vector<unsigned> allFlags(std::size(secretExpressions), flags);
     std::vector<unsigned> ids;
-    for (unsigned i = 0; i < std::size(expressions); ++i) ids.push_back(i);
+    for (unsigned i = 0; i < std::size(secretExpressions); ++i) ids.push_back(i);
     hs_compile_error_t* error = nullptr;
-    if (hs_compile_multi(expressions, allFlags.data(), ids.data(), std::size(expressions),
-                         HS_MODE_BLOCK, nullptr, &database_, &error) != HS_SUCCESS ||
+    if (hs_compile_multi(secretExpressions, allFlags.data(), ids.data(),
+                         std::size(secretExpressions), HS_MODE_BLOCK, nullptr, &database_,
+                         &error) != HS_SUCCESS ||
         hs_alloc_scratch(database_, &scratch_) != HS_SUCCESS) {
       std::fprintf(stderr, "Hyperscan: %s\n", error ? error->message : "no scratch");
       std::abort();
@@ -240,7 +232,7 @@ std::size_t scanHyperscanPositions(const std::string& text) {
 std::size_t scanIcu(const std::string& text) {
   static const auto matchers = [] {
     std::vector<std::unique_ptr<icu::RegexMatcher>> made;
-    for (const char* expression : expressions) {
+    for (const char* expression : secretExpressions) {
       UErrorCode status = U_ZERO_ERROR;
       made.push_back(std::make_unique<icu::RegexMatcher>(expression, 0, status));
     }

@@ -13,6 +13,7 @@
 
 #include "clipboard/classifier.h"
 #include "platform/text.h"
+#include "tests/support/secret_expressions.h"
 
 namespace marbelot {
 namespace {
@@ -38,18 +39,7 @@ std::string jwt(std::size_t first, std::size_t second, std::size_t third) {
 class Oracle {
  public:
   Oracle() {
-    for (const char* expression : {
-             R"(\beyJ[A-Za-z0-9_-]{8,}\.[A-Za-z0-9_-]{8,}\.[A-Za-z0-9_-]{8,})",
-             R"(\b(?:sk|pk|rk)-[A-Za-z0-9_-]{16,})",
-             R"(\b(?:sk|pk|rk)_(?:live|test)_[A-Za-z0-9]{16,})",
-             R"(\b(?:ghp|gho|ghu|ghs|ghr)_[A-Za-z0-9]{20,})",
-             R"(\bgithub_pat_[A-Za-z0-9_]{20,})",
-             R"(\b(?:AKIA|ASIA)[A-Z0-9]{16}\b)",
-             R"(\bAIza[A-Za-z0-9_-]{35})",
-             R"(\bya29\.[A-Za-z0-9_-]{20,})",
-             R"(\bxox[baprs]-[A-Za-z0-9-]{10,})",
-             R"(\b[0-9a-fA-F]{40,}\b)",
-         }) {
+    for (const char* expression : secretExpressions) {
       matchers_.push_back(std::make_unique<icu::RegexMatcher>(expression, 0, status_));
     }
   }
@@ -81,7 +71,7 @@ class Oracle {
     return kept;
   }
 
-  std::size_t found[10] = {};  // by pattern
+  std::size_t found[std::size(secretExpressions)] = {};  // by pattern
 
  private:
   UErrorCode status_ = U_ZERO_ERROR;
