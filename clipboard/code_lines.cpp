@@ -52,6 +52,7 @@ bool isCodeLine(std::string_view line) {
   const char last = line.back();
   if (last == ';' || last == '{' || last == '}') return true;
   if (line.front() == '*' || line.starts_with("//")) return true;
+  if (line.size() == 1) return false;
   if (startsWithLeadingWord(line)) return true;
   return line.find("=>") != line.npos || line.find("::") != line.npos || hasCall(line);
 }

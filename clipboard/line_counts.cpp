@@ -14,8 +14,9 @@ bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
 
 // A line of running text: some words, begun as a sentence is or ended as one.
 bool isSentence(std::string_view line) {
-  constexpr std::ptrdiff_t kFewWords = 4, kManyWords = 8;
+  constexpr int kFewWords = 4, kManyWords = 8;
   constexpr std::size_t kLookAt = 400;  // a longer line needs no more to be known
+  if (line.size() <= 2 * kFewWords) return false;
   const std::string_view head = line.substr(0, kLookAt);
   const auto gaps = std::count(head.begin(), head.end(), ' ');
   if (gaps < kFewWords) return false;

@@ -158,7 +158,8 @@ bool endsAsSentence(std::string_view line) {
 }
 
 bool isCommandLine(std::string_view line) {
-  if (endsAsSentence(line)) return false;
+  constexpr std::size_t kShortest = 4;  // "a -b"
+  if (line.size() < kShortest || endsAsSentence(line)) return false;
   const int needed = [word = judgeFirstWord(firstWord(line))] {
     switch (word) {
       case FirstWord::command:
@@ -355,6 +356,8 @@ bool startsWithLocatedError(std::string_view line) {
 
 // The phrases of failing tools; in a sentence they are only talked about.
 bool holdsErrorPhrase(std::string_view line) {
+  constexpr std::string_view kShortest = "Permission denied";
+  if (line.size() < kShortest.size()) return false;
   if (line.find("Traceback (most recent call last)") != line.npos) return true;
   for (const std::string_view phrase :
        {"command not found", "Permission denied", "No such file or directory"}) {

@@ -55,12 +55,16 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
   if (digit > floor()) {
     const char before = text()[digit - 1];
     const char word_end = digit > 1 ? text()[digit - 2] : ' ';
-    if ((before == ' ' && (isAlpha(word_end) || word_end == '.')) || !isAscii(before)) {
+    const bool no_break = before == '\xA0' && word_end == '\xC2';
+    if ((before == ' ' && (isAlpha(word_end) || word_end == '.')) || no_break) {
       if (auto found = germanAddress(digit)) return found;
       if (auto found = boxAddress(digit)) return found;
     }
     constexpr std::string_view kGlue = ".,:;/-_$#%&@+*='\\";
     if (isAlnum(before) || kGlue.find(before) != std::string_view::npos) return std::nullopt;
+    if (!isAscii(before) && !no_break && text::isLetter(text::scalarBefore(text(), digit).value)) {
+      return std::nullopt;
+    }
   }
   return numberFirstAddress(digit);
 }
@@ -272,6 +276,12 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
   const char next = byteAt(number_end + 1);
   constexpr std::string_view kFrenchInitials = "rabicpqfetvs";
   if (isLower(next) && kFrenchInitials.find(next) == std::string_view::npos) return std::nullopt;
+  // Nor does a number follow one, but for "5th".
+  if (after == ' ' && isDigit(next)) {
+    std::size_t end = number_end + 1;
+    while (isDigit(byteAt(end)) && end - number_end <= kLongestHouseNumber) ++end;
+    if (!isAlpha(byteAt(end))) return std::nullopt;
+  }
   Street street = frenchStreet(number_end);
   const bool french = street.type != StreetType::none;
   if (!french) {

@@ -241,6 +241,14 @@ bool isPlausible(std::string_view text, const Stretch& stretch) {
   return !hasForeignShape(text, stretch) && !isIntroducedAsOther(text, stretch.start);
 }
 
+std::size_t lastOfColumn(const Stretch& stretch, bool north_american) {
+  constexpr std::size_t kFewest = 3;
+  const std::size_t most = north_american ? 2 : 1;
+  std::size_t count = 0;
+  while (count < stretch.count && stretch.groups[count].length <= most) ++count;
+  return !stretch.plus && count >= kFewest ? stretch.groups[count - 1].start : 0;
+}
+
 std::size_t resumption(std::string_view text, const Stretch& stretch) {
   const auto* const last = stretch.groups.begin() + stretch.count;
   const auto singles = std::count_if(stretch.groups.begin(), last,

@@ -40,6 +40,10 @@ std::size_t fewDigitsEnd(std::string_view text, std::size_t digit);
 // else: a date, an address of the network, a version, money, the number of an order or a book.
 bool isPlausible(std::string_view text, const Stretch& stretch);
 
+// The last of the three or more short groups that the stretch begins with, which only columns of
+// figures do; 0 when it does not. Short are single digits, and pairs where no number is in pairs.
+std::size_t lastOfColumn(const Stretch& stretch, bool north_american);
+
 // Where to look for the next number when this stretch is none: at its next group that could be the
 // first of a number, as in "03.05.2026 030 901820", or behind it.
 std::size_t resumption(std::string_view text, const Stretch& stretch);

@@ -78,6 +78,10 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
     skipTo(stretch.end());
     return std::nullopt;
   }
+  if (const std::size_t last = lastOfColumn(stretch, north_american_)) {
+    skipTo(last);
+    return std::nullopt;
+  }
   // On to the next group when this one cannot start a number, as in "Room 12 202-555-0123".
   const bool dialled = text().substr(digit, 3) == "011";
   if (north_american_ && !stretch.plus && !dialled && !cutToNorthAmerican(text(), stretch)) {
