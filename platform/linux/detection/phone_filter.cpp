@@ -263,6 +263,23 @@ std::size_t resumption(std::string_view text, const Stretch& stretch) {
   return end;
 }
 
+bool isNationalFormat(std::string_view text, const Stretch& stretch, bool north_american) {
+  const auto& groups = stretch.groups;
+  if (stretch.plus || stretch.count < 2) return false;
+  const bool bracket = text[stretch.start] == '(' && groups[1].separator == '(';
+  const char first = text[groups[0].start];
+  const auto dashed = [&](std::size_t i) { return groups[i].separator == '-'; };
+  if (north_american) {
+    return stretch.count == 3 && groups[0].length == 3 && groups[1].length == 3 &&
+           groups[2].length == 4 && first >= '2' && (bracket || dashed(1)) && dashed(2);
+  }
+  // The trunk prefix is dialled before the code of the area.
+  if (first != '0' || groups[0].length < 3 || stretch.digits < 10 || stretch.digits > 11) {
+    return false;
+  }
+  return bracket || (stretch.count == 3 && dashed(1) && dashed(2));
+}
+
 bool isNorthAmerican(const std::string& region) {
   static const WordSet regions(
       "US CA AG AI AS BB BM BS DM DO GD GU JM KN KY LC MP MS PR SX TC TT VC VG VI");

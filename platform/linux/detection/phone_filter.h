@@ -48,6 +48,10 @@ std::size_t lastOfColumn(const Stretch& stretch, bool north_american);
 // first of a number, as in "03.05.2026 030 901820", or behind it.
 std::size_t resumption(std::string_view text, const Stretch& stretch);
 
+// Whether the stretch is written as national numbers are and as little else is, with brackets and
+// dashes: "(555) 123-4567", "(01234) 567890". Such a one is believed even if nobody has it.
+bool isNationalFormat(std::string_view text, const Stretch& stretch, bool north_american);
+
 // Whether the region belongs to the North American Numbering Plan.
 bool isNorthAmerican(const std::string& region);
 // Cuts the stretch to the one number of that plan that it starts with; false when there is none.

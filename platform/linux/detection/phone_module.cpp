@@ -29,9 +29,11 @@ constexpr int kTries = 8;
 extern "C" __attribute__((visibility("default"))) int marbelot_phone_find(const char* stretch,
                                                                           std::size_t length,
                                                                           const char* region,
+                                                                          int possible,
                                                                           MarbelotPhone* found) {
   const PhoneNumberUtil& util = *PhoneNumberUtil::GetInstance();
-  PhoneNumberMatcher matcher(util, std::string(stretch, length), region, PhoneNumberMatcher::VALID,
+  PhoneNumberMatcher matcher(util, std::string(stretch, length), region,
+                             possible ? PhoneNumberMatcher::POSSIBLE : PhoneNumberMatcher::VALID,
                              kTries);
   PhoneNumberMatch match;
   if (!matcher.HasNext() || !matcher.Next(&match)) return 0;

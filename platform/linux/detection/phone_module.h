@@ -12,10 +12,11 @@ struct MarbelotPhone {
   char e164[24];       // "+" and digits, terminated by a zero
 };
 
-// Finds the first valid phone number in `stretch`, a short piece of text in UTF-8; national numbers
+// Finds the first phone number in `stretch`, a short piece of text in UTF-8: a valid one, or with
+// `possible` not zero any of a length that the country's numbers have; national numbers
 // are read as those of `region` (ISO 3166, terminated by a zero). Returns 1 and fills `found`, or
 // returns 0. Safe to call from any thread.
-int marbelot_phone_find(const char* stretch, std::size_t length, const char* region,
+int marbelot_phone_find(const char* stretch, std::size_t length, const char* region, int possible,
                         MarbelotPhone* found);
 
 }  // extern "C"

@@ -57,7 +57,7 @@ class PhoneFinder final : public TriggerFinder {
   }
 
   std::optional<Detection> examine(std::size_t digit) override;
-  MarbelotPhone lookUp(const Stretch& candidate);
+  MarbelotPhone lookUp(const Stretch& candidate, bool possible);
 
   std::string region_;
   bool north_american_;
@@ -73,6 +73,9 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
     return std::nullopt;
   }
   Stretch stretch = readStretch(text(), digit, floor());
+  // The bracket of a remark around the number.
+  const bool code_in_brackets = stretch.count > 1 && stretch.groups[1].separator == '(';
+  if (!stretch.plus && !code_in_brackets) stretch.start = digit;
   const std::size_t first_end = stretch.groups[0].start + stretch.groups[0].length;
   if (stretch.digits < 7) {
     skipTo(stretch.end());
@@ -84,7 +87,9 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
   }
   // On to the next group when this one cannot start a number, as in "Room 12 202-555-0123".
   const bool dialled = text().substr(digit, 3) == "011";
-  if (north_american_ && !stretch.plus && !dialled && !cutToNorthAmerican(text(), stretch)) {
+  const bool formatted = isNationalFormat(text(), stretch, north_american_);
+  if (north_american_ && !formatted && !stretch.plus && !dialled &&
+      !cutToNorthAmerican(text(), stretch)) {
     skipTo(first_end);
     return std::nullopt;
   }
@@ -92,9 +97,9 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
     skipTo(resumption(text(), stretch));
     return std::nullopt;
   }
-  MarbelotPhone phone = lookUp(stretch);
+  MarbelotPhone phone = lookUp(stretch, formatted);
   // Two numbers with but a blank between them make no one number.
-  if (phone.length == 0 && cutToNational(stretch)) phone = lookUp(stretch);
+  if (phone.length == 0 && cutToNational(stretch)) phone = lookUp(stretch, false);
   if (phone.length == 0) {
     skipTo(stretch.end());
     return std::nullopt;
@@ -103,7 +108,7 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
       DetectionKind::phone, {stretch.start + phone.start, phone.length}, std::string(phone.e164)};
 }
 
-MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate) {
+MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate, bool possible) {
   const std::size_t at = candidate.start;
   const std::string stretch(text().substr(at, candidate.end() - at));
   if (stretch == last_none_) return {};
@@ -111,7 +116,8 @@ MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate) {
   if (failures_ > kFreeFailures + at / kBytesPerFailure) return {};
   const PhoneFunction find = phoneFunction();
   MarbelotPhone phone{};
-  if (find == nullptr || find(stretch.data(), stretch.size(), region_.c_str(), &phone) == 0) {
+  if (find == nullptr ||
+      find(stretch.data(), stretch.size(), region_.c_str(), possible, &phone) == 0) {
     phone = {};
     ++failures_;
     last_none_ = stretch;
