@@ -95,6 +95,8 @@ TEST(Classify, KeepsSourceSessionsAndProseApart) {
   });
   expectShare(0.95, labelled("terminal"), is(ClipCategory::terminal));
   expectShare(0.95, labelled("prose"), is(ClipCategory::text));
+  expectShare(1, labelled("prose"),
+              [](const Snippet& s) { return classify(s.text) != ClipCategory::code; });
 }
 
 TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
