@@ -392,6 +392,8 @@ TerminalLine terminalLine(std::string_view line, std::string_view trimmed, bool 
     }
   }
   if (first == '>' && (line.size() == 1 || line[1] == '>')) return TerminalLine::quote;
+  constexpr std::size_t kShortest = 4;  // no prompt, error or command is shorter
+  if (line.size() < kShortest) return TerminalLine::none;
   if (startsWithHostPrompt(line) || startsWithPowerShellPrompt(line)) return TerminalLine::prompt;
   if (startsAsError(line) || startsWithErrorName(line) || startsWithLocatedError(line) ||
       holdsErrorPhrase(line)) {
