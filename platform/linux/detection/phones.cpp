@@ -22,7 +22,9 @@ PhoneFunction loadPhoneFunction() {
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
   for (const std::filesystem::path& folder :
-       {program.parent_path().parent_path() / "lib", std::filesystem::path(MARBELOT_LIBRARY_DIR)}) {
+       {program.parent_path().parent_path() / "lib",
+        program.parent_path().parent_path() / "lib" / "marbelot",
+        std::filesystem::path(MARBELOT_LIBRARY_DIR)}) {
     // Never closed: the library keeps its tables for the life of the process.
     void* module = dlopen((folder / kPhoneModule).c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) continue;
