@@ -199,12 +199,11 @@ class X11Pasteboard::Worker {
 
 X11Pasteboard::X11Pasteboard(MainQueue& queue, const std::string& display) {
   changes_.push_back({{1, {}}, 1});
-  worker_ = std::make_unique<Worker>(std::move(display),
-                                     [this, &queue, alive = std::weak_ptr<char>(alive_)] {
-                                       queue.post([this, alive] {
-                                         if (alive.lock()) announce();
-                                       });
-                                     });
+  worker_ = std::make_unique<Worker>(display, [this, &queue, alive = std::weak_ptr<char>(alive_)] {
+    queue.post([this, alive] {
+      if (alive.lock()) announce();
+    });
+  });
 }
 
 X11Pasteboard::~X11Pasteboard() = default;

@@ -57,7 +57,7 @@ std::string fromLatin1(std::string_view bytes) {
 }
 
 // The type without a character set: nearly always UTF-8 today, Latin-1 by its old definition.
-std::string fromPlain(std::string bytes) {
+std::string fromPlain(const std::string& bytes) {
   std::string text = text::sanitized(bytes);
   return text == bytes ? text : fromLatin1(bytes);
 }
