@@ -227,7 +227,7 @@ void X11SelectionReader::finish(Read& read, Conversion& conversion) {
     else if (conversion.type == XCB_ATOM_STRING)
       read.contents.text = share(fromLatin1(bytes));
     else if (conversion.target == connection_.atom("text/plain"))
-      read.contents.text = share(fromPlain(std::move(bytes)));
+      read.contents.text = share(fromPlain(bytes));
     else
       read.contents.text = share(text::sanitized(std::move(bytes)));
   } else if (&conversion == &read.image) {
