@@ -270,8 +270,9 @@ std::optional<Detection> DateFinder::distance(const Token& first) const {
 
 }  // namespace
 
-std::unique_ptr<Finder> makeDateFinder(std::string_view text, std::string region, double now) {
-  return std::make_unique<DateFinder>(text, std::move(region), now);
+std::unique_ptr<Finder> makeDateFinder(std::string_view text, const std::string& region,
+                                       double now) {
+  return std::make_unique<DateFinder>(text, region, now);
 }
 
 }  // namespace marbelot::detection

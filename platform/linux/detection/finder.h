@@ -25,7 +25,8 @@ class Finder {
 std::unique_ptr<Finder> makeLinkFinder(std::string_view text);
 std::unique_ptr<Finder> makePhoneFinder(std::string_view text, std::string region);
 std::unique_ptr<Finder> makeAddressFinder(std::string_view text);
-std::unique_ptr<Finder> makeDateFinder(std::string_view text, std::string region, double now);
+std::unique_ptr<Finder> makeDateFinder(std::string_view text, const std::string& region,
+                                       double now);
 
 // Where the user lives: by the locale, else by the time zone, else "US".
 const std::string& userRegion();
