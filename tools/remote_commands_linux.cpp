@@ -1,10 +1,11 @@
 // Driving the running program over the session bus.
 
-#include <rapidjson/document.h>
-
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <cstdio>
 
 #include "platform/linux/remote_control.h"
@@ -41,40 +42,44 @@ std::optional<QString> ask(const QString& method, const QVariantList& arguments 
 }
 
 // The menu as indented text. The depth is that of the menu's design.
-void printMenu(const rapidjson::Value& items, int depth) {
-  for (const auto& item : items.GetArray()) {
-    if (item.HasMember("separator")) {
+void printMenu(const QJsonArray& items, int depth) {
+  for (const QJsonValue value : items) {
+    const QJsonObject item = value.toObject();
+    if (item.contains("separator")) {
       std::printf("%*s--\n", depth * 2, "");
       continue;
     }
-    if (item["hidden"].GetBool()) continue;
-    std::string line = item["checked"].GetBool() ? "✓ " : "";
-    line += item["title"].GetString();
-    if (*item["key"].GetString()) line += std::string("  [Ctrl+") + item["key"].GetString() + "]";
-    if (!item["enabled"].GetBool()) line += "  (disabled)";
-    std::printf("%*s%s\n", depth * 2, "", line.c_str());
-    if (item.HasMember("submenu")) printMenu(item["submenu"], depth + 1);
+    if (item["hidden"].toBool()) continue;
+    QString line = item["checked"].toBool() ? "✓ " : "";
+    line += item["title"].toString();
+    if (const QString key = item["key"].toString(); !key.isEmpty())
+      line += "  [Ctrl+" + key.toUpper() + "]";
+    if (!item["enabled"].toBool()) line += "  (disabled)";
+    std::printf("%*s%s\n", depth * 2, "", qUtf8Printable(line));
+    if (item.contains("submenu")) printMenu(item["submenu"].toArray(), depth + 1);
   }
 }
 
-void printWindows(const rapidjson::Value& windows) {
-  for (const auto& window : windows.GetArray())
-    std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", window["id"].GetString(),
-                window["width"].GetDouble(), window["height"].GetDouble(), window["x"].GetDouble(),
-                window["y"].GetDouble(), window["title"].GetString());
+void printWindows(const QJsonArray& windows) {
+  for (const QJsonValue value : windows) {
+    const QJsonObject window = value.toObject();
+    std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", qUtf8Printable(window["id"].toString()),
+                window["width"].toDouble(), window["height"].toDouble(), window["x"].toDouble(),
+                window["y"].toDouble(), qUtf8Printable(window["title"].toString()));
+  }
 }
 
-int show(const char* method, bool json, void (*printed)(const rapidjson::Value&)) {
+int show(const char* method, bool json, void (*printed)(const QJsonArray&)) {
   const auto answer = ask(method);
   if (!answer) return failed;
-  const std::string text = answer->toStdString();
+  const QByteArray text = answer->toUtf8();
   if (json) {
-    std::printf("%s\n", text.c_str());
+    std::printf("%s\n", text.constData());
     return done;
   }
-  rapidjson::Document document;
-  if (document.Parse(text.c_str()).HasParseError()) return fail("the answer is not JSON");
-  printed(document);
+  const QJsonDocument document = QJsonDocument::fromJson(text);
+  if (!document.isArray()) return fail("the answer is not JSON");
+  printed(document.array());
   return done;
 }
 
@@ -117,7 +122,7 @@ int runRemoteCommand(Arguments& arguments, bool& known) {
   if (popup) return ask("PopUpMenu") ? done : failed;
   if (command == "quit") return ask("Quit") ? done : failed;
   if (command == "menu")
-    return show("Menu", json, [](const rapidjson::Value& items) { printMenu(items, 0); });
+    return show("Menu", json, [](const QJsonArray& items) { printMenu(items, 0); });
   return show("Windows", json, printWindows);
 }
 

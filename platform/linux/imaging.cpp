@@ -14,8 +14,6 @@
 #include <climits>
 #include <string>
 
-extern char** environ;
-
 namespace marbelot {
 namespace {
 
@@ -106,7 +104,7 @@ bool exchange(int socket, const std::string& input, std::string& output, int can
 }  // namespace
 
 SharedBytes convertedBytes(const Image& image, ImageFormat format, int cancel) {
-  const auto input = image.bytes();
+  SharedBytes input = image.bytes();
   if (!input || image.format() == format) return input;
 
   std::array<int, 2> sockets{};
