@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 #include "platform/files.h"
 
@@ -14,6 +15,9 @@ constexpr std::array<std::string_view, 5> acceptedExtensions = {"png", "jpg", "j
 // apart, cover the interval.
 constexpr int lastAttempt = 30;
 constexpr double attemptInterval = 0.05;
+// While a file is being written, looks at it become rarer: seconds between them.
+constexpr double shortestWritingWait = 0.005;
+constexpr double longestWritingWait = 3;
 // No screenshot is larger, and nothing larger belongs on the clipboard.
 constexpr std::size_t largestFile = std::size_t{512} << 20;
 
@@ -23,15 +27,31 @@ bool hasAcceptedExtension(const std::string& name) {
          acceptedExtensions.end();
 }
 
+double now() {
+  const auto time = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration<double>(time).count();
+}
+
+// What was in the folder at that time, which may be some time before it is listed.
+std::vector<std::string> pathsFromBefore(double time, const std::string& folder) {
+  std::vector<std::string> paths;
+  for (const std::string& name : files::list(folder).value_or(std::vector<std::string>())) {
+    std::string fullPath = files::join(folder, name);
+    const auto info = hasAcceptedExtension(name) ? files::info(fullPath) : std::nullopt;
+    if (!info || info->created <= time) paths.push_back(std::move(fullPath));
+  }
+  return paths;
+}
+
 }  // namespace
 
 ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
                                      std::function<void(const std::string&)> copied)
     : platform_(platform), path(std::move(folder)), onCopy(std::move(copied)) {
   seeding_ = platform_.queue.inBackground(
-      [folder = path] { return files::list(folder).value_or(std::vector<std::string>()); },
-      [this](const std::vector<std::string>& names) {
-        for (const std::string& name : names) seen.insert(files::join(path, name));
+      [folder = path, began = now()] { return pathsFromBefore(began, folder); },
+      [this](std::vector<std::string> paths) {
+        for (std::string& fullPath : paths) seen.insert(std::move(fullPath));
         seeded_ = true;
         if (changedBeforeSeeding_) rescan();
       });
@@ -50,8 +70,9 @@ void ScreenshotWatcher::folderChanged() {
   std::vector<std::string> waiting;
   for (const auto& [fullPath, attempt] : pending_) waiting.push_back(fullPath);
   for (const std::string& fullPath : waiting) {
-    const bool asleep = pending_[fullPath].number == 0;  // until its writer closes it
-    if (asleep) {
+    Attempt& pending = pending_[fullPath];
+    if (pending.number == 0) {
+      pending.writingWait = 0;
       attempt(fullPath);
     } else if (copyIfFinished(fullPath) == files::ScreenshotState::finished) {
       pending_.erase(fullPath);
@@ -84,10 +105,15 @@ void ScreenshotWatcher::attempt(const std::string& fullPath) {
     return;
   }
   Attempt& pending = pending_[fullPath];
-  // However long its writer takes: a large screen's picture can take seconds to compress.
+  const auto again = [this, fullPath] { attempt(fullPath); };
+  // However long its writer takes: a large screen's picture can take seconds to compress. Its
+  // closing is announced, but a moment before the kernel counts the writer out, so that the look
+  // which the announcement brings can come too early.
   if (state == files::ScreenshotState::beingWritten) {
     pending.number = 0;
-    pending.next.cancel();
+    pending.writingWait =
+        std::clamp(2 * pending.writingWait, shortestWritingWait, longestWritingWait);
+    pending.next = platform_.queue.after(pending.writingWait, again);
     return;
   }
   if (pending.number == lastAttempt) {
@@ -95,8 +121,7 @@ void ScreenshotWatcher::attempt(const std::string& fullPath) {
     return;
   }
   ++pending.number;
-  pending.next =
-      platform_.queue.after(attemptInterval, [this, again = fullPath] { attempt(again); });
+  pending.next = platform_.queue.after(attemptInterval, again);
 }
 
 // Finished also when the file turns out not to be readable: it is dealt with.

@@ -26,7 +26,8 @@ class ScreenshotWatcher {
 
  private:
   struct Attempt {
-    int number = 0;
+    int number = 0;          // 0 while the file is being written
+    double writingWait = 0;  // seconds until the next look at a file that is being written
     Task next;
   };
 

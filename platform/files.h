@@ -17,6 +17,7 @@ std::optional<std::vector<std::string>> list(const std::string& folder);
 
 struct FileInfo {
   double modified = 0;  // seconds since 1970
+  double created = 0;   // likewise; the same as `modified` where the file system does not tell
   std::size_t bytes = 0;
 };
 // None unless it is a regular file (links are followed).
@@ -53,7 +54,7 @@ std::optional<std::string> screenshotLocation();
 
 enum class ScreenshotState {
   no,            // not a screenshot, or not marked as one yet
-  beingWritten,  // its writer has it open; folder events tell when it is closed
+  beingWritten,  // its writer has it open; that can still be so when an event tells of its closing
   finished,
 };
 // Whether the system's screenshot tool made the file.

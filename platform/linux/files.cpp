@@ -33,11 +33,16 @@ std::optional<std::vector<std::string>> list(const std::string& folder) {
 }
 
 std::optional<FileInfo> info(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  return FileInfo{static_cast<double>(status.st_mtim.tv_sec) +
-                      static_cast<double>(status.st_mtim.tv_nsec) / 1e9,
-                  static_cast<std::size_t>(status.st_size)};
+  struct statx status {};
+  if (statx(AT_FDCWD, path.c_str(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0 ||
+      !S_ISREG(status.stx_mode))
+    return std::nullopt;
+  const auto seconds = [](const statx_timestamp& time) {
+    return static_cast<double>(time.tv_sec) + time.tv_nsec / 1e9;
+  };
+  const double modified = seconds(status.stx_mtime);
+  const double created = status.stx_mask & STATX_BTIME ? seconds(status.stx_btime) : modified;
+  return FileInfo{modified, created, static_cast<std::size_t>(status.stx_size)};
 }
 
 SharedBytes read(const std::string& path, std::size_t maximumBytes) {

@@ -86,9 +86,11 @@ std::optional<std::vector<std::string>> list(const std::string& folder) {
 std::optional<FileInfo> info(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  const double modified = static_cast<double>(status.st_mtimespec.tv_sec) +
-                          static_cast<double>(status.st_mtimespec.tv_nsec) / 1e9;
-  return FileInfo{modified, static_cast<std::size_t>(status.st_size)};
+  const auto seconds = [](const timespec& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+  };
+  return FileInfo{seconds(status.st_mtimespec), seconds(status.st_birthtimespec),
+                  static_cast<std::size_t>(status.st_size)};
 }
 
 SharedBytes read(const std::string& path, std::size_t maximumBytes) {

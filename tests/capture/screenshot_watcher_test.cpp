@@ -7,6 +7,8 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <thread>
+
 #include "platform/memory/memory_platform.h"
 #include "tests/support/png.h"
 #include "tests/support/temporary_home.h"
@@ -132,6 +134,30 @@ TEST_F(ScreenshotWatcherTest, ReadsNoFileThatIsBeingWritten) {
   close(writer);
   event();  // its closing: no need to wait for the next try
   EXPECT_EQ(clipboardWidth(), 320);
+}
+
+// The kernel announces a file's closing before it stops counting the writer.
+TEST_F(ScreenshotWatcherTest, NoticesThatAFileIsDoneAlsoAfterItsClosingWasAnnounced) {
+  start();
+  desktop_.queue.drain();
+  const std::string path = save("Screenshot.png", *png(320));
+  const int writer = open(path.c_str(), O_WRONLY);
+  event();
+  desktop_.queue.advance(10);
+  event();
+  EXPECT_EQ(copied_, Names{});
+  close(writer);
+  desktop_.queue.advance(0.05);
+  EXPECT_EQ(copied_, Names{"Screenshot.png"});
+}
+
+TEST_F(ScreenshotWatcherTest, CopiesWhatIsSavedBeforeTheFolderHasBeenListed) {
+  save("Screenshot before.png");
+  start();
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // file times have coarse ticks
+  save("Screenshot after.png");
+  event();
+  EXPECT_EQ(copied_, Names{"Screenshot after.png"});
 }
 
 TEST_F(ScreenshotWatcherTest, SkipsWhatCannotBeReadAndGoesOn) {
