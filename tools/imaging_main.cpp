@@ -1,5 +1,5 @@
-// marbelot-imaging FORMAT: reads an encoded image from standard input and writes it as FORMAT (png,
-// jpeg, tiff, bmp, webp) to standard output. Exit status 0 done, 1 damaged or too large, 2 usage.
+// marbelot-imaging ENCODING: reads an encoded image from standard input and writes it in one of the
+// `encodings` to standard output. Exit status 0 done, 1 damaged or too large, 2 usage.
 #include <libheif/heif.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -17,8 +17,12 @@
 #include <string>
 
 #include "platform/image.h"
+#include "platform/linux/imaging.h"
 
 namespace {
+
+constexpr std::array<std::string_view, 7> withTransparency{"png", "tiff", "webp", "ico",
+                                                           "cur", "icns", "xpm"};
 
 void limitResources() {
   const auto limit = [](auto resource, rlim_t most) {
@@ -111,9 +115,11 @@ QImage onWhite(const QImage& image) {
 int main(int argc, char** argv) {
   limitResources();
   const QCoreApplication application(argc, argv);  // the format plug-ins are found through it
-  const QByteArray format = argc == 2 ? QByteArray(argv[1]) : QByteArray();
-  constexpr std::array formats{"png", "jpeg", "tiff", "bmp", "webp"};
-  if (std::find(formats.begin(), formats.end(), format) == formats.end()) return 2;
+  const std::string_view encoding = argc == 2 ? argv[1] : "";
+  const auto isOneOf = [&](const auto& names) {
+    return std::find(names.begin(), names.end(), encoding) != names.end();
+  };
+  if (!isOneOf(marbelot::encodings)) return 2;
 
   std::string input;
   if (!readAll(input)) return 1;
@@ -121,14 +127,14 @@ int main(int argc, char** argv) {
   if (!header) return 1;
   QImage image = decoded(input, header->format);
   if (image.isNull()) return 1;
-  if (format == "jpeg" || format == "bmp") image = onWhite(image);
+  if (!isOneOf(withTransparency)) image = onWhite(image);
 
   QByteArray output;
   QBuffer device(&output);
   device.open(QIODevice::WriteOnly);
-  QImageWriter writer(&device, format);
-  if (format == "png") writer.setCompression(11);  // of 100; zlib's level 1
-  if (format == "jpeg") writer.setQuality(92);
-  if (format == "webp") writer.setQuality(100);  // lossless
+  QImageWriter writer(&device, QByteArray(argv[1]));
+  if (encoding == "png") writer.setCompression(11);  // of 100; zlib's level 1
+  if (encoding == "jpeg") writer.setQuality(92);
+  if (encoding == "webp") writer.setQuality(100);  // lossless
   return writer.write(image) && writeAll(output) ? 0 : 1;
 }

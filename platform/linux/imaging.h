@@ -2,13 +2,21 @@
 // its helper process with it and nothing else.
 #pragma once
 
+#include <array>
+#include <string_view>
+
 #include "platform/image.h"
 
 namespace marbelot {
 
-// The image encoded as `format` by the helper process; its own bytes when that is its format. Takes
-// up to 30 seconds: not for the main thread. Null when the image is damaged, when there is no
-// helper, and as soon as `cancel` (a descriptor, or -1) becomes readable.
-SharedBytes convertedBytes(const Image& image, ImageFormat format, int cancel = -1);
+// What the helper process writes, by the names that MIME types give it after "image/".
+inline constexpr std::array<std::string_view, 14> encodings{"png", "bmp", "jpeg", "tiff", "webp",
+                                                            "ico", "cur", "icns", "ppm",  "pgm",
+                                                            "pbm", "xpm", "xbm",  "wbmp"};
+
+// The image in one of the encodings, made by the helper process; its own bytes when that is its
+// format. Takes up to 30 seconds: not for the main thread. Null when the image is damaged, when
+// there is no helper, and as soon as `cancel` (a descriptor, or -1) becomes readable.
+SharedBytes convertedBytes(const Image& image, std::string_view encoding, int cancel = -1);
 
 }  // namespace marbelot

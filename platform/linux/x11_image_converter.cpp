@@ -21,10 +21,10 @@ X11ImageConverter::~X11ImageConverter() {
   ::close(cancel_);
 }
 
-void X11ImageConverter::start(std::uint64_t ticket, Image image, ImageFormat format) {
+void X11ImageConverter::start(std::uint64_t ticket, Image image, std::string_view encoding) {
   {
     const std::lock_guard lock(mutex_);
-    jobs_.push_back({ticket, std::move(image), format});
+    jobs_.push_back({ticket, std::move(image), encoding});
   }
   if (!thread_.joinable()) thread_ = std::thread([this] { run(); });
   wake_.notify_one();
@@ -43,7 +43,7 @@ void X11ImageConverter::run() {
     const Job job = std::move(jobs_.front());
     jobs_.pop_front();
     lock.unlock();
-    SharedBytes bytes = convertedBytes(job.image, job.format, cancel_);
+    SharedBytes bytes = convertedBytes(job.image, job.encoding, cancel_);
     lock.lock();
     results_.push_back({job.ticket, std::move(bytes)});
     lock.unlock();

@@ -26,14 +26,15 @@ class X11ImageConverter {
   // Ends a running conversion at once.
   ~X11ImageConverter();
 
-  void start(std::uint64_t ticket, Image image, ImageFormat format);
+  // `encoding` is one of `encodings`.
+  void start(std::uint64_t ticket, Image image, std::string_view encoding);
   std::vector<Result> take();
 
  private:
   struct Job {
     std::uint64_t ticket;
     Image image;
-    ImageFormat format;
+    std::string_view encoding;
   };
   void run();
 

@@ -27,6 +27,10 @@ constexpr std::size_t rememberedChanges = 1024;
 // A claim takes less than a millisecond, and whoever pastes right after it gets what we wrote. Of a
 // busy server the main thread does not wait for longer than half a frame.
 constexpr auto claimWait = std::chrono::milliseconds(8);
+// What a clipboard manager gets to fetch what we leave behind: in all, and without asking for
+// anything. Some never answer, as they have fetched it long before.
+constexpr auto keepingLimit = std::chrono::seconds(5);
+constexpr auto keepingPause = std::chrono::milliseconds(300);
 
 struct News {
   PasteboardContents contents;
@@ -54,12 +58,13 @@ class X11Pasteboard::Worker {
 
   ~Worker() {
     {
-      const std::lock_guard lock(mutex_);
+      std::unique_lock lock(mutex_);
       quit_ = true;
+      wake();
+      claim_.wait_for(lock, keepingLimit, [&] { return ended_; });
     }
     // Even a thread that waits for an answer of the server comes back at once.
     if (connection_.alive()) ::shutdown(connection_.descriptor(), SHUT_RDWR);
-    wake();
     thread_.join();
     ::close(wake_);
   }
@@ -97,20 +102,41 @@ class X11Pasteboard::Worker {
         });
     readPresent(reader);
     while (connection_.alive()) {
-      if (!takeCommands(owner)) return;
-      while (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())})
-        dispatch(*event, reader, owner);
-      const auto now = X11Clock::now();
-      reader.expire(now);
-      owner.expire(now);
-      xcb_flush(connection_.get());
-      // Writing may have read: what is in the library's queue no longer wakes poll().
-      if (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_queued_event(connection_.get())}) {
-        dispatch(*event, reader, owner);
-        continue;
-      }
-      wait(std::min(reader.deadline(), owner.deadline()));
+      if (!takeCommands(owner)) break;
+      handleEvents(reader, owner, X11Clock::time_point::max());
     }
+    if (!owner.askToBeKept()) return;
+    // Serves on until the clipboard manager has what would be lost with us.
+    const auto limit = X11Clock::now() + keepingLimit;
+    auto deadline = X11Clock::now() + keepingPause;
+    while (connection_.alive() && owner.isBeingKept() && X11Clock::now() < deadline) {
+      takeCommands(owner);
+      if (handleEvents(reader, owner, deadline) || owner.isServing())
+        deadline = std::min(X11Clock::now() + keepingPause, limit);
+    }
+  }
+
+  // Handles what has come, then waits for more, until `deadline` at the latest. Whether anything
+  // had come.
+  bool handleEvents(X11SelectionReader& reader, X11SelectionOwner& owner,
+                    X11Clock::time_point deadline) {
+    bool any = false;
+    const auto handle = [&](xcb_generic_event_t* event) {
+      const X11Reply<xcb_generic_event_t> kept(event);
+      if (event) dispatch(*event, reader, owner);
+      any = any || event;
+      return event != nullptr;
+    };
+    while (handle(xcb_poll_for_event(connection_.get()))) {
+    }
+    const auto now = X11Clock::now();
+    reader.expire(now);
+    owner.expire(now);
+    xcb_flush(connection_.get());
+    // Writing may have read: what is in the library's queue no longer wakes poll().
+    if (!handle(xcb_poll_for_queued_event(connection_.get())))
+      wait(std::min({deadline, reader.deadline(), owner.deadline()}));
+    return any;
   }
 
   void readPresent(X11SelectionReader& reader) {

@@ -21,7 +21,9 @@ class X11Pasteboard final : public Pasteboard {
  public:
   // `queue` must live longer. An empty `display` means the one of the environment.
   explicit X11Pasteboard(MainQueue& queue, const std::string& display = {});
-  // Takes no time, whatever other programs are doing.
+  // An own write is first given to the desktop's clipboard manager, where there is one; for that
+  // may take a third of a second, and up to five while it is fetching. Else takes no time, whatever
+  // other programs do.
   ~X11Pasteboard() override;
 
   std::int64_t changeCount() override;

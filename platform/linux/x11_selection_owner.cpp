@@ -16,8 +16,27 @@ constexpr std::size_t largestPart = std::size_t{1} << 20;
 
 constexpr std::array<std::string_view, 5> textTypes{"UTF8_STRING", "text/plain;charset=utf-8",
                                                     "text/plain", "STRING", "TEXT"};
-constexpr std::array pastedFormats{ImageFormat::png, ImageFormat::bmp, ImageFormat::jpeg,
-                                   ImageFormat::tiff, ImageFormat::webp};
+
+// The names under which programs ask for images: those of the toolkits, the likely ones first.
+struct ImageType {
+  std::string_view name;
+  std::string_view encoding;
+};
+constexpr ImageType imageTypes[] = {
+    {"image/png", "png"},      {"image/bmp", "bmp"},          {"image/jpeg", "jpeg"},
+    {"image/tiff", "tiff"},    {"image/webp", "webp"},        {"image/x-bmp", "bmp"},
+    {"image/x-MS-bmp", "bmp"}, {"image/x-win-bitmap", "bmp"}, {"image/jpg", "jpeg"},
+    {"image/tif", "tiff"},     {"image/ico", "ico"},          {"image/x-icon", "ico"},
+    {"image/cur", "cur"},      {"image/icns", "icns"},        {"image/ppm", "ppm"},
+    {"image/pgm", "pgm"},      {"image/pbm", "pbm"},          {"image/xpm", "xpm"},
+    {"image/xbm", "xbm"},      {"image/wbmp", "wbmp"},
+};
+
+std::string_view encodingOf(std::string_view type) {
+  for (const ImageType& known : imageTypes)
+    if (known.name == type) return known.encoding;
+  return type.substr(std::string_view("image/").size());
+}
 
 std::string toLatin1(std::string_view text) {
   std::string bytes;
@@ -38,17 +57,18 @@ SharedBytes raw(const void* data, std::size_t bytes) {
 
 std::vector<std::string> offeredTypes(const X11Offer& offer) {
   if (!offer.image) return {textTypes.begin(), textTypes.end()};
-  std::vector<std::string> types{std::string(mimeType(offer.image->format()))};
-  for (const ImageFormat format : pastedFormats)
-    if (format != offer.image->format()) types.emplace_back(mimeType(format));
+  const std::string_view own = mimeType(offer.image->format());
+  std::vector<std::string> types{std::string(own)};
+  for (const ImageType& type : imageTypes)
+    if (type.name != own) types.emplace_back(type.name);
   return types;
 }
 
 // Kept alive by the requests that still wait for a form of it.
 struct X11SelectionOwner::Contents {
   X11Offer offer;
-  SharedBytes original;                      // the image's own bytes, once they were needed
-  std::map<ImageFormat, SharedBytes> forms;  // converted; null where that failed
+  SharedBytes original;                           // the image's own bytes, once they were needed
+  std::map<std::string_view, SharedBytes> forms;  // by encoding; null where that failed
 };
 
 struct X11SelectionOwner::Request {
@@ -66,7 +86,7 @@ struct X11SelectionOwner::Request {
 struct X11SelectionOwner::Waiting {
   std::uint64_t ticket;
   std::shared_ptr<Contents> contents;
-  ImageFormat format;
+  std::string_view encoding;
   std::shared_ptr<Request> request;
   std::size_t part;
 };
@@ -114,11 +134,35 @@ void X11SelectionOwner::takeClipboard(xcb_timestamp_t time) {
   stampClaim();
 }
 
+// https://www.freedesktop.org/wiki/ClipboardManager/
+bool X11SelectionOwner::askToBeKept() {
+  if (!contents_ || claimed_ != wanted_) return false;
+  const xcb_atom_t manager = connection_.atom("CLIPBOARD_MANAGER");
+  const auto cookie = xcb_get_selection_owner(connection_.get(), manager);
+  const X11Reply<xcb_get_selection_owner_reply_t> reply(
+      xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
+  if (!reply || reply->owner == XCB_WINDOW_NONE) return false;
+  // The forms to keep. Of an image its own and PNG: making all the others could take a minute.
+  std::vector<xcb_atom_t> atoms;
+  for (const std::string& type : offeredTypes(contents_->offer))
+    if (!contents_->offer.image || type == "image/png" ||
+        type == mimeType(contents_->offer.image->format()))
+      atoms.push_back(connection_.atom(type));
+  const xcb_atom_t property = connection_.atom("MARBELOT_KEEP");
+  xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_ATOM,
+                      32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
+  xcb_convert_selection(connection_.get(), window_, manager, connection_.atom("SAVE_TARGETS"),
+                        property, claimTime_);
+  beingKept_ = true;
+  return true;
+}
+
 bool X11SelectionOwner::ownerChanged(xcb_window_t owner) {
   if (owner == window_) {
     claimed_ = asked_;
     return true;
   }
+  beingKept_ = false;
   if (claimed_ == wanted_) contents_.reset();
   return false;
 }
@@ -127,6 +171,10 @@ void X11SelectionOwner::handle(const xcb_generic_event_t& event) {
   switch (eventType(event)) {
     case XCB_SELECTION_REQUEST:
       answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
+      break;
+    case XCB_SELECTION_NOTIFY:
+      if (reinterpret_cast<const xcb_selection_notify_event_t&>(event).requestor == window_)
+        beingKept_ = false;
       break;
     case XCB_PROPERTY_NOTIFY: {
       const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
@@ -221,18 +269,17 @@ X11SelectionOwner::Answer X11SelectionOwner::convertImage(const std::shared_ptr<
   const auto [target, property] = request->parts[part];
   const Image& image = *contents_->offer.image;
   SharedBytes bytes = contents_->original;
-  if (type != mimeType(image.format())) {
-    const auto format = *std::find_if(pastedFormats.begin(), pastedFormats.end(),
-                                      [&](ImageFormat f) { return mimeType(f) == type; });
-    const auto known = contents_->forms.find(format);
+  const std::string_view encoding = encodingOf(type);
+  if (encoding != encodingOf(mimeType(image.format()))) {
+    const auto known = contents_->forms.find(encoding);
     if (known == contents_->forms.end()) {
       const auto same = std::find_if(waiting_.begin(), waiting_.end(), [&](const Waiting& w) {
-        return w.contents == contents_ && w.format == format;
+        return w.contents == contents_ && w.encoding == encoding;
       });
       const bool running = same != waiting_.end();
       const std::uint64_t ticket = running ? same->ticket : ++lastTicket_;
-      waiting_.push_back({ticket, contents_, format, request, part});
-      if (!running) converter_.start(ticket, image, format);
+      waiting_.push_back({ticket, contents_, encoding, request, part});
+      if (!running) converter_.start(ticket, image, encoding);
       return Answer::later;
     }
     bytes = known->second;
@@ -246,7 +293,7 @@ void X11SelectionOwner::collect() {
   for (const auto& result : converter_.take()) {
     for (const Waiting& waiting : waiting_) {
       if (waiting.ticket != result.ticket) continue;
-      waiting.contents->forms[waiting.format] = result.bytes;
+      waiting.contents->forms[waiting.encoding] = result.bytes;
       Request& request = *waiting.request;
       auto& part = request.parts[waiting.part];
       if (result.bytes)

@@ -32,6 +32,13 @@ class X11SelectionOwner {
   void claim(X11Offer offer, std::uint64_t write);
   // The clipboard has a new owner. Returns whether that is us.
   bool ownerChanged(xcb_window_t owner);
+  // Asks the desktop's clipboard manager, when it has one and the clipboard is ours, to keep the
+  // contents. Whether it was asked; it then fetches them like anybody else.
+  bool askToBeKept();
+  // Whether it has not answered yet.
+  bool isBeingKept() const { return beingKept_; }
+  // Whether somebody still waits for something from us.
+  bool isServing() const { return !waiting_.empty() || !transfers_.empty(); }
   // The last write that the server has put into effect.
   std::uint64_t claimed() const { return claimed_; }
 
@@ -69,6 +76,7 @@ class X11SelectionOwner {
   std::uint64_t wanted_ = 0;   // the last write that was asked for,
   std::uint64_t asked_ = 0;    // for which the server was asked,
   std::uint64_t claimed_ = 0;  // and which it has announced
+  bool beingKept_ = false;
   std::list<Transfer> transfers_;
   std::vector<Waiting> waiting_;
   std::uint64_t lastTicket_ = 0;

@@ -166,25 +166,26 @@ TEST(Imaging, ConvertsInAnotherProcess) {
                              zeros(24) + "\xFF" + zeros(4) + "\xFF" + zeros(2);
   const auto image = Image::fromBytes(share(bitmap));
   ASSERT_TRUE(image);
-  for (const auto format :
-       {ImageFormat::png, ImageFormat::jpeg, ImageFormat::tiff, ImageFormat::webp}) {
-    const auto bytes = convertedBytes(*image, format);
-    const auto header = bytes ? imageHeader(std::string_view(*bytes)) : std::nullopt;
-    ASSERT_TRUE(header) << mimeType(format);
-    EXPECT_EQ(header->width, 2);
-    if (format == ImageFormat::jpeg) continue;
-    const auto back = convertedBytes(*Image::fromBytes(bytes), ImageFormat::bmp);
+  for (const std::string_view encoding : encodings) {
+    const auto bytes = convertedBytes(*image, encoding);
+    ASSERT_TRUE(bytes) << encoding;
+    const auto header = imageHeader(std::string_view(*bytes));
+    if (!header) continue;  // a form that is only written
+    EXPECT_EQ(mimeType(header->format), "image/" + std::string(encoding));
+    EXPECT_EQ(header->width, 2) << encoding;
+    if (encoding == "jpeg") continue;
+    const auto back = convertedBytes(*Image::fromBytes(bytes), "bmp");
     ASSERT_TRUE(back);
-    EXPECT_EQ(back->substr(54, 6), bitmap.substr(54, 6)) << mimeType(format);
+    EXPECT_EQ(back->substr(54, 6), bitmap.substr(54, 6)) << encoding;
   }
-  EXPECT_EQ(convertedBytes(*image, ImageFormat::bmp)->size(), bitmap.size());
+  EXPECT_EQ(convertedBytes(*image, "bmp")->size(), bitmap.size());
 }
 
 TEST(Imaging, DamageGivesNothing) {
   const auto damaged = Image::fromBytes(share(jpeg(100, 100)));
   ASSERT_TRUE(damaged);
   EXPECT_FALSE(pngBytes(*damaged));
-  EXPECT_FALSE(convertedBytes(*damaged, ImageFormat::heic)) << "no encoder for it";
+  EXPECT_FALSE(convertedBytes(*damaged, "heic")) << "no encoder for it";
   const auto same = share(png(5, 5));
   EXPECT_EQ(pngBytes(*Image::fromBytes(same)), same) << "PNG stays what it was";
 }

@@ -337,13 +337,45 @@ TEST_F(X11PasteboardTest, ImagesKeepTheirBytesBothWays) {
   std::printf("%zu bytes of PNG pasted %.2f ms after write()\n", png.size(), took.count());
 
   // Other forms are made when asked for; meanwhile the rest is served.
-  auto bmp = std::async(std::launch::async, [&] { return paste(display(), "image/bmp"); });
+  auto bmp = std::async(std::launch::async, [&] { return paste(display(), "image/x-MS-bmp"); });
   EXPECT_TRUE(paste(display(), "image/png") == png);
   const auto converted = bmp.get();
   ASSERT_TRUE(converted);
   EXPECT_EQ(
       QImage::fromData(QByteArray::fromStdString(*converted)).convertToFormat(QImage::Format_RGB32),
       noise(1920, 1080));
+}
+
+TEST_F(X11PasteboardTest, LeavesItsContentsToTheClipboardManager) {
+  const auto text = longText(9 << 20);
+  const auto png = encoded(noise(640, 480), "png");
+  const auto jpeg = encoded(noise(64, 48), "jpeg");
+  for (const std::string& bytes : {text, png, jpeg}) {
+    TestManager manager(display());
+    if (!board) board.emplace(queue, display());
+    const auto image = Image::fromBytes(share(bytes));
+    const std::string type = image ? std::string(mimeType(image->format())) : "UTF8_STRING";
+    image ? board->write(*image) : board->write(share(bytes));
+    EXPECT_TRUE(pastes(type, bytes));
+    board.reset();
+    auto kept = manager.kept();
+    EXPECT_TRUE(kept[type] == bytes) << type;
+    EXPECT_EQ(kept.size(), !image ? 5u : type == "image/png" ? 1u : 2u);
+    EXPECT_EQ(kept["image/png"].substr(0, 4), image ? "\x89PNG" : "");
+  }
+
+  // What is not ours is not ours to leave, and a manager that does not answer keeps nobody.
+  TestManager manager(display());
+  board.emplace(queue, display());
+  takeClipboard();
+  const TestOwner owner(display(), {{"UTF8_STRING", "theirs"}});
+  newText();
+  board.reset();
+  EXPECT_TRUE(manager.kept().empty());
+  const TestManager deaf(display(), true);
+  board.emplace(queue, display());
+  takeClipboard();
+  board.reset();
 }
 
 TEST_F(X11PasteboardTest, SurvivesTheEndOfTheServer) {

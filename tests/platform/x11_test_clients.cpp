@@ -151,6 +151,58 @@ void TestOwner::run(const std::string& display) {
   }
 }
 
+TestManager::TestManager(std::string display, bool deaf)
+    : display_(std::move(display)), quit_(::eventfd(0, EFD_CLOEXEC)) {
+  thread_ = std::thread([this, deaf] { run(deaf); });
+  ready_.wait(false);
+}
+
+TestManager::~TestManager() {
+  ::eventfd_write(quit_, 1);
+  thread_.join();
+  ::close(quit_);
+}
+
+std::map<std::string, std::string> TestManager::kept() {
+  const std::lock_guard lock(mutex_);
+  return kept_;
+}
+
+void TestManager::run(bool deaf) {
+  X11Connection x(display_);
+  const xcb_window_t window = x.createWindow();
+  xcb_set_selection_owner(x.get(), window, x.atom("CLIPBOARD_MANAGER"), XCB_CURRENT_TIME);
+  x.atom("ATOM");
+  xcb_flush(x.get());
+  ready_ = true;
+  ready_.notify_one();
+  std::array<pollfd, 1> quit{{{quit_, POLLIN, 0}}};
+  while (x.alive() && ::poll(quit.data(), 1, 0) == 0) {
+    const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
+    if (!event) {
+      waitFor(x, quit_, -1);
+      continue;
+    }
+    if (eventType(*event) != XCB_SELECTION_REQUEST || deaf) continue;
+    const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(*event);
+    if (request.target != x.atom("SAVE_TARGETS")) {
+      notify(x, request, XCB_ATOM_NONE);
+      continue;
+    }
+    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        x.get(),
+        xcb_get_property(x.get(), 0, request.requestor, request.property, XCB_ATOM_ATOM, 0, 99),
+        nullptr));
+    const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
+    for (const std::string& type : x.names({atoms, reply->value_len})) {
+      auto bytes = paste(display_, type);
+      const std::lock_guard lock(mutex_);
+      kept_[type] = bytes.value_or("(refused)");
+    }
+    notify(x, request, request.property);
+  }
+}
+
 std::optional<std::string> paste(const std::string& display, const std::string& type, bool vanish) {
   X11Connection x(display);
   const xcb_window_t window = x.createWindow();

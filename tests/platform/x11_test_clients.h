@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -48,6 +49,26 @@ class TestOwner {
   const Data data_;
   const Manners manners_;
   std::atomic<bool> ready_ = false;
+  int quit_;
+  std::thread thread_;
+};
+
+// A desktop's clipboard manager: when a program leaves, it fetches the types named to it.
+class TestManager {
+ public:
+  // One that is `deaf` never answers.
+  explicit TestManager(std::string display, bool deaf = false);
+  ~TestManager();
+  // What it was asked to keep, by type; empty before.
+  std::map<std::string, std::string> kept();
+
+ private:
+  void run(bool deaf);
+
+  const std::string display_;
+  std::atomic<bool> ready_ = false;
+  std::mutex mutex_;
+  std::map<std::string, std::string> kept_;
   int quit_;
   std::thread thread_;
 };

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <random>
 
 #include "platform/text.h"
+#include "tests/support/cpu_time.h"
 
 namespace marbelot {
 namespace {
@@ -170,12 +170,7 @@ TEST(Previews, HugeTextsCostLittle) {
   const std::string carriageReturns = repeated("some words in a line\r", kHuge / 21);
   const std::string oneLine(kHuge, 'x');
   const std::string marks = repeated("e\u0301", kHuge / 3);
-  const auto milliseconds = [](auto work) {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 10; ++i) work();
-    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
-    return took.count() / 10;
-  };
+  const auto milliseconds = [](auto work) { return cpuSeconds(10, work) * 1000; };
   for (const std::string* text : {&lines, &carriageReturns}) {
     EXPECT_LT(milliseconds([&] { flattenPreview(*text, ", "); }), 1);
   }
