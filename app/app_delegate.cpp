@@ -122,13 +122,11 @@ void AppDelegate::rebuildMenu() {
   });
 }
 
-void AppDelegate::copyWithoutRecording(SharedText text) {
-  history_.copyWithoutRecording(std::move(text));
+void AppDelegate::copyWithoutRecording(SharedText text, bool concealed) {
+  history_.copyWithoutRecording(std::move(text), concealed);
 }
 
 void AppDelegate::copyWithoutRecording(const Image& image) { history_.copyWithoutRecording(image); }
-
-void AppDelegate::copyWithheld(SharedText text) { history_.copyWithheld(std::move(text)); }
 
 void AppDelegate::menuWillOpen() {
   access_.probe();

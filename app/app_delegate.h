@@ -41,9 +41,8 @@ class AppDelegate : private Shell, private MenuDelegate {
   void notify(const std::string& message) override;
   void flashStatusIcon() override;
   void rebuildMenu() override;
-  void copyWithoutRecording(SharedText text) override;
+  void copyWithoutRecording(SharedText text, bool concealed) override;
   void copyWithoutRecording(const Image& image) override;
-  void copyWithheld(SharedText text) override;
 
   // MenuDelegate
   void menuWillOpen() override;

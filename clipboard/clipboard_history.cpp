@@ -67,8 +67,7 @@ void ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
 }
 
 bool ClipboardHistory::withheld(const PasteboardContents& contents) const {
-  const bool concealed = contents.concealed || platform_.pasteboard.changeCount() == withheldCount_;
-  return concealed && !platform_.defaults.boolFor("recordConcealedCopies");
+  return contents.concealed && !platform_.defaults.boolFor("recordConcealedCopies");
 }
 
 bool ClipboardHistory::record(const PasteboardContents& contents) {
@@ -149,19 +148,14 @@ void ClipboardHistory::loadClipHistory() {
     if (auto item = loadedItem((*entries)[i])) clipHistory.push_back(std::move(*item));
 }
 
-void ClipboardHistory::copyWithoutRecording(SharedText text) {
+void ClipboardHistory::copyWithoutRecording(SharedText text, bool concealed) {
   if (clipPoller) tick();
-  lastChangeCount = platform_.pasteboard.write(std::move(text));
+  lastChangeCount = platform_.pasteboard.write(std::move(text), concealed);
 }
 
 void ClipboardHistory::copyWithoutRecording(const Image& image) {
   if (clipPoller) tick();
   lastChangeCount = platform_.pasteboard.write(image);
-}
-
-void ClipboardHistory::copyWithheld(SharedText text) {
-  copyWithoutRecording(std::move(text));
-  withheldCount_ = lastChangeCount;
 }
 
 std::string ClipboardHistory::clipImagesFolder() const {

@@ -52,13 +52,10 @@ class ClipboardHistory {
 
   // Puts on the clipboard what the program already holds. A copy by another program that has not
   // been handled yet is recorded first.
-  void copyWithoutRecording(SharedText text);
+  void copyWithoutRecording(SharedText text, bool concealed = false);
   void copyWithoutRecording(const Image& image);
-  // Puts on the clipboard what was made of withheld contents.
-  void copyWithheld(SharedText text);
 
-  // The owner asked that the contents be neither kept nor shown, and the user has not overruled it;
-  // or they are on the clipboard by copyWithheld.
+  // The owner asked that the contents be neither kept nor shown, and the user has not overruled it.
   bool withheld(const PasteboardContents& contents) const;
 
   // The folder of copied images, made if it can be.
@@ -94,7 +91,6 @@ class ClipboardHistory {
   Platform& platform_;
   Shell& shell_;
   std::uint64_t lastId_ = 0;
-  std::int64_t withheldCount_ = -1;             // of the change that copyWithheld made last
   std::map<std::uint64_t, PendingSave> saves_;  // by the item's id
 };
 

@@ -23,12 +23,10 @@ class Shell {
   virtual void rebuildMenu() = 0;
 
   // Puts something on the clipboard that the program already holds: it is neither recorded in the
-  // history nor collected.
-  virtual void copyWithoutRecording(SharedText text) = 0;
+  // history nor collected. What was made of a concealed text stays concealed.
+  virtual void copyWithoutRecording(SharedText text, bool concealed) = 0;
+  void copyWithoutRecording(SharedText text) { copyWithoutRecording(std::move(text), false); }
   virtual void copyWithoutRecording(const Image& image) = 0;
-  // The same for what was made of a text that is withheld: as long as it is on the clipboard, it is
-  // withheld, too.
-  virtual void copyWithheld(SharedText text) = 0;
 };
 
 // The actions that menu items name, by selector.

@@ -171,16 +171,16 @@ void FlattenTrim::replaceText(const Operation& operation, const std::string& mes
   const PasteboardContents contents = platform_.pasteboard.contents();
   const SharedText& text = contents.text;
   if (!text) return;
-  const bool withheld = withheld_(contents);
+  const bool concealed = contents.concealed;
   if (text->size() <= largeTextBytes) {
-    if (auto result = operation(*text)) write(std::move(*result), withheld, message);
+    if (auto result = operation(*text)) write(std::move(*result), concealed, message);
     return;
   }
   busy_ = true;
   const std::int64_t count = platform_.pasteboard.changeCount();
   working_ = platform_.queue.inBackground(
       [text, operation] { return operation(*text); },
-      [this, message, count, withheld](std::optional<std::string> result) {
+      [this, message, count, concealed](std::optional<std::string> result) {
         busy_ = false;
         auto next = std::exchange(next_, {});
         if (platform_.pasteboard.changeCount() != count) {
@@ -188,19 +188,14 @@ void FlattenTrim::replaceText(const Operation& operation, const std::string& mes
           shell_.notify("The clipboard has changed meanwhile");
           return;
         }
-        if (result) write(std::move(*result), withheld, message);
+        if (result) write(std::move(*result), concealed, message);
         for (const auto& step : next) step();
       });
 }
 
-// Recorded and collected like a copy by any other program, unless the text is withheld.
-void FlattenTrim::write(std::string text, bool withheld, const std::string& message) {
-  const SharedText written = share(std::move(text));
-  if (withheld) {
-    shell_.copyWithheld(written);
-  } else {
-    platform_.pasteboard.write(written);
-  }
+// Recorded and collected like a copy by any other program.
+void FlattenTrim::write(std::string text, bool concealed, const std::string& message) {
+  platform_.pasteboard.write(share(std::move(text)), concealed);
   shell_.flashStatusIcon();
   shell_.notify(message);
 }

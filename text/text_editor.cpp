@@ -59,7 +59,8 @@ void TextEditor::makeWindow() {
   editTextWindow = platform_.windows.create(std::move(window));
 }
 
-void TextEditor::openEditor(const SharedText& text, const std::string& title) {
+void TextEditor::openEditor(const SharedText& text, const std::string& title, bool concealed) {
+  concealed_ = concealed;
   if (!editTextWindow) makeWindow();
   editTextWindow->setText(editTextView, text);
   editTextWindow->setTitle(title);
@@ -69,14 +70,14 @@ void TextEditor::openEditor(const SharedText& text, const std::string& title) {
 }
 
 void TextEditor::editClipboardText() {
-  const SharedText text = platform_.pasteboard.contents().text;
-  openEditor(text ? text : share({}), clipboardTitle);
+  const PasteboardContents contents = platform_.pasteboard.contents();
+  openEditor(contents.text ? contents.text : share({}), clipboardTitle, contents.concealed);
 }
 
 // Put back rather than copied anew: it is not recorded.
 void TextEditor::saveEditorToClipboard() {
   if (!editTextWindow || !editTextWindow->isVisible()) return;
-  shell_.copyWithoutRecording(editTextWindow->text(editTextView));
+  shell_.copyWithoutRecording(editTextWindow->text(editTextView), concealed_);
   shell_.flashStatusIcon();
   shell_.notify("Saved edited text to clipboard");
 }

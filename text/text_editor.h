@@ -18,8 +18,8 @@ class TextEditor {
 
   TextEditor(Platform& platform, Shell& shell, ActionTable& actions, HistoryText historyText);
 
-  // Replaces what the window shows.
-  void openEditor(const SharedText& text, const std::string& title);
+  // Replaces what the window shows. What is made of a `concealed` text is saved as concealed.
+  void openEditor(const SharedText& text, const std::string& title, bool concealed = false);
 
   std::unique_ptr<Window> editTextWindow;  // made on first use
   const std::string editTextView = "editTextView";
@@ -32,6 +32,7 @@ class TextEditor {
   Platform& platform_;
   Shell& shell_;
   const HistoryText historyText_;
+  bool concealed_ = false;
 };
 
 }  // namespace marbelot

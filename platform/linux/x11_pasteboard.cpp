@@ -294,17 +294,17 @@ std::vector<PasteboardChange> X11Pasteboard::changesSince(std::int64_t count) {
   return told;
 }
 
-std::int64_t X11Pasteboard::write(SharedText text) {
+std::int64_t X11Pasteboard::write(SharedText text, bool concealed) {
   takeNews();
-  X11Offer offer{text ? std::move(text) : share({}), std::nullopt};
-  const auto count = record({offer.text, std::nullopt, offeredTypes(offer), false});
+  X11Offer offer{text ? std::move(text) : share({}), std::nullopt, concealed};
+  const auto count = record({offer.text, std::nullopt, offeredTypes(offer), concealed});
   worker_->write(std::move(offer), ++writes_);
   return count;
 }
 
 std::int64_t X11Pasteboard::write(const Image& image) {
   takeNews();
-  X11Offer offer{nullptr, image};
+  X11Offer offer{nullptr, image, false};
   const auto count = record({nullptr, image, offeredTypes(offer), false});
   worker_->write(std::move(offer), ++writes_);
   return count;

@@ -29,7 +29,8 @@ class X11Pasteboard final : public Pasteboard {
   std::int64_t changeCount() override;
   PasteboardContents contents() override;
   std::vector<PasteboardChange> changesSince(std::int64_t count) override;
-  std::int64_t write(SharedText text) override;
+  using Pasteboard::write;
+  std::int64_t write(SharedText text, bool concealed) override;
   std::int64_t write(const Image& image) override;
   void setChangeHandler(std::function<void()> handler) override;
 

@@ -56,7 +56,11 @@ SharedBytes raw(const void* data, std::size_t bytes) {
 }  // namespace
 
 std::vector<std::string> offeredTypes(const X11Offer& offer) {
-  if (!offer.image) return {textTypes.begin(), textTypes.end()};
+  if (!offer.image) {
+    std::vector<std::string> types{textTypes.begin(), textTypes.end()};
+    if (offer.concealed) types.emplace_back(passwordHint);
+    return types;
+  }
   const std::string_view own = mimeType(offer.image->format());
   std::vector<std::string> types{std::string(own)};
   for (const ImageType& type : imageTypes)
@@ -257,7 +261,9 @@ X11SelectionOwner::Answer X11SelectionOwner::convert(const std::shared_ptr<Reque
   if (type == types.end()) return Answer::refused;
   if (contents_->offer.image) return convertImage(request, part, *type);
   const SharedText& text = contents_->offer.text;
-  if (target == XCB_ATOM_STRING)
+  if (*type == passwordHint)
+    send(window, property, target, share("secret"));
+  else if (target == XCB_ATOM_STRING)
     send(window, property, target, share(toLatin1(*text)));
   else
     send(window, property, *type == "TEXT" ? connection_.atom("UTF8_STRING") : target, text);

@@ -17,6 +17,7 @@ namespace marbelot {
 struct X11Offer {
   SharedText text;
   std::optional<Image> image;
+  bool concealed = false;  // of a text
 };
 
 // The type names under which other programs can ask for it, the best one first.

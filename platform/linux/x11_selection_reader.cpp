@@ -20,7 +20,6 @@ constexpr std::size_t typeLimit = 512;
 constexpr std::size_t retiredLimit = 64;
 constexpr std::uint32_t wholeProperty = 0x1FFFFFFF;  // units of four bytes; the protocol's maximum
 
-constexpr std::string_view passwordHint = "x-kde-passwordManagerHint";
 
 // In the order in which they are preferred.
 constexpr std::array<std::string_view, 5> textTypes{

@@ -101,11 +101,14 @@ class GeneralPasteboard final : public Pasteboard {
     return {present()};
   }
 
-  std::int64_t write(SharedText text) override {
+  using Pasteboard::write;
+
+  std::int64_t write(SharedText text, bool concealed) override {
     @autoreleasepool {
       // The count of this very write: another program's may follow at any moment.
       const std::int64_t count = [pasteboard_ clearContents];
       [pasteboard_ setString:nsString(*text) forType:NSPasteboardTypeString];
+      if (concealed) [pasteboard_ setString:@"" forType:@"org.nspasteboard.ConcealedType"];
       return count;
     }
   }

@@ -61,10 +61,11 @@ std::int64_t Clipboard::replace(PasteboardContents contents) {
   return count_;
 }
 
-std::int64_t Clipboard::write(SharedText text) {
+std::int64_t Clipboard::write(SharedText text, bool concealed) {
   PasteboardContents contents;
   contents.text = std::move(text);
   contents.types = {"text/plain;charset=utf-8"};
+  contents.concealed = concealed;
   return replace(std::move(contents));
 }
 

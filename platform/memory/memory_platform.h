@@ -44,7 +44,8 @@ class Clipboard : public Pasteboard {
   std::int64_t changeCount() override { return count_; }
   PasteboardContents contents() override { return contents_; }
   std::vector<PasteboardChange> changesSince(std::int64_t count) override;
-  std::int64_t write(SharedText text) override;
+  using Pasteboard::write;
+  std::int64_t write(SharedText text, bool concealed) override;
   std::int64_t write(const Image& image) override;
   void setChangeHandler(std::function<void()> handler) override { handler_ = std::move(handler); }
 

@@ -20,9 +20,10 @@ class MemoryShell : public Shell {
   void notify(const std::string& message) override { desktop_.notices.post("", message); }
   void flashStatusIcon() override { ++flashes; }
   void rebuildMenu() override { ++rebuilds; }
-  void copyWithoutRecording(SharedText text) override { history->copyWithoutRecording(text); }
+  void copyWithoutRecording(SharedText text, bool concealed) override {
+    history->copyWithoutRecording(text, concealed);
+  }
   void copyWithoutRecording(const Image& image) override { history->copyWithoutRecording(image); }
-  void copyWithheld(SharedText text) override { history->copyWithheld(text); }
   int flashes = 0;
   int rebuilds = 0;
   ClipboardHistory* history = nullptr;

@@ -300,6 +300,10 @@ TEST_F(X11PasteboardTest, ServesTexts) {
   EXPECT_TRUE(paste(display(), "UTF8_STRING", true));
   EXPECT_TRUE(paste(display(), "UTF8_STRING") == text);
 
+  board->write(share("hunter2"), true);
+  EXPECT_TRUE(pastes("x-kde-passwordManagerHint", "secret"));
+  EXPECT_TRUE(board->contents().concealed);
+
   board->write(share("caf\xC3\xA9 \xE2\x82\xAC"));
   EXPECT_TRUE(pastes("STRING", "caf\xE9 ?"));
   EXPECT_EQ(paste(display(), "image/png"), std::nullopt);

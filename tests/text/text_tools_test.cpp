@@ -28,20 +28,16 @@ struct TextTools : testing::Test, Shell {
   CannedResponses canned{desk.platform, *this, actions, [this](const MenuItem&) { return entry; }};
   SharedText entry;  // of the history
   Menu menu;
-  int flashes = 0, unrecorded = 0, withheld = 0, rebuilds = 0;
+  int flashes = 0, unrecorded = 0, rebuilds = 0;
 
   void notify(const std::string& message) override { desk.notices.post("", message); }
   void flashStatusIcon() override { ++flashes; }
   void rebuildMenu() override { ++rebuilds; }
-  void copyWithoutRecording(SharedText text) override {
+  void copyWithoutRecording(SharedText text, bool concealed) override {
     ++unrecorded;
-    desk.pasteboard.write(std::move(text));
+    desk.pasteboard.write(std::move(text), concealed);
   }
   void copyWithoutRecording(const Image&) override {}
-  void copyWithheld(SharedText text) override {
-    ++withheld;
-    desk.pasteboard.write(std::move(text));
-  }
 
   void copy(const std::string& text) { desk.pasteboard.copyElsewhere(text); }
   std::string clipboard() { return *desk.pasteboard.contents().text; }
@@ -106,14 +102,21 @@ TEST_F(TextTools, ConcealedTextIsNotPreviewedUnlessTheUserWantsIt) {
   EXPECT_EQ(flattenTrim.trimVariants[0].item->title, "Trim left (leading)");
   perform("flattenClipboard:", std::string("-"));
   EXPECT_EQ(clipboard(), "one-two");
-  EXPECT_EQ(withheld, 1);
+  EXPECT_TRUE(desk.pasteboard.contents().concealed);
+  perform("editClipboardText");
+  perform("saveEditorToClipboard:");
+  EXPECT_TRUE(desk.pasteboard.contents().concealed);
   desk.pasteboard.copyElsewhere(secret);
   desk.defaults.set("recordConcealedCopies", true);
   flattenTrim.refresh();
   EXPECT_EQ(flattenTrim.trimVariants[0].item->title, "Trim left (leading) → “one⏎two”");
   perform("flattenClipboard:", std::string(", "));
   EXPECT_EQ(clipboard(), "one, two");
-  EXPECT_EQ(withheld, 1);
+  EXPECT_TRUE(desk.pasteboard.contents().concealed) << "other programs do not have that wish";
+  copy("public");
+  perform("editClipboardText");
+  perform("saveEditorToClipboard:");
+  EXPECT_FALSE(desk.pasteboard.contents().concealed);
 }
 
 TEST_F(TextTools, FlattenAndTrimActOnTheClipboardOfThatMoment) {
