@@ -46,6 +46,8 @@ AppDelegate::AppDelegate(Platform& platform)
   analyses_.onArrival = [this] { rebuildMenu(); };
 }
 
+AppDelegate::~AppDelegate() { history_.finishSaving(); }
+
 void AppDelegate::wireActions() {
   actions_.add("toggleClipPreview", [this](const MenuItem&) { toggleClipPreview(); });
   actions_.add("quit", [this](const MenuItem&) { platform_.application.terminate(); });

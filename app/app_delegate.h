@@ -28,6 +28,9 @@ namespace marbelot {
 class AppDelegate : private Shell, private MenuDelegate {
  public:
   explicit AppDelegate(Platform& platform);
+  ~AppDelegate();
+  AppDelegate(const AppDelegate&) = delete;
+  AppDelegate& operator=(const AppDelegate&) = delete;
 
   void applicationDidFinishLaunching();
 

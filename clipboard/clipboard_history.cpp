@@ -1,8 +1,8 @@
 #include "clipboard/clipboard_history.h"
 
 #include <algorithm>
+#include <chrono>
 
-#include "clipboard/image_file.h"
 #include "clipboard/stored_date.h"
 #include "platform/files.h"
 
@@ -18,6 +18,9 @@ constexpr std::size_t immediateImageBytes = std::size_t{256} << 10;
 // Entries that are looked at when loading. The history holds 40; a file that something else filled
 // must not hold up the launch.
 constexpr std::size_t examinedEntries = 1000;
+
+// What images that are being saved get when the program ends. Converting the largest takes less.
+constexpr auto endWait = std::chrono::seconds(5);
 
 }  // namespace
 
@@ -183,8 +186,14 @@ void ClipboardHistory::saveClipImage(std::uint64_t id, const Image& image, Saved
 
   PendingSave& pending = saves_[id];
   if (saved) pending.waiting.push_back(std::move(saved));
+  const auto written = std::make_shared<std::promise<std::optional<ImageFile>>>();
+  pending.file = written->get_future();
   pending.task = platform_.queue.inBackground(
-      [folder, base, image] { return writeImageFile(folder, base, image); },
+      [folder, base, image, written] {
+        const auto file = writeImageFile(folder, base, image);
+        written->set_value(file);
+        return file;
+      },
       [this, id, done](const std::optional<ImageFile>& file) {
         const auto finished = saves_.extract(id);
         const auto path = done(file);
@@ -195,6 +204,20 @@ void ClipboardHistory::saveClipImage(std::uint64_t id, const Image& image, Saved
         }
         for (const Saved& tell : finished.mapped().waiting) tell(path);
       });
+}
+
+void ClipboardHistory::finishSaving() {
+  const auto deadline = std::chrono::steady_clock::now() + endWait;
+  bool stored = false;
+  for (auto& [id, pending] : saves_) {
+    if (pending.file.wait_until(deadline) != std::future_status::ready) continue;
+    const auto file = pending.file.get();
+    if (!file) continue;
+    fileArrived(id, file->path, file->image);
+    stored = true;
+  }
+  saves_.clear();
+  if (stored) saveClipHistory();
 }
 
 void ClipboardHistory::fileArrived(std::uint64_t id, const std::string& path, Image image) {

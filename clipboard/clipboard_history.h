@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <map>
 #include <optional>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "clipboard/classifier.h"
 #include "clipboard/clip_item.h"
+#include "clipboard/image_file.h"
 #include "platform/platform.h"
 #include "platform/text.h"
 #include "shell/shell.h"
@@ -65,7 +67,9 @@ class ClipboardHistory {
   // Writes the image as a PNG file into the folder of copied images and tells its path, none when
   // that failed: at once when it is small and came as PNG, else when the background is done.
   void saveClipImage(std::uint64_t id, const Image& image, Saved saved);
-  // The same for an entry of the history; its file if it has one already.
+  // At the program's end: waits a moment for the images that are being saved, and stores where.
+  void finishSaving();
+  // The same as saveClipImage for an entry of the history; its file if it has one already.
   void withFile(std::uint64_t id, Saved saved);
 
   // The position of the item, none when it has gone.
@@ -77,6 +81,7 @@ class ClipboardHistory {
 
  private:
   struct PendingSave {
+    std::future<std::optional<ImageFile>> file;
     Task task;
     std::vector<Saved> waiting;
   };

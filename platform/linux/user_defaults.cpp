@@ -193,7 +193,8 @@ JsonDefaults::~JsonDefaults() {
 
 void JsonDefaults::load() {
   const SharedBytes json = files::read(path_, largestFile);
-  if (!json && access(path_.c_str(), F_OK) != 0) return;
+  struct stat status {};
+  if (!json && stat(path_.c_str(), &status) != 0 && errno == ENOENT) return;  // the first launch
   auto root = json ? parse(*json) : std::nullopt;
   auto* dictionary = root ? std::get_if<Value::Dictionary>(&root->data) : nullptr;
   if (dictionary) {

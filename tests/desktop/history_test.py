@@ -178,12 +178,22 @@ class HistoryTest(DesktopTest):
             self.assertEqual(signature(file.read()), signature(large))
         self.program.invoke("deleteClipHistory:", "--object", "0")
 
+        # The program's end comes before the image has been converted.
+        self.screen.set_clipboard(converted(large, "bmp"), "image/bmp")
+        until(lambda: "4000 × 3000" in self.program.history()[0], "large image in the menu")
+        self.program.ctl("quit")
+        self.program.process.wait(20)
+        self.start()
+        self.assertEqual(len(self.program.stored()), 4)
+        self.assertIn("4000 × 3000", self.program.history()[0])
+        self.program.invoke("deleteClipHistory:", "--object", "0")
+
         self.program.invoke("deleteClipHistory:", "--object", "0")
         self.assertEqual(len(self.program.stored()), 2)
         self.restart()
         self.assertEqual(len(self.program.history()), 2)
         self.program.invoke("clearClipHistory")
-        self.assertEqual(len(self.saved()), 4, "files stay")
+        self.assertEqual(len(self.saved()), 5, "files stay")
 
     def test_bad_copies(self):
         self.start()

@@ -85,19 +85,24 @@ TEST_F(UserDefaultsTest, PutsADamagedFileAsideAndSaysSoOnce) {
   }
 }
 
-// Run as somebody who may read neither the file nor, at first, replace it.
+// Run as somebody who may not read the file, in a folder that hides it at first, that cannot be
+// written, that can.
 TEST_F(UserDefaultsTest, NeverWritesOverAFileThatItCannotRead) {
   writeFile(path_, R"({"cannedResponses": ["precious"]})");
   chmod(path_.c_str(), 0);
   const std::string folder = path_.substr(0, path_.rfind('/'));
   for (const std::string& above : {home_.path(), home_ / "config"}) chmod(above.c_str(), 0755);
-  for (const mode_t mode : {0555, 0777}) {
+  for (const mode_t mode : {0, 0555, 0777}) {
     chmod(folder.c_str(), mode);
     const pid_t child = fork();
     if (child == 0) {
-      if (geteuid() == 0 && seteuid(65534) != 0) _exit(2);
+      const bool root = geteuid() == 0;  // who may read everything
+      if (root && seteuid(65534) != 0) _exit(2);
       {
         const auto defaults = open();
+        if (root && seteuid(0) != 0) _exit(2);
+        if (mode == 0) chmod(folder.c_str(), 0777);
+        if (root && seteuid(65534) != 0) _exit(2);
         defaults->set("flag", true);
       }
       _exit(problems_.size() == 1 ? 0 : 1);
@@ -109,7 +114,7 @@ TEST_F(UserDefaultsTest, NeverWritesOverAFileThatItCannotRead) {
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
       chmod(entry.path().c_str(), 0600);
       kept = kept || readFile(entry.path()).find("precious") != std::string::npos;
-      if (mode == 0555) chmod(entry.path().c_str(), 0);
+      if (mode != 0777) chmod(entry.path().c_str(), 0);
     }
     EXPECT_TRUE(kept) << mode;
   }
