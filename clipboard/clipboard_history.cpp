@@ -55,7 +55,8 @@ void ClipboardHistory::tick() {
   const std::int64_t count = platform_.pasteboard.changeCount();
   if (count == lastChangeCount) return;
   const auto changes = platform_.pasteboard.changesSince(lastChangeCount);
-  lastChangeCount = count;
+  // Another change may have come between the two questions.
+  lastChangeCount = changes.empty() ? count : std::max(count, changes.back().count);
   bool recorded = false;
   for (const PasteboardChange& change : changes) recorded |= record(change.contents);
   if (!recorded) return;

@@ -43,6 +43,11 @@ ImageHistory::ImageHistory(Platform& platform, Shell& shell, ActionTable& action
   onPath("copyHistory:", [this](const std::string& path) { copyHistory(path); });
   onPath("openHistory:", [this](const std::string& path) { platform_.workspace.openPath(path); });
   onPath("revealHistory:", [this](const std::string& path) { platform_.workspace.reveal(path); });
+  actions.add("openCapturesFolder", [this](const MenuItem&) {
+    const std::string folder = files::join(files::picturesFolder(), "Marbelot");
+    files::makeFolder(folder);
+    platform_.workspace.openPath(folder);
+  });
   onPath("deleteHistory:", [this](const std::string& path) {
     platform_.workspace.trash(path);
     shell_.rebuildMenu();
@@ -132,6 +137,7 @@ std::shared_ptr<Menu> ImageHistory::imageHistoryMenu() {
   }
   menu->addSeparator();
   menu->add("Open copied-images folder", "openClipImagesFolder");
+  menu->add("Open captures folder", "openCapturesFolder");
   return menu;
 }
 

@@ -134,8 +134,14 @@ void CollectCopies::copy(bool reset) {
   if (tellWhenEmpty()) return;
   // A copy that is superseded while its pieces are being joined still resets.
   resetAfterCopy_ = resetAfterCopy_ || reset;
-  // Something copied meanwhile is replaced, but the history has it.
-  withJoined(copying_, [this, copied = concatBuffer.pieces()](const SharedText& text) {
+  const std::int64_t count = platform_.pasteboard.changeCount();
+  withJoined(copying_, [this, count, copied = concatBuffer.pieces()](const SharedText& text) {
+    // Joining much takes a while; what the user copied since is what is wanted now.
+    if (platform_.pasteboard.changeCount() != count) {
+      resetAfterCopy_ = false;
+      shell_.notify("The clipboard has changed meanwhile");
+      return;
+    }
     shell_.copyWithoutRecording(text);
     const bool resets = std::exchange(resetAfterCopy_, false);
     if (resets) {

@@ -165,7 +165,8 @@ void FlattenTrim::trimClipboard(const MenuItem& sender) {
 
 void FlattenTrim::replaceText(const Operation& operation, const std::string& message) {
   if (busy_) {
-    next_.push_back([this, operation, message] { replaceText(operation, message); });
+    next_.push_back({platform_.pasteboard.changeCount(),
+                     [this, operation, message] { replaceText(operation, message); }});
     return;
   }
   const PasteboardContents contents = platform_.pasteboard.contents();
@@ -184,12 +185,13 @@ void FlattenTrim::replaceText(const Operation& operation, const std::string& mes
         busy_ = false;
         auto next = std::exchange(next_, {});
         if (platform_.pasteboard.changeCount() != count) {
-          // What was chosen meanwhile was meant for the former text, too.
+          // So was what was chosen for the former text.
+          std::erase_if(next, [count](const Step& step) { return step.count == count; });
           shell_.notify("The clipboard has changed meanwhile");
-          return;
+        } else if (result) {
+          write(std::move(*result), concealed, message);
         }
-        if (result) write(std::move(*result), concealed, message);
-        for (const auto& step : next) step();
+        for (const Step& step : next) step.run();
       });
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -59,6 +58,11 @@ class FlattenTrim {
     std::vector<FlattenVariant> flattenVariants;
     std::vector<TrimVariant> trimVariants;
   };
+  // Chosen while another was under way, at that change count of the clipboard.
+  struct Step {
+    std::int64_t count;
+    std::function<void()> run;
+  };
   using Operation = std::function<std::optional<std::string>(std::string_view)>;
 
   static bool previewOf(const std::string& masked, bool whole, Titles& titles);
@@ -88,7 +92,7 @@ class FlattenTrim {
 
   Task working_;
   bool busy_ = false;
-  std::deque<std::function<void()>> next_;
+  std::vector<Step> next_;
 };
 
 }  // namespace marbelot

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 
@@ -27,14 +29,13 @@ std::optional<std::string> readInput(const std::vector<std::string>& files) {
   struct stat status {};
   if (fstat(input, &status) == 0 && S_ISREG(status.st_mode))
     bytes.reserve(static_cast<std::size_t>(status.st_size) + 1);
-  for (std::size_t used = 0;;) {
-    bytes.resize(std::max(bytes.capacity(), used + (std::size_t{1} << 16)));
-    const ssize_t got = read(input, bytes.data() + used, bytes.size() - used);
+  std::array<char, std::size_t{1} << 16> buffer{};
+  for (;;) {
+    const ssize_t got = read(input, buffer.data(), buffer.size());
+    if (got < 0 && errno == EINTR) continue;
     if (got < 0) return std::nullopt;
-    used += static_cast<std::size_t>(got);
-    bytes.resize(used);
     if (got == 0) break;
-    if (used == bytes.capacity()) bytes.reserve(used * 2);
+    bytes.append(buffer.data(), static_cast<std::size_t>(got));
   }
   if (input != STDIN_FILENO) close(input);
   return text::sanitized(std::move(bytes));

@@ -272,7 +272,7 @@ TEST_F(HistoryMenusTest, ThePreviewLineTellsWhatIsOnTheClipboard) {
 
 TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
   EXPECT_EQ(titles(*images.imageHistoryMenu()),
-            (Titles{"No images yet", "—", "Open copied-images folder"}));
+            (Titles{"No images yet", "—", "Open copied-images folder", "Open captures folder"}));
   const std::string folder = history.clipImagesFolder() + "/";
   using std::filesystem::file_time_type;
   const auto start = file_time_type::clock::now();
@@ -285,7 +285,7 @@ TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
   std::filesystem::create_directory(folder + "folder.png");
   add("drawn.JPG", 50);
   auto menu = images.imageHistoryMenu();
-  ASSERT_EQ(menu->items.size(), 17u);
+  ASSERT_EQ(menu->items.size(), 18u);
   EXPECT_EQ(menu->items[0]->title, "drawn.JPG");
   EXPECT_EQ(menu->items[1]->title, "Clip 17.png");
   EXPECT_EQ(titles(*menu->items[1]->submenu),
