@@ -1,10 +1,15 @@
 #include "platform/linux/menu_view.h"
 
+#include <linux/input-event-codes.h>
+#include <xcb/xcb.h>
+
 #include <QApplication>
 #include <QCursor>
 #include <QKeyEvent>
 #include <QTimer>
 #include <algorithm>
+
+#include "platform/linux/x11_connection.h"
 
 Q_DECLARE_METATYPE(marbelot::MenuItemRef)
 
@@ -39,6 +44,33 @@ QString shownTitle(const std::string& title) {
     if (c == u'&') shown += c;  // one alone marks a mnemonic
   }
   return shown;
+}
+
+// What the key would type on the Latin layout that the user has beside a Cyrillic, Greek or other
+// one, or else on the American one. 0 when that is no letter.
+char latinLetter(const QKeyEvent& event) {
+  const int key = event.key();
+  if (key >= Qt::Key_A && key <= Qt::Key_Z) return static_cast<char>('a' + (key - Qt::Key_A));
+  constexpr int lastLatin1 = 0xFF, firstNoCharacter = 0x01000000;  // of Qt::Key
+  if (key <= lastLatin1 || key >= firstNoCharacter) return 0;
+  const auto code = static_cast<xcb_keycode_t>(event.nativeScanCode());
+  if (const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>()) {
+    const X11Reply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
+        x11->connection(), xcb_get_keyboard_mapping(x11->connection(), code, 1), nullptr));
+    const int count = mapping ? xcb_get_keyboard_mapping_keysyms_length(mapping.get()) : 0;
+    // Latin letters are their own ISO 8859-1 codes among the X11 key symbols.
+    const xcb_keysym_t* const symbols =
+        count > 0 ? xcb_get_keyboard_mapping_keysyms(mapping.get()) : nullptr;
+    for (int i = 0; i < count; ++i)
+      if (symbols[i] >= 'a' && symbols[i] <= 'z') return static_cast<char>(symbols[i]);
+  }
+  // The key codes of linux/input-event-codes.h, 8 higher in X11.
+  constexpr std::pair<int, std::string_view> rows[] = {
+      {KEY_Q + 8, "qwertyuiop"}, {KEY_A + 8, "asdfghjkl"}, {KEY_Z + 8, "zxcvbnm"}};
+  for (const auto& [first, letters] : rows)
+    if (code >= first && code < first + static_cast<int>(letters.size()))
+      return letters[static_cast<std::size_t>(code - first)];
+  return 0;
 }
 
 }  // namespace
@@ -160,9 +192,9 @@ bool MenuView::chooseByKey(const QString& key) {
 bool MenuView::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {
     const auto* key = static_cast<QKeyEvent*>(event);
-    if ((key->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier &&
-        key->key() >= Qt::Key_A && key->key() <= Qt::Key_Z)
-      return chooseByKey(QString(QChar('a' + (key->key() - Qt::Key_A))));
+    const char letter = latinLetter(*key);
+    if ((key->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier && letter)
+      return chooseByKey(QString(QChar(letter)));
   } else if (event->type() == QEvent::Leave) {
     // The menu lets its item go only after this event.
     QTimer::singleShot(0, this, [this, menu = QPointer(qobject_cast<QMenu*>(watched))] {

@@ -64,6 +64,13 @@ class TextToolsTest(DesktopTest):
         self.menu_key("ctrl+f")
         self.until_text("one two three")
         self.until_said("Clipboard flattened to one line")
+        # Keyboards without Latin letters, and with them on a second layout.
+        for layout in ("ru", "gr,fr"):
+            self.screen.run("setxkbmap", "-layout", layout, check=True)
+            self.copy(f"{layout}\nflat")
+            self.menu_key("ctrl+41")  # the key of F
+            self.until_text(f"{layout} flat")
+        self.screen.run("setxkbmap", "-layout", "us", check=True)
         self.copy("  left\n  over ")
         self.program.ctl("invoke", "Trim clipboard", self.program.submenu("Trim clipboard")[0]["title"])
         self.until_text("left\nover ")
