@@ -65,24 +65,6 @@ std::size_t validEnd(std::string_view text) {
   return at;
 }
 
-// The edges of most texts are ASCII and decided without a call: this runs once per line.
-template <bool (*trims)(char32_t)>
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty()) {
-    const auto lead = static_cast<unsigned char>(text.front());
-    const Scalar first = lead < 0x80 ? Scalar{lead, 1} : scalarAt(text, 0);
-    if (!trims(first.value)) break;
-    text.remove_prefix(first.bytes);
-  }
-  while (!text.empty()) {
-    const auto end = static_cast<unsigned char>(text.back());
-    const Scalar last = end < 0x80 ? Scalar{end, 1} : scalarBefore(text, text.size());
-    if (!trims(last.value)) break;
-    text.remove_suffix(last.bytes);
-  }
-  return text;
-}
-
 struct CloseCollator {
   void operator()(UCollator* collator) const { ucol_close(collator); }
 };
@@ -189,23 +171,6 @@ bool isWordCharacter(char32_t c) {
   constexpr std::uint32_t kCategories = U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK;
   return c == kNonJoiner || c == kJoiner || isLetter(c) ||
          (U_GET_GC_MASK(static_cast<UChar32>(c)) & kCategories);
-}
-
-bool isBlank(char32_t c) {
-  if (isAscii(c)) return c == ' ' || c == '\t';
-  // All of Zs, so that a blank costs no table; the tests hold it against ICU.
-  return c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x202F || c == 0x205F ||
-         c == 0x3000;
-}
-
-bool isBlankOrNewline(char32_t c) {
-  return isBlank(c) || (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
-}
-
-std::string_view trimmedBlanks(std::string_view text) { return trimmed<isBlank>(text); }
-
-std::string_view trimmedBlanksAndNewlines(std::string_view text) {
-  return trimmed<isBlankOrNewline>(text);
 }
 
 std::string lowercased(std::string_view text) {

@@ -46,21 +46,6 @@ std::pair<Scalar, bool> decode(std::string_view text, std::size_t at) {
   return {{value, lead.bytes}, true};
 }
 
-template <bool (*trims)(char32_t)>
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty()) {
-    const Scalar first = scalarAt(text, 0);
-    if (!trims(first.value)) break;
-    text.remove_prefix(first.bytes);
-  }
-  while (!text.empty()) {
-    const Scalar last = scalarBefore(text, text.size());
-    if (!trims(last.value)) break;
-    text.remove_suffix(last.bytes);
-  }
-  return text;
-}
-
 }  // namespace
 
 Scalar scalarAt(std::string_view text, std::size_t at) { return decode(text, at).first; }
@@ -113,22 +98,6 @@ std::string sanitized(std::string bytes) {
     at += scalar.bytes;
   }
   return result;
-}
-
-bool isBlank(char32_t c) {
-  if (c < 0x80) return c == ' ' || c == '\t';
-  return c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x202F || c == 0x205F ||
-         c == 0x3000;
-}
-
-bool isBlankOrNewline(char32_t c) {
-  return isBlank(c) || (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
-}
-
-std::string_view trimmedBlanks(std::string_view text) { return trimmed<isBlank>(text); }
-
-std::string_view trimmedBlanksAndNewlines(std::string_view text) {
-  return trimmed<isBlankOrNewline>(text);
 }
 
 }  // namespace marbelot::text
