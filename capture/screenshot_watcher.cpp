@@ -21,6 +21,11 @@ constexpr double longestWritingWait = 3;
 // No screenshot is larger, and nothing larger belongs on the clipboard.
 constexpr std::size_t largestFile = std::size_t{512} << 20;
 
+// File times come in ticks of some milliseconds, and may seem to lie before what preceded them.
+constexpr double fileTimeTick = 0.02;
+// A folder that comes to be at the path is noticed within this time, even on a busy machine.
+constexpr double noticingTime = 1;
+
 bool hasAcceptedExtension(const std::string& name) {
   const std::string extension = files::lowercasedExtension(name);
   return std::find(acceptedExtensions.begin(), acceptedExtensions.end(), extension) !=
@@ -32,13 +37,16 @@ double now() {
   return std::chrono::duration<double>(time).count();
 }
 
-// What was in the folder at that time, which may be some time before it is listed.
-std::vector<std::string> pathsFromBefore(double time, const std::string& folder) {
+// Which of the folder's files are from that time or before. A copy on another file system may keep
+// only one of its two times.
+std::vector<std::string> pathsFromBefore(double time, const std::string& folder,
+                                         const std::vector<std::string>& names) {
   std::vector<std::string> paths;
-  for (const std::string& name : files::list(folder).value_or(std::vector<std::string>())) {
+  for (const std::string& name : names) {
     std::string fullPath = files::join(folder, name);
     const auto info = hasAcceptedExtension(name) ? files::info(fullPath) : std::nullopt;
-    if (!info || info->created <= time) paths.push_back(std::move(fullPath));
+    if (!info || std::min(info->created, info->modified) <= time)
+      paths.push_back(std::move(fullPath));
   }
   return paths;
 }
@@ -49,9 +57,15 @@ ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
                                      std::function<void(const std::string&)> copied)
     : platform_(platform), path(std::move(folder)), onCopy(std::move(copied)) {
   seeding_ = platform_.queue.inBackground(
-      [folder = path, began = now()] { return pathsFromBefore(began, folder); },
-      [this](std::vector<std::string> paths) {
-        for (std::string& fullPath : paths) seen.insert(std::move(fullPath));
+      [folder = path, began = now()] {
+        const auto names = files::list(folder);
+        if (!names) return Seed{began, std::nullopt, {}};
+        return Seed{began, files::folderIdentity(folder), pathsFromBefore(began, folder, *names)};
+      },
+      [this](const Seed& seed) {
+        seen.insert(seed.paths.begin(), seed.paths.end());
+        folder_ = seed.folder;
+        if (!folder_) unlisted_ = seed.time;
         seeded_ = true;
         if (changedBeforeSeeding_) rescan();
       });
@@ -59,6 +73,10 @@ ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
 
 void ScreenshotWatcher::start() {
   stream = platform_.folderEvents.watch(path, [this] { folderChanged(); });
+}
+
+void ScreenshotWatcher::check() {
+  if (stream) stream->check();
 }
 
 void ScreenshotWatcher::folderChanged() {
@@ -83,7 +101,19 @@ void ScreenshotWatcher::folderChanged() {
 
 void ScreenshotWatcher::rescan() {
   const auto names = files::list(path);
-  if (!names) return;
+  const auto folder = names ? files::folderIdentity(path) : std::nullopt;
+  if (!folder) {
+    folder_.reset();
+    unlisted_ = now();
+    return;
+  }
+  if (folder != folder_) {
+    // It was mounted, moved here or made: what it brings along is old, what it was made for is new.
+    folder_ = folder;
+    const double came = std::max(unlisted_ - fileTimeTick, now() - noticingTime);
+    for (std::string& fullPath : pathsFromBefore(came, path, *names))
+      seen.insert(std::move(fullPath));
+  }
   std::vector<std::pair<double, std::string>> fresh;  // by modification time
   for (const std::string& name : *names) {
     // Names of other kinds are not remembered: there may be any number of them.

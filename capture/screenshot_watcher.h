@@ -17,14 +17,22 @@ namespace marbelot {
 class ScreenshotWatcher {
  public:
   // `onCopy` is given the file name of each screenshot that was put on the clipboard. Files that
-  // are in the folder already are never copied.
+  // are in the folder already, now or when it comes to be there, are never copied.
   ScreenshotWatcher(Platform& platform, std::string path,
                     std::function<void(const std::string&)> onCopy);
 
   // A folder that cannot be watched is not reported: the readability probe tells the user.
   void start();
 
+  // Looks whether the path means another folder by now.
+  void check();
+
  private:
+  struct Seed {
+    double time = 0;  // before the listing
+    std::optional<files::FolderIdentity> folder;
+    std::vector<std::string> paths;
+  };
   struct Attempt {
     int number = 0;          // 0 while the file is being written
     double writingWait = 0;  // seconds until the next look at a file that is being written
@@ -45,6 +53,9 @@ class ScreenshotWatcher {
 
   // New files that are not finished screenshots yet.
   std::map<std::string, Attempt> pending_;
+  // The folder as it was listed last; none when it could not be, at the time `unlisted_` at last.
+  std::optional<files::FolderIdentity> folder_;
+  double unlisted_ = 0;
   // Events before the folder's first listing wait for it: what they tell of may be an old file.
   bool seeded_ = false;
   bool changedBeforeSeeding_ = false;

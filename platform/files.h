@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,15 @@ struct FileInfo {
 };
 // None unless it is a regular file (links are followed).
 std::optional<FileInfo> info(const std::string& path);
+// Tells a folder from another one that takes its place.
+struct FolderIdentity {
+  std::uint64_t device = 0;
+  std::uint64_t number = 0;  // on the device, which may give it to another folder later
+  double created = 0;        // seconds since 1970; 0 where the file system does not tell
+  bool operator==(const FolderIdentity&) const = default;
+};
+// None unless it is a folder (links are followed).
+std::optional<FolderIdentity> folderIdentity(const std::string& path);
 inline bool exists(const std::string& path) { return info(path).has_value(); }
 
 // Null when it cannot be read whole or is larger than `maximumBytes`.

@@ -17,6 +17,10 @@ namespace marbelot {
 class FolderStream {
  public:
   virtual ~FolderStream() = default;
+  // Looks whether the path has come to mean another folder without the system's telling, as on a
+  // network's file system; watches that one then, and calls `changed`. For backends that watch
+  // paths, there is nothing to look for.
+  virtual void check() {}
 };
 
 class FolderEvents {

@@ -20,6 +20,13 @@
 #include "platform/text.h"
 
 namespace marbelot::files {
+namespace {
+
+double seconds(const statx_timestamp& time) {
+  return static_cast<double>(time.tv_sec) + time.tv_nsec / 1e9;
+}
+
+}  // namespace
 
 std::optional<std::vector<std::string>> list(const std::string& folder) {
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), closedir);
@@ -37,12 +44,19 @@ std::optional<FileInfo> info(const std::string& path) {
   if (statx(AT_FDCWD, path.c_str(), 0, STATX_BASIC_STATS | STATX_BTIME, &status) != 0 ||
       !S_ISREG(status.stx_mode))
     return std::nullopt;
-  const auto seconds = [](const statx_timestamp& time) {
-    return static_cast<double>(time.tv_sec) + time.tv_nsec / 1e9;
-  };
   const double modified = seconds(status.stx_mtime);
   const double created = status.stx_mask & STATX_BTIME ? seconds(status.stx_btime) : modified;
   return FileInfo{modified, created, static_cast<std::size_t>(status.stx_size)};
+}
+
+std::optional<FolderIdentity> folderIdentity(const std::string& path) {
+  struct statx status {};
+  if (statx(AT_FDCWD, path.c_str(), 0, STATX_TYPE | STATX_INO | STATX_BTIME, &status) != 0 ||
+      !S_ISDIR(status.stx_mode))
+    return std::nullopt;
+  const std::uint64_t device = std::uint64_t{status.stx_dev_major} << 32 | status.stx_dev_minor;
+  const double created = status.stx_mask & STATX_BTIME ? seconds(status.stx_btime) : 0;
+  return FolderIdentity{device, status.stx_ino, created};
 }
 
 SharedBytes read(const std::string& path, std::size_t maximumBytes) {

@@ -59,6 +59,10 @@ bool moveToFreeName(const std::string& from, const std::string& to) {
   return access(to.c_str(), F_OK) != 0 && rename(from.c_str(), to.c_str()) == 0;
 }
 
+double seconds(const timespec& time) {
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
 std::string withoutTrailingSlash(std::string path) {
   while (path.size() > 1 && path.back() == '/') path.pop_back();
   return path;
@@ -86,11 +90,15 @@ std::optional<std::vector<std::string>> list(const std::string& folder) {
 std::optional<FileInfo> info(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  const auto seconds = [](const timespec& time) {
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
-  };
   return FileInfo{seconds(status.st_mtimespec), seconds(status.st_birthtimespec),
                   static_cast<std::size_t>(status.st_size)};
+}
+
+std::optional<FolderIdentity> folderIdentity(const std::string& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return std::nullopt;
+  return FolderIdentity{static_cast<std::uint64_t>(status.st_dev), status.st_ino,
+                        seconds(status.st_birthtimespec)};
 }
 
 SharedBytes read(const std::string& path, std::size_t maximumBytes) {

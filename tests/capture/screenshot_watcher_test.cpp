@@ -223,6 +223,44 @@ TEST_F(ScreenshotWatcherTest, MarksOfOtherToolsCount) {
                             "Bildschirmfoto vom 2026-11-21 10-00-00.png", "untold.png"}));
 }
 
+TEST_F(ScreenshotWatcherTest, CopiesNothingThatAFolderBringsAlong) {
+  const auto olderFolder = [this](const std::string& name) {
+    std::filesystem::create_directory(home_ / name);
+    for (const char* file : {"1", "2", "3"}) {
+      const std::string path = home_ / name + "/Screenshot " + name + file + ".png";
+      writeFile(path, *png(10));
+      std::filesystem::last_write_time(
+          path, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    }
+  };
+  olderFolder("late");
+  olderFolder("other");
+  std::filesystem::remove(folder_);
+  start();
+  desktop_.queue.drain();
+  std::filesystem::rename(home_ / "late", folder_);
+  event();
+  EXPECT_EQ(copied_, Names{}) << "of a folder that is mounted late";
+  save("Screenshot new.png");
+  event();
+  EXPECT_EQ(copied_, Names{"Screenshot new.png"});
+
+  std::filesystem::rename(folder_, home_ / "late");
+  event();
+  std::filesystem::rename(home_ / "late", folder_);
+  event();
+  EXPECT_EQ(copied_.size(), 1U) << "of a folder that was away";
+
+  std::filesystem::rename(folder_, home_ / "late");
+  std::filesystem::rename(home_ / "other", folder_);
+  event();
+  EXPECT_EQ(copied_.size(), 1U) << "of a folder in the place of another";
+  save("Screenshot newer.png");
+  event();
+  EXPECT_EQ(copied_.back(), "Screenshot newer.png");
+  EXPECT_EQ(copied_.size(), 2U);
+}
+
 TEST_F(ScreenshotWatcherTest, OutlivesItsFolderAndEndsQuietly) {
   start();
   desktop_.queue.drain();
