@@ -43,6 +43,9 @@ AppDelegate::AppDelegate(Platform& platform)
   history_.onTextRecorded = [this](const SharedText& text) {
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
   };
+  access_.onProbed = [this] {
+    if (watcher) watcher->check();
+  };
   analyses_.onArrival = [this] { rebuildMenu(); };
 }
 

@@ -22,6 +22,7 @@ void ScreenshotAccess::probe() {
   probe_ = platform_.queue.inBackground([] { return files::list(screenshotFolder()).has_value(); },
                                         [this](bool readable) {
                                           probing_ = false;
+                                          if (onProbed) onProbed();
                                           if (readable == screenshotFolderReadable) return;
                                           screenshotFolderReadable = readable;
                                           shell_.rebuildMenu();

@@ -1,6 +1,7 @@
 // Whether the screenshot folder can be read, and what the user is told when it cannot.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "platform/platform.h"
@@ -18,6 +19,9 @@ class ScreenshotAccess {
 
   // As the last probe found it; assumed until there was one.
   bool screenshotFolderReadable = true;
+
+  // Called after each probe.
+  std::function<void()> onProbed;
 
   // Lists the folder in the background and rebuilds the menu when the answer is a new one.
   void probe();

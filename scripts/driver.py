@@ -14,17 +14,20 @@ BIN = pathlib.Path(os.environ.get("MARBELOT_BIN", ROOT / "build/bin")).resolve()
 class Marbelot:
     """One running instance that keeps its screenshots in ~/Shots."""
 
-    def __init__(self, desktop, bus=True):
+    def __init__(self, desktop, bus=True, watched=True):
+        """bus, watched: whether it can be reached over the session bus, and has the folder."""
         self.desktop = desktop
         self.shots = desktop.home / "Shots"
-        self.shots.mkdir(exist_ok=True)
+        if watched:
+            self.shots.mkdir(exist_ok=True)
         self.store = desktop.config / "marbelot/org.marbelot.Marbelot.json"
         location = desktop.config / "marbelot/com.apple.screencapture.json"
         if not location.exists():
             location.parent.mkdir(exist_ok=True)
             location.write_text(json.dumps({"location": "~/Shots"}))
         self.process = desktop.spawn(BIN / "marbelot")
-        until(self.watches_folder, "folder watched")
+        if watched:
+            until(self.watches_folder, "folder watched")
         if bus:
             until(lambda: self.ctl("menu").returncode == 0, "menu answered")
 

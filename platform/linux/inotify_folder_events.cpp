@@ -1,15 +1,22 @@
 #include "platform/linux/inotify_folder_events.h"
 
+#include <fcntl.h>
 #include <sys/inotify.h>
 
 #include <QSocketNotifier>
 #include <array>
-#include <climits>
+#include <deque>
+#include <filesystem>
+#include <optional>
+#include <set>
 
+#include "platform/files.h"
 #include "platform/linux/descriptor.h"
 
 namespace marbelot {
 namespace {
+
+namespace fs = std::filesystem;
 
 // A file is looked at when it appears, when its writer closes it and when it gets an attribute;
 // not at each write, which would wake the program for every block of a large file.
@@ -18,37 +25,80 @@ constexpr std::uint32_t folderEvents = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_TO 
 // What can bring a missing folder back.
 constexpr std::uint32_t ancestorEvents =
     IN_CREATE | IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+// What makes the path mean another folder: only what happens to the folders and links on the way
+// itself, because much may be going on inside them.
+constexpr std::uint32_t wayEvents = IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW;
+constexpr int mostLinks = 40;  // as many as the kernel follows
 
 class Stream : public FolderStream {
  public:
   Stream(Descriptor inotify, std::string folder, std::function<void()> changed)
       : inotify_(std::move(inotify)),
+        mounts_(open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
         folder_(std::move(folder)),
         changed_(std::move(changed)),
         notifier_(inotify_.get(), QSocketNotifier::Read) {
     QObject::connect(&notifier_, &QSocketNotifier::activated, [this] { drain(); });
+    if (mounts_) {
+      // The kernel marks the table as exceptional when something was mounted or unmounted.
+      mountNotifier_.emplace(mounts_.get(), QSocketNotifier::Exception);
+      QObject::connect(&*mountNotifier_, &QSocketNotifier::activated, [this] { check(); });
+    }
     arm();
   }
 
+  void check() override {
+    if (files::folderIdentity(folder_) == watched_) return;
+    arm();
+    changed_();
+  }
+
  private:
+  int add(const fs::path& path, std::uint32_t events) {
+    // One and the same folder may be on the way twice, and has one watch.
+    const int watch = inotify_add_watch(inotify_.get(), path.c_str(), events | IN_MASK_ADD);
+    if (watch >= 0) watches_.insert(watch);
+    return watch;
+  }
+
+  // Watches the way to the folder, and tells where it leads when all links are followed.
+  fs::path watchWay() {
+    const fs::path whole(folder_);
+    std::deque<fs::path> left(whole.begin(), whole.end());
+    fs::path at;
+    for (int links = 0; !left.empty();) {
+      const fs::path next = at / left.front();
+      left.pop_front();
+      add(next, wayEvents);  // before it is read, so that no change is missed
+      std::error_code notALink;
+      const fs::path target = fs::read_symlink(next, notALink);
+      if (notALink || ++links > mostLinks) {
+        at = next;
+      } else {
+        left.insert(left.begin(), target.begin(), target.end());
+      }
+    }
+    return at;
+  }
+
   // Watches the folder, or else the nearest ancestor that can be watched.
   void arm() {
-    if (watch_ >= 0) inotify_rm_watch(inotify_.get(), watch_);
-    std::string path = folder_;
-    watch_ = inotify_add_watch(inotify_.get(), path.c_str(), folderEvents);
-    onFolder_ = watch_ >= 0;
-    while (watch_ < 0 && path.size() > 1) {
-      const std::size_t slash = path.rfind('/', path.size() - 2);
-      path = slash == std::string::npos ? "/" : path.substr(0, slash + 1);
-      watch_ = inotify_add_watch(inotify_.get(), path.c_str(), ancestorEvents);
-    }
+    for (const int watch : watches_) inotify_rm_watch(inotify_.get(), watch);
+    watches_.clear();
+    const auto identity = files::folderIdentity(folder_);
+    const fs::path place = watchWay();
+    onFolder_ = add(place, folderEvents) >= 0;
+    watched_ = onFolder_ ? identity : std::nullopt;
     if (onFolder_) return;
+    fs::path above = place;
+    int watch = -1;
+    while (watch < 0 && above.has_relative_path()) {
+      awaited_ = above.filename();
+      above = above.parent_path();
+      watch = add(above, ancestorEvents);
+    }
     // It may have come between the two looks.
-    const int late = inotify_add_watch(inotify_.get(), folder_.c_str(), folderEvents);
-    if (late < 0) return;
-    inotify_rm_watch(inotify_.get(), watch_);
-    watch_ = late;
-    onFolder_ = true;
+    if (add(place, folderEvents) >= 0) arm();
   }
 
   void drain() {
@@ -61,27 +111,31 @@ class Stream : public FolderStream {
       for (ssize_t at = 0; at < got;) {
         const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
         at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-        // The queue's overflow carries no watch; the watch that was just removed says so once more.
+        // The queue's overflow carries no watch; one that was just removed says so once more.
         const bool overflow = event->mask & IN_Q_OVERFLOW;
-        if (event->wd != watch_ && !overflow) continue;
+        if (!overflow && !watches_.contains(event->wd)) continue;
+        if (!onFolder_ && event->len > 0 && awaited_ != event->name) continue;
         any = true;
-        rearm = rearm || event->mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT);
+        constexpr std::uint32_t gone = IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT;
+        rearm = rearm || overflow || event->mask & gone;
       }
     }
+    if (!any) return;
     const bool wasOnFolder = onFolder_;
-    if (any && (rearm || !onFolder_)) {
-      if (rearm) onFolder_ = false;
-      arm();
-    }
-    if (any && (wasOnFolder || onFolder_)) changed_();
+    if (rearm || !onFolder_) arm();
+    if (wasOnFolder || onFolder_) changed_();
   }
 
   const Descriptor inotify_;
+  const Descriptor mounts_;
   const std::string folder_;
   const std::function<void()> changed_;
-  int watch_ = -1;
+  std::set<int> watches_;
   bool onFolder_ = false;
+  std::optional<files::FolderIdentity> watched_;  // none while the folder cannot be watched
+  std::string awaited_;  // the name in the watched ancestor that can bring the folder back
   QSocketNotifier notifier_;
+  std::optional<QSocketNotifier> mountNotifier_;
 };
 
 }  // namespace

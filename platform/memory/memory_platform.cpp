@@ -111,7 +111,12 @@ void Defaults::reportProblem(const std::string& message) {
 namespace {
 class Stream : public FolderStream {
  public:
+  explicit Stream(int& checks) : checks_(checks) {}
+  void check() override { ++checks_; }
   std::shared_ptr<char> token = std::make_shared<char>();
+
+ private:
+  int& checks_;
 };
 }  // namespace
 
@@ -119,7 +124,7 @@ std::unique_ptr<FolderStream> Folders::watch(const std::string& folder,
                                              std::function<void()> changed) {
   if (refuses) return nullptr;
   watched.push_back(folder);
-  auto stream = std::make_unique<Stream>();
+  auto stream = std::make_unique<Stream>(checks);
   streams_.emplace_back(stream->token, std::move(changed));
   return stream;
 }

@@ -84,6 +84,7 @@ class Folders : public FolderEvents {
                                       std::function<void()> changed) override;
   void fire();  // tells every live stream
   std::vector<std::string> watched;
+  int checks = 0;
   bool refuses = false;
 
  private:

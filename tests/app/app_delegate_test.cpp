@@ -151,8 +151,10 @@ TEST_F(AppDelegateTest, LeadsFromAnUnreadableFolderToAccess) {
   desktop_.dialogs.answer(0);
   EXPECT_EQ(desktop_.workspace.privacyOpened, std::vector<std::string>{home_ / "Desktop"});
   std::filesystem::create_directory(home_ / "Desktop");
+  const int checks = desktop_.folderEvents.checks;
   titles();  // opening the menu probes again
   desktop_.queue.advance(0);
+  EXPECT_EQ(desktop_.folderEvents.checks, checks + 1) << "the path may mean another folder";
   EXPECT_EQ(titles()[2], "On clipboard:");
 }
 

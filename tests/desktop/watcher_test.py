@@ -15,8 +15,8 @@ class WatcherTest(DesktopTest):
         self.shots = self.screen.home / "Shots"
         self.shots.mkdir()
 
-    def start(self):
-        self.program = Marbelot(self.screen)
+    def start(self, **options):
+        self.program = Marbelot(self.screen, **options)
 
     def bodies(self):
         return [notice["body"] for notice in self.screen.notices()]
@@ -171,6 +171,46 @@ class WatcherTest(DesktopTest):
         self.wait_copied(self.program.save(screenshot_name(7), png(seed=12)))
         until(lambda: self.program.line("⚠︎ Allow screenshot access…") is None,
               "folder known to be there")
+
+    def folder_of_old_screenshots(self, name):
+        folder = self.screen.home / name
+        folder.mkdir()
+        for number in range(45):
+            path = folder / f"Screenshot from {name} {number}.png"
+            path.write_bytes(png(seed=number))
+            os.utime(path, (0, 0))
+        return folder
+
+    def check_only_new_ones(self, number):
+        until(self.program.watches_folder, "other folder watched")
+        copied = self.program.copied()
+        self.wait_copied(self.program.save(screenshot_name(number), png(seed=60 + number)))
+        self.assertEqual(self.program.copied(), copied + 1)
+
+    def test_folder_that_is_moved_into_place(self):
+        link = self.shots
+        link.rmdir()
+        link.symlink_to("Late")
+        self.start(watched=False)
+        until(lambda: self.program.line("⚠︎ Allow screenshot access…") is not None,
+              "folder known to be missing")
+        self.folder_of_old_screenshots("Restored").rename(self.screen.home / "Late")
+        self.check_only_new_ones(1)
+
+        self.folder_of_old_screenshots("Other")
+        link.unlink()
+        link.symlink_to("Other")
+        self.check_only_new_ones(2)
+
+        (self.screen.home / "Other").rename(self.screen.home / "Former")
+        (self.screen.home / "Other").mkdir()
+        self.check_only_new_ones(3)
+
+    def test_file_system_mounted_over_the_folder(self):
+        self.own_mounts()
+        self.start()
+        self.mount(self.shots, "size=1m")
+        self.check_only_new_ones(1)
 
     def test_two_hundred_in_two_seconds(self):
         self.start()
