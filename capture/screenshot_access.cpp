@@ -30,10 +30,9 @@ void ScreenshotAccess::probe() {
 }
 
 void ScreenshotAccess::openScreenshotAccessSettings() {
-  if (prompting_) return;
-  prompting_ = true;
   const std::string folder = screenshotFolder();
   Alert alert;
+  alert.id = "screenshotAccess";
   alert.message = "Allow Marbelot to read your screenshots";
   alert.informative =
       "Marbelot copies each screenshot to your clipboard by reading the screenshot file right "
@@ -46,7 +45,6 @@ void ScreenshotAccess::openScreenshotAccessSettings() {
       "Accessibility.)";
   alert.buttons = {"Open Privacy Settings", "Later"};
   platform_.dialogs.present(alert, [this, folder](const AlertAnswer& answer) {
-    prompting_ = false;
     if (answer.button == 0) platform_.workspace.openPrivacySettings(folder);
   });
 }

@@ -32,7 +32,6 @@ class ScreenshotAccess {
   Shell& shell_;
   Task probe_;
   bool probing_ = false;
-  bool prompting_ = false;
 };
 
 }  // namespace marbelot

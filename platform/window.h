@@ -104,6 +104,7 @@ class Windows {
 };
 
 struct Alert {
+  std::string id;  // what is asked; empty for one that may be open several times
   std::string message;
   std::string informative;
   std::vector<std::string> buttons;  // the first is the affirmative one
@@ -118,7 +119,8 @@ struct AlertAnswer {
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
-  // Activates the application, shows the alert modally, and answers once.
+  // Activates the application, shows the alert modally, and answers once. While one with the same
+  // id is open, that one comes to the front instead, and only its own `answered` is called.
   virtual void present(Alert alert, std::function<void(AlertAnswer)> answered) = 0;
 };
 

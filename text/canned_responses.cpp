@@ -72,8 +72,6 @@ void CannedResponses::copyCanned(const MenuItem& sender) {
 }
 
 void CannedResponses::addCanned() {
-  if (asking_) return;
-  asking_ = true;
   View text;
   text.id = "cannedText";
   text.kind = ViewKind::text;
@@ -83,12 +81,12 @@ void CannedResponses::addCanned() {
   text.editable = true;
   text.bordered = true;
   Alert alert;
+  alert.id = "addCanned";
   alert.message = "New canned response";
   alert.informative = "Enter text to save. Selecting it later copies it to the clipboard.";
   alert.buttons = {"Add", "Cancel"};
   alert.accessory = {std::move(text)};
   platform_.dialogs.present(std::move(alert), [this](const AlertAnswer& answer) {
-    asking_ = false;
     if (answer.button != 0) return;
     const std::string_view entered = text::trimmedBlanksAndNewlines(answer.text);
     if (!entered.empty()) append(std::string(entered));

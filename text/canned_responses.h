@@ -41,7 +41,6 @@ class CannedResponses {
   Platform& platform_;
   Shell& shell_;
   const HistoryText historyText_;
-  bool asking_ = false;
 };
 
 }  // namespace marbelot

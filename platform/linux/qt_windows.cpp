@@ -16,9 +16,14 @@ namespace marbelot {
 namespace {
 
 constexpr const char* windowIdProperty = "marbelotWindow";
+constexpr const char* alertIdProperty = "marbelotAlert";
 
 void bringToFront(QWidget& window) {
-  window.show();
+  if (window.isMinimized()) {
+    window.showNormal();
+  } else {
+    window.show();
+  }
   window.raise();
   window.activateWindow();
 }
@@ -161,10 +166,7 @@ class QtWindow : public Window {
     pane_.addAction(close);
   }
 
-  void show() override {
-    if (pane_.isMinimized()) pane_.showNormal();
-    bringToFront(pane_);
-  }
+  void show() override { bringToFront(pane_); }
   void center() override { centreOnScreen(pane_); }
   bool isVisible() const override { return pane_.isVisible(); }
   void setTitle(const std::string& title) override {
@@ -205,9 +207,16 @@ std::vector<WindowInfo> QtWindows::visible() const {
 }
 
 void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) {
+  const QString id = QString::fromStdString(alert.id);
+  for (QWidget* open : QApplication::topLevelWidgets()) {
+    if (id.isEmpty() || !open->isVisible() || open->property(alertIdProperty) != id) continue;
+    bringToFront(*open);
+    return;
+  }
   auto* dialog = new QDialog;
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setProperty(windowIdProperty, "alert");
+  dialog->setProperty(alertIdProperty, id);
   dialog->setWindowTitle("Marbelot");
   dialog->setModal(true);
   auto* column = new QVBoxLayout(dialog);

@@ -1,6 +1,7 @@
 // Modal alerts.
 #import <AppKit/AppKit.h>
 
+#include <map>
 #include <vector>
 
 #include "platform/macos/conversions.h"
@@ -10,7 +11,10 @@
 namespace marbelot {
 namespace {
 
-AlertAnswer run(const Alert& alert) {
+// The open alerts by their ids; nil until the alert's window is there.
+using OpenAlerts = std::map<std::string, NSWindow*>;
+
+AlertAnswer run(const Alert& alert, OpenAlerts& open) {
   NSAlert* const panel = [[NSAlert alloc] init];
   panel.messageText = nsString(alert.message);
   panel.informativeText = nsString(alert.informative);
@@ -31,7 +35,9 @@ AlertAnswer run(const Alert& alert) {
   window.identifier = @"alert";
   window.title = panel.messageText;
   [NSApp activateIgnoringOtherApps:YES];
+  if (!alert.id.empty()) open[alert.id] = window;
   const NSModalResponse response = [panel runModal];
+  open.erase(alert.id);
 
   AlertAnswer answer;
   const NSInteger buttons = static_cast<NSInteger>(alert.buttons.size());
@@ -49,17 +55,26 @@ class ModalDialogs final : public Dialogs {
   // From a timer of its own: whoever asks for an alert goes on before it is answered, and so does
   // work that was posted in the meantime.
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override {
+    if (!alert.id.empty()) {
+      const auto [found, isNew] = open_.emplace(alert.id, nil);
+      if (!isNew) {
+        [NSApp activateIgnoringOtherApps:YES];
+        [found->second makeKeyAndOrderFront:nil];
+        return;
+      }
+    }
     const auto task = std::make_shared<Task>();
-    *task = queue_.after(0, [task, alert = std::move(alert), answered = std::move(answered)] {
+    *task = queue_.after(0, [this, task, alert = std::move(alert), answered = std::move(answered)] {
       task->cancel();  // the closure would hold itself for ever
       @autoreleasepool {
-        answered(run(alert));
+        answered(run(alert, open_));
       }
     });
   }
 
  private:
   MainQueue& queue_;
+  OpenAlerts open_;
 };
 
 }  // namespace

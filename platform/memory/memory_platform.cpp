@@ -192,13 +192,20 @@ void MemoryWindow::close() {
 }
 
 void DialogList::present(Alert alert, std::function<void(AlertAnswer)> answered) {
+  const bool open = std::any_of(open_.begin(), open_.end(), [&alert](const Open& other) {
+    return !alert.id.empty() && other.id == alert.id;
+  });
+  if (open) {
+    raised.push_back(alert.id);
+    return;
+  }
+  open_.push_back({alert.id, std::move(answered)});
   shown.push_back(std::move(alert));
-  open_.push_back(std::move(answered));
 }
 
 void DialogList::answer(std::size_t button, const std::string& text) {
   if (open_.empty()) return;
-  const auto answered = std::move(open_.front());
+  const auto answered = std::move(open_.front().answered);
   open_.pop_front();
   answered({button, text});
 }

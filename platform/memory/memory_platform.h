@@ -179,9 +179,14 @@ class DialogList : public Dialogs {
   // Answers the oldest open alert.
   void answer(std::size_t button, const std::string& text = {});
   std::vector<Alert> shown;
+  std::vector<std::string> raised;  // ids of open ones that were asked for again
 
  private:
-  std::deque<std::function<void(AlertAnswer)>> open_;
+  struct Open {
+    std::string id;
+    std::function<void(AlertAnswer)> answered;
+  };
+  std::deque<Open> open_;
 };
 
 class App : public Application {

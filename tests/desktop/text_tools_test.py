@@ -95,6 +95,13 @@ class TextToolsTest(DesktopTest):
         self.focus("alert")
         self.type("Kind regards,")
         self.key("Return")
+        # Asking again brings the open dialog back, with what was typed.
+        self.screen.run("xdotool", "getactivewindow", "windowminimize", check=True)
+        until(lambda: self.screen.run("xdotool", "getactivewindow", "getwindowname").returncode or
+              b"Marbelot" not in self.screen.run("xdotool", "getactivewindow",
+                                                 "getwindowname").stdout, "minimised")
+        self.program.invoke("addCanned")
+        self.focus("alert")
         self.type("M. Marble")
         self.key("ctrl+Return")
         title = "“Kind regards,⏎M. Marble”"

@@ -355,6 +355,7 @@ TEST_F(TextTools, CannedResponses) {
   perform("addCanned");
   perform("addCanned");
   ASSERT_EQ(desk.dialogs.shown.size(), 1u);
+  EXPECT_EQ(desk.dialogs.raised.size(), 1u) << "the open one may lie behind other windows";
   const Alert& alert = desk.dialogs.shown[0];
   EXPECT_EQ(alert.message, "New canned response");
   EXPECT_EQ(alert.buttons, (std::vector<std::string>{"Add", "Cancel"}));
