@@ -1,5 +1,7 @@
 #include "platform/linux/detection/clock_reader.h"
 
+#include <cstdio>
+
 #include "platform/linux/detection/scan.h"
 #include "platform/linux/detection/tokens.h"
 
@@ -69,30 +71,67 @@ std::size_t afterRange(std::string_view text, std::size_t at) {
   return colon || half != Half::none ? end : at;
 }
 
+enum class Hours { both, either };  // digits of an offset: "+02:00", "+2" too
+
+// Past an offset at `at`, which goes into `zone`; `at` when there is none.
+std::size_t readOffset(std::string_view text, std::size_t at, Hours hours, std::string& zone) {
+  constexpr std::string_view kMinus = "\u2212";
+  const bool minus = text.substr(at, kMinus.size()) == kMinus;
+  const char sign = minus ? '-' : byteAt(text, at);
+  if (sign != '+' && sign != '-') return at;
+  const std::size_t digits = at + (minus ? kMinus.size() : 1);
+  std::size_t end = digits;
+  while (isDigit(byteAt(text, end)) && end - digits < 5) ++end;
+  const std::size_t count = end - digits;
+  if (count != 2 && count != 4 && (count != 1 || hours == Hours::both)) return at;
+  const int hour = numberOf(text.substr(digits, count == 1 ? 1 : 2));
+  int minute = count == 4 ? numberOf(text.substr(digits + 2, 2)) : 0;
+  if (count != 4 && byteAt(text, end) == ':' && twoDigits(text, end + 1, 59) >= 0) {
+    minute = numberOf(text.substr(end + 1, 2));
+    end += 3;
+  } else if (count != 4 && hours == Hours::both) {
+    return at;
+  }
+  // The offsets in use: whole quarters of an hour.
+  if (hour > 14 || minute > 59 || minute % 15 != 0 || isAlnum(byteAt(text, end))) return at;
+  char written[32];
+  std::snprintf(written, sizeof written, "%c%02d:%02d", sign, hour, minute);
+  zone = written;
+  return end;
+}
+
+// The name of the zone behind its offset, as mail programs write it: "+0000 (UTC)".
+std::size_t afterZoneName(std::string_view text, std::size_t at) {
+  if (text.substr(at, 2) != " (") return at;
+  const Token name = tokenAt(text, at + 2);
+  const bool known =
+      !name.spaced &&
+      !zoneOffset(std::string(text.substr(name.range.start, name.range.length))).empty();
+  return known && byteAt(text, name.end()) == ')' ? name.end() + 1 : at;
+}
+
 }  // namespace
 
-std::size_t readZone(std::string_view text, std::size_t at, std::string& zone) {
-  const char c = byteAt(text, at);
-  if (c == 'Z' && !isAlnum(byteAt(text, at + 1))) {
+std::size_t readZone(std::string_view text, std::size_t at, std::string& zone, Spaced spaced) {
+  if (byteAt(text, at) == 'Z' && !isAlnum(byteAt(text, at + 1))) {
     zone = "Z";
     return at + 1;
   }
-  if (c == '+' || c == '-') {
-    const std::size_t minutes = byteAt(text, at + 3) == ':' ? at + 4 : at + 3;
-    if (isDigit(byteAt(text, at + 1)) && isDigit(byteAt(text, at + 2)) &&
-        twoDigits(text, minutes, 59) >= 0 && numberOf(text.substr(at + 1, 2)) <= 14) {
-      zone = std::string(text.substr(at, 3)) + ':' + std::string(text.substr(minutes, 2));
-      return minutes + 2;
-    }
-    return at;
-  }
   const Token token = tokenAt(text, at);
-  if (!token.isWord() || !token.capital || token.range.length > 4) return at;
+  if (!token.isWord()) {
+    // "10:00 -12:00" is a range unless more speaks for a stamp.
+    const std::size_t sign = token.range.start;
+    const bool colon = byteAt(text, sign + 3) == ':';
+    if (token.spaced && !token.is('+') && colon && spaced == Spaced::mayBeRange) return at;
+    const std::size_t end = readOffset(text, sign, Hours::both, zone);
+    return end > sign ? afterZoneName(text, end) : at;
+  }
+  if (!token.capital || token.range.length > 4) return at;
   const std::string offset =
       zoneOffset(std::string(text.substr(token.range.start, token.range.length)));
   if (offset.empty()) return at;
   zone = offset;
-  return token.end();
+  return offset == "Z" ? readOffset(text, token.end(), Hours::either, zone) : token.end();
 }
 
 std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle style,
@@ -168,7 +207,9 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
   if (half != Half::none && (clock.hour < 1 || clock.hour > 12)) return std::nullopt;
   clock.hour = hourOf(clock.hour, half);
   marked = marked || half != Half::none;
-  const std::size_t zone_end = marked || colon ? readZone(text, clock.end, clock.zone) : clock.end;
+  const Spaced spaced = clock.second >= 0 ? Spaced::stamp : Spaced::mayBeRange;
+  const std::size_t zone_end =
+      marked || colon ? readZone(text, clock.end, clock.zone, spaced) : clock.end;
   marked = marked || (zone_end > clock.end && colon);
   clock.end = zone_end;
   const bool enough =
@@ -197,7 +238,7 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
     if (after == '-' || after == '/') return std::nullopt;
   }
   if (const std::size_t end = afterRange(text, clock.end); end > clock.end) {
-    clock.end = clock.zone.empty() ? readZone(text, end, clock.zone) : end;
+    clock.end = clock.zone.empty() ? readZone(text, end, clock.zone, spaced) : end;
   }
   return clock;
 }

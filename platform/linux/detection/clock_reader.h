@@ -28,7 +28,10 @@ enum class ClockStyle {
 std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle style,
                                PartOfDay part = PartOfDay::unknown);
 
-// Past a zone at `at` ("Z", "UTC", "+02:00", " CET"), which goes into `zone`.
-std::size_t readZone(std::string_view text, std::size_t at, std::string& zone);
+// What a "-02:00" behind a blank is: the end of a range, or after seconds the zone of a stamp.
+enum class Spaced { mayBeRange, stamp };
+
+// Past a zone at `at` ("Z", "UTC", "+02:00", " +0200", " CET", "GMT+1"), which goes into `zone`.
+std::size_t readZone(std::string_view text, std::size_t at, std::string& zone, Spaced spaced);
 
 }  // namespace marbelot::detection

@@ -179,12 +179,19 @@ std::optional<Clock> DateFinder::clockAfter(const Day& day) const {
 std::optional<Detection> DateFinder::dayAndTime(std::size_t at) const {
   const std::optional<Day> day = days_.read(at);
   if (!day) return std::nullopt;
-  const std::string value = isoDate(day->date);
-  if (const std::optional<Clock> clock = clockAfter(*day)) {
-    return date(at, clock->end, value + isoTime(*clock));
+  if (std::optional<Clock> clock = clockAfter(*day)) {
+    // "Sat Nov 21 08:00:00 2026 +0200"
+    if (day->guessed_year && clock->second >= 0) {
+      if (const std::optional<Day> dated = days_.inYearAt(clock->end, *day)) {
+        clock->end = clock->zone.empty() ? readZone(text(), dated->end, clock->zone, Spaced::stamp)
+                                         : dated->end;
+        return date(at, clock->end, isoDate(dated->date) + isoTime(*clock));
+      }
+    }
+    return date(at, clock->end, isoDate(day->date) + isoTime(*clock));
   }
   if (day->needs_time) return std::nullopt;
-  return date(at, day->end, value);
+  return date(at, day->end, isoDate(day->date));
 }
 
 // Whether "at", "from" or the like stands before, which makes "14:30" a time and no ratio.

@@ -76,11 +76,44 @@ std::optional<Day> DayReader::withYear(int day, int m, std::size_t at, bool need
   if (needs_year) return std::nullopt;
   const int this_year = static_cast<int>(year_month_day(today_).year());
   for (int y = this_year; y < this_year + 9; ++y) {
-    if (const auto found = valid(y, m, day, at); found && local_days(found->date) >= today_) {
+    if (auto found = valid(y, m, day, at); found && local_days(found->date) >= today_) {
+      found->guessed_year = true;
       return found;
     }
   }
   return std::nullopt;
+}
+
+std::optional<Day> DayReader::inYearAt(std::size_t at, const Day& day) const {
+  const Token token = tokenAt(text_, at);
+  if (!token.isNumber() || !token.spaced || token.range.length != 4) return std::nullopt;
+  const int y = numberOf(token.lower);
+  if (y < 1900 || y >= 2200 || !stopsAt(text_, token.end()) || byteAt(text_, token.end()) == ':') {
+    return std::nullopt;
+  }
+  return valid(y, static_cast<int>(static_cast<unsigned>(day.date.month())),
+               static_cast<int>(static_cast<unsigned>(day.date.day())), token.end());
+}
+
+Day DayReader::onWeekday(const Day& day, int weekday) const {
+  // Within six years most days fall on each weekday.
+  constexpr int kNear = 6;
+  const year this_year = year_month_day(today_).year();
+  std::optional<Day> nearest;
+  days distance{};
+  for (int y = kNear; y >= -kNear; --y) {
+    const year_month_day date =
+        (this_year + std::chrono::years(y)) / day.date.month() / day.date.day();
+    if (!date.ok()) continue;
+    const local_days when(date);
+    if (static_cast<int>(std::chrono::weekday(when).c_encoding()) != weekday) continue;
+    const days away = when < today_ ? today_ - when : when - today_;
+    if (nearest && away >= distance) continue;
+    distance = away;
+    nearest = day;
+    nearest->date = date;
+  }
+  return nearest.value_or(day);
 }
 
 Day DayReader::next(int weekday, bool after_today, std::size_t end) const {
@@ -250,7 +283,7 @@ std::optional<Day> DayReader::weekday(const Token& first, const DateWord& word) 
     auto date = read(token.range.start);
     if (date) {
       date->needs_time = false;
-      return date;
+      return date->guessed_year ? onWeekday(*date, word.value) : date;
     }
   }
   // "so" and "do" are words, "sat" and "sun" too: they count before a time, when capitalised.

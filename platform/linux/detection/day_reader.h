@@ -16,7 +16,8 @@ struct Day {
   std::size_t end = 0;  // bytes from the start of the text
   std::chrono::year_month_day date;
   PartOfDay part = PartOfDay::unknown;
-  bool needs_time = false;  // too little for a date unless a time of day stands beside it
+  bool needs_time = false;    // too little for a date unless a time of day stands beside it
+  bool guessed_year = false;  // the text gives none
 };
 
 class DayReader {
@@ -25,6 +26,8 @@ class DayReader {
   DayReader(std::string_view text, const std::string& region, std::chrono::local_days today);
 
   std::optional<Day> read(std::size_t at) const;
+  // The same day in the year at `at`, as some stamps have it behind the time.
+  std::optional<Day> inYearAt(std::size_t at, const Day& day) const;
   std::chrono::local_days today() const { return today_; }
 
  private:
@@ -37,6 +40,9 @@ class DayReader {
 
   // A day with an optional year at `at`; without one it is the next such day.
   std::optional<Day> withYear(int day, int month, std::size_t at, bool needs_year) const;
+  // The day of an unnamed year that falls on `weekday`, nearest to today; as it is when none is
+  // near.
+  Day onWeekday(const Day& day, int weekday) const;
   Day next(int weekday, bool after_today, std::size_t end) const;
   Day withPart(Day day) const;
   std::optional<Day> valid(int year, int month, int day, std::size_t end) const;
