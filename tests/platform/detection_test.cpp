@@ -99,6 +99,9 @@ TEST_F(DetectionTest, LinksWithScheme) {
             "tel:+1-202-555-0123"}},
           {"«mailto:a.b@example.com?subject=x%20y», «magnet:?xt=urn:btih:abc»",
            {"mailto:a.b@example.com?subject=x%20y", "magnet:?xt=urn:btih:abc"}},
+          {"https://example..com http://a.example..com/x mailto:a@example..com «http://a.com»... "
+           "«http://b.de»...and",
+           {"http://a.com", "http://b.de"}},
           {"http:// https://... http://. file:// C:\\x std::vector a:b note: http:/x "
            "$scheme://host"},
       },

@@ -90,6 +90,10 @@ class LinkFinder final : public TriggerFinder {
   char byteAt(std::size_t at) const { return at < text().size() ? text()[at] : '\0'; }
   char byteBefore(std::size_t at) const { return at > 0 ? text()[at - 1] : '\0'; }
 
+  // "example..com": what stood before the dots is no name of a host. An ellipsis ends a sentence.
+  bool isBrokenAt(std::size_t host_end) const {
+    return slice(host_end, host_end + 2) == ".." && isAlnum(byteAt(host_end + 2));
+  }
   std::size_t portEnd(std::size_t at) const;
   std::size_t tailEnd(std::size_t start, std::size_t from) const;
   // Past the port, path, query and fragment that follow a host.
@@ -192,7 +196,7 @@ std::optional<Detection> LinkFinder::hostLink(Range scheme, std::size_t authorit
     end = hostEnd(text(), host, wide);
     ascii = asciiHost(slice(host, end));
   }
-  if (!ascii) return std::nullopt;
+  if (!ascii || isBrokenAt(end)) return std::nullopt;
   const std::size_t link_end = afterHost(scheme.start, end);
   return link(scheme.start, link_end,
               prefix + percentEncoded(slice(authority, host)) + *ascii +
@@ -212,7 +216,7 @@ std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
     const std::size_t host = from + 1;
     const std::size_t end = hostEnd(text(), host, wideAround(text(), from));
     const std::optional<std::string> ascii = asciiHost(slice(host, end));
-    if (!ascii) return std::nullopt;
+    if (!ascii || isBrokenAt(end)) return std::nullopt;
     const std::size_t link_end = byteAt(end) == '?' ? tailEnd(scheme.start, end) : end;
     return link(scheme.start, link_end,
                 name + ':' + std::string(slice(rest, host)) + *ascii +
@@ -264,7 +268,7 @@ std::optional<Detection> LinkFinder::mailLink(std::size_t at) {
     return std::nullopt;
   }
   const std::optional<std::string> ascii = asciiHost(name);
-  if (!ascii) return std::nullopt;
+  if (!ascii || isBrokenAt(end)) return std::nullopt;
   return link(start, end, "mailto:" + std::string(slice(start, host)) + *ascii);
 }
 
@@ -337,7 +341,7 @@ std::optional<Detection> LinkFinder::bareLink(std::size_t dot) {
     return std::nullopt;
   }
   const std::optional<std::string> ascii = asciiHost(host);
-  if (!ascii) return std::nullopt;
+  if (!ascii || isBrokenAt(end)) return std::nullopt;
   const std::size_t link_end = afterHost(start, end);
   return link(start, link_end, "http://" + *ascii + percentEncoded(slice(end, link_end)));
 }
