@@ -157,9 +157,20 @@ bool endsAsSentence(std::string_view line) {
   return last == '.' && line.size() > 1 && isWord(line[line.size() - 2]);
 }
 
+// One word, a path and nothing else: copied to name a file. A blank in it is behind a backslash.
+bool isPathAlone(std::string_view line) {
+  constexpr std::size_t kLongestPath = 4096;
+  if (line.size() > kLongestPath || line.find_first_of("|&;<>$`(\t") != line.npos) return false;
+  for (std::size_t at = line.find(' '); at != line.npos; at = line.find(' ', at + 1)) {
+    if (at == 0 || line[at - 1] != '\\') return false;
+  }
+  return std::any_of(std::begin(kPathStarts), std::end(kPathStarts),
+                     [line](std::string_view start) { return line.starts_with(start); });
+}
+
 bool isCommandLine(std::string_view line) {
   constexpr std::size_t kShortest = 4;  // "a -b"
-  if (line.size() < kShortest || endsAsSentence(line)) return false;
+  if (line.size() < kShortest || endsAsSentence(line) || isPathAlone(line)) return false;
   const int needed = [word = judgeFirstWord(firstWord(line))] {
     switch (word) {
       case FirstWord::command:

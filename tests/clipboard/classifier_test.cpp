@@ -146,16 +146,33 @@ TEST(Classify, TellsSessionsFromQuotesAndComments) {
        {"$ make\nok", "# apt-get install foo", "> npm install -g x", "% ls -la", "% make test",
         "ann@web:~$ date", "PS C:\\> date", "# make -j4 install", "> cat notes.txt | sort",
         "> git status", "$ cat <<END\n> read this\n> more of it\n> END", "# find . -name '*.o'",
+        "./configure --prefix=/usr", "/usr/bin/env FOO=1 ./a", "~/bin/run|less /tmp/x",
         "# apt-get install foo\nReading package lists... Done\nNeed to get 12 kB of archives.\n"
         "After this operation, 50 kB of additional disk space will be used."}) {
     EXPECT_EQ(rawValue(classify(text)), "terminal") << text;
   }
   for (const char* text :
-       {"Hi,\n\n> make sure\n> it works\n\nThanks", "> can you\n> find out\n> which one it was",
-        "On Friday Bob wrote:\n> cut\n> paste\nok", "> time flies", "> quoted mail\n> more",
-        "# find me\n\nSome prose here about it.", "Shopping:\n# date\n# sort\n# cut",
-        "> git is hard", "> java is great", "> swift reply\n> good", "% make sure",
-        "# more at https://example.org/a/b", "> read he/she and/or they", "> set this to /etc/x",
+       {"Hi,\n\n> make sure\n> it works\n\nThanks",
+        "> can you\n> find out\n> which one it was",
+        "On Friday Bob wrote:\n> cut\n> paste\nok",
+        "> time flies",
+        "> quoted mail\n> more",
+        "# find me\n\nSome prose here about it.",
+        "Shopping:\n# date\n# sort\n# cut",
+        "> git is hard",
+        "> java is great",
+        "> swift reply\n> good",
+        "% make sure",
+        "# more at https://example.org/a/b",
+        "> read he/she and/or they",
+        "> set this to /etc/x",
+        "/home/me",
+        "/home/me/report.pdf",
+        "/usr/share/doc/",
+        "./a/b.c",
+        "~/notes.txt",
+        "/home/me/a\\ report.pdf",
+        "./src/a.h\n./src/a.c",
         "Some prose that speaks of it.\n\n> npm install\n\nThen go on reading this page."}) {
     EXPECT_NE(rawValue(classify(text)), "terminal") << text;
   }
