@@ -69,6 +69,7 @@ class VirtualDesktop:
         self.size = size
         self.folder = self.home = None
         self._given_home = home
+        self.bus_process = None
         self._processes = []
         self._connection = None
 
@@ -135,7 +136,7 @@ class VirtualDesktop:
     def _start_bus(self, socket):
         configuration = self.folder / "bus.conf"
         configuration.write_text(BUS_CONFIGURATION.format(socket=socket).lstrip())
-        self.spawn("dbus-daemon", "--nofork", f"--config-file={configuration}")
+        self.bus_process = self.spawn("dbus-daemon", "--nofork", f"--config-file={configuration}")
         until(socket.exists, "session bus", STARTUP_SECONDS)
 
     def _start_service(self, script, *arguments):

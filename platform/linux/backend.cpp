@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QPalette>
 #include <QSocketNotifier>
@@ -20,6 +21,7 @@
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_windows.h"
 #include "platform/linux/remote_control.h"
+#include "platform/linux/session_bus.h"
 #include "platform/linux/symbols.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
@@ -60,14 +62,21 @@ void quitOnSignals(QObject& owner) {
 }
 
 // Held by the running instance. Two of them would each record every copy.
-Descriptor takeInstanceLock() {
+struct InstanceLock {
+  enum { unknown, ours, taken } state = unknown;
+  Descriptor file;
+};
+
+InstanceLock takeInstanceLock() {
   const std::string path = defaultsPath("instance");
   files::makeFolder(path.substr(0, path.rfind('/')));
   const std::string lockPath = path.substr(0, path.rfind('.')) + ".lock";
   Descriptor lock(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
   // A config folder that cannot be written is no reason not to run.
-  if (lock && flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return {};
-  return lock ? std::move(lock) : Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  const bool held = lock && flock(lock.get(), LOCK_EX | LOCK_NB) == 0;
+  if (held) return {InstanceLock::ours, std::move(lock)};
+  if (lock && errno == EWOULDBLOCK) return {InstanceLock::taken, {}};
+  return {};
 }
 
 void setEnvironment() {
@@ -106,8 +115,8 @@ void returnLargeBlocks() {
 }  // namespace
 
 int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Platform&)> launch) {
-  const Descriptor lock = takeInstanceLock();
-  if (!lock) {
+  const InstanceLock lock = takeInstanceLock();
+  if (lock.state == InstanceLock::taken) {
     const QCoreApplication core(argc, argv);
     if (askRunningProgramForMenu()) return 0;
     std::fputs("marbelot: already running, but not to be reached over the session bus\n", stderr);
@@ -125,26 +134,38 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   QObject context;
   quitOnSignals(context);
 
-  RemoteControl remote;
-  // The lock may be in a folder that cannot be written; the name on the bus tells as well.
-  if (!remote.publish() && askRunningProgramForMenu()) return 0;
-  QtApplication quitter(remote);
   QtMainQueue queue;
+  SessionBus bus(queue);
+  RemoteControl remote;
+  QtApplication quitter(remote);
   X11Pasteboard pasteboard(queue);
   JsonDefaults defaults(defaultsPath("org.marbelot.Marbelot"),
                         [&queue](std::function<void()> work) { queue.post(std::move(work)); });
   InotifyFolderEvents folderEvents;
-  DesktopNotices notices;
-  DesktopWorkspace workspace;
-  TrayStatusItem statusItem;
+  DesktopNotices notices(bus);
+  DesktopWorkspace workspace(bus);
+  TrayStatusItem statusItem(bus);
   QtWindows windows;
-  QtDialogs dialogs;
+  QtDialogs dialogs(bus);
   Platform platform{quitter, queue,     pasteboard, defaults, folderEvents,
                     notices, workspace, statusItem, windows,  dialogs};
 
   std::shared_ptr<void> launched;
-  QTimer::singleShot(0, &context, [&] { launched = launch(platform); });
-  const int status = QApplication::exec();
+  const auto start = [&] {
+    if (!launched) launched = launch(platform);
+  };
+  // Without the lock's word, the name on the bus tells whether there is another instance.
+  if (lock.state == InstanceLock::ours) QTimer::singleShot(0, &context, start);
+  bus.whenKnown([&] {
+    QAccessible::setRootObject(qApp);
+    if (bus.connected() && !remote.publish() && askRunningProgramForMenu()) {
+      QCoreApplication::quit();
+    } else {
+      start();
+    }
+  });
+  // QGuiApplication's own would first tell the accessibility bridge, which waits for the bus.
+  const int status = QCoreApplication::exec();
   launched.reset();
   return status;
 }

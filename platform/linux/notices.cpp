@@ -21,8 +21,12 @@ QDBusMessage notificationCall(const QString& method) {
 }  // namespace
 
 void DesktopNotices::post(const std::string& title, const std::string& text) {
-  if (!QDBusConnection::sessionBus().isConnected()) return;
   const Waiting notice{QString::fromStdString(title), QString::fromStdString(text)};
+  bus_.whenKnown([this, notice] { post(notice); });
+}
+
+void DesktopNotices::post(const Waiting& notice) {
+  if (!bus_.connected()) return;
   if (markup_ == Markup::understood || markup_ == Markup::plain) {
     send(notice);
     return;

@@ -206,7 +206,9 @@ std::vector<WindowInfo> QtWindows::visible() const {
   return infos;
 }
 
-void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) {
+namespace {
+
+void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answered) {
   const QString id = QString::fromStdString(alert.id);
   for (QWidget* open : QApplication::topLevelWidgets()) {
     if (id.isEmpty() || !open->isVisible() || open->property(alertIdProperty) != id) continue;
@@ -281,6 +283,14 @@ void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) 
   if (accessory) {
     if (QWidget* text = accessory->find(alert.accessory.front().id)) text->setFocus();
   }
+}
+
+}  // namespace
+
+void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) {
+  // Whatever comes on the screen is told to the accessibility bridge, which waits for the bus.
+  bus_.whenKnown(
+      [alert = std::move(alert), answered = std::move(answered)] { presentNow(alert, answered); });
 }
 
 }  // namespace marbelot

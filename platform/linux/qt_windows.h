@@ -5,6 +5,7 @@
 #include <map>
 #include <vector>
 
+#include "platform/linux/session_bus.h"
 #include "platform/window.h"
 
 namespace marbelot {
@@ -43,7 +44,11 @@ class QtWindows : public Windows {
 
 class QtDialogs : public Dialogs {
  public:
+  explicit QtDialogs(SessionBus& bus) : bus_(bus) {}
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
+
+ private:
+  SessionBus& bus_;
 };
 
 }  // namespace marbelot

@@ -43,7 +43,14 @@ bool trayPresent() {
 
 }  // namespace
 
-TrayStatusItem::TrayStatusItem() {
+TrayStatusItem::TrayStatusItem(SessionBus& bus) : bus_(bus) {
+  connect(&look_, &QTimer::timeout, this, &TrayStatusItem::lookForHost);
+  look_.setTimerType(Qt::CoarseTimer);
+  // Qt asks the bus for whatever kind of tray there is, and would wait for it.
+  bus_.whenKnown([this] { startLooking(); });
+}
+
+void TrayStatusItem::startLooking() {
   QDBusConnection bus = QDBusConnection::sessionBus();
   hostWatcher_ = std::make_unique<QDBusServiceWatcher>(watcherService, bus,
                                                        QDBusServiceWatcher::WatchForRegistration);
@@ -51,16 +58,16 @@ TrayStatusItem::TrayStatusItem() {
           &TrayStatusItem::lookForHost);
   bus.connect(watcherService, watcherPath, watcherService, "StatusNotifierHostRegistered", this,
               SLOT(lookForHost()));
-  connect(&look_, &QTimer::timeout, this, &TrayStatusItem::lookForHost);
-  look_.setTimerType(Qt::CoarseTimer);
   look_.start(quickLookMilliseconds);
+  looking_ = true;
+  if (noHost_) lookForHost();
 }
 
 TrayStatusItem::~TrayStatusItem() = default;
 
 void TrayStatusItem::setNoHostHandler(std::function<void()> handler) {
   noHost_ = std::move(handler);
-  lookForHost();
+  if (looking_) lookForHost();
 }
 
 void TrayStatusItem::lookForHost() {

@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include "platform/linux/menu_view.h"
+#include "platform/linux/session_bus.h"
 #include "platform/status_item.h"
 
 class QDBusServiceWatcher;
@@ -18,7 +19,7 @@ class TrayStatusItem : public QObject, public StatusItem {
   Q_OBJECT
 
  public:
-  TrayStatusItem();
+  explicit TrayStatusItem(SessionBus& bus);
   ~TrayStatusItem() override;
 
   bool setSymbol(const std::string& name, const std::string& description) override;
@@ -32,9 +33,11 @@ class TrayStatusItem : public QObject, public StatusItem {
   void lookForHost();
 
  private:
+  void startLooking();
   void askForNotifierHost();
   void showIcon();
 
+  SessionBus& bus_;
   MenuView view_;
   QIcon icon_;
   QString description_;
@@ -43,6 +46,7 @@ class TrayStatusItem : public QObject, public StatusItem {
   QTimer look_;
   int looks_ = 0;  // that found no host
   bool asking_ = false;
+  bool looking_ = false;  // not before it is known whether there is a bus
   std::function<void()> noHost_;
 };
 

@@ -16,8 +16,15 @@ QUrl fileUrl(const std::string& path) {
   return QUrl::fromLocalFile(QFile::decodeName(path.c_str()));
 }
 
+}  // namespace
+
 // Asks the file manager; where there is none on the bus, opens the folder the ordinary way.
-void askFileManager(const QString& method, const std::string& path, const std::string& folder) {
+void DesktopWorkspace::askFileManager(const QString& method, const std::string& path,
+                                      const std::string& folder) {
+  if (!bus_.connected()) {
+    QDesktopServices::openUrl(fileUrl(folder));
+    return;
+  }
   QDBusMessage call = QDBusMessage::createMethodCall("org.freedesktop.FileManager1",
                                                      "/org/freedesktop/FileManager1",
                                                      "org.freedesktop.FileManager1", method);
@@ -28,8 +35,6 @@ void askFileManager(const QString& method, const std::string& path, const std::s
     asked->deleteLater();
   });
 }
-
-}  // namespace
 
 void DesktopWorkspace::openPath(const std::string& path) {
   QDesktopServices::openUrl(fileUrl(path));

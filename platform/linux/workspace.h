@@ -1,17 +1,26 @@
 // Handing files and links to the desktop's other programs.
 #pragma once
 
+#include <QString>
+
+#include "platform/linux/session_bus.h"
 #include "platform/platform.h"
 
 namespace marbelot {
 
 class DesktopWorkspace : public Workspace {
  public:
+  explicit DesktopWorkspace(const SessionBus& bus) : bus_(bus) {}
   void openPath(const std::string& path) override;
   void openUrl(const std::string& url) override;
   void openPrivacySettings(const std::string& folder) override;
   void reveal(const std::string& path) override;
   bool trash(const std::string& path) override;
+
+ private:
+  void askFileManager(const QString& method, const std::string& path, const std::string& folder);
+
+  const SessionBus& bus_;
 };
 
 }  // namespace marbelot

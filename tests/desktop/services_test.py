@@ -1,5 +1,6 @@
 """What the desktop lacks, or what hangs in it, does not hold up the program."""
 
+import signal
 import time
 import unittest
 
@@ -44,6 +45,24 @@ class ServicesTest(DesktopTest):
         refused = self.program.ctl("menu")
         self.assertEqual(refused.returncode, 1)
         self.assertEqual(refused.stderr.count(b"\n"), 1, refused.stderr)
+
+    def test_session_bus_that_never_answers(self):
+        self.screen = self.desktop()
+        self.screen.bus_process.send_signal(signal.SIGSTOP)
+        self.program = Marbelot(self.screen, bus=False)
+        self.check_copies()
+        self.screen.bus_process.send_signal(signal.SIGCONT)
+        until(lambda: self.program.ctl("menu").returncode == 0, "menu answered")
+        until(self.screen.tray_items, "status item")
+        until(self.screen.notices, "notice of the screenshot")
+        self.check_second_start_opens_menu()
+
+    def test_end_while_the_session_bus_does_not_answer(self):
+        self.screen = self.desktop()
+        self.screen.bus_process.send_signal(signal.SIGSTOP)
+        program = Marbelot(self.screen, bus=False).process
+        program.terminate()
+        self.assertEqual(program.wait(5), 0)
 
     def test_no_notification_service(self):
         self.start(notices=None)
