@@ -14,7 +14,8 @@ namespace marbelot {
 // The count starts at 1, which stands for whatever the clipboard held at the start; that becomes
 // the contents as soon as it has been read, without being told as a change. What another program
 // has copied just before an own write, but is only read after it, is told then; the own write stays
-// the present contents and is not told again.
+// the present contents and is not told again. A copy whose owner pauses for long while it is being
+// read is told without what is missing, and once more when that comes.
 // Without a display, or when the connection breaks, own writes are kept in memory and nothing else
 // happens.
 class X11Pasteboard final : public Pasteboard {

@@ -18,7 +18,6 @@ constexpr std::size_t sizeLimit = std::size_t{1} << 30;  // bytes of one type
 constexpr std::size_t reserveLimit = std::size_t{1}
                                      << 28;  // bytes; the announced size may be a lie
 constexpr std::size_t typeLimit = 512;
-constexpr std::size_t retiredLimit = 64;
 constexpr std::uint32_t wholeProperty = 0x1FFFFFFF;  // units of four bytes; the protocol's maximum
 
 // In the order in which they are preferred.
@@ -51,6 +50,12 @@ std::string fromPlain(const std::string& bytes) {
   return text == bytes ? text : fromLatin1(bytes);
 }
 
+// Of what one owner has given: its text and its image come once.
+bool same(const PasteboardContents& a, const PasteboardContents& b) {
+  return a.text == b.text && a.image.has_value() == b.image.has_value() && a.types == b.types &&
+         a.concealed == b.concealed;
+}
+
 bool after(std::uint32_t a, std::uint32_t b) { return static_cast<std::int32_t>(a - b) > 0; }
 
 }  // namespace
@@ -66,6 +71,7 @@ struct X11SelectionReader::Conversion {
   std::uint32_t sequence = 0;
   std::string bytes;
   X11Clock::time_point deadline;
+  bool late = false;  // open for so long without progress that nobody waits for it any more
 
   bool open() const { return state == State::asked || state == State::arriving; }
   bool free() const { return state == State::idle || state == State::failed; }
@@ -74,7 +80,6 @@ struct X11SelectionReader::Conversion {
 struct X11SelectionReader::Read {
   X11Announcement announcement;
   bool replaced = false;  // another owner has come: no more can be asked
-  bool stalled = false;   // an answer is missing: there is no use in asking for more
   std::array<Conversion, 4> conversions;
   Conversion& targets = conversions[0];
   Conversion& text = conversions[1];
@@ -83,18 +88,44 @@ struct X11SelectionReader::Read {
   std::deque<xcb_atom_t> textTargets;  // still to be tried
   std::deque<xcb_atom_t> imageTargets;
   PasteboardContents contents;
+  std::optional<PasteboardContents> told;
 
   bool finished() const {
     return std::none_of(conversions.begin(), conversions.end(),
                         [](const Conversion& c) { return c.open(); });
   }
+  // An answer is missing: there is no use in asking for more.
+  bool stalled() const {
+    return std::any_of(conversions.begin(), conversions.end(),
+                       [](const Conversion& c) { return c.late; });
+  }
+  // The owner answers again, so what else is missing may come, too.
+  void revive() {
+    const auto deadline = X11Clock::now() + stallLimit;
+    for (Conversion& conversion : conversions)
+      if (std::exchange(conversion.late, false)) conversion.deadline = deadline;
+  }
+  // All that is worth waiting for has come.
+  bool due() const {
+    return std::none_of(conversions.begin(), conversions.end(),
+                        [](const Conversion& c) { return c.open() && !c.late; });
+  }
   bool tellable() const {
     return !replaced || targets.state == Conversion::State::done || contents.text;
+  }
+  // What is known of it by now.
+  PasteboardContents known() const {
+    PasteboardContents now = contents;
+    // A text without its list of types may be a secret.
+    if (targets.open()) now.concealed = true;
+    if (now.text && now.types.empty())
+      now.types.emplace_back("UTF8_STRING");  // an owner that lists nothing
+    return now;
   }
 };
 
 X11SelectionReader::X11SelectionReader(X11Connection& connection, Deliver deliver)
-    : connection_(connection), deliver_(std::move(deliver)) {}
+    : connection_(connection), deliver_(std::move(deliver)), abandoned_(connection) {}
 
 X11SelectionReader::~X11SelectionReader() = default;
 
@@ -106,7 +137,7 @@ void X11SelectionReader::replaceAll(std::uint32_t sequence) {
       if (!conversion.open()) continue;
       conversion.deadline = std::min(conversion.deadline, now + replacedStallLimit);
       // Asked too late: the request went to the new owner, whose answer must not count twice.
-      if (after(conversion.sequence, sequence)) conversion.state = Conversion::State::failed;
+      if (conversion.late || after(conversion.sequence, sequence)) abandon(*read, conversion);
     }
   }
   deliverFinished();
@@ -143,13 +174,25 @@ void X11SelectionReader::ask(Read& read, Conversion& conversion, xcb_atom_t targ
           .sequence;
 }
 
+void X11SelectionReader::abandon(Read& read, Conversion& conversion) {
+  abandoned_.take(std::exchange(conversion.window, XCB_WINDOW_NONE), conversion.property,
+                  conversion.state == Conversion::State::arriving);
+  conversion.state = Conversion::State::failed;
+  conversion.late = false;
+  conversion.bytes = std::string();
+  // A text without its list of types may be a secret.
+  if (&conversion == &read.targets) read.contents.concealed = true;
+}
+
 void X11SelectionReader::handle(const xcb_generic_event_t& event) {
+  abandoned_.handle(event);
   if (eventType(event) == XCB_SELECTION_NOTIFY) {
     const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
     const auto [read, conversion] = find(notify.requestor);
     if (!read) return;
     if (conversion->state != Conversion::State::asked || conversion->target != notify.target)
       return;
+    read->revive();
     if (notify.property == XCB_ATOM_NONE)
       conversion->state = Conversion::State::failed;
     else
@@ -162,6 +205,7 @@ void X11SelectionReader::handle(const xcb_generic_event_t& event) {
     if (!read || conversion->state != Conversion::State::arriving ||
         conversion->property != notify.atom)
       return;
+    read->revive();
     receive(*read, *conversion);
     advance(*read);
   } else {
@@ -176,13 +220,14 @@ void X11SelectionReader::receive(Read& read, Conversion& conversion) {
                                        XCB_GET_PROPERTY_TYPE_ANY, 0, wholeProperty);
   const X11Reply<xcb_get_property_reply_t> reply(
       xcb_get_property_reply(connection_.get(), cookie, nullptr));
+  const bool inParts = conversion.state == Conversion::State::arriving;
   if (!reply || reply->type == XCB_ATOM_NONE) {
+    if (inParts) return abandon(read, conversion);
     conversion.state = Conversion::State::failed;
     return;
   }
   const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply.get()));
   const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
-  const bool inParts = conversion.state == Conversion::State::arriving;
   conversion.deadline =
       X11Clock::now() + (read.replaced ? X11Clock::duration(replacedStallLimit) : stallLimit);
   if (!inParts && reply->type == connection_.atom("INCR")) {
@@ -192,11 +237,7 @@ void X11SelectionReader::receive(Read& read, Conversion& conversion) {
     conversion.state = Conversion::State::arriving;
     return;
   }
-  if (conversion.bytes.size() + length > sizeLimit) {
-    conversion.state = Conversion::State::failed;
-    conversion.bytes = std::string();
-    return;
-  }
+  if (conversion.bytes.size() + length > sizeLimit) return abandon(read, conversion);
   conversion.bytes.append(bytes, length);
   conversion.type = reply->type;
   if (!inParts || length == 0) finish(read, conversion);
@@ -253,7 +294,7 @@ void X11SelectionReader::finishTargets(Read& read, const Conversion& conversion)
 
 // Asks for the next best type where the one before was refused.
 void X11SelectionReader::advance(Read& read) {
-  if (read.replaced || read.stalled || read.targets.open()) return;
+  if (read.replaced || read.stalled() || read.targets.open()) return;
   if (read.targets.state == Conversion::State::failed && read.text.target != XCB_ATOM_STRING &&
       read.text.free())
     return ask(read, read.text, XCB_ATOM_STRING);  // an owner that knows no list of types
@@ -269,29 +310,22 @@ void X11SelectionReader::advance(Read& read) {
 }
 
 void X11SelectionReader::deliverFinished() {
-  while (!reads_.empty() && reads_.front()->finished()) {
-    const auto read = std::move(reads_.front());
+  while (!reads_.empty() && reads_.front()->due()) {
+    Read& read = *reads_.front();
+    tell(read);
+    if (!read.finished()) return;  // late, and thus the present owner's: the last one
+    for (const Conversion& conversion : read.conversions)
+      if (conversion.window != XCB_WINDOW_NONE)
+        xcb_destroy_window(connection_.get(), conversion.window);
     reads_.pop_front();
-    release(*read);
-    if (read->contents.text && read->contents.types.empty())
-      read->contents.types.emplace_back("UTF8_STRING");  // an owner that lists nothing
-    if (read->tellable()) deliver_(std::move(read->contents), read->announcement);
   }
 }
 
-void X11SelectionReader::release(const Read& read) {
-  const bool complete = !read.replaced && !read.stalled;
-  for (const Conversion& conversion : read.conversions) {
-    if (conversion.window == XCB_WINDOW_NONE) continue;
-    if (complete)
-      xcb_destroy_window(connection_.get(), conversion.window);
-    else
-      retired_.push_back(conversion.window);
-  }
-  while (retired_.size() > retiredLimit) {
-    xcb_destroy_window(connection_.get(), retired_.front());
-    retired_.pop_front();
-  }
+void X11SelectionReader::tell(Read& read) {
+  PasteboardContents known = read.known();
+  if (!read.tellable() || (read.told && same(*read.told, known))) return;
+  read.told = known;
+  deliver_(std::move(known), read.announcement);
 }
 
 X11Clock::time_point X11SelectionReader::deadline() const {
@@ -306,11 +340,9 @@ void X11SelectionReader::expire(X11Clock::time_point now) {
   for (const auto& read : reads_) {
     for (Conversion& conversion : read->conversions) {
       if (!conversion.open() || conversion.deadline > now) continue;
-      conversion.state = Conversion::State::failed;
-      conversion.bytes = std::string();
-      read->stalled = true;
-      // A text without its list of types may be a secret.
-      if (&conversion == &read->targets) read->contents.concealed = true;
+      conversion.deadline = X11Clock::time_point::max();
+      conversion.late = true;
+      if (read->replaced) abandon(*read, conversion);
     }
   }
   deliverFinished();

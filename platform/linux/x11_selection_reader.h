@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/linux/x11_abandoned_transfers.h"
 #include "platform/linux/x11_connection.h"
 #include "platform/pasteboard.h"
 
@@ -23,7 +24,8 @@ struct X11Announcement {
 
 // Every announced owner is read; several are read at once when they follow each other closely, and
 // told in their order. An owner that has been replaced is given up after a tenth of a second
-// without progress, the present one after two seconds; then what did arrive is told.
+// without progress; then what did arrive is told. Of the present one that is told after two
+// seconds, and told again with the rest, should that still come before another owner does.
 class X11SelectionReader {
  public:
   using Deliver = std::function<void(PasteboardContents, const X11Announcement&)>;
@@ -50,15 +52,16 @@ class X11SelectionReader {
   void finishTargets(Read& read, const Conversion& conversion);
   void advance(Read& read);
   void deliverFinished();
-  void release(const Read& read);
+  // What still comes of it is thrown away.
+  void abandon(Read& read, Conversion& conversion);
+  void tell(Read& read);
   // The conversion whose answer comes to that window, and the read that it is part of.
   std::pair<Read*, Conversion*> find(xcb_window_t window);
 
   X11Connection& connection_;
   Deliver deliver_;
   std::deque<std::unique_ptr<Read>> reads_;  // oldest first
-  // A late answer to a window that is gone would kill a careless owner, so these live on a while.
-  std::deque<xcb_window_t> retired_;
+  X11AbandonedTransfers abandoned_;
 };
 
 }  // namespace marbelot

@@ -10,6 +10,8 @@
 #include <array>
 #include <chrono>
 #include <cstring>
+#include <initializer_list>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/x11_connection.h"
@@ -47,9 +49,10 @@ void PrivateServer::kill() {
 
 namespace {
 
-void waitFor(X11Connection& x, int quit, int milliseconds) {
+void waitFor(X11Connection& x, std::initializer_list<int> others, int milliseconds) {
   xcb_flush(x.get());
-  std::array<pollfd, 2> watched{{{x.descriptor(), POLLIN, 0}, {quit, POLLIN, 0}}};
+  std::vector<pollfd> watched{{x.descriptor(), POLLIN, 0}};
+  for (const int other : others) watched.push_back({other, POLLIN, 0});
   ::poll(watched.data(), watched.size(), milliseconds);
 }
 
@@ -81,7 +84,10 @@ void notify(X11Connection& x, const xcb_selection_request_event_t& request, xcb_
 }  // namespace
 
 TestOwner::TestOwner(std::string display, Data data, Manners manners)
-    : data_(std::move(data)), manners_(std::move(manners)), quit_(::eventfd(0, EFD_CLOEXEC)) {
+    : data_(std::move(data)),
+      manners_(std::move(manners)),
+      resume_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      quit_(::eventfd(0, EFD_CLOEXEC)) {
   thread_ = std::thread([this, display = std::move(display)] { run(display); });
   ready_.wait(false);
 }
@@ -90,7 +96,100 @@ TestOwner::~TestOwner() {
   ::eventfd_write(quit_, 1);
   thread_.join();
   ::close(quit_);
+  ::close(resume_);
 }
+
+void TestOwner::resume() { ::eventfd_write(resume_, 1); }
+
+bool TestOwner::awaitReader() const {
+  const auto end = X11Clock::now() + std::chrono::seconds(20);
+  while (!asked_ && X11Clock::now() < end)
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+  return asked_;
+}
+
+// What the owner's thread does.
+class TestOwner::Service {
+ public:
+  Service(TestOwner& owner, X11Connection& x) : owner_(owner), x_(x), manners_(owner.manners_) {}
+
+  void handle(X11Reply<xcb_generic_event_t> event) {
+    if (eventType(*event) == XCB_SELECTION_REQUEST) {
+      const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(*event);
+      const std::array<xcb_atom_t, 1> asked{request.target};
+      const auto names = x_.names(asked);
+      const std::string name = names.empty() ? "" : names.front();
+      if (manners_.ignored.contains(name))
+        ignored_.push_back(std::move(event));
+      else
+        answer(request, name);
+      xcb_flush(x_.get());
+      if (name != "TARGETS") owner_.asked_ = true;
+    } else if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
+      const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+      const auto transfer = sending_.find({change.window, change.atom});
+      if (change.state != XCB_PROPERTY_DELETE || transfer == sending_.end()) return;
+      if (transfer->second.sent >= manners_.stallAfter)
+        stalled_.insert(transfer->first);
+      else
+        sendPart(transfer->first);
+    }
+  }
+
+  void resume() {
+    manners_ = {manners_.refused, {}, manners_.partSize};
+    for (auto& request : std::exchange(ignored_, {})) handle(std::move(request));
+    for (const Place& place : std::exchange(stalled_, {})) sendPart(place);
+  }
+
+ private:
+  using Place = std::pair<xcb_window_t, xcb_atom_t>;
+  struct Sending {
+    xcb_atom_t type;
+    const std::string* bytes;
+    std::size_t sent;
+  };
+
+  void answer(const xcb_selection_request_event_t& request, const std::string& name) {
+    const auto found = owner_.data_.find(name);
+    if (name == "TARGETS") {
+      std::vector<std::uint32_t> atoms{x_.atom("TARGETS"), x_.atom("MULTIPLE")};
+      for (const auto& [type, bytes] : owner_.data_) atoms.push_back(x_.atom(type));
+      putWords(x_, request.requestor, request.property, XCB_ATOM_ATOM, atoms);
+      notify(x_, request, request.property);
+    } else if (found == owner_.data_.end() || manners_.refused.contains(name)) {
+      notify(x_, request, XCB_ATOM_NONE);
+    } else if (found->second.size() <= manners_.partSize) {
+      putBytes(x_, request.requestor, request.property, request.target, found->second);
+      notify(x_, request, request.property);
+    } else {
+      const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+      xcb_change_window_attributes(x_.get(), request.requestor, XCB_CW_EVENT_MASK, &events);
+      putWords(x_, request.requestor, request.property, x_.atom("INCR"),
+               {static_cast<std::uint32_t>(found->second.size())});
+      sending_[{request.requestor, request.property}] = {request.target, &found->second, 0};
+      owner_.sending_ = sending_.size();
+      notify(x_, request, request.property);
+    }
+  }
+
+  void sendPart(const Place& place) {
+    Sending& state = sending_[place];
+    const std::string part = state.bytes->substr(state.sent, manners_.slow ? 1 : manners_.partSize);
+    putBytes(x_, place.first, place.second, state.type, part);
+    state.sent += part.size();
+    owner_.sent_ += part.size();
+    if (part.empty()) sending_.erase(Place(place));
+    owner_.sending_ = sending_.size();
+  }
+
+  TestOwner& owner_;
+  X11Connection& x_;
+  Manners manners_;
+  std::map<Place, Sending> sending_;
+  std::set<Place> stalled_;
+  std::vector<X11Reply<xcb_generic_event_t>> ignored_;
+};
 
 void TestOwner::run(const std::string& display) {
   X11Connection x(display);
@@ -101,53 +200,16 @@ void TestOwner::run(const std::string& display) {
   ready_ = true;
   ready_.notify_one();
 
-  struct Sending {
-    xcb_atom_t type;
-    const std::string* bytes;
-    std::size_t sent;
-  };
-  std::map<std::pair<xcb_window_t, xcb_atom_t>, Sending> sending;
+  Service service(*this, x);
   std::array<pollfd, 1> quit{{{quit_, POLLIN, 0}}};
   while (x.alive() && ::poll(quit.data(), 1, 0) == 0) {
-    const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
-    if (!event) {
-      waitFor(x, quit_, -1);
-    } else if (eventType(*event) == XCB_SELECTION_REQUEST) {
-      const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(*event);
-      const std::array<xcb_atom_t, 1> asked{request.target};
-      const auto names = x.names(asked);
-      const std::string name = names.empty() ? "" : names.front();
-      if (manners_.ignored.contains(name)) continue;
-      const auto found = data_.find(name);
-      if (name == "TARGETS") {
-        std::vector<std::uint32_t> atoms{x.atom("TARGETS"), x.atom("MULTIPLE")};
-        for (const auto& [type, bytes] : data_) atoms.push_back(x.atom(type));
-        putWords(x, request.requestor, request.property, XCB_ATOM_ATOM, atoms);
-        notify(x, request, request.property);
-      } else if (found == data_.end() || manners_.refused.contains(name)) {
-        notify(x, request, XCB_ATOM_NONE);
-      } else if (found->second.size() <= manners_.partSize) {
-        putBytes(x, request.requestor, request.property, request.target, found->second);
-        notify(x, request, request.property);
-      } else {
-        const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(x.get(), request.requestor, XCB_CW_EVENT_MASK, &events);
-        putWords(x, request.requestor, request.property, x.atom("INCR"),
-                 {static_cast<std::uint32_t>(found->second.size())});
-        sending[{request.requestor, request.property}] = {request.target, &found->second, 0};
-        notify(x, request, request.property);
-      }
-    } else if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
-      const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
-      const auto transfer = sending.find({change.window, change.atom});
-      if (change.state != XCB_PROPERTY_DELETE || transfer == sending.end()) continue;
-      Sending& state = transfer->second;
-      if (state.sent >= manners_.stallAfter) continue;
-      const std::string part = state.bytes->substr(state.sent, manners_.partSize);
-      putBytes(x, change.window, change.atom, state.type, part);
-      state.sent += part.size();
-      if (part.empty()) sending.erase(transfer);
-    }
+    eventfd_t resumed = 0;
+    if (::eventfd_read(resume_, &resumed) == 0) service.resume();
+    X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
+    if (event)
+      service.handle(std::move(event));
+    else
+      waitFor(x, {quit_, resume_}, -1);
   }
 }
 
@@ -180,7 +242,7 @@ void TestManager::run(bool deaf) {
   while (x.alive() && ::poll(quit.data(), 1, 0) == 0) {
     const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
     if (!event) {
-      waitFor(x, quit_, -1);
+      waitFor(x, {quit_}, -1);
       continue;
     }
     if (eventType(*event) != XCB_SELECTION_REQUEST || deaf) continue;
@@ -215,7 +277,7 @@ std::optional<std::string> paste(const std::string& display, const std::string& 
   while (X11Clock::now() < deadline) {
     const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
     if (!event) {
-      waitFor(x, -1, 1000);
+      waitFor(x, {}, 1000);
       continue;
     }
     if (eventType(*event) == XCB_SELECTION_NOTIFY) {

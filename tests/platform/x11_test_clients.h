@@ -36,6 +36,7 @@ class TestOwner {
     std::set<std::string> ignored;  // never answered
     std::size_t partSize = std::size_t{1} << 18;
     std::size_t stallAfter = SIZE_MAX;  // bytes of a transfer in parts
+    bool slow = false;                  // parts of one byte each
   };
   using Data = std::map<std::string, std::string>;
 
@@ -43,12 +44,26 @@ class TestOwner {
   TestOwner(std::string display, Data data) : TestOwner(std::move(display), std::move(data), {}) {}
   ~TestOwner();
 
+  // Returns when somebody has asked for more than the list of types; what is answered at all has
+  // been answered then. False when nobody does within 20 seconds.
+  bool awaitReader() const;
+  // From now on it is neither silent nor slow, and goes on where it had stopped.
+  void resume();
+  // Whether somebody is being sent something in parts, and how many bytes have been sent so.
+  bool sending() const { return sending_ > 0; }
+  std::size_t sent() const { return sent_; }
+
  private:
+  class Service;
   void run(const std::string& display);
 
   const Data data_;
   const Manners manners_;
   std::atomic<bool> ready_ = false;
+  std::atomic<bool> asked_ = false;
+  std::atomic<std::size_t> sending_ = 0;
+  std::atomic<std::size_t> sent_ = 0;
+  int resume_;
   int quit_;
   std::thread thread_;
 };
