@@ -76,8 +76,13 @@ class WatcherTest(DesktopTest):
 
     def test_mark_that_comes_late(self):
         self.start()
-        path = self.program.save("picture.png", png(seed=4))
-        stays(self.nothing_copied, "nothing copied without the mark", 0.5)
+        # On a busy machine looking may take longer than a file may wait for its mark.
+        for attempt in range(20):
+            saved = time.monotonic()
+            path = self.program.save(f"picture {attempt}.png", png(seed=4))
+            stays(self.nothing_copied, "nothing copied without the mark", 0.5)
+            if time.monotonic() - saved < 1.2:
+                break
         try:
             os.setxattr(path, MARK, b"1")
         except OSError as error:
@@ -212,12 +217,12 @@ class WatcherTest(DesktopTest):
         self.mount(self.shots, "size=1m")
         self.check_only_new_ones(1)
 
-    def test_two_hundred_in_two_seconds(self):
+    def test_two_hundred_at_once(self):
         self.start()
-        began = time.monotonic()
-        for number in range(200):
-            self.program.save(screenshot_name(number), png(300, 200, seed=number))
-        self.assertLess(time.monotonic() - began, 2)
+        # Made before, so that they come faster than they can be copied one after the other.
+        screenshots = [png(300, 200, seed=number) for number in range(200)]
+        for number, data in enumerate(screenshots):
+            self.program.save(screenshot_name(number), data)
         until(lambda: self.program.copied() >= 200, "all copied", 20)
         stays(lambda: self.program.copied() == 200, "each counted once", 1)
         last = self.shots / self.program.line("Last: ")
