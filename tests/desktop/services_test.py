@@ -7,6 +7,7 @@ import unittest
 from desktop_case import BIN, DesktopTest, Marbelot, png, screenshot_name, until
 
 POINTER = (700, 400)
+SECONDS = 5  # what waits for a service waits at least for twice as long
 
 
 class ServicesTest(DesktopTest):
@@ -20,9 +21,7 @@ class ServicesTest(DesktopTest):
         self.assert_on_clipboard(self.screen, data)
 
     def check_answers_at_once(self):
-        began = time.monotonic()
-        self.assertEqual(self.program.ctl("menu").returncode, 0)
-        self.assertLess(time.monotonic() - began, 1)
+        self.assertLess(self.program.answer_seconds(), SECONDS)
 
     def check_popup_at_pointer(self):
         x, y, width, height = until(self.program.popups, "menu on the screen")[0]
@@ -74,7 +73,7 @@ class ServicesTest(DesktopTest):
         for number in range(3):
             began = time.monotonic()
             self.check_copies(number)
-            self.assertLess(time.monotonic() - began, 1)
+            self.assertLess(time.monotonic() - began, SECONDS)
             self.check_answers_at_once()
 
     def test_no_tray(self):
