@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """Measures the clipboard history of the real program on a private desktop.
 
-    bench/history_bench.py [texts] [images] [huge] [kill]      all of them by default
+    bench/history_bench.py [quick] [texts] [images] [huge] [kill]      all by default
 
+quick   200 copies, one each 20 ms, by one program and by one program each: how many are recorded
 texts   the menu with a full history of 40 texts of 1 MB, beside that of an empty history
 images  memory of 40 images of 3840x2160 above the empty state, copied as PNG, TIFF and BMP
 huge    a text of 100 MB is copied: the longest time without an answer, and when it was stored
@@ -25,6 +26,8 @@ from virtual_desktop import VirtualDesktop, until  # noqa: E402
 
 LIMIT = 40
 MEGABYTE = 1 << 20
+COPIES = 200
+PACE = 20  # milliseconds
 ROUNDS = 50
 # Half a log and half source code; the number in front makes each its own.
 PROSE = ("2025-03-01 10:00:00 worker[17]: request served in 12 ms\n"
@@ -52,6 +55,46 @@ def settled(program):
 def answers(program):
     times = sorted(program.answer_seconds() * 1000 for _ in range(ROUNDS))
     return statistics.median(times), times[-1]
+
+
+def quick():
+    print(f"\n{COPIES} copies, one each {PACE} ms", flush=True)
+    for name, copy in (("one program", copy_series), ("many programs", copy_by_many)):
+        with VirtualDesktop() as desktop:
+            program = Marbelot(desktop)
+            program.invoke("toggleConcat")
+            began = time.monotonic()
+            copy(desktop)
+            took = time.monotonic() - began
+            wanted = [f"copy {number}" for number in range(1, COPIES + 1)]
+            try:
+                until(lambda: program.stored("concatBuffer")[-1:] == wanted[-1:], "collected", 5)
+            except AssertionError:
+                pass  # lost, as the numbers will say
+            collected = program.stored("concatBuffer")
+            missed = len(set(wanted) - set(collected))
+            order = "in order" if collected == [w for w in wanted if w in collected] \
+                else "NOT IN ORDER"
+            print(f"  {name:<14}{took:6.2f} s, {missed} missed, {order}", flush=True)
+
+
+def copy_series(desktop):
+    desktop.run(BIN / "clipboard_owner", "--series", "copy ", str(COPIES), str(PACE), timeout=60)
+
+
+def copy_by_many(desktop):
+    files = []
+    for number in range(1, COPIES + 1):
+        files.append(desktop.folder / f"copy-{number}")
+        files[-1].write_text(f"copy {number}")
+    for number, file in enumerate(files, 1):
+        began = time.monotonic()
+        desktop.spawn(BIN / "clipboard_owner", f"UTF8_STRING={file}")
+        # Before it is ready the next one could be faster than this one; and one that was late is
+        # not made up for, as nobody can tell of a copy that is replaced at once.
+        until(lambda: desktop.log("clipboard_owner").count("ready") == number, "ready",
+              interval=0.001)
+        time.sleep(max(0.01, began + PACE / 1000 - time.monotonic()))
 
 
 def texts():
@@ -137,7 +180,7 @@ def kill():
 
 def main():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-    measures = {function.__name__: function for function in (texts, images, huge, kill)}
+    measures = {function.__name__: function for function in (quick, texts, images, huge, kill)}
     chosen = sys.argv[1:] or list(measures)
     if not set(chosen) <= set(measures):
         sys.exit(__doc__.strip())

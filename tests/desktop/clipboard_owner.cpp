@@ -1,11 +1,13 @@
 // Owns the clipboard as other programs do, with several types at once or one text after another.
 //
 //   clipboard_owner TYPE=FILE...              offers the files' bytes; TYPE= is offered but refused
-//   clipboard_owner --series PREFIX N MS      copies PREFIX1 to PREFIXN, one each MS milliseconds
+//   clipboard_owner --series PREFIX N MS      copies PREFIX1 to PREFIXN, one each MS milliseconds;
+//                                             of 0, as soon as the one before has been asked for
 //
 // Prints "ready" when it owns the clipboard, then the number of each text of a series as it is
-// copied. Ends when another program copies, or a second after the last text of a series. Contents
-// must fit into one request to the X server.
+// copied, and "asked" when the first contents have been asked for. Ends when another program
+// copies, or a second after the last text of a series. Contents must fit into one request to the X
+// server.
 #include <poll.h>
 
 #include <chrono>
@@ -34,8 +36,10 @@ class Owner {
     xcb_flush(client_.connection());
   }
 
-  // Answers requests until then; false when somebody else has taken the clipboard.
-  bool serveUntil(Clock::time_point end) {
+  // Answers requests until then, or until the contents have been asked for as well if that is all
+  // that is wanted; false when somebody else has taken the clipboard.
+  bool serveUntil(Clock::time_point end, bool onlyUntilAsked = false) {
+    asked_ = false;
     for (;;) {
       while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(client_.connection())}) {
         if (eventType(*event) == XCB_SELECTION_CLEAR) return false;
@@ -43,6 +47,7 @@ class Owner {
           answer(*reinterpret_cast<const xcb_selection_request_event_t*>(event.get()));
       }
       xcb_flush(client_.connection());
+      if (asked_ && onlyUntilAsked) return true;
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
       if (left <= 0 || xcb_connection_has_error(client_.connection())) return true;
       pollfd watched{xcb_get_file_descriptor(client_.connection()), POLLIN, 0};
@@ -77,6 +82,7 @@ class Owner {
       put(request, XCB_ATOM_ATOM, 32, atoms.size(), atoms.data());
     } else if (content != offered_.end() && !content->second.refused) {
       put(request, request.target, 8, content->second.bytes.size(), content->second.bytes.data());
+      asked_ = true;
     } else {
       notify.property = XCB_ATOM_NONE;
     }
@@ -95,7 +101,10 @@ class Owner {
   xcb_atom_t clipboard_ = client_.atom("CLIPBOARD");
   xcb_atom_t targets_ = client_.atom("TARGETS");
   std::map<xcb_atom_t, Content> offered_;
+  bool asked_ = false;  // and answered
 };
+
+constexpr auto forGood = std::chrono::hours(1);
 
 void copySeries(const std::string& prefix, int count, std::chrono::milliseconds pace) {
   Owner owner;
@@ -104,7 +113,9 @@ void copySeries(const std::string& prefix, int count, std::chrono::milliseconds 
     owner.offer("UTF8_STRING", prefix + std::to_string(number));
     owner.claim();
     owner.tell(number == 1 ? "ready\n1" : std::to_string(number));
-    if (!owner.serveUntil(began + number * pace)) return;
+    const bool mine = pace.count() > 0 ? owner.serveUntil(began + number * pace)
+                                       : owner.serveUntil(Clock::now() + forGood, true);
+    if (!mine) return;
   }
   owner.serveUntil(Clock::now() + std::chrono::seconds(1));
 }
@@ -121,7 +132,10 @@ void copyFiles(int count, char** arguments) {
   }
   owner.claim();
   owner.tell("ready");
-  owner.serveUntil(Clock::now() + std::chrono::hours(1));
+  const auto end = Clock::now() + forGood;
+  if (!owner.serveUntil(end, true)) return;
+  owner.tell("asked");
+  owner.serveUntil(end);
 }
 
 }  // namespace
