@@ -13,7 +13,7 @@ namespace marbelot {
 namespace {
 
 constexpr auto stallLimit = std::chrono::seconds(2);
-constexpr auto replacedStallLimit = std::chrono::milliseconds(100);
+constexpr auto replacedStallLimit = std::chrono::milliseconds(250);
 constexpr std::size_t sizeLimit = std::size_t{1} << 30;  // bytes of one type
 constexpr std::size_t reserveLimit = std::size_t{1}
                                      << 28;  // bytes; the announced size may be a lie

@@ -23,7 +23,7 @@ struct X11Announcement {
 };
 
 // Every announced owner is read; several are read at once when they follow each other closely, and
-// told in their order. An owner that has been replaced is given up after a tenth of a second
+// told in their order. An owner that has been replaced is given up after a quarter of a second
 // without progress; then what did arrive is told. Of the present one that is told after two
 // seconds, and told again with the rest, should that still come before another owner does.
 class X11SelectionReader {

@@ -270,8 +270,8 @@ TEST_F(X11PasteboardTest, WhatIsNoLongerWantedIsTakenAllTheSame) {
 TEST_F(X11PasteboardTest, LosesNoneOfManyQuickCopies) {
   constexpr int copies = 200;
   // Nobody can tell of a copy that was replaced before it could be asked for.
-  auto copying = std::async(std::launch::async, [this] {
-    std::deque<TestOwner> owners;
+  std::deque<TestOwner> owners;
+  auto copying = std::async(std::launch::async, [&] {
     for (int i = 0; i < copies; ++i) {
       owners.emplace_back(display(), TestOwner::Data{{"UTF8_STRING", "copy " + std::to_string(i)}});
       if (!owners.back().awaitReader()) return;
@@ -330,8 +330,9 @@ TEST_F(X11PasteboardTest, ACopyOvertakenByAnOwnWriteIsStillTold) {
     TestOwner slow(display(), {{"UTF8_STRING", longText(8 << 20)}}, slowAtFirst);
     EXPECT_TRUE(slow.awaitReader());
     const auto own = board->write(share("own"), known);
-    EXPECT_TRUE(pastes("UTF8_STRING", "own"));
+    EXPECT_TRUE(slow.awaitSuccessor());
     slow.resume();
+    EXPECT_TRUE(pastes("UTF8_STRING", "own"));
     queue.pumpUntil([&] { return board->changeCount() > own; });
     EXPECT_EQ(*board->contents().text, "own");
     EXPECT_EQ(board->contents().concealed, known) << "as it was written";

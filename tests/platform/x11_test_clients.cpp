@@ -101,11 +101,11 @@ TestOwner::~TestOwner() {
 
 void TestOwner::resume() { ::eventfd_write(resume_, 1); }
 
-bool TestOwner::awaitReader() const {
+bool TestOwner::await(const std::atomic<bool>& flag) {
   const auto end = X11Clock::now() + std::chrono::seconds(20);
-  while (!asked_ && X11Clock::now() < end)
+  while (!flag && X11Clock::now() < end)
     std::this_thread::sleep_for(std::chrono::microseconds(100));
-  return asked_;
+  return flag;
 }
 
 // What the owner's thread does.
@@ -114,7 +114,9 @@ class TestOwner::Service {
   Service(TestOwner& owner, X11Connection& x) : owner_(owner), x_(x), manners_(owner.manners_) {}
 
   void handle(X11Reply<xcb_generic_event_t> event) {
-    if (eventType(*event) == XCB_SELECTION_REQUEST) {
+    if (eventType(*event) == XCB_SELECTION_CLEAR) {
+      owner_.replaced_ = true;
+    } else if (eventType(*event) == XCB_SELECTION_REQUEST) {
       const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(*event);
       const std::array<xcb_atom_t, 1> asked{request.target};
       const auto names = x_.names(asked);
@@ -175,6 +177,7 @@ class TestOwner::Service {
 
   void sendPart(const Place& place) {
     Sending& state = sending_[place];
+    if (manners_.slow) std::this_thread::sleep_for(std::chrono::milliseconds(2));
     const std::string part = state.bytes->substr(state.sent, manners_.slow ? 1 : manners_.partSize);
     putBytes(x_, place.first, place.second, state.type, part);
     state.sent += part.size();

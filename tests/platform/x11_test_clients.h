@@ -36,7 +36,7 @@ class TestOwner {
     std::set<std::string> ignored;  // never answered
     std::size_t partSize = std::size_t{1} << 18;
     std::size_t stallAfter = SIZE_MAX;  // bytes of a transfer in parts
-    bool slow = false;                  // parts of one byte each
+    bool slow = false;                  // parts of one byte each, at leisure
   };
   using Data = std::map<std::string, std::string>;
 
@@ -46,7 +46,9 @@ class TestOwner {
 
   // Returns when somebody has asked for more than the list of types; what is answered at all has
   // been answered then. False when nobody does within 20 seconds.
-  bool awaitReader() const;
+  bool awaitReader() const { return await(asked_); }
+  // Returns when another one owns the clipboard; false when none does within 20 seconds.
+  bool awaitSuccessor() const { return await(replaced_); }
   // From now on it is neither silent nor slow, and goes on where it had stopped.
   void resume();
   // Whether somebody is being sent something in parts, and how many bytes have been sent so.
@@ -55,12 +57,14 @@ class TestOwner {
 
  private:
   class Service;
+  static bool await(const std::atomic<bool>& flag);
   void run(const std::string& display);
 
   const Data data_;
   const Manners manners_;
   std::atomic<bool> ready_ = false;
   std::atomic<bool> asked_ = false;
+  std::atomic<bool> replaced_ = false;
   std::atomic<std::size_t> sending_ = 0;
   std::atomic<std::size_t> sent_ = 0;
   int resume_;
