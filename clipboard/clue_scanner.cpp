@@ -7,6 +7,7 @@
 
 #include "clipboard/language_clues.h"
 #include "clipboard/line_reader.h"
+#include "clipboard/line_shapes.h"
 
 namespace marbelot {
 namespace {
@@ -14,24 +15,8 @@ namespace {
 // More of the same says little more.
 constexpr int kCountsAtMost = 3;
 
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
-bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isName(char c) {
-  return isLower(c) || isUpper(c) || isDigit(c) || c == '_' ||
-         static_cast<unsigned char>(c) >= 0x80;
-}
-
-std::size_t skipName(std::string_view line, std::size_t at) {
-  while (at < line.size() && isName(line[at])) ++at;
-  return at;
-}
-
-std::size_t skipBlanks(std::string_view line, std::size_t at) {
-  while (at < line.size() && isBlank(line[at])) ++at;
-  return at;
-}
+// What a table of literals is worth: beyond doubt, unless another language is.
+constexpr int kTable = 19;
 
 // A clue taken apart: what it begins with finds it, the rest is compared.
 struct CompiledClue {
@@ -96,14 +81,16 @@ class ClueIndex {
   std::vector<std::size_t> anyName_, anyFirstName_;
 };
 
-// Whether `pattern` stands at `at`.
-bool matches(std::string_view pattern, std::string_view line, std::size_t at, bool toTheEnd) {
+constexpr std::size_t kAnywhere = static_cast<std::size_t>(-1);
+
+// Whether `pattern` stands at `at`, and ends at `end` unless it may end anywhere.
+bool matches(std::string_view pattern, std::string_view line, std::size_t at, std::size_t end) {
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     switch (pattern[i]) {
       case '%': {
-        const std::size_t end = skipName(line, at);
-        if (end == at) return false;
-        at = end;
+        const std::size_t nameEnd = skipName(line, at);
+        if (nameEnd == at) return false;
+        at = nameEnd;
         break;
       }
       case ' ':
@@ -128,7 +115,7 @@ bool matches(std::string_view pattern, std::string_view line, std::size_t at, bo
         }
     }
   }
-  return !toTheEnd || at == line.size();
+  return end == kAnywhere || at == end || at == line.size();
 }
 
 class ClueScanner {
@@ -150,10 +137,24 @@ class ClueScanner {
         scores_.points[static_cast<std::size_t>(weight.language)] += weight.points * count;
       }
     }
+    scores_.isTable = literals_ >= 3 && literals_ * 4 >= scores_.lines * 3;
+    if (scores_.isTable) addTable();
     return scores_;
   }
 
  private:
+  // Tables of strings and names look alike in most languages: what else is there tells which it
+  // is, and where there is nothing else most are from Python.
+  void addTable() {
+    const auto* best = std::max_element(scores_.points.begin(), scores_.points.end());
+    auto language = static_cast<Language>(best - scores_.points.begin());
+    if (scores_.of(Language::javaScript) == *best) language = Language::javaScript;
+    const bool describes = language == Language::html || language == Language::css ||
+                           language == Language::json || language == Language::sql ||
+                           language == Language::shell;
+    add(*best > 0 && !describes ? language : Language::python, kTable);
+  }
+
   static const ClueIndex& sharedIndex() {
     static const ClueIndex index;
     return index;
@@ -215,6 +216,7 @@ class ClueScanner {
   void discardLines() {
     scores_.commentLines += scores_.lines;
     scores_.lines = scores_.proseLines = scores_.foreignLines = scores_.endedLines = 0;
+    scores_.taggedLines = literals_ = 0;
   }
 
   // Python's documentation. A piece may begin within it.
@@ -228,6 +230,7 @@ class ClueScanner {
       metLongString_ = true;
       return ends;
     }
+    codeEnd_ = line.size();
     count(line, 0, true);
     if (line.size() == quotes.size() && !metLongString_ && endsLongString(quotes)) {
       discardLines();
@@ -285,14 +288,19 @@ class ClueScanner {
     const CompiledClue& clue = index_.clues()[i];
     if (clue.atLineStart && !first) return;
     if (!clue.head.empty() || clue.headIsName) at = rest;
-    if (!matches(clue.rest, line, at, clue.atLineEnd)) return;
+    if (!matches(clue.rest, line, at, clue.atLineEnd ? codeEnd_ : kAnywhere)) return;
     if (counts_[i] < kCountsAtMost) ++counts_[i];
     metStartClue_ = metStartClue_ || clue.atLineStart;
   }
 
   void readCode(std::string_view line, std::size_t indent) {
     ++scores_.lines;
-    if (std::string_view(";{}").find(line.back()) != std::string_view::npos) ++scores_.endedLines;
+    codeEnd_ = endOfCode(line);
+    if (std::string_view(";{}").find(line[codeEnd_ - 1]) != std::string_view::npos) {
+      ++scores_.endedLines;
+    }
+    if (isLiterals(line)) ++literals_;
+    if (line.front() == '<' || line.back() == '>') ++scores_.taggedLines;
     if (colonIndent_ != kNoIndent && indent >= colonIndent_ + 2) addBlock(indent);
     colonIndent_ = opensColonBlock(line) ? indent : kNoIndent;
     metStartClue_ = false;
@@ -348,18 +356,6 @@ class ClueScanner {
     return !isName(before) && before != '&' && before != '<';
   }
 
-  static std::size_t closingQuote(std::string_view line, std::size_t open) {
-    const char quote = line[open];
-    for (std::size_t at = open + 1; at < line.size(); ++at) {
-      if (line[at] == '\\') {
-        ++at;
-      } else if (line[at] == quote) {
-        return at;
-      }
-    }
-    return line.npos;
-  }
-
   static bool opensColonBlock(std::string_view line) {
     if (line.back() != ':') return false;
     const std::string_view word = line.substr(0, skipName(line, 0));
@@ -374,42 +370,10 @@ class ClueScanner {
     if (blocks_++ < kCountsAtMost) add(Language::python, indent % 4 == 0 ? 3 : 1);
   }
 
-  // An assignment or a call with nothing to end it.
-  static bool isBareStatement(std::string_view line) {
-    std::size_t at = 0;
-    while (at < line.size() && (isName(line[at]) || line[at] == '.')) ++at;
-    const char last = line.back();
-    if (at == 0 || at == line.size() || last == ';' || last == '{' || last == ',') return false;
-    if (line[at] == '(') return last == ')';
-    at = skipBlanks(line, at);
-    if (at + 1 < line.size() && (line[at] == '+' || line[at] == '-')) ++at;
-    return at + 2 < line.size() && line[at] == '=' && isBlank(line[at + 1]);
-  }
-
   void addBare() {
     if (bare_++ >= kCountsAtMost) return;
     add(Language::python, 1);
     add(Language::ruby, 1);
-  }
-
-  // What opens a rule of a style sheet: classes, identities and elements, none of them a keyword's.
-  static bool isSelector(std::string_view line) {
-    if (line.size() < 3 || (line.back() != '{' && line.back() != ',')) return false;
-    if (line.find_first_of("()=;'\"<$@!&|") != line.npos) return false;
-    const bool classOrId = line.front() == '.' || line.front() == '#';
-    const bool nested = line.find(" .") != line.npos || line.find(" #") != line.npos ||
-                        line.find(" > ") != line.npos;
-    return (classOrId && isName(line[1])) || nested;
-  }
-
-  // Something.DoIt(: methods with capitals.
-  static bool holdsPascalCall(std::string_view line) {
-    for (std::size_t dot = line.find('.'); dot != line.npos; dot = line.find('.', dot + 1)) {
-      if (dot + 1 >= line.size() || !isUpper(line[dot + 1])) continue;
-      const std::size_t end = skipName(line, dot + 1);
-      if (end < line.size() && line[end] == '(' && isLower(line[end - 1])) return true;
-    }
-    return false;
   }
 
   void addPascalCall() {
@@ -424,11 +388,6 @@ class ClueScanner {
     scores_.points[static_cast<std::size_t>(language)] += points;
   }
 
-  static bool isForeign(std::string_view line) {
-    return line.starts_with("$ ") || line.starts_with("> ") || line.starts_with("- ") ||
-           line.starts_with("```") || line.starts_with("|") || line.starts_with("+---");
-  }
-
   static constexpr std::size_t kNoIndent = static_cast<std::size_t>(-1);
 
   const ClueIndex& index_;
@@ -437,6 +396,8 @@ class ClueScanner {
   ClueScores scores_;
   std::vector<std::string_view> comments_;  // without their markers
   std::string_view closer_;                 // what ends the comment or the long string that is open
+  std::size_t codeEnd_ = 0;                 // of the line that is read, before a comment
+  std::size_t literals_ = 0;                // lines of a table
   std::size_t colonIndent_ = kNoIndent;     // of the last line, if it ended in a colon
   int blocks_ = 0, bare_ = 0, selectors_ = 0, pascalCalls_ = 0;
   bool metLongString_ = false, metBlockComment_ = false;

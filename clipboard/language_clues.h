@@ -59,7 +59,9 @@ struct ClueScores {
   std::size_t proseLines = 0;    // of these, running text
   std::size_t foreignLines = 0;  // of these, what a terminal prints, or a list or quotation
   std::size_t endedLines = 0;    // of these, what a semicolon or a brace ends
+  std::size_t taggedLines = 0;   // of these, what a tag begins or ends
   std::size_t commentLines = 0;
+  bool isTable = false;  // mostly lists of literals
 
   int of(Language language) const { return points[static_cast<std::size_t>(language)]; }
 };

@@ -28,12 +28,19 @@ std::string_view leadingLines(std::string_view text) {
   return text.substr(0, lineEnd == text.npos ? kLookAt : lineEnd);
 }
 
+// A page: running text between tags, which mark at least a few of the lines.
+bool isPage(const ClueScores& scores) {
+  return scores.foreignLines == 0 && scores.commentLines < scores.lines &&
+         scores.taggedLines >= 2 && scores.taggedLines * 8 >= scores.lines;
+}
+
 // What it takes to be named: more for longer texts, which hold more chance clues, and more when
 // much of the text is running text or looks like a terminal.
-int neededPoints(const ClueScores& scores) {
+int neededPoints(const ClueScores& scores, Language language) {
   constexpr int kLeast = 4, kMost = 11;
   const auto perLines = static_cast<int>(std::min<std::size_t>(scores.lines / 4, kMost - kLeast));
   int needed = kLeast + perLines;
+  if (language == Language::html && isPage(scores)) return needed;
   const std::size_t plain = scores.proseLines + scores.foreignLines;
   if (plain * 3 > scores.lines) needed *= 2;
   if (plain * 3 > scores.lines * 2) needed *= 2;
@@ -57,7 +64,7 @@ std::array<Language, languageCount> ranked(const ClueScores& scores) {
 // seldom holds. What other texts have in common with a language does not count alone.
 bool standsAlone(Language language, const ClueScores& scores, std::string_view text) {
   if (scores.lines == 0 || scores.lines + scores.commentLines < 2) return false;
-  if (scores.of(language) < neededPoints(scores) * 3 / 2 + 2) return false;
+  if (scores.of(language) < neededPoints(scores, language) * 3 / 2 + 2) return false;
   switch (language) {
     case Language::shell:
       return scores.foreignLines * 3 <= scores.lines && !holdsPrompt(text);
@@ -89,12 +96,13 @@ std::optional<std::string_view> detectLanguage(std::string_view text) {
 
   const std::string_view head = leadingLines(trimmed);
   const ClueScores scores = weighClues(head);
+  if (scores.isTable && isJsonPiece(head)) return named(Language::json);
   const auto ranking = ranked(scores);
   const int best = scores.of(ranking.front());
   for (const Language language : ranking) {
     const int points = scores.of(language);
     // A close second is named when the first lacks its signal: they share most of their syntax.
-    if (points < neededPoints(scores) || points * 4 < best * 3) break;
+    if (points < neededPoints(scores, language) || points * 4 < best * 3) break;
     if (carriesSignal(language, head)) return named(language);
   }
   if (const auto language = interpreted(head)) return named(*language);

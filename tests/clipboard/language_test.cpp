@@ -119,5 +119,42 @@ TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
   }
 }
 
+// A few lines out of the middle, which the count of code lines would not know for code.
+TEST(LanguageDetector, KnowsTheMiddlesOfSources) {
+  const struct {
+    const char* text;
+    const char* language;
+  } kCases[] = {
+      {"at = parent\ncontinue\nbreak\nheap[at] = item", "Python"},
+      {"x = 5\ny = 6\nz = x + y", "Python"},
+      {"'red', 'green', 'blue', 'cyan',\n'teal', 'plum', 'mauve',\n'rose', 'sand']", "Python"},
+      {"const words = [\n  'one',\n  'two',\n  'three',\n  'four',", "JavaScript"},
+      {"  \"one\": 1,\n  \"two\": [2, 2],\n  \"three\": \"3\",\n  \"four\": null,", "JSON"},
+      {"{\"open\", shop_open},\n{\"close\", shop_close},\n{\"rent\", shop_rent},", "C"},
+      {"#define SHOP_OPEN 0x01\n#define SHOP_SHUT 0x02\n#define SHOP_SOLD 0x04\n\n"
+       "/* Kinds of shops */\n#define SHOP_BOOKS 1\n#define SHOP_BREAD 2\n#define SHOP_CHEESE 3",
+       "C"},
+      {"int width;   /* of the door */\nint height;  /* the same */\nint open;    /* or not */\n"
+       "int shut;    /* or so */",
+       "C"},
+      {"-q|--quiet)\n  quiet=t\n  ;;\n--loud)\n  quiet=\n  ;;\n*)\n  usage", "Shell"},
+      {"quiet=\nname=\nforce=\nexport name\n\n. lib-setup\nforce=t", "Shell"},
+      {"<p>\nWe keep the doors open until the last of our guests has gone home.\n</p>\n<p>\n"
+       "Nobody has ever been asked to leave before <em>midnight</em>, not even\nthe poets.\n</p>",
+       "HTML"},
+      // What only looks so.
+      {"name = Corner shop\nopen = 9-17\ncolour = dark green\nphone = none", ""},
+      {"NAME=shop\nOPEN=9\nCOLOUR=green", ""},
+      {"\"name\",\"open\",\"phone\"\n\"Ann\",\"9\",\"\"\n\"Bob\",\"10\",\"\"\n\"Cy\",\"8\",\"\"",
+       ""},
+      {"bread, cheese,\nwine, plums,\nsalt, flour,\neggs", ""},
+      {"She said \"no\",\nthen \"perhaps\",\nthen \"why not\",\nand so we went.", ""},
+      {"Put a <br> where the line\nends, and a <p> where the\nparagraph begins.", ""},
+  };
+  for (const auto& test : kCases) {
+    EXPECT_EQ(detectLanguage(test.text).value_or(""), test.language) << test.text;
+  }
+}
+
 }  // namespace
 }  // namespace marbelot

@@ -1,0 +1,43 @@
+// What single lines of code look like, without their blanks at both ends. Linear in the line.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace marbelot {
+
+inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
+inline bool isLower(char c) { return c >= 'a' && c <= 'z'; }
+inline bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+inline bool isName(char c) {
+  return isLower(c) || isUpper(c) || isDigit(c) || c == '_' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+std::size_t skipName(std::string_view line, std::size_t at);
+std::size_t skipBlanks(std::string_view line, std::size_t at);
+
+// Where the code of a line ends that a comment follows: "int a;  /* of it */".
+std::size_t endOfCode(std::string_view line);
+
+// The quote that closes the one at `open`, or npos.
+std::size_t closingQuote(std::string_view line, std::size_t open);
+
+// One or more literals or names, set apart by commas, with a string among them and with a comma or
+// a bracket at the end. A table of values is not spaced so.
+bool isLiterals(std::string_view line);
+
+// An assignment or a call with nothing to end it.
+bool isBareStatement(std::string_view line);
+
+// What opens a rule of a style sheet: classes, identities and elements, none of them a keyword's.
+bool isSelector(std::string_view line);
+
+// Something.DoIt(: methods with capitals.
+bool holdsPascalCall(std::string_view line);
+
+// What a terminal prints, or a list or quotation.
+bool isForeign(std::string_view line);
+
+}  // namespace marbelot
