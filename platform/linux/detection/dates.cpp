@@ -125,6 +125,16 @@ bool DateFinder::startsFreely(std::size_t at) const {
          text()[at - 2] != ':' && isAlpha(text()[at]);
 }
 
+// Whether a date or a time may go on with this word right behind its first number: most numbers in
+// running text count something, and that is seen before anything is read twice.
+bool mayFollowNumber(const Token& word) {
+  static const WordSet spaced("am pm a p uhr o'clock o’clock to and bis of");
+  static const WordSet joined("am pm a p uhr h t st nd rd th er e");
+  if ((word.spaced ? spaced : joined).has(word.lower)) return true;
+  const DateWord meaning = dateWord(word.lower);
+  return meaning.kind == Kind::month || meaning.kind == Kind::unit || word.lower == "day";
+}
+
 std::optional<Detection> DateFinder::examine(std::size_t trigger) {
   if (!startsFreely(trigger)) return std::nullopt;
   const Token first = tokenAt(text(), trigger);
@@ -136,7 +146,8 @@ std::optional<Detection> DateFinder::examine(std::size_t trigger) {
       return std::nullopt;
     }
     if (const Token second = tokenAt(text(), first.end());
-        second.isNumber() || second.kind == Token::Kind::newline) {
+        second.isNumber() || second.kind == Token::Kind::newline ||
+        (second.isWord() && !mayFollowNumber(second))) {
       return std::nullopt;
     }
     if (auto found = dayAndTime(trigger)) return found;

@@ -58,10 +58,14 @@ Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens) {
     token.kind = Token::Kind::number;
     token.lower = text.substr(start, end - start);
   } else if (isLetterAt(text, start, bytes)) {
-    token.capital = isAscii(text[start]) ? isUpper(text[start])
-                                         : text::isUppercase(text::scalarAt(text, start).value);
+    bool ascii = isAscii(text[start]);
+    token.capital =
+        ascii ? isUpper(text[start]) : text::isUppercase(text::scalarAt(text, start).value);
     while (end - start <= kLongestWord) {
       while (end < text.size() && isAlpha(text[end])) ++end;
+      const char after = end < text.size() ? text[end] : ' ';
+      if (isAscii(after) && after != '\'' && after != '-') break;
+      ascii = ascii && isAscii(after);
       if (isLetterAt(text, end, bytes)) {
         end += bytes;
       } else if (const std::size_t joiner = joinerAt(text, end, hyphens);
@@ -73,9 +77,9 @@ Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens) {
     }
     token.kind = Token::Kind::word;
     const std::string_view word = text.substr(start, end - start);
-    if (std::all_of(word.begin(), word.end(), isAscii)) {
+    if (ascii) {
       token.lower = word;
-      std::transform(word.begin(), word.end(), token.lower.begin(), lower);
+      for (char& c : token.lower) c = lower(c);
     } else {
       token.lower = text::lowercased(word);
     }
