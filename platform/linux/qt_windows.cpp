@@ -5,8 +5,10 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <cmath>
 
@@ -37,6 +39,20 @@ void centreOnScreen(QWidget& window) {
   window.move(frame.topLeft());
 }
 
+// A window may become narrower than its hints.
+class ElidedLabel : public QLabel {
+ public:
+  using QLabel::QLabel;
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    style()->drawItemText(
+        &painter, contentsRect(), static_cast<int>(alignment()), palette(), isEnabled(),
+        fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width()), foregroundRole());
+  }
+};
+
 }  // namespace
 
 ViewPane::ViewPane(Size designed, std::vector<View> views,
@@ -52,7 +68,7 @@ ViewPane::ViewPane(Size designed, std::vector<View> views,
 QWidget* ViewPane::make(const View& view) {
   switch (view.kind) {
     case ViewKind::label: {
-      auto* label = new QLabel(QString::fromStdString(view.text));
+      auto* label = new ElidedLabel(QString::fromStdString(view.text));
       label->setTextFormat(Qt::PlainText);
       label->setFont(qtFont(view.font));
       if (view.secondary) label->setForegroundRole(QPalette::PlaceholderText);
