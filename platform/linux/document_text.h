@@ -1,14 +1,16 @@
 // How a text is kept in a Qt document, and how the very same text is got back from it.
 //
-// Qt knows one kind of line break and lays out a line as a whole. So the document has, invisibly at
-// the end of a line, a mark that says which break follows it when that is not the text's ordinary
-// one, or that the line only goes on; over-long lines are cut in this way. The marks are characters
-// among others, so cutting, pasting and undoing carry them along. Two characters that Qt takes for
-// structure of its own have a mark in their place.
+// Qt knows one kind of line break and lays out a line as a whole. So each break of the document has
+// the kind that it stands for in its format: another break than the text's ordinary one, or none at
+// all where an over-long line was cut. A format belongs to its character, so cutting, undoing and
+// whatever else happens to the text carry it along, and no position lies between the two. Two
+// characters that Qt takes for structure of its own have another one in their place, which tells by
+// its format, too.
 #pragma once
 
 #include <QString>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <string>
 #include <string_view>
 
@@ -16,38 +18,37 @@ namespace marbelot {
 
 class DocumentText {
  public:
-  // The first of the characters that serve as marks: unassigned ones that show as nothing, and ones
-  // of private use for a text that holds those.
-  static constexpr char16_t invisibleMarks = 0xFFF0;
-  static constexpr char16_t otherMarks = 0xF8D0;
-
-  explicit DocumentText(char16_t firstMark = invisibleMarks) : first_(firstMark) {}
-
-  // What is taken next goes to that position in a document of this form.
+  // What is put in next goes to that position of the document.
   void startAt(const QTextBlock& block, int position) { column_ = position - block.position(); }
 
-  // The next piece of a text in document form, about `bytes` of it, taken off its start. False when
-  // it holds a mark, so that these marks cannot serve the text; the piece is whole for all that.
-  bool take(std::string_view& text, std::size_t bytes, QString& piece);
+  // Puts the next piece of a text in, about `bytes` of it, replacing what the cursor has selected.
+  // Returns the piece, which is taken off the start of the text.
+  std::string_view insert(std::string_view& text, std::size_t bytes, QTextCursor& at);
 
-  // Appends what the characters `from` to `to` of the block stand for, and the break behind them if
-  // `to` is beyond the block's last character.
-  void append(const QTextBlock& block, int from, int to, std::string& text) const;
+  // The breaks that are put in from now on do not change what the former ones stand for.
+  void settle() {
+    if (ordinary_ == Kind::none) ordinary_ = Kind::lf;
+  }
 
-  enum class Mark : char16_t { join, lf, crLf, cr, paragraph, frameBegin, frameEnd, count };
-  bool isMark(QChar c) const { return kindOf(c) < Mark::count; }
-  bool isJoin(QChar c) const { return kindOf(c) == Mark::join; }
+  // Appends what the document has between the two positions.
+  void append(const QTextDocument& document, int start, int end, std::string& text) const;
+
+  // An ordinary break, whatever stands around it.
+  static void breakLine(QTextCursor& at);
+  // The block goes on with the line of the one before it.
+  static bool continuesLine(const QTextBlock& block);
 
  private:
-  Mark kindOf(QChar c) const {
-    const auto offset = static_cast<char16_t>(c.unicode() - first_);
-    return offset < static_cast<char16_t>(Mark::count) ? static_cast<Mark>(offset) : Mark::count;
-  }
-  void endLine(Mark kind, QString& piece);
+  enum class Kind : char { none, lf, crLf, cr, paragraph, join, standIn };
+  static Kind kindOf(const QTextFormat& format);
+  static QTextCharFormat formatOf(Kind kind);
+  void endLine(Kind kind, QString& run, QTextCursor& at);
+  void appendLine(const QTextBlock& block, int from, int to, std::string& text) const;
+  void appendBreak(const QTextBlock& after, std::string& text) const;
 
-  char16_t first_;
-  Mark ordinary_ = Mark::count;  // the first break of the text; not known before that
-  int column_ = 0;               // UTF-16 units since the last break
+  Kind ordinary_ = Kind::none;  // the first break of the text; none before it is known
+  bool special_ = false;        // anything was put in that is not what it looks like
+  int column_ = 0;              // UTF-16 units since the last break
 };
 
 }  // namespace marbelot

@@ -109,7 +109,8 @@ void ViewPane::resizeEvent(QResizeEvent*) {
 
 bool ViewPane::eventFilter(QObject* watched, QEvent* event) {
   // A text keeps Return for itself; Control and Return press the default button.
-  if (event->type() == QEvent::KeyPress) {
+  const auto* text = dynamic_cast<TextView*>(watched);
+  if (event->type() == QEvent::KeyPress && !(text && text->keysWait())) {
     const auto* key = static_cast<QKeyEvent*>(event);
     const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
     if (isReturn && key->modifiers() & Qt::ControlModifier) {
@@ -140,8 +141,8 @@ void ViewPane::setText(const std::string& viewId, const SharedText& text) {
 }
 
 SharedText ViewPane::text(const std::string& viewId) const {
-  const QWidget* widget = find(viewId);
-  if (const auto* view = dynamic_cast<const TextView*>(widget)) return view->contents();
+  QWidget* widget = find(viewId);
+  if (auto* view = dynamic_cast<TextView*>(widget)) return view->contents();
   const auto* label = qobject_cast<const QLabel*>(widget);
   return share(label ? label->text().toStdString() : std::string());
 }

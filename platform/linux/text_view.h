@@ -3,9 +3,12 @@
 
 #include <QPlainTextEdit>
 #include <QTimer>
+#include <deque>
+#include <memory>
 #include <string_view>
 
 #include "platform/linux/document_text.h"
+#include "platform/linux/text_spans.h"
 #include "platform/window.h"
 
 namespace marbelot {
@@ -13,46 +16,53 @@ namespace marbelot {
 // The desktop's own font of that kind; points are pixels here.
 QFont qtFont(const Font& font);
 
-// Shows texts of any size at once: what does not fit into a moment is brought in piece by piece,
-// and until it is complete the text can be read but not edited.
+// Shows texts of any size at once: what does not fit into a moment is brought in piece by piece.
+// Until it is complete the text can be read; what is typed waits and comes after it.
 class TextView : public QPlainTextEdit {
  public:
   explicit TextView(const View& view);
   ~TextView() override;
 
-  // Nothing of the text before can be brought back by undoing.
-  void setContents(SharedText text);
+  // Nothing of the text before can be brought back by undoing. What is taken from a `concealed`
+  // text says so to other programs, and selecting alone does not offer it to them.
+  void setContents(SharedText text, bool concealed = false);
   // The text that was set as long as it is unchanged; else what the document stands for, to the
   // byte.
-  SharedText contents() const;
+  SharedText contents();
+
+  // What is typed now waits for a text that is still coming in.
+  bool keysWait() const { return editable_ && arriving_; }
 
  protected:
   QMimeData* createMimeDataFromSelection() const override;
   void insertFromMimeData(const QMimeData* source) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void inputMethodEvent(QInputMethodEvent* event) override;
 
  private:
   void startAfresh();
-  void bringIn();
+  void bringIn(SharedText text, bool pasting);
+  void bringIn(int milliseconds);
   void finish();
-  // The document's text, with what is still to come of one that is being pasted.
-  std::string wholeText() const;
-  std::string textBetween(int start, int end) const;
-  bool breakLine();
-  bool eraseAcrossMark(bool backwards);
+  void breakLine();
+  void stepOverCut(const QKeyEvent& event);
+  bool isSamePlace(int position, int other) const;
 
   const bool editable_;
   const double margin_;  // pixels
   SharedText original_;  // never null
+  bool concealed_ = false;
   DocumentText form_;
-  bool faithful_ = true;  // the document can be turned back into the text
+  mutable TextSpans spans_;
 
   // What is being brought in, and where.
   SharedText arriving_;
   std::string_view rest_;
   QTextCursor place_;
   bool pasting_ = false;
+  bool inserting_ = false;
   QTimer timer_;
+  std::deque<std::unique_ptr<QEvent>> waiting_;  // for that
 };
 
 }  // namespace marbelot
