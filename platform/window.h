@@ -82,9 +82,11 @@ class Window {
   virtual void center() = 0;
   virtual bool isVisible() const = 0;
   virtual void setTitle(const std::string& title) = 0;
-  virtual void setText(const std::string& viewId, const SharedText& text) = 0;
-  // The very text that was set as long as the user has not changed it; a changed one is put
-  // together, which takes about 5 ms per megabyte. Never null.
+  // What the user copies from a `concealed` text is marked so for other programs, too.
+  virtual void setText(const std::string& viewId, const SharedText& text, bool concealed) = 0;
+  void setText(const std::string& viewId, const SharedText& text) { setText(viewId, text, false); }
+  // The very text that was set as long as the user has not changed it; of a changed one, only what
+  // was changed is read from the view. Never null.
   virtual SharedText text(const std::string& viewId) const = 0;
   virtual void focus(const std::string& viewId) = 0;
 };

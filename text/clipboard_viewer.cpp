@@ -51,7 +51,7 @@ void ClipboardViewer::showClipboardViewer() {
   const PasteboardContents contents = platform_.pasteboard.contents();
   counting_.cancel();
   if (contents.text) {
-    viewerWindow->setText(viewerTextView, contents.text);
+    viewerWindow->setText(viewerTextView, contents.text, contents.concealed);
     showCounts(contents.text);
   } else {
     viewerWindow->setText(viewerTextView, share(noText(contents.types)));

@@ -62,7 +62,7 @@ void TextEditor::makeWindow() {
 void TextEditor::openEditor(const SharedText& text, const std::string& title, bool concealed) {
   concealed_ = concealed;
   if (!editTextWindow) makeWindow();
-  editTextWindow->setText(editTextView, text);
+  editTextWindow->setText(editTextView, text, concealed_);
   editTextWindow->setTitle(title);
   if (!editTextWindow->isVisible()) editTextWindow->center();
   editTextWindow->show();

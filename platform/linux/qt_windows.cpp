@@ -129,10 +129,10 @@ QWidget* ViewPane::find(const std::string& viewId) const {
   return found == widgets_.end() ? nullptr : found->second;
 }
 
-void ViewPane::setText(const std::string& viewId, const SharedText& text) {
+void ViewPane::setText(const std::string& viewId, const SharedText& text, bool concealed) {
   QWidget* widget = find(viewId);
   if (auto* view = dynamic_cast<TextView*>(widget)) {
-    view->setContents(text);
+    view->setContents(text, concealed);
   } else if (auto* label = qobject_cast<QLabel*>(widget)) {
     label->setText(QString::fromStdString(*text));
   } else if (auto* button = qobject_cast<QPushButton*>(widget)) {
@@ -189,8 +189,9 @@ class QtWindow : public Window {
   void setTitle(const std::string& title) override {
     pane_.setWindowTitle(QString::fromStdString(title));
   }
-  void setText(const std::string& viewId, const SharedText& text) override {
-    pane_.setText(viewId, text);
+  using Window::setText;
+  void setText(const std::string& viewId, const SharedText& text, bool concealed) override {
+    pane_.setText(viewId, text, concealed);
   }
   SharedText text(const std::string& viewId) const override { return pane_.text(viewId); }
   void focus(const std::string& viewId) override {

@@ -18,7 +18,7 @@ class ViewPane : public QWidget {
   ViewPane(Size designed, std::vector<View> views, std::function<void(const std::string&)> pressed);
 
   QWidget* find(const std::string& viewId) const;
-  void setText(const std::string& viewId, const SharedText& text);
+  void setText(const std::string& viewId, const SharedText& text, bool concealed);
   SharedText text(const std::string& viewId) const;
 
   std::function<void()> closed;  // called when the pane, as a window, was closed

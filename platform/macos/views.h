@@ -19,8 +19,9 @@ struct MadeView {
 // A button sends `pressed` to `target`, with the view's id as its identifier.
 MadeView makeView(const View& view, id target, SEL pressed);
 
-// The title or contents of `inner`.
-void setViewText(NSView* inner, NSString* text);
+// The title or contents of `inner`. Undoing does not bring back what it was before, and what is
+// copied from a `concealed` text is marked so.
+void setViewText(NSView* inner, NSString* text, bool concealed);
 NSString* viewText(NSView* inner);
 
 }  // namespace marbelot

@@ -4,6 +4,19 @@
 
 #include "platform/macos/conversions.h"
 
+@interface MarbelotTextView : NSTextView
+@property BOOL concealed;
+@end
+
+@implementation MarbelotTextView
+// For the pasteboard and for a drag alike.
+- (BOOL)writeSelectionToPasteboard:(NSPasteboard*)pasteboard types:(NSArray<NSString*>*)types {
+  if (![super writeSelectionToPasteboard:pasteboard types:types]) return NO;
+  if (self.concealed) [pasteboard setString:@"" forType:@"org.nspasteboard.ConcealedType"];
+  return YES;
+}
+@end
+
 namespace marbelot {
 namespace {
 
@@ -45,7 +58,8 @@ MadeView makeText(const View& view) {
   scroll.borderType = view.bordered ? NSBezelBorder : NSNoBorder;
 
   const NSSize size = scroll.contentSize;
-  NSTextView* text = [[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height)];
+  MarbelotTextView* text =
+      [[MarbelotTextView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height)];
   constexpr CGFloat kUnbounded = std::numeric_limits<float>::max();
   text.minSize = NSMakeSize(0, size.height);
   text.maxSize = NSMakeSize(kUnbounded, kUnbounded);
@@ -84,9 +98,14 @@ MadeView makeView(const View& view, id target, SEL pressed) {
   return made;
 }
 
-void setViewText(NSView* inner, NSString* text) {
-  if ([inner isKindOfClass:[NSTextView class]]) {
-    static_cast<NSTextView*>(inner).string = text;
+void setViewText(NSView* inner, NSString* text, bool concealed) {
+  if ([inner isKindOfClass:[MarbelotTextView class]]) {
+    MarbelotTextView* const view = static_cast<MarbelotTextView*>(inner);
+    // The steps that are recorded belong to the former text.
+    [view breakUndoCoalescing];
+    view.string = text;
+    [view.undoManager removeAllActions];
+    view.concealed = concealed;
   } else if ([inner isKindOfClass:[NSButton class]]) {
     static_cast<NSButton*>(inner).title = text;
   } else if ([inner isKindOfClass:[NSTextField class]]) {

@@ -118,9 +118,10 @@ class DescribedWindow final : public Window {
   void center() override { [window_ center]; }
   bool isVisible() const override { return window_.isVisible; }
   void setTitle(const std::string& title) override { window_.title = nsString(title); }
-  void setText(const std::string& viewId, const SharedText& text) override {
+  using Window::setText;
+  void setText(const std::string& viewId, const SharedText& text, bool concealed) override {
     @autoreleasepool {
-      setViewText(viewOf(viewId), text ? nsString(*text) : @"");
+      setViewText(viewOf(viewId), text ? nsString(*text) : @"", concealed);
     }
   }
   SharedText text(const std::string& viewId) const override {

@@ -156,7 +156,11 @@ class MemoryWindow : public Window {
   void center() override { ++centred; }
   bool isVisible() const override { return shown; }
   void setTitle(const std::string& title) override { description.title = title; }
-  void setText(const std::string& viewId, const SharedText& text) override { texts[viewId] = text; }
+  using Window::setText;
+  void setText(const std::string& viewId, const SharedText& text, bool isConcealed) override {
+    texts[viewId] = text;
+    concealed[viewId] = isConcealed;
+  }
   SharedText text(const std::string& viewId) const override;
   void focus(const std::string& viewId) override { focused = viewId; }
 
@@ -165,6 +169,7 @@ class MemoryWindow : public Window {
   void close();
 
   std::map<std::string, SharedText> texts;
+  std::map<std::string, bool> concealed;
   std::string focused;
   bool shown = false;
   int centred = 0;

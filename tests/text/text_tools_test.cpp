@@ -106,6 +106,9 @@ TEST_F(TextTools, ConcealedTextIsNotPreviewedUnlessTheUserWantsIt) {
   perform("editClipboardText");
   perform("saveEditorToClipboard:");
   EXPECT_TRUE(desk.pasteboard.contents().concealed);
+  perform("showClipboardViewer");
+  EXPECT_TRUE(desk.windows.find("editor")->concealed["editTextView"]) << "for what is copied there";
+  EXPECT_TRUE(desk.windows.find("viewer")->concealed["viewerTextView"]);
   desk.pasteboard.copyElsewhere(secret);
   desk.defaults.set("recordConcealedCopies", true);
   flattenTrim.refresh();
@@ -117,6 +120,7 @@ TEST_F(TextTools, ConcealedTextIsNotPreviewedUnlessTheUserWantsIt) {
   perform("editClipboardText");
   perform("saveEditorToClipboard:");
   EXPECT_FALSE(desk.pasteboard.contents().concealed);
+  EXPECT_FALSE(desk.windows.find("editor")->concealed["editTextView"]);
 }
 
 TEST_F(TextTools, FlattenAndTrimActOnTheClipboardOfThatMoment) {
