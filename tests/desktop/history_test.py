@@ -130,6 +130,19 @@ class HistoryTest(DesktopTest):
         stays(lambda: "sesame" not in self.program.ctl("menu", "--json").stdout.decode() and
               self.program.stored_texts() == ["A", "B", "A"], "kept secret", 0.8)
         self.assertNotIn("sesame", self.program.store.read_text())
+        # Nor when it is copied from a window that shows it, and to select it is not to offer it.
+        self.program.invoke("showClipboardViewer")
+        until(lambda: self.screen.run("xdotool", "getactivewindow", "getwindowname")
+              .stdout.startswith("Clipboard — 11".encode()), "viewer")
+        self.screen.run("xclip", "-selection", "primary", "-i", input=b"selected elsewhere",
+                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.screen.run("xdotool", "key", "ctrl+a", "ctrl+c")
+        until(lambda: self.screen.clipboard(HINT) == b"secret" and
+              self.screen.clipboard("TARGETS").find(b"SAVE_TARGETS") >= 0, "copied")
+        self.assertEqual(self.screen.run("xclip", "-selection", "primary", "-o").stdout, b"")
+        stays(lambda: "sesame" not in self.program.ctl("menu", "--json").stdout.decode() and
+              self.program.stored_texts() == ["A", "B", "A"], "kept secret", 0.8)
+        self.screen.run("xdotool", "key", "ctrl+w")
 
         key = "ghp_" + "Zx81Kq" * 6
         self.copy_text(f"token={key}")
