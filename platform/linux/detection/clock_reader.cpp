@@ -138,8 +138,7 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
                                PartOfDay part) {
   const Token first = tokenAt(text, at);
   if (const DateWord word = dateWord(first.lower); word.kind == DateWord::Kind::noon) {
-    if (style == ClockStyle::marked) return std::nullopt;
-    return Clock{first.end(), word.value, 0, -1, {}};
+    return Clock{first.end(), word.value, 0, -1, {}, false};
   }
   if (!first.isNumber() || first.range.length > 2) return std::nullopt;
   Clock clock;
@@ -149,6 +148,7 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
   bool marked = false;
   bool colon = false;
   bool dot = false;
+  bool length = false;
   const char mark = byteAt(text, clock.end);
   if (mark == ':' || mark == '.' || mark == 'h') {
     const int minute = twoDigits(text, clock.end + 1, 59);
@@ -159,8 +159,7 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
       dot = mark == '.';
       marked = mark == 'h';
     } else if (mark == 'h' && !isAlnum(byteAt(text, clock.end + 1))) {
-      if (style == ClockStyle::marked) return std::nullopt;  // may be a length of time
-      marked = true;
+      marked = length = true;  // "5h" may be a length of time
       ++clock.end;
     } else if (mark == ':' && isDigit(byteAt(text, clock.end + 1))) {
       return std::nullopt;  // 16:9
@@ -200,6 +199,7 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
         if (clock.hour % 12 > numberOf(last.lower) % 12 && half == Half::pm) half = Half::am;
         clock.hour = hourOf(clock.hour, half);
         clock.end = end;
+        clock.marked = true;
         return clock;
       }
     }
@@ -212,9 +212,9 @@ std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle
       marked || colon ? readZone(text, clock.end, clock.zone, spaced) : clock.end;
   marked = marked || (zone_end > clock.end && colon);
   clock.end = zone_end;
-  const bool enough =
-      marked || (colon && style != ClockStyle::marked) || (style == ClockStyle::hour && !dot);
+  const bool enough = marked || colon || (style == ClockStyle::hour && !dot);
   if (!enough || clock.hour > 23) return std::nullopt;
+  clock.marked = marked && !length;
   const char after = byteAt(text, clock.end);
   if (isAlnum(after) || after == ':' || after == '%' || after == '_') {
     if (!(after == ':' && !isDigit(byteAt(text, clock.end + 1)))) return std::nullopt;

@@ -14,15 +14,16 @@ struct Clock {
   std::size_t end = 0;  // bytes from the start of the text
   int hour = 0;
   int minute = 0;
-  int second = -1;   // -1: not given
-  std::string zone;  // "Z", "+02:00", or empty
+  int second = -1;      // -1: not given
+  std::string zone;     // "Z", "+02:00", or empty
+  bool marked = false;  // enough for a time wherever it stands
 };
 
-// What stands around decides how little is enough for a time.
+// What stands around decides how little is enough for a time. "pm", "Uhr", a zone and the like
+// mark one.
 enum class ClockStyle {
-  marked,  // only with "pm", "Uhr", a zone or the like
-  colon,   // "14:30" too
-  hour,    // "5" too
+  colon,  // "14:30", "5 pm"
+  hour,   // "5" too
 };
 
 std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle style,

@@ -2,7 +2,6 @@
 #include <array>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <ctime>
 #include <string>
 
@@ -33,22 +32,33 @@ local_days dayOf(const std::tm& local) {
                                    std::chrono::day(static_cast<unsigned>(local.tm_mday))));
 }
 
+void appendDigits(std::string& text, unsigned value, std::size_t digits) {
+  text.append(digits, '0');
+  for (std::size_t at = text.size(); value > 0 && digits > 0; --digits, value /= 10) {
+    text[--at] = static_cast<char>('0' + value % 10);
+  }
+}
+
 std::string isoDate(const year_month_day& date) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+  std::string text;
+  appendDigits(text, static_cast<unsigned>(static_cast<int>(date.year())), 4);
+  text += '-';
+  appendDigits(text, static_cast<unsigned>(date.month()), 2);
+  text += '-';
+  appendDigits(text, static_cast<unsigned>(date.day()), 2);
   return text;
 }
 
 std::string isoTime(const Clock& clock) {
-  char text[32];
-  std::snprintf(text, sizeof text, "T%02d:%02d", clock.hour, clock.minute);
-  std::string result = text;
+  std::string text = "T";
+  appendDigits(text, static_cast<unsigned>(clock.hour), 2);
+  text += ':';
+  appendDigits(text, static_cast<unsigned>(clock.minute), 2);
   if (clock.second >= 0) {
-    std::snprintf(text, sizeof text, ":%02d", clock.second);
-    result += text;
+    text += ':';
+    appendDigits(text, static_cast<unsigned>(clock.second), 2);
   }
-  return result + clock.zone;
+  return text + clock.zone;
 }
 
 constexpr std::array<bool, 256> kWordBytes = [] {
@@ -127,9 +137,13 @@ bool DateFinder::startsFreely(std::size_t at) const {
 
 // Whether a date or a time may go on with this word right behind its first number: most numbers in
 // running text count something, and that is seen before anything is read twice.
-bool mayFollowNumber(const Token& word) {
-  static const WordSet spaced("am pm a p uhr o'clock o’clock to and bis of");
-  static const WordSet joined("am pm a p uhr h t st nd rd th er e");
+bool mayFollowNumber(std::string_view text, const Token& word) {
+  // "5 p.m."
+  if (word.range.length == 1 && (word.lower == "a" || word.lower == "p")) {
+    return text.substr(word.end(), 1) == ".";
+  }
+  static const WordSet spaced("am pm uhr o'clock o’clock to and bis of");
+  static const WordSet joined("am pm uhr h t st nd rd th er e");
   if ((word.spaced ? spaced : joined).has(word.lower)) return true;
   const DateWord meaning = dateWord(word.lower);
   return meaning.kind == Kind::month || meaning.kind == Kind::unit || word.lower == "day";
@@ -147,7 +161,7 @@ std::optional<Detection> DateFinder::examine(std::size_t trigger) {
     }
     if (const Token second = tokenAt(text(), first.end());
         second.isNumber() || second.kind == Token::Kind::newline ||
-        (second.isWord() && !mayFollowNumber(second))) {
+        (second.isWord() && !mayFollowNumber(text(), second))) {
       return std::nullopt;
     }
     if (auto found = dayAndTime(trigger)) return found;
@@ -231,7 +245,7 @@ std::optional<Detection> DateFinder::timeAndDay(std::size_t at) const {
       return date(at, day->end, isoDate(day->date) + isoTime(shifted));
     }
   }
-  if (!readClock(text(), at, ClockStyle::marked) && !followsTimeWord(at)) return std::nullopt;
+  if (!clock->marked && !followsTimeWord(at)) return std::nullopt;
   local_days day = days_.today();
   if (clock->hour * 60 + clock->minute <= local_.tm_hour * 60 + local_.tm_min) day += days(1);
   return date(at, clock->end, isoDate(year_month_day(day)) + isoTime(*clock));
@@ -269,7 +283,7 @@ std::optional<Detection> DateFinder::distance(const Token& first) const {
   }
   if (unit_word.value == kMinute || unit_word.value == kHour) {
     const std::tm then = localTime(now_ + value * (unit_word.value == kHour ? 3600.0 : 60.0));
-    const Clock clock{end, then.tm_hour, then.tm_min, -1, {}};
+    const Clock clock{end, then.tm_hour, then.tm_min, -1, {}, true};
     return date(first.range.start, end, isoDate(year_month_day(dayOf(then))) + isoTime(clock));
   }
   year_month_day then(days_.today());
