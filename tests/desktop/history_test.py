@@ -80,7 +80,9 @@ class HistoryTest(DesktopTest):
             series(prefix)
             expected = [f"{prefix}{number}" for number in range(1, COPIES + 1)]
             last = expected[-1:]
-            until(lambda: self.program.stored("concatBuffer")[-1:] == last, "last one collected")
+            # Collected and recorded in two steps.
+            until(lambda: self.program.stored("concatBuffer")[-1:] == last and
+                  self.program.stored_texts()[:1] == last, "last one recorded")
             self.assertEqual(self.program.stored("concatBuffer"), expected)
             self.assertEqual(self.program.stored_texts(), expected[:-LIMIT - 1:-1])
 

@@ -40,6 +40,11 @@ class TestQueue final : public MainQueue {
       for (const auto& each : work) each();
     }
   }
+  // Waits until something is posted, and runs nothing; false when that takes over 20 seconds.
+  bool awaitPost() {
+    std::unique_lock lock(mutex_);
+    return wake_.wait_for(lock, std::chrono::seconds(20), [this] { return !posted_.empty(); });
+  }
   void pumpFor(std::chrono::milliseconds time) {
     pumpUntil([] { return false; }, time);
   }

@@ -49,14 +49,6 @@ std::string encoded(const QImage& image, const char* format) {
   return bytes.toStdString();
 }
 
-void xclip(const std::string& display, const std::string& text) {
-  const std::string command = "xclip -display " + display + " -selection clipboard >/dev/null 2>&1";
-  FILE* pipe = ::popen(command.c_str(), "w");
-  ASSERT_NE(pipe, nullptr);
-  std::fwrite(text.data(), 1, text.size(), pipe);
-  ASSERT_EQ(::pclose(pipe), 0);
-}
-
 const TestOwner::Manners slowAtFirst{{}, {}, 1 << 16, SIZE_MAX, true};
 
 class X11PasteboardTest : public testing::Test {
@@ -314,8 +306,9 @@ TEST_F(X11PasteboardTest, CountsOwnWritesOnceAndAtOnce) {
   ASSERT_EQ(board->changesSince(before).size(), 1u) << "told once, but for the present one";
 
   // Known to the thread but not yet to us: it came first, and keeps the lower count.
-  xclip(display(), "foreign");
-  std::this_thread::sleep_for(100ms);
+  queue.pumpFor(0ms);
+  const TestOwner foreign(display(), {{"UTF8_STRING", "foreign"}});
+  EXPECT_TRUE(queue.awaitPost());
   EXPECT_EQ(board->write(share("three")), before + 4);
   const auto both = board->changesSince(before + 2);
   ASSERT_EQ(both.size(), 2u);
