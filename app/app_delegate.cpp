@@ -46,6 +46,7 @@ AppDelegate::AppDelegate(Platform& platform)
   access_.onProbed = [this] {
     if (watcher) watcher->check();
   };
+  historyMenus_.onReveal = [this](const SharedText& text) { viewer_.showText(text, "Full value"); };
   analyses_.onArrival = [this] { rebuildMenu(); };
 }
 

@@ -13,9 +13,6 @@ namespace {
 
 constexpr const char* fileFailure = "Couldn't save image to a file";
 
-// A secret is short; what is shown of anything longer must not hold up the dialog.
-constexpr std::size_t revealedBytes = std::size_t{64} << 10;
-
 void addClear(Menu& menu) {
   menu.addSeparator();
   menu.add("Clear clipboard history", "clearClipHistory");
@@ -221,22 +218,7 @@ void HistoryMenus::setClipTypeFilter(const MenuItem& sender) {
 
 void HistoryMenus::revealClipValue(const MenuItem& sender) {
   const SharedText value = textFor(sender);
-  if (!value) return;
-  View view;
-  view.id = "value";
-  view.kind = ViewKind::text;
-  view.frame = {0, 0, 420, 120};
-  view.font.monospaced = true;
-  view.bordered = true;
-  view.text =
-      value->size() <= revealedBytes ? *value : text::sanitized(value->substr(0, revealedBytes));
-  Alert alert;
-  alert.message = "Full value";
-  if (value->size() > revealedBytes)
-    alert.informative = "The first 64 KB of " + byteCountTitle(value->size()) + ".";
-  alert.buttons = {"OK"};
-  alert.accessory = {std::move(view)};
-  platform_.dialogs.present(std::move(alert), [](const AlertAnswer&) {});
+  if (value && onReveal) onReveal(value);
 }
 
 void HistoryMenus::revealClipHistory(const MenuItem& sender) {

@@ -26,6 +26,9 @@ class HistoryMenus {
   HistoryMenus(Platform& platform, Shell& shell, ActionTable& actions, ClipboardHistory& history,
                TextAnalyses& analyses);
 
+  // Given the full text of an entry whose title shows it masked.
+  std::function<void(const SharedText& text)> onReveal;
+
   std::shared_ptr<Menu> clipboardHistoryMenu();
   std::shared_ptr<Menu> clipboardByTypeMenu();
 

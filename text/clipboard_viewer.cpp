@@ -46,19 +46,27 @@ void ClipboardViewer::makeWindow() {
   viewerWindow = platform_.windows.create(std::move(window));
 }
 
-void ClipboardViewer::showClipboardViewer() {
+void ClipboardViewer::present(const SharedText& text, bool concealed) {
   if (!viewerWindow) makeWindow();
-  const PasteboardContents contents = platform_.pasteboard.contents();
   counting_.cancel();
-  if (contents.text) {
-    viewerWindow->setText(viewerTextView, contents.text, contents.concealed);
-    showCounts(contents.text);
-  } else {
-    viewerWindow->setText(viewerTextView, share(noText(contents.types)));
-    viewerWindow->setTitle("Clipboard — no text");
-  }
+  viewerWindow->setText(viewerTextView, text, concealed);
   viewerWindow->center();
   viewerWindow->show();
+}
+
+void ClipboardViewer::showClipboardViewer() {
+  const PasteboardContents contents = platform_.pasteboard.contents();
+  present(contents.text ? contents.text : share(noText(contents.types)), contents.concealed);
+  if (contents.text) {
+    showCounts(contents.text);
+  } else {
+    viewerWindow->setTitle("Clipboard — no text");
+  }
+}
+
+void ClipboardViewer::showText(const SharedText& text, const std::string& title) {
+  present(text, false);
+  viewerWindow->setTitle(title);
 }
 
 void ClipboardViewer::showCounts(const SharedText& text) {

@@ -16,12 +16,15 @@ class ClipboardViewer {
 
   // Shows the clipboard as it is now; later changes are not followed.
   void showClipboardViewer();
+  // Shows a text that is not the clipboard's.
+  void showText(const SharedText& text, const std::string& title);
 
   std::unique_ptr<Window> viewerWindow;  // made on first use
   const std::string viewerTextView = "viewerTextView";
 
  private:
   void makeWindow();
+  void present(const SharedText& text, bool concealed);
   void showCounts(const SharedText& text);
 
   Platform& platform_;

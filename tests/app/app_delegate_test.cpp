@@ -205,6 +205,8 @@ TEST_F(AppDelegateTest, SecretsAndConcealedCopiesStayOutOfTheMenu) {
   EXPECT_EQ(json.find(secret), std::string::npos);
   EXPECT_EQ(json.find("concealed one"), std::string::npos);
   EXPECT_NE(json.find("Xk9#***vLwe"), std::string::npos) << json;
+  desktop_.application.requests.invokeAction("revealClipValue:", "0");
+  EXPECT_EQ(*desktop_.windows.find("viewer")->text("viewerTextView"), secret);
   // What is made of it is withheld as well, once and again.
   for (const char* row : {"Trim left (leading)", "Trim right (trailing)"}) {
     choose({"Trim clipboard", row});
