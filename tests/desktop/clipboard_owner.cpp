@@ -41,12 +41,16 @@ class Owner {
   bool serveUntil(Clock::time_point end, bool onlyUntilAsked = false) {
     asked_ = false;
     for (;;) {
+      // Writing may read, and what is in the library's queue no longer wakes poll().
+      xcb_flush(client_.connection());
+      bool any = false;
       while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(client_.connection())}) {
+        any = true;
         if (eventType(*event) == XCB_SELECTION_CLEAR) return false;
         if (eventType(*event) == XCB_SELECTION_REQUEST)
           answer(*reinterpret_cast<const xcb_selection_request_event_t*>(event.get()));
       }
-      xcb_flush(client_.connection());
+      if (any) continue;
       if (asked_ && onlyUntilAsked) return true;
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
       if (left <= 0 || xcb_connection_has_error(client_.connection())) return true;

@@ -49,8 +49,13 @@ void PrivateServer::kill() {
 
 namespace {
 
-void waitFor(X11Connection& x, std::initializer_list<int> others, int milliseconds) {
+// Flushes first: writing may read, and what is in the library's queue no longer wakes poll().
+X11Reply<xcb_generic_event_t> nextEvent(X11Connection& x) {
   xcb_flush(x.get());
+  return X11Reply<xcb_generic_event_t>(xcb_poll_for_event(x.get()));
+}
+
+void waitFor(X11Connection& x, std::initializer_list<int> others, int milliseconds) {
   std::vector<pollfd> watched{{x.descriptor(), POLLIN, 0}};
   for (const int other : others) watched.push_back({other, POLLIN, 0});
   ::poll(watched.data(), watched.size(), milliseconds);
@@ -208,7 +213,7 @@ void TestOwner::run(const std::string& display) {
   while (x.alive() && ::poll(quit.data(), 1, 0) == 0) {
     eventfd_t resumed = 0;
     if (::eventfd_read(resume_, &resumed) == 0) service.resume();
-    X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
+    auto event = nextEvent(x);
     if (event)
       service.handle(std::move(event));
     else
@@ -243,7 +248,7 @@ void TestManager::run(bool deaf) {
   ready_.notify_one();
   std::array<pollfd, 1> quit{{{quit_, POLLIN, 0}}};
   while (x.alive() && ::poll(quit.data(), 1, 0) == 0) {
-    const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
+    const auto event = nextEvent(x);
     if (!event) {
       waitFor(x, {quit_}, -1);
       continue;
@@ -278,7 +283,7 @@ std::optional<std::string> paste(const std::string& display, const std::string& 
   bool inParts = false;
   const auto deadline = X11Clock::now() + std::chrono::seconds(20);
   while (X11Clock::now() < deadline) {
-    const X11Reply<xcb_generic_event_t> event(xcb_poll_for_event(x.get()));
+    const auto event = nextEvent(x);
     if (!event) {
       waitFor(x, {}, 1000);
       continue;
