@@ -28,7 +28,7 @@ namespace marbelot {
 class AppDelegate : private Shell, private MenuDelegate {
  public:
   explicit AppDelegate(Platform& platform);
-  ~AppDelegate();
+  ~AppDelegate() override;
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
