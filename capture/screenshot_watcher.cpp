@@ -57,17 +57,19 @@ ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
                                      std::function<void(const std::string&)> copied)
     : platform_(platform), path(std::move(folder)), onCopy(std::move(copied)) {
   seeding_ = platform_.queue.inBackground(
-      [folder = path, began = now()] {
+      [folder = path, began = now() - fileTimeTick] {
         const auto names = files::list(folder);
         if (!names) return Seed{began, std::nullopt, {}};
-        return Seed{began, files::folderIdentity(folder), pathsFromBefore(began, folder, *names)};
+        Seed seed{began, files::folderIdentity(folder), pathsFromBefore(began, folder, *names)};
+        seed.holdsNew = seed.paths.size() < names->size();
+        return seed;
       },
       [this](const Seed& seed) {
         seen.insert(seed.paths.begin(), seed.paths.end());
         folder_ = seed.folder;
         if (!folder_) unlisted_ = seed.time;
         seeded_ = true;
-        if (changedBeforeSeeding_) rescan();
+        if (changedBeforeSeeding_ || seed.holdsNew) rescan();
       });
 }
 

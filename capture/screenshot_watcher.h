@@ -32,6 +32,7 @@ class ScreenshotWatcher {
     double time = 0;  // before the listing
     std::optional<files::FolderIdentity> folder;
     std::vector<std::string> paths;
+    bool holdsNew = false;  // saved since then, perhaps before anybody watched
   };
   struct Attempt {
     int number = 0;          // 0 while the file is being written
