@@ -69,7 +69,7 @@ ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
         folder_ = seed.folder;
         if (!folder_) unlisted_ = seed.time;
         seeded_ = true;
-        if (changedBeforeSeeding_ || seed.holdsNew) rescan();
+        if (changedBeforeSeeding_ || (stream && seed.holdsNew)) rescan();
       });
 }
 
