@@ -9,6 +9,9 @@
 
 namespace marbelot {
 
+// The type by whose value, "secret", KDE's programs say so.
+inline constexpr std::string_view passwordHint = "x-kde-passwordManagerHint";
+
 inline constexpr std::array<std::string_view, 8> concealedTypes{
     "org.nspasteboard.ConcealedType",
     "org.nspasteboard.TransientType",

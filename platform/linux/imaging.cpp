@@ -14,24 +14,14 @@
 #include <climits>
 #include <string>
 
+#include "platform/linux/descriptor.h"
+
 namespace marbelot {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr auto timeLimit = std::chrono::seconds(30);
 constexpr std::size_t outputLimit = std::size_t{2} << 30;  // bytes
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() { ::close(value_); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return value_; }
-
- private:
-  int value_;
-};
 
 // Beside this program, in the libexec folder of its installation, or wherever PATH finds it.
 std::string helperPath() {

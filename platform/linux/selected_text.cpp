@@ -3,21 +3,23 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
+#include "platform/concealed_types.h"
+
 namespace marbelot {
 namespace {
 
 const QString plainText = QStringLiteral("text/plain");
 // Clipboard managers leave out what has this.
-const QString passwordHint = QStringLiteral("x-kde-passwordManagerHint");
+const QString secretHint = QString::fromUtf8(passwordHint.data(), passwordHint.size());
 
 }  // namespace
 
 QStringList SelectedText::formats() const {
-  return concealed_ ? QStringList{plainText, passwordHint} : QStringList{plainText};
+  return concealed_ ? QStringList{plainText, secretHint} : QStringList{plainText};
 }
 
 QVariant SelectedText::retrieveData(const QString& format, QMetaType type) const {
-  if (concealed_ && format == passwordHint) return QByteArray("secret");
+  if (concealed_ && format == secretHint) return QByteArray("secret");
   if (format != plainText) return {};
   QByteArray bytes;
   bytes.reserve(static_cast<qsizetype>(sizeOf(parts_)));

@@ -23,9 +23,6 @@ struct FreeDeleter {
 template <class T>
 using X11Reply = std::unique_ptr<T, FreeDeleter>;
 
-// By which KDE's programs say "secret" of what they put on the clipboard.
-inline constexpr std::string_view passwordHint = "x-kde-passwordManagerHint";
-
 class X11Connection {
  public:
   // An empty `display` means the one of the environment. Never fails: see alive(). Not to be called

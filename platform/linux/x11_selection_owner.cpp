@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "platform/concealed_types.h"
 #include "platform/text.h"
 
 namespace marbelot {
