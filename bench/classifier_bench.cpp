@@ -11,9 +11,9 @@
 #include <memory>
 #include <string>
 
-#include "clipboard/classifier.h"
-#include "clipboard/code_lines.h"
-#include "clipboard/line_counts.h"
+#include "classification/classifier.h"
+#include "classification/code_lines.h"
+#include "classification/line_counts.h"
 
 namespace {
 

@@ -21,8 +21,8 @@
 #include <utility>
 #include <vector>
 
-#include "clipboard/classifier.h"
-#include "clipboard/secret_scanner.h"
+#include "classification/classifier.h"
+#include "classification/secret_scanner.h"
 #include "tests/support/secret_expressions.h"
 
 namespace {

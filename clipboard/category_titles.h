@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "clipboard/classifier.h"
+#include "classification/classifier.h"
 
 namespace marbelot {
 

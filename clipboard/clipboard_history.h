@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "clipboard/classifier.h"
+#include "classification/classifier.h"
 #include "clipboard/clip_item.h"
 #include "clipboard/image_file.h"
 #include "platform/platform.h"

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "clipboard/classifier.h"
+#include "classification/classifier.h"
 #include "platform/main_queue.h"
 #include "platform/value.h"
 

@@ -1,6 +1,6 @@
 #include "text/flatten_trim_menus.h"
 
-#include "clipboard/classifier.h"
+#include "classification/classifier.h"
 #include "platform/text.h"
 #include "text/large_text.h"
 #include "text/masked_title.h"

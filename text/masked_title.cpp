@@ -1,6 +1,6 @@
 #include "text/masked_title.h"
 
-#include "clipboard/classifier.h"
+#include "classification/classifier.h"
 #include "platform/text.h"
 #include "text/flatten_trim.h"
 

@@ -9,7 +9,7 @@
 #include <charconv>
 #include <cstdio>
 
-#include "clipboard/classifier.h"
+#include "classification/classifier.h"
 #include "platform/detection.h"
 #include "platform/text.h"
 #include "text/flatten_trim.h"

@@ -1,0 +1,349 @@
+// Which tokens of a text look like passwords. Every token is read once or twice and given up after
+// 128 characters; the tokens of ordinary prose are told by their bytes alone.
+#include "classification/password_tokens.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <cstdint>
+
+#include "classification/classifier.h"
+#include "platform/text.h"
+
+namespace marbelot {
+namespace {
+
+constexpr std::size_t kLongestSecret = 128;
+constexpr std::string_view kEdgePunctuation = "\"'`.,;:()[]{}<>=";
+
+constexpr std::array<bool, 256> kIsEdge = [] {
+  std::array<bool, 256> edges{};
+  for (const char c : kEdgePunctuation) edges[static_cast<unsigned char>(c)] = true;
+  return edges;
+}();
+
+bool isEdgePunctuation(char c) { return kIsEdge[static_cast<unsigned char>(c)]; }
+
+// What a character is to the tests.
+enum : std::uint8_t { kLower = 1, kUpper = 2, kDigit = 4, kSymbol = 8, kLetter = 16 };
+
+constexpr std::array<std::uint8_t, 128> kAsciiTraits = [] {
+  std::array<std::uint8_t, 128> traits{};
+  for (unsigned c = 0; c < 128; ++c) {
+    if (c >= 'a' && c <= 'z') {
+      traits[c] = kLower | kLetter;
+    } else if (c >= 'A' && c <= 'Z') {
+      traits[c] = kUpper | kLetter;
+    } else if (c >= '0' && c <= '9') {
+      traits[c] = kDigit;
+    } else {
+      traits[c] = kSymbol;
+    }
+  }
+  return traits;
+}();
+
+bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
+std::uint8_t traitsOf(char32_t c) {
+  if (c < 128) return kAsciiTraits[c];
+  const bool letter = text::isLetter(c), number = text::isNumber(c);
+  unsigned traits = 0;
+  if (letter) {
+    traits |= kLetter;
+    if (text::isLowercase(c)) traits |= kLower;
+    if (text::isUppercase(c)) traits |= kUpper;
+  }
+  if (number) traits |= kDigit;
+  if (!letter && !number) traits |= kSymbol;
+  return static_cast<std::uint8_t>(traits);
+}
+
+// The scalars of two bytes (Latin, Greek, Cyrillic, Hebrew, Arabic …), so that prose in these
+// scripts costs a look-up per letter.
+std::uint8_t quickTraitsOf(char32_t c) {
+  constexpr char32_t kEnd = 0x800;
+  static const std::array<std::uint8_t, kEnd> table = [] {
+    std::array<std::uint8_t, kEnd> traits{};
+    for (char32_t scalar = 0; scalar < kEnd; ++scalar) traits[scalar] = traitsOf(scalar);
+    return traits;
+  }();
+  return c < kEnd ? table[c] : traitsOf(c);
+}
+
+// What both tests want to know about the characters of a trimmed token.
+struct Characters {
+  std::size_t count = 0;
+  std::size_t distinct = 0;
+  unsigned present = 0;       // the traits that occur
+  bool consonantRun = false;  // four letters in a row, none a vowel
+  bool letterAfterNumber = false;
+
+  int classes() const { return static_cast<int>(std::bitset<4>(present & 15).count()); }
+};
+
+class CharacterReader {
+ public:
+  void add(std::uint8_t traits, bool vowel) {
+    ++seen_.count;
+    seen_.present |= traits;
+    const bool letter = traits & kLetter;
+    if (letter && afterNumber_) seen_.letterAfterNumber = true;
+    afterNumber_ = traits & kDigit;
+    run_ = letter && !vowel ? run_ + 1 : 0;
+    if (run_ >= 4) seen_.consonantRun = true;
+  }
+  const Characters& seen() const { return seen_; }
+
+ private:
+  Characters seen_;
+  int run_ = 0;
+  bool afterNumber_ = false;
+};
+
+bool isVowel(char c) { return std::string_view("aeiouAEIOU").find(c) != std::string_view::npos; }
+
+Characters readAscii(std::string_view token) {
+  CharacterReader reader;
+  std::bitset<128> distinct;
+  for (const char c : token) {
+    reader.add(kAsciiTraits[static_cast<unsigned char>(c)], isVowel(c));
+    distinct.set(static_cast<unsigned char>(c));
+  }
+  Characters seen = reader.seen();
+  seen.distinct = distinct.count();
+  return seen;
+}
+
+// Reads at most one character more than a secret can have.
+Characters readClusters(std::string_view token) {
+  CharacterReader reader;
+  std::array<std::string_view, kLongestSecret + 1> clusters;
+  std::size_t count = 0;
+  while (!token.empty() && count < clusters.size()) {
+    const std::size_t bytes = text::prefixBytes(token, 1);
+    const char32_t first = text::scalarAt(token, 0).value;
+    reader.add(quickTraitsOf(first), first < 128 && isVowel(static_cast<char>(first)));
+    clusters[count++] = token.substr(0, bytes);
+    token.remove_prefix(bytes);
+  }
+  const auto end = clusters.begin() + static_cast<std::ptrdiff_t>(count);
+  std::sort(clusters.begin(), end);
+  Characters seen = reader.seen();
+  seen.distinct = static_cast<std::size_t>(std::unique(clusters.begin(), end) - clusters.begin());
+  return seen;
+}
+
+bool isStrongPassword(const Characters& seen) {
+  return seen.count >= 8 && seen.count <= kLongestSecret && seen.classes() >= 3 &&
+         seen.distinct > 5;
+}
+
+bool isRandomString(const Characters& seen) {
+  if (seen.count < 10 || seen.count > kLongestSecret) return false;
+  if (!(seen.present & kLetter)) return false;
+  if (!(seen.present & kSymbol) && !(seen.present & kDigit)) return false;
+  return seen.distinct * 2 >= seen.count && (seen.consonantRun || seen.letterAfterNumber);
+}
+
+// Skips the scalars that `wanted` accepts; returns how many.
+template <typename Wanted>
+std::size_t skip(std::string_view& token, Wanted wanted) {
+  std::size_t count = 0;
+  while (!token.empty()) {
+    const text::Scalar scalar = text::scalarAt(token, 0);
+    if (!wanted(scalar.value)) break;
+    token.remove_prefix(scalar.bytes);
+    ++count;
+  }
+  return count;
+}
+
+bool isAsciiLetter(char32_t c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+// ^[vV]?\d+([.\-_]\d+){1,}([.\-_][A-Za-z][A-Za-z0-9]*)?$ where the end may be before a line end.
+bool isVersionNumber(std::string_view token) {
+  if (!token.empty()) {
+    const text::Scalar last = text::scalarBefore(token, token.size());
+    if (!text::isBlank(last.value) && text::isBlankOrNewline(last.value)) {
+      token.remove_suffix(last.bytes);
+    }
+  }
+  const auto takeSeparator = [&token] {
+    if (token.empty() || std::string_view(".-_").find(token.front()) == std::string_view::npos) {
+      return false;
+    }
+    token.remove_prefix(1);
+    return true;
+  };
+  if (!token.empty() && (token.front() == 'v' || token.front() == 'V')) token.remove_prefix(1);
+  if (skip(token, text::isDecimalDigit) == 0) return false;
+  for (int groups = 0; !token.empty(); ++groups) {
+    if (!takeSeparator()) return false;
+    if (skip(token, text::isDecimalDigit) > 0) continue;
+    if (groups == 0 || skip(token, isAsciiLetter) == 0) return false;
+    skip(token, [](char32_t c) { return isAsciiLetter(c) || (c >= '0' && c <= '9'); });
+    return token.empty();
+  }
+  return false;
+}
+
+// A cheap no for nearly every word of prose: too short, or of too few classes whatever its
+// characters are. A character has at least one scalar and takes its traits from one of them.
+bool cannotBeSecret(std::string_view token) {
+  if (token.size() < 8) return true;
+  // Every character takes one scalar at least, and at most two of ASCII (CR LF).
+  constexpr std::size_t kTooLong = 2 * kLongestSecret;
+  unsigned present = 0;
+  std::size_t scalars = 0, ascii = 0;
+  for (std::size_t at = 0; at < token.size();) {
+    if (isAscii(token[at])) {
+      present |= kAsciiTraits[static_cast<unsigned char>(token[at++])];
+      if (++ascii > kTooLong) return true;
+    } else {
+      const text::Scalar scalar = text::scalarAt(token, at);
+      present |= quickTraitsOf(scalar.value);
+      at += scalar.bytes;
+    }
+    // Long tokens show their classes early.
+    if (++scalars >= kLongestSecret && (present & (kDigit | kSymbol))) return false;
+  }
+  return scalars < 8 || !(present & kLetter) || !(present & (kDigit | kSymbol));
+}
+
+// The token less the punctuation at its edges. A mark that combines with a punctuation character
+// makes another character of the two, which stays.
+Range stripped(std::string_view text, Range token) {
+  std::string_view rest = text.substr(token.start, token.length);
+  while (!rest.empty() && isEdgePunctuation(rest.front())) {
+    if (rest.size() > 1 && !isAscii(rest[1]) && text::prefixBytes(rest, 1) > 1) break;
+    rest.remove_prefix(1);
+  }
+  while (!rest.empty() && isEdgePunctuation(rest.back())) rest.remove_suffix(1);
+  return {static_cast<std::size_t>(rest.data() - text.data()), rest.size()};
+}
+
+// Calls `visit` with each run of \S+ until it returns true; returns whether it did.
+template <typename Visit>
+bool anyToken(std::string_view text, Visit visit) {
+  std::size_t at = 0;
+  while (at < text.size()) {
+    std::size_t space = 0;
+    std::size_t start = at;
+    while (at < text.size()) {
+      const char c = text[at];
+      if (isAscii(c)) {
+        if (c == ' ' || (c >= '\t' && c <= '\r')) {
+          space = 1;
+          break;
+        }
+        ++at;
+        continue;
+      }
+      const text::Scalar scalar = text::scalarAt(text, at);
+      if (text::isBlankOrNewline(scalar.value)) {
+        space = scalar.bytes;
+        break;
+      }
+      at += scalar.bytes;
+    }
+    if (at > start && visit(Range{start, at - start})) return true;
+    at += space;
+  }
+  return false;
+}
+
+bool isSecretRange(std::string_view text, Range token, Range& found) {
+  if (token.length < 8) return false;
+  found = stripped(text, token);
+  return looksLikeSecretToken(text.substr(found.start, found.length));
+}
+
+// Which of the words start with these three letters, one bit each word.
+constexpr std::array<std::string_view, 13> kSecretWords = {
+    "password", "passwd",  "passphrase", "pwd",        "secret",      "token", "apikey",
+    "api key",  "api-key", "credential", "access key", "private key", "pin"};
+
+struct WordStarts {
+  std::array<std::array<std::uint16_t, 256>, 3> at{};
+};
+
+constexpr WordStarts kWordStarts = [] {
+  WordStarts starts;
+  for (std::size_t word = 0; word < kSecretWords.size(); ++word) {
+    for (std::size_t letter = 0; letter < 3; ++letter) {
+      const auto c = static_cast<unsigned char>(kSecretWords[word][letter]);
+      const auto bit = static_cast<std::uint16_t>(1u << word);
+      starts.at[letter][c] |= bit;
+      starts.at[letter][c & ~0x20u] |= bit;
+    }
+  }
+  return starts;
+}();
+
+char lowercaseAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
+
+bool startsWithLowercased(std::string_view text, std::string_view word) {
+  return text.size() >= word.size() &&
+         std::equal(word.begin(), word.end(), text.begin(),
+                    [](char expected, char c) { return lowercaseAscii(c) == expected; });
+}
+
+bool mentionsSecretInAscii(std::string_view text) {
+  if (text.size() < 3) return false;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  for (std::size_t at = 0; at + 2 < text.size(); ++at) {
+    unsigned candidates = kWordStarts.at[0][bytes[at]] & kWordStarts.at[1][bytes[at + 1]] &
+                          kWordStarts.at[2][bytes[at + 2]];
+    for (; candidates; candidates &= candidates - 1) {
+      const auto word = static_cast<std::size_t>(__builtin_ctz(candidates));
+      if (startsWithLowercased(text.substr(at), kSecretWords[word])) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool looksLikeSecretToken(std::string_view token) {
+  if (cannotBeSecret(token)) return false;
+  const std::string_view trimmed = text::trimmedBlanksAndNewlines(token);
+  // More bytes than this many characters could only be marks heaped upon marks; reading on is
+  // bounded by the character count anyway.
+  const bool ascii = std::all_of(
+      trimmed.begin(),
+      trimmed.begin() +
+          std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(trimmed.size()), kLongestSecret + 1),
+      isAscii);
+  if (ascii && trimmed.size() > kLongestSecret) return false;
+  const Characters seen = ascii ? readAscii(trimmed) : readClusters(trimmed);
+  if (!isStrongPassword(seen) && !isRandomString(seen)) return false;
+  return token.find_first_of(" \n\t") == token.npos && token.find('@') == token.npos &&
+         token.find("://") == token.npos && !isVersionNumber(token);
+}
+
+std::vector<Range> passwordTokens(std::string_view text) {
+  std::vector<Range> tokens;
+  anyToken(text, [&](Range token) {
+    Range found;
+    if (isSecretRange(text, token, found)) tokens.push_back(found);
+    return false;
+  });
+  return tokens;
+}
+
+bool hasPasswordToken(std::string_view text) {
+  return anyToken(text, [text](Range token) {
+    Range found;
+    return isSecretRange(text, token, found);
+  });
+}
+
+bool mentionsSecret(std::string_view text) {
+  if (mentionsSecretInAscii(text)) return true;
+  // The one character outside ASCII that lower-casing brings into these words.
+  constexpr std::string_view kKelvinSign = "\u212A";
+  return text.find(kKelvinSign) != text.npos && mentionsSecretInAscii(text::lowercased(text));
+}
+
+}  // namespace marbelot

@@ -1,0 +1,111 @@
+#include "platform/detection.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "detection/finder.h"
+
+namespace marbelot {
+namespace {
+
+using detection::Finder;
+
+// One kind's walk, with its next detection taken out.
+struct Lane {
+  int rank;  // of two overlapping detections the lower rank stays
+  std::unique_ptr<Finder> finder;
+  std::optional<Detection> head;
+  std::size_t searched = 0;
+
+  void look(std::size_t limit) {
+    if (head || searched >= limit) return;
+    head = finder->next(limit);
+    if (!head) searched = limit;
+  }
+};
+
+// Merges the kinds into one sequence without overlaps: a link keeps all that is in it, an address
+// its house numbers and postcodes; of the rest the earlier, then the longer stays. The lanes are
+// walked side by side, so that the first detection costs no look at the far end of the text.
+class Merger {
+ public:
+  Merger(std::string_view text, unsigned kinds, const DetectionContext& context)
+      : size_(text.size()) {
+    const std::string& region = context.region.empty() ? detection::userRegion() : context.region;
+    const double now = context.now == 0 ? text::now() : context.now;
+    const auto wants = [&](DetectionKind kind) {
+      return (kinds & static_cast<unsigned>(kind)) != 0;
+    };
+    if (wants(DetectionKind::link)) add(0, detection::makeLinkFinder(text));
+    if (wants(DetectionKind::address)) add(1, detection::makeAddressFinder(text));
+    if (wants(DetectionKind::phone)) add(2, detection::makePhoneFinder(text, region));
+    if (wants(DetectionKind::date)) add(2, detection::makeDateFinder(text, region, now));
+  }
+
+  std::optional<Detection> next() {
+    while (true) {
+      for (Lane& lane : lanes_) lane.look(horizon_);
+      Lane* first = earliest();
+      if (first == nullptr) {
+        if (horizon_ >= size_) return std::nullopt;
+        horizon_ += kStep;
+        continue;
+      }
+      const Range range = first->head->range;
+      if (range.end() > horizon_) {
+        horizon_ = range.end();
+        continue;
+      }
+      const bool beaten = std::any_of(lanes_.begin(), lanes_.end(), [&](const Lane& lane) {
+        return lane.rank < first->rank && lane.head && lane.head->range.start < range.end();
+      });
+      std::optional<Detection> found = std::exchange(first->head, std::nullopt);
+      if (beaten || range.start < taken_) continue;
+      taken_ = range.end();
+      return found;
+    }
+  }
+
+ private:
+  static constexpr std::size_t kStep = 64 * 1024;
+
+  void add(int rank, std::unique_ptr<Finder> finder) {
+    lanes_.push_back({rank, std::move(finder), std::nullopt});
+  }
+
+  Lane* earliest() {
+    Lane* first = nullptr;
+    for (Lane& lane : lanes_) {
+      if (!lane.head) continue;
+      if (first == nullptr || lane.head->range.start < first->head->range.start ||
+          (lane.head->range.start == first->head->range.start &&
+           lane.head->range.length > first->head->range.length)) {
+        first = &lane;
+      }
+    }
+    return first;
+  }
+
+  std::size_t size_;
+  std::size_t horizon_ = kStep;
+  std::size_t taken_ = 0;
+  std::vector<Lane> lanes_;
+};
+
+}  // namespace
+
+std::vector<Detection> detect(std::string_view text, unsigned kinds,
+                              const DetectionContext& context) {
+  std::vector<Detection> all;
+  Merger merger(text, kinds, context);
+  while (auto found = merger.next()) all.push_back(std::move(*found));
+  return all;
+}
+
+std::optional<Detection> firstDetection(std::string_view text, unsigned kinds,
+                                        const DetectionContext& context) {
+  return Merger(text, kinds, context).next();
+}
+
+}  // namespace marbelot

@@ -1,0 +1,137 @@
+// Phone numbers: a walk over the digits of the text, and libphonenumber behind a loadable module.
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "detection/finder.h"
+#include "detection/phone_filter.h"
+#include "detection/phone_module.h"
+#include "detection/scan.h"
+
+#ifndef MARBELOT_LIBRARY_DIR
+#define MARBELOT_LIBRARY_DIR "/usr/lib/marbelot"
+#endif
+
+namespace marbelot::detection {
+namespace {
+
+PhoneFunction loadPhoneFunction() {
+  std::error_code error;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+  for (const std::filesystem::path& folder :
+       {program.parent_path().parent_path() / "lib",
+        program.parent_path().parent_path() / "lib" / "marbelot",
+        std::filesystem::path(MARBELOT_LIBRARY_DIR)}) {
+    // Never closed: the library keeps its tables for the life of the process.
+    void* module = dlopen((folder / kPhoneModule).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (module == nullptr) continue;
+    if (void* function = dlsym(module, kPhoneFunction)) {
+      return reinterpret_cast<PhoneFunction>(function);
+    }
+  }
+  return nullptr;
+}
+
+PhoneFunction phoneFunction() {
+  static const PhoneFunction function = loadPhoneFunction();
+  return function;
+}
+
+class PhoneFinder final : public TriggerFinder {
+ public:
+  PhoneFinder(std::string_view text, std::string region)
+      : TriggerFinder(text),
+        region_(std::move(region)),
+        north_american_(isNorthAmerican(region_)) {}
+
+ private:
+  // A failed look-up costs up to 200 µs: so many are free in any text, and one more is for so many
+  // bytes of it, which keeps the walk above 10 MB/s whatever it meets.
+  static constexpr std::size_t kFreeFailures = 100;
+  static constexpr std::size_t kBytesPerFailure = 2000;
+  static constexpr std::size_t kMostAnswers = 4096;
+
+  std::size_t nextTrigger(std::size_t from, std::size_t end) const override {
+    return findByte<DigitClass>(text(), from, end);
+  }
+
+  std::optional<Detection> examine(std::size_t digit) override;
+  MarbelotPhone lookUp(const Stretch& candidate, bool possible);
+
+  std::string region_;
+  bool north_american_;
+  std::size_t failures_ = 0;
+  std::string last_none_;
+  std::unordered_map<std::string, MarbelotPhone> answers_;
+};
+
+std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
+  // Most digits of most texts are not part of seven.
+  if (const std::size_t end = fewDigitsEnd(text(), digit)) {
+    skipTo(end);
+    return std::nullopt;
+  }
+  Stretch stretch = readStretch(text(), digit, floor());
+  // The bracket of a remark around the number.
+  const bool code_in_brackets = stretch.count > 1 && stretch.groups[1].separator == '(';
+  if (!stretch.plus && !code_in_brackets) stretch.start = digit;
+  const std::size_t first_end = stretch.groups[0].start + stretch.groups[0].length;
+  if (stretch.digits < 7) {
+    skipTo(stretch.end());
+    return std::nullopt;
+  }
+  if (const std::size_t last = lastOfColumn(stretch, north_american_)) {
+    skipTo(last);
+    return std::nullopt;
+  }
+  // On to the next group when this one cannot start a number, as in "Room 12 202-555-0123".
+  const bool dialled = text().substr(digit, 3) == "011";
+  const bool formatted = isNationalFormat(text(), stretch, north_american_);
+  if (north_american_ && !formatted && !stretch.plus && !dialled &&
+      !cutToNorthAmerican(text(), stretch)) {
+    skipTo(first_end);
+    return std::nullopt;
+  }
+  if (!isPlausible(text(), stretch)) {
+    skipTo(resumption(text(), stretch));
+    return std::nullopt;
+  }
+  MarbelotPhone phone = lookUp(stretch, formatted);
+  // Two numbers with but a blank between them make no one number.
+  if (phone.length == 0 && cutToNational(stretch)) phone = lookUp(stretch, false);
+  if (phone.length == 0) {
+    skipTo(stretch.end());
+    return std::nullopt;
+  }
+  return Detection{
+      DetectionKind::phone, {stretch.start + phone.start, phone.length}, std::string(phone.e164)};
+}
+
+MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate, bool possible) {
+  const std::size_t at = candidate.start;
+  const std::string stretch(text().substr(at, candidate.end() - at));
+  if (stretch == last_none_) return {};
+  if (const auto known = answers_.find(stretch); known != answers_.end()) return known->second;
+  if (failures_ > kFreeFailures + at / kBytesPerFailure) return {};
+  const PhoneFunction find = phoneFunction();
+  MarbelotPhone phone{};
+  if (find == nullptr ||
+      find(stretch.data(), stretch.size(), region_.c_str(), possible, &phone) == 0) {
+    phone = {};
+    ++failures_;
+    last_none_ = stretch;
+  }
+  if (answers_.size() >= kMostAnswers) answers_.clear();
+  return answers_.emplace(stretch, phone).first->second;
+}
+
+}  // namespace
+
+std::unique_ptr<Finder> makePhoneFinder(std::string_view text, std::string region) {
+  return std::make_unique<PhoneFinder>(text, std::move(region));
+}
+
+}  // namespace marbelot::detection

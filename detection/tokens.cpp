@@ -1,0 +1,135 @@
+#include "detection/tokens.h"
+
+#include <algorithm>
+
+#include "detection/scan.h"
+
+namespace marbelot::detection {
+namespace {
+
+constexpr std::size_t kMostBlanks = 64;
+constexpr std::size_t kLongestWord = 48;
+
+bool isLetterAt(std::string_view text, std::size_t at, std::size_t& bytes) {
+  if (at >= text.size()) return false;
+  if (isAscii(text[at])) {
+    bytes = 1;
+    return isAlpha(text[at]);
+  }
+  const text::Scalar scalar = text::scalarAt(text, at);
+  bytes = scalar.bytes;
+  return text::isLetter(scalar.value);
+}
+
+// The bytes of an apostrophe, or of a hyphen when those join.
+std::size_t joinerAt(std::string_view text, std::size_t at, Hyphens hyphens) {
+  if (at >= text.size()) return 0;
+  if (text[at] == '\'') return 1;
+  if (text[at] == '-') return hyphens == Hyphens::join ? 1 : 0;
+  return text.substr(at, 3) == "\u2019" ? 3 : 0;
+}
+
+std::size_t skipBlanks(std::string_view text, std::size_t at) {
+  const std::size_t bound = at + kMostBlanks;
+  while (at < text.size() && at < bound) {
+    if (text[at] == ' ' || text[at] == '\t') {
+      ++at;
+    } else if (!isAscii(text[at]) && text::isBlank(text::scalarAt(text, at).value)) {
+      at += text::scalarAt(text, at).bytes;
+    } else {
+      break;
+    }
+  }
+  return at;
+}
+
+}  // namespace
+
+Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens) {
+  Token token;
+  const std::size_t start = skipBlanks(text, at);
+  token.spaced = start > at;
+  token.range.start = start;
+  if (start >= text.size()) return token;
+  std::size_t end = start;
+  std::size_t bytes = 0;
+  if (isDigit(text[start])) {
+    while (end < text.size() && isDigit(text[end]) && end - start <= kLongestWord) ++end;
+    token.kind = Token::Kind::number;
+    token.lower = text.substr(start, end - start);
+  } else if (isLetterAt(text, start, bytes)) {
+    bool ascii = isAscii(text[start]);
+    token.capital =
+        ascii ? isUpper(text[start]) : text::isUppercase(text::scalarAt(text, start).value);
+    while (end - start <= kLongestWord) {
+      while (end < text.size() && isAlpha(text[end])) ++end;
+      const char after = end < text.size() ? text[end] : ' ';
+      if (isAscii(after) && after != '\'' && after != '-') break;
+      ascii = ascii && isAscii(after);
+      if (isLetterAt(text, end, bytes)) {
+        end += bytes;
+      } else if (const std::size_t joiner = joinerAt(text, end, hyphens);
+                 joiner > 0 && isLetterAt(text, end + joiner, bytes)) {
+        end += joiner;
+      } else {
+        break;
+      }
+    }
+    token.kind = Token::Kind::word;
+    const std::string_view word = text.substr(start, end - start);
+    if (ascii) {
+      token.lower = word;
+      for (char& c : token.lower) c = lower(c);
+    } else {
+      token.lower = text::lowercased(word);
+    }
+  } else if (text[start] == '\n' || text[start] == '\r') {
+    end += text.substr(start, 2) == "\r\n" ? 2 : 1;
+    end = skipBlanks(text, end);
+    token.kind = Token::Kind::newline;
+  } else {
+    const text::Scalar scalar = text::scalarAt(text, start);
+    token.kind = Token::Kind::symbol;
+    token.symbol = scalar.value;
+    end += scalar.bytes;
+  }
+  if (end - start > kLongestWord) token.kind = Token::Kind::end;
+  token.range.length = end - start;
+  return token;
+}
+
+std::size_t wordStart(std::string_view text, std::size_t end, std::size_t floor) {
+  std::size_t start = end;
+  while (start > floor && end - start <= kLongestWord) {
+    if (isAscii(text[start - 1])) {
+      const char c = text[start - 1];
+      if (!isAlpha(c) && !(start < end && (c == '-' || c == '\''))) break;
+      --start;
+    } else {
+      const text::Scalar scalar = text::scalarBefore(text, start);
+      if (start - scalar.bytes < floor ||
+          !(text::isLetter(scalar.value) || (start < end && scalar.value == 0x2019))) {
+        break;
+      }
+      start -= scalar.bytes;
+    }
+  }
+  while (start < end && !isAlpha(text[start]) && isAscii(text[start])) ++start;
+  return end - start > kLongestWord ? end : start;
+}
+
+WordSet::WordSet(std::string_view words) {
+  while (!words.empty()) {
+    const std::size_t end = std::min(words.find(' '), words.size());
+    if (end > 0) words_.emplace(words.substr(0, end));
+    words.remove_prefix(std::min(end + 1, words.size()));
+  }
+}
+
+int numberOf(std::string_view digits) {
+  int value = 0;
+  for (const char c : digits.substr(0, 9)) value = value * 10 + (c - '0');
+  return value;
+}
+
+}  // namespace marbelot::detection
