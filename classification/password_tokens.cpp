@@ -161,33 +161,6 @@ std::size_t skip(std::string_view& token, Wanted wanted) {
 
 bool isAsciiLetter(char32_t c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-// ^[vV]?\d+([.\-_]\d+){1,}([.\-_][A-Za-z][A-Za-z0-9]*)?$ where the end may be before a line end.
-bool isVersionNumber(std::string_view token) {
-  if (!token.empty()) {
-    const text::Scalar last = text::scalarBefore(token, token.size());
-    if (!text::isBlank(last.value) && text::isBlankOrNewline(last.value)) {
-      token.remove_suffix(last.bytes);
-    }
-  }
-  const auto takeSeparator = [&token] {
-    if (token.empty() || std::string_view(".-_").find(token.front()) == std::string_view::npos) {
-      return false;
-    }
-    token.remove_prefix(1);
-    return true;
-  };
-  if (!token.empty() && (token.front() == 'v' || token.front() == 'V')) token.remove_prefix(1);
-  if (skip(token, text::isDecimalDigit) == 0) return false;
-  for (int groups = 0; !token.empty(); ++groups) {
-    if (!takeSeparator()) return false;
-    if (skip(token, text::isDecimalDigit) > 0) continue;
-    if (groups == 0 || skip(token, isAsciiLetter) == 0) return false;
-    skip(token, [](char32_t c) { return isAsciiLetter(c) || (c >= '0' && c <= '9'); });
-    return token.empty();
-  }
-  return false;
-}
-
 // A cheap no for nearly every word of prose: too short, or of too few classes whatever its
 // characters are. A character has at least one scalar and takes its traits from one of them.
 bool cannotBeSecret(std::string_view token) {
@@ -304,6 +277,33 @@ bool mentionsSecretInAscii(std::string_view text) {
 }
 
 }  // namespace
+
+bool isVersionNumber(std::string_view token) {
+  if (!token.empty()) {
+    const text::Scalar last = text::scalarBefore(token, token.size());
+    if (!text::isBlank(last.value) && text::isBlankOrNewline(last.value)) {
+      token.remove_suffix(last.bytes);
+    }
+  }
+  const auto takeSeparator = [&token] {
+    if (token.empty() || std::string_view(".-_").find(token.front()) == std::string_view::npos) {
+      return false;
+    }
+    token.remove_prefix(1);
+    return true;
+  };
+  if (!token.empty() && (token.front() == 'v' || token.front() == 'V')) token.remove_prefix(1);
+  if (skip(token, text::isDecimalDigit) == 0) return false;
+  int groups = 0;
+  for (; !token.empty(); ++groups) {
+    if (!takeSeparator()) return false;
+    if (skip(token, text::isDecimalDigit) > 0) continue;
+    if (groups == 0 || skip(token, isAsciiLetter) == 0) return false;
+    skip(token, [](char32_t c) { return isAsciiLetter(c) || (c >= '0' && c <= '9'); });
+    return token.empty();
+  }
+  return groups > 0;
+}
 
 bool looksLikeSecretToken(std::string_view token) {
   if (cannotBeSecret(token)) return false;

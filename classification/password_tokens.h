@@ -11,4 +11,7 @@ bool hasPasswordToken(std::string_view text);
 // True when the lower-cased text contains one of the words that passwords are announced with.
 bool mentionsSecret(std::string_view text);
 
+// ^[vV]?\d+([.\-_]\d+){1,}([.\-_][A-Za-z][A-Za-z0-9]*)?$ where the end may be before a line end.
+bool isVersionNumber(std::string_view token);
+
 }  // namespace marbelot

@@ -1,6 +1,7 @@
 #include "classification/classifier.h"
 
 #include <gtest/gtest.h>
+#include <unicode/regex.h>
 
 #include <algorithm>
 #include <array>
@@ -79,6 +80,33 @@ TEST(SecretToken, FollowsTheRulesOfBothTests) {
   };
   for (const auto& test : kCases) {
     EXPECT_EQ(looksLikeSecretToken(test.token), test.secret) << test.why;
+  }
+}
+
+// Every token of up to six of these characters, and the expression that says what a version is.
+TEST(VersionNumber, IsWhatItsExpressionMatches) {
+  constexpr std::string_view kCharacters[] = {"v", "V", "1", "\u0661", ".", "-", "_", "b", "\r"};
+  UErrorCode status = U_ZERO_ERROR;
+  icu::RegexMatcher expression(R"(^[vV]?\d+([.\-_]\d+){1,}([.\-_][A-Za-z][A-Za-z0-9]*)?$)", 0,
+                               status);
+  std::vector<std::string> tokens = {""};
+  std::size_t versions = 0;
+  for (std::size_t done = 0, length = 0; length < 6; ++length) {
+    for (const std::size_t end = tokens.size(); done < end; ++done) {
+      for (const std::string_view c : kCharacters) tokens.push_back(tokens[done] + std::string(c));
+    }
+  }
+  for (const std::string& token : tokens) {
+    const icu::UnicodeString wide = icu::UnicodeString::fromUTF8(token);
+    const bool isVersion = expression.reset(wide).find(status);
+    versions += isVersion;
+    ASSERT_EQ(isVersionNumber(token), isVersion) << token;
+  }
+  EXPECT_TRUE(U_SUCCESS(status));
+  EXPECT_GT(versions, 1000);
+  for (const char* version : {"v133.0.6943", "v8.18.39", "v2024.11.21", "v10.0.19045"}) {
+    EXPECT_EQ(maskSecrets(version), version);
+    EXPECT_EQ(rawValue(classify(version)), "text");
   }
 }
 
