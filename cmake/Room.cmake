@@ -16,6 +16,14 @@ function(marbelot_room name)
   cmake_parse_arguments(ROOM "" "" "SOURCES;LINK" ${ARGN})
   add_library(marbelot_${name} STATIC ${ROOM_SOURCES})
   target_link_libraries(marbelot_${name} PUBLIC marbelot_flags ${ROOM_LINK})
+
+  # The same sources once more for tests that count what the code does (tests/support/work.h).
+  add_library(marbelot_${name}_counted OBJECT EXCLUDE_FROM_ALL
+    $<TARGET_PROPERTY:marbelot_${name},SOURCES>)
+  target_link_libraries(marbelot_${name}_counted PUBLIC marbelot_flags ${ROOM_LINK})
+  target_compile_definitions(marbelot_${name}_counted PRIVATE
+    $<TARGET_PROPERTY:marbelot_${name},COMPILE_DEFINITIONS>)
+  target_compile_options(marbelot_${name}_counted PRIVATE -fsanitize-coverage=trace-pc)
 endfunction()
 
 # marbelot_test(NAME [SERIAL] SOURCES … LINK …): one GoogleTest program, found case by case by CTest.
