@@ -2,9 +2,14 @@
 find_package(RapidJSON REQUIRED)
 find_package(Threads REQUIRED)
 include(GNUInstallDirs)
+if(APPLE AND NOT ICU_ROOT)
+  # Homebrew keeps its ICU apart from the system's, whose headers are not public.
+  execute_process(COMMAND brew --prefix icu4c OUTPUT_VARIABLE ICU_ROOT
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+endif()
+find_package(ICU REQUIRED COMPONENTS uc i18n)
 if(NOT APPLE)
   find_package(PkgConfig REQUIRED)
-  find_package(ICU REQUIRED COMPONENTS uc i18n)
   find_package(Qt6 REQUIRED COMPONENTS Core Gui Widgets DBus Test)
   pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-xfixes)
   pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)

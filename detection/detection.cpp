@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "detection/finder.h"
+#include "platform/locale.h"
 
 namespace marbelot {
 namespace {
@@ -32,7 +33,7 @@ class Merger {
  public:
   Merger(std::string_view text, unsigned kinds, const DetectionContext& context)
       : size_(text.size()) {
-    const std::string& region = context.region.empty() ? detection::userRegion() : context.region;
+    const std::string& region = context.region.empty() ? locale::region() : context.region;
     const double now = context.now == 0 ? text::now() : context.now;
     const auto wants = [&](DetectionKind kind) {
       return (kinds & static_cast<unsigned>(kind)) != 0;

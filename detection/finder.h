@@ -28,9 +28,6 @@ std::unique_ptr<Finder> makeAddressFinder(std::string_view text);
 std::unique_ptr<Finder> makeDateFinder(std::string_view text, const std::string& region,
                                        double now);
 
-// Where the user lives: by the locale, else by the time zone, else "US".
-const std::string& userRegion();
-
 // A finder looks at triggers, the bytes without which there is nothing of its kind. No detection
 // starts further than this many bytes before its first trigger.
 constexpr std::size_t kReach = 512;

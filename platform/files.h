@@ -46,10 +46,11 @@ bool create(const std::string& path, std::string_view bytes);
 bool makeFolder(const std::string& path);
 
 std::string join(const std::string& folder, const std::string& name);
-// The last path component.
+// The last path component, slashes behind it aside.
 std::string lastComponent(const std::string& path);
 // The extension without its dot, its ASCII letters lower-cased; empty when there is none.
 std::string lowercasedExtension(const std::string& name);
+// "~" and "~/…" in the home folder; anything else as it is.
 std::string expandingTilde(const std::string& path);
 
 std::string homeFolder();

@@ -1,6 +1,7 @@
-// Text services: what the system knows about characters and local time. Stateless and safe to
-// call from any thread. All text is UTF-8; each invalid sequence (its longest valid start, else one
-// byte) counts as one U+FFFD, in every function here alike.
+// Text services: what Unicode says about characters, the same on every system; comparison in the
+// user's language, and time stamps. Stateless and safe to call from any thread. All text is UTF-8;
+// each invalid sequence (its longest valid start, else one byte) counts as one U+FFFD, in every
+// function here alike.
 #pragma once
 
 #include <compare>

@@ -94,34 +94,10 @@ bool makeFolder(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-std::string join(const std::string& folder, const std::string& name) {
-  return folder.ends_with('/') ? folder + name : folder + "/" + name;
-}
-
-std::string lastComponent(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
-std::string lowercasedExtension(const std::string& name) {
-  const std::size_t dot = name.rfind('.');
-  if (dot == std::string::npos || dot == 0) return {};
-  std::string extension = name.substr(dot + 1);
-  // Extensions that mean anything are ASCII, and a folder may have very many files.
-  for (char& c : extension)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return extension;
-}
-
 std::string homeFolder() {
   if (const char* home = std::getenv("HOME"); home && *home) return home;
   const passwd* user = getpwuid(getuid());
   return user ? user->pw_dir : "/";
-}
-
-std::string expandingTilde(const std::string& path) {
-  if (path == "~" || path.starts_with("~/")) return homeFolder() + path.substr(1);
-  return path;
 }
 
 std::string temporaryFolder() {

@@ -138,29 +138,6 @@ bool makeFolder(const std::string& path) {
   }
 }
 
-std::string join(const std::string& folder, const std::string& name) {
-  if (folder.empty()) return name;
-  return folder.back() == '/' ? folder + name : folder + "/" + name;
-}
-
-std::string lastComponent(const std::string& path) {
-  const std::string trimmed = withoutTrailingSlash(path);
-  const std::size_t slash = trimmed.rfind('/');
-  return slash == std::string::npos || trimmed.size() == 1 ? trimmed : trimmed.substr(slash + 1);
-}
-
-std::string lowercasedExtension(const std::string& name) {
-  @autoreleasepool {
-    return utf8(nsString(name).pathExtension.lowercaseString);
-  }
-}
-
-std::string expandingTilde(const std::string& path) {
-  @autoreleasepool {
-    return path.starts_with('~') ? utf8(nsString(path).stringByExpandingTildeInPath) : path;
-  }
-}
-
 std::string homeFolder() { return withoutTrailingSlash(utf8(NSHomeDirectory())); }
 
 std::string desktopFolder() { return join(homeFolder(), "Desktop"); }

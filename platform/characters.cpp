@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "platform/linux/utf8.h"
 #include "platform/text.h"
+#include "platform/utf8.h"
 
 namespace marbelot::text {
 namespace {

@@ -1,25 +1,14 @@
-// Text services from ICU: scalars, properties, case, collation; and local time from the C library.
-// Counting characters is in characters.cpp.
-#include "platform/text.h"
-
+// Scalars, their properties and case, from ICU's tables, with a short cut for ASCII.
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
 #include <unicode/uchar.h>
-#include <unicode/ucol.h>
-#include <unicode/uloc.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
-#include <ctime>
-#include <limits>
-#include <memory>
-#include <utility>
 
-#include "platform/linux/utf8.h"
+#include "platform/text.h"
+#include "platform/utf8.h"
 
 namespace marbelot::text {
 namespace {
@@ -63,27 +52,6 @@ std::size_t validEnd(std::string_view text) {
     }
   }
   return at;
-}
-
-struct CloseCollator {
-  void operator()(UCollator* collator) const { ucol_close(collator); }
-};
-
-// One per thread: opening a collator costs a hundred times what a comparison does. Null when ICU
-// lacks its data.
-const UCollator* userCollator() {
-  thread_local const std::unique_ptr<UCollator, CloseCollator> collator = [] {
-    UErrorCode error = U_ZERO_ERROR;
-    const char* locale = uloc_getDefault();
-    // The C locale orders by code, and so by case; a user without a language gets Unicode's order.
-    if (std::strstr(locale, "POSIX")) locale = "";
-    std::unique_ptr<UCollator, CloseCollator> opened(ucol_open(locale, &error));
-    if (U_FAILURE(error)) opened.reset();
-    // The second level tells accents apart and leaves case alone.
-    if (opened) ucol_setStrength(opened.get(), UCOL_SECONDARY);
-    return opened;
-  }();
-  return collator.get();
 }
 
 }  // namespace
@@ -173,6 +141,18 @@ bool isWordCharacter(char32_t c) {
          (U_GET_GC_MASK(static_cast<UChar32>(c)) & kCategories);
 }
 
+WordRole wordRole(char32_t c) {
+  const auto scalar = static_cast<UChar32>(c);
+  const auto isA = [&](std::uint32_t categories) {
+    return (U_MASK(u_charType(scalar)) & categories) != 0;
+  };
+  if (isA(U_GC_CF_MASK) || u_hasBinaryProperty(scalar, UCHAR_GRAPHEME_EXTEND)) {
+    return WordRole::extender;
+  }
+  const bool word = isA(U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK) || u_isUAlphabetic(scalar);
+  return word ? WordRole::word : WordRole::separator;
+}
+
 std::string lowercased(std::string_view text) {
   std::string result;
   result.reserve(text.size());
@@ -196,39 +176,6 @@ std::string lowercased(std::string_view text) {
     text.remove_prefix(length);
   }
   return result;
-}
-
-std::weak_ordering localizedCompare(std::string_view a, std::string_view b) {
-  if (a == b) return std::weak_ordering::equivalent;
-  UErrorCode error = U_ZERO_ERROR;
-  if (const UCollator* collator = userCollator()) {
-    const auto length = [](std::string_view text) {
-      return static_cast<std::int32_t>(std::min(text.size(), kLargestPiece));
-    };
-    const UCollationResult order =
-        ucol_strcollUTF8(collator, a.data(), length(a), b.data(), length(b), &error);
-    if (U_SUCCESS(error)) return static_cast<int>(order) <=> 0;
-  }
-  return lowercased(a).compare(lowercased(b)) <=> 0;
-}
-
-std::string fileTimestamp(double seconds) {
-  // Beyond these (year 1 to 9999) the form has no four-digit year; NaN goes to the epoch.
-  constexpr double kFirst = -62135596800.0 + 86400, kLast = 253402300799.0 - 86400;
-  if (std::isnan(seconds)) seconds = 0;
-  const auto time = static_cast<std::time_t>(std::floor(std::clamp(seconds, kFirst, kLast)));
-  tzset();  // localtime_r alone does not notice that the user has moved to another zone
-  std::tm local{};
-  localtime_r(&time, &local);
-  char stamp[32];
-  const std::size_t length = std::strftime(stamp, sizeof stamp, "%Y-%m-%d at %H.%M.%S", &local);
-  std::string result(stamp, length);
-  // %Y does not pad years before 1000.
-  return result.insert(0, std::string_view("2000-01-01 at 00.00.00").size() - result.size(), '0');
-}
-
-double now() {
-  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 }  // namespace marbelot::text
