@@ -128,11 +128,13 @@ void AppDelegate::rebuildMenu() {
   });
 }
 
-void AppDelegate::copyWithoutRecording(SharedText text, bool concealed) {
-  history_.copyWithoutRecording(std::move(text), concealed);
+bool AppDelegate::copyWithoutRecording(SharedText text, bool concealed) {
+  return history_.copyWithoutRecording(std::move(text), concealed);
 }
 
-void AppDelegate::copyWithoutRecording(const Image& image) { history_.copyWithoutRecording(image); }
+bool AppDelegate::copyWithoutRecording(const Image& image) {
+  return history_.copyWithoutRecording(image);
+}
 
 void AppDelegate::menuWillOpen() {
   access_.probe();

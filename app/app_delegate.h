@@ -44,8 +44,8 @@ class AppDelegate : private Shell, private MenuDelegate {
   void notify(const std::string& message) override;
   void flashStatusIcon() override;
   void rebuildMenu() override;
-  void copyWithoutRecording(SharedText text, bool concealed) override;
-  void copyWithoutRecording(const Image& image) override;
+  bool copyWithoutRecording(SharedText text, bool concealed) override;
+  bool copyWithoutRecording(const Image& image) override;
 
   // MenuDelegate
   void menuWillOpen() override;

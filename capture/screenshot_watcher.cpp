@@ -164,8 +164,7 @@ files::ScreenshotState ScreenshotWatcher::copyIfFinished(const std::string& full
   const SharedBytes bytes = files::read(fullPath, largestFile);
   const auto image = bytes ? Image::fromBytes(bytes) : std::nullopt;
   if (!image) return state;
-  platform_.pasteboard.write(*image);
-  onCopy(files::lastComponent(fullPath));
+  if (platform_.pasteboard.write(*image)) onCopy(files::lastComponent(fullPath));
   return state;
 }
 

@@ -152,14 +152,19 @@ void ClipboardHistory::loadClipHistory() {
     if (auto item = loadedItem((*entries)[i])) clipHistory.push_back(std::move(*item));
 }
 
-void ClipboardHistory::copyWithoutRecording(SharedText text, bool concealed) {
+bool ClipboardHistory::copyWithoutRecording(SharedText text, bool concealed) {
   if (clipPoller) tick();
-  lastChangeCount = platform_.pasteboard.write(std::move(text), concealed);
+  return written(platform_.pasteboard.write(std::move(text), concealed));
 }
 
-void ClipboardHistory::copyWithoutRecording(const Image& image) {
+bool ClipboardHistory::copyWithoutRecording(const Image& image) {
   if (clipPoller) tick();
-  lastChangeCount = platform_.pasteboard.write(image);
+  return written(platform_.pasteboard.write(image));
+}
+
+bool ClipboardHistory::written(std::optional<std::int64_t> count) {
+  if (count) lastChangeCount = *count;
+  return count.has_value();
 }
 
 std::string ClipboardHistory::clipImagesFolder() const {

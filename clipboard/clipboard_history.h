@@ -53,9 +53,9 @@ class ClipboardHistory {
   void loadClipHistory();
 
   // Puts on the clipboard what the program already holds. A copy by another program that has not
-  // been handled yet is recorded first.
-  void copyWithoutRecording(SharedText text, bool concealed = false);
-  void copyWithoutRecording(const Image& image);
+  // been handled yet is recorded first. False when the clipboard could not be written.
+  [[nodiscard]] bool copyWithoutRecording(SharedText text, bool concealed = false);
+  [[nodiscard]] bool copyWithoutRecording(const Image& image);
 
   // The owner asked that the contents be neither kept nor shown, and the user has not overruled it.
   bool withheld(const PasteboardContents& contents) const;
@@ -86,6 +86,7 @@ class ClipboardHistory {
     std::vector<Saved> waiting;
   };
 
+  bool written(std::optional<std::int64_t> count);
   bool record(const PasteboardContents& contents);
   void recordImage(const Image& image);
   bool recordText(const SharedText& text);

@@ -198,14 +198,10 @@ void HistoryMenus::copyClipHistory(const MenuItem& sender) {
   // A copy: writing may record another program's copy first, and so move the entry.
   const ClipItem item = history_.clipHistory[*index];
   const SharedText text = item.kind.text();
-  if (text) {
-    history_.copyWithoutRecording(text);
-  } else {
-    history_.copyWithoutRecording(*item.kind.image());
-  }
-  history_.moveToFront(item);
-  shell_.flashStatusIcon();
-  shell_.notify(text ? "Copied text from history" : "Copied image from history");
+  const bool written = text ? history_.copyWithoutRecording(text)
+                            : history_.copyWithoutRecording(*item.kind.image());
+  if (written) history_.moveToFront(item);
+  shell_.confirmCopy(written, text ? "Copied text from history" : "Copied image from history");
 }
 
 void HistoryMenus::setClipTypeFilter(const MenuItem& sender) {
@@ -246,9 +242,8 @@ void HistoryMenus::copyClipHistoryPath(const MenuItem& sender) {
 }
 
 void HistoryMenus::copyPath(const std::string& path) {
-  history_.copyWithoutRecording(share(text::sanitized(path)));
-  shell_.flashStatusIcon();
-  shell_.notify("Copied file path");
+  shell_.confirmCopy(history_.copyWithoutRecording(share(text::sanitized(path))),
+                     "Copied file path");
 }
 
 }  // namespace marbelot

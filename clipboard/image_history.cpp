@@ -60,9 +60,8 @@ void ImageHistory::copyHistory(const std::string& path) {
     shell_.notify("Couldn't read the image");
     return;
   }
-  platform_.pasteboard.write(*image);
-  shell_.flashStatusIcon();
-  shell_.notify("Copied: " + text::sanitized(files::lastComponent(path)));
+  shell_.confirmCopy(platform_.pasteboard.write(*image).has_value(),
+                     "Copied: " + text::sanitized(files::lastComponent(path)));
 }
 
 ImageHistory::Dates ImageHistory::modificationDates(const std::string& folder,

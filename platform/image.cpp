@@ -69,6 +69,32 @@ class Image::File {
   int descriptor_;
 };
 
+// Reads in small windows, so that a walk over many tiny chunks needs few system calls.
+class Image::FileSource final : public ByteSource {
+ public:
+  explicit FileSource(const File& file) : file_(file), size_(file.size()) {}
+  std::uint64_t size() const override { return size_; }
+  bool read(std::uint64_t offset, char* to, std::size_t count) const override {
+    if (offset > size_ || count > size_ - offset || count > window_.size()) return false;
+    if (offset < start_ || offset + count > start_ + filled_) {
+      const auto wanted = std::min<std::uint64_t>(window_.size(), size_ - offset);
+      filled_ = 0;
+      if (!file_.read(offset, window_.data(), wanted)) return false;
+      start_ = offset;
+      filled_ = wanted;
+    }
+    std::memcpy(to, window_.data() + (offset - start_), count);
+    return true;
+  }
+
+ private:
+  const File& file_;
+  std::uint64_t size_;
+  mutable std::array<char, 4096> window_{};
+  mutable std::uint64_t start_ = 0;
+  mutable std::uint64_t filled_ = 0;
+};
+
 std::optional<Image> Image::fromBytes(SharedBytes bytes) {
   const auto header = bytes ? imageHeader(std::string_view(*bytes)) : std::nullopt;
   if (!header) return std::nullopt;
@@ -79,32 +105,6 @@ std::optional<Image> Image::fromBytes(SharedBytes bytes) {
 }
 
 std::optional<Image> Image::fromFile(const std::string& path) {
-  // Reads in small windows, so that a walk over many tiny chunks needs few system calls.
-  class FileSource final : public ByteSource {
-   public:
-    explicit FileSource(const File& file) : file_(file), size_(file.size()) {}
-    std::uint64_t size() const override { return size_; }
-    bool read(std::uint64_t offset, char* to, std::size_t count) const override {
-      if (offset > size_ || count > size_ - offset || count > window_.size()) return false;
-      if (offset < start_ || offset + count > start_ + filled_) {
-        const auto wanted = std::min<std::uint64_t>(window_.size(), size_ - offset);
-        filled_ = 0;
-        if (!file_.read(offset, window_.data(), wanted)) return false;
-        start_ = offset;
-        filled_ = wanted;
-      }
-      std::memcpy(to, window_.data() + (offset - start_), count);
-      return true;
-    }
-
-   private:
-    const File& file_;
-    std::uint64_t size_;
-    mutable std::array<char, 4096> window_{};
-    mutable std::uint64_t start_ = 0;
-    mutable std::uint64_t filled_ = 0;
-  };
-
   // Non-blocking: opening a named pipe must not wait for its writer.
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return std::nullopt;
@@ -122,11 +122,10 @@ SharedBytes Image::bytes() const {
   std::string bytes(file_->size(), '\0');
   if (!file_->read(0, bytes.data(), bytes.size())) return nullptr;
   // Somebody may have written over the file since; then it is another image, or none.
-  const auto now = imageHeader(std::string_view(bytes));
-  if (!now || now->format != header_.format || now->width != header_.width ||
-      now->height != header_.height)
-    return nullptr;
+  if (imageHeader(std::string_view(bytes)) != header_) return nullptr;
   return share(std::move(bytes));
 }
+
+bool Image::isReadable() const { return !file_ || imageHeader(FileSource(*file_)) == header_; }
 
 }  // namespace marbelot

@@ -19,6 +19,7 @@ struct ImageHeader {
   ImageFormat format = ImageFormat::png;
   int width = 0;   // pixels
   int height = 0;  // pixels
+  bool operator==(const ImageHeader&) const = default;
 };
 
 // More pixels than any screen or camera makes; larger claims are taken for damage or malice.
@@ -42,9 +43,12 @@ class Image {
 
   // The encoded bytes as they came; null when the file can no longer be read.
   SharedBytes bytes() const;
+  // Whether the file still holds this image, without reading all of it.
+  bool isReadable() const;
 
  private:
   class File;
+  class FileSource;
   ImageHeader header_;
   SharedBytes bytes_;                 // null when backed by a file
   std::shared_ptr<const File> file_;  // null when backed by memory

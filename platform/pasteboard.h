@@ -42,10 +42,13 @@ class Pasteboard {
   virtual std::vector<PasteboardChange> changesSince(std::int64_t count) = 0;
 
   // Replaces the contents; they stay pasteable as long as the program runs. Returns the change
-  // count that this write made. A `concealed` text is marked so for other programs, too.
-  virtual std::int64_t write(SharedText text, bool concealed) = 0;
-  std::int64_t write(SharedText text) { return write(std::move(text), false); }
-  virtual std::int64_t write(const Image& image) = 0;
+  // count that this write made; none when it failed: the system takes nothing, or the image can no
+  // longer be read. A `concealed` text is marked so for other programs, too.
+  [[nodiscard]] virtual std::optional<std::int64_t> write(SharedText text, bool concealed) = 0;
+  [[nodiscard]] std::optional<std::int64_t> write(SharedText text) {
+    return write(std::move(text), false);
+  }
+  [[nodiscard]] virtual std::optional<std::int64_t> write(const Image& image) = 0;
 
   // Called after each change by others where the system announces them; never called elsewhere.
   virtual void setChangeHandler(std::function<void()> handler) = 0;

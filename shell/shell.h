@@ -23,10 +23,21 @@ class Shell {
   virtual void rebuildMenu() = 0;
 
   // Puts something on the clipboard that the program already holds: it is neither recorded in the
-  // history nor collected. What was made of a concealed text stays concealed.
-  virtual void copyWithoutRecording(SharedText text, bool concealed) = 0;
-  void copyWithoutRecording(SharedText text) { copyWithoutRecording(std::move(text), false); }
-  virtual void copyWithoutRecording(const Image& image) = 0;
+  // history nor collected. What was made of a concealed text stays concealed. False when the
+  // clipboard could not be written.
+  [[nodiscard]] virtual bool copyWithoutRecording(SharedText text, bool concealed) = 0;
+  [[nodiscard]] bool copyWithoutRecording(SharedText text) {
+    return copyWithoutRecording(std::move(text), false);
+  }
+  [[nodiscard]] virtual bool copyWithoutRecording(const Image& image) = 0;
+
+  // Ends a user's copy: flashes and says `message` when the clipboard was written, else that it
+  // was not. Returns `written`.
+  bool confirmCopy(bool written, const std::string& message) {
+    if (written) flashStatusIcon();
+    notify(written ? message : "Couldn't write to the clipboard");
+    return written;
+  }
 };
 
 // The actions that menu items name, by selector.

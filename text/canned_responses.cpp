@@ -66,9 +66,8 @@ std::optional<std::size_t> CannedResponses::indexOf(const MenuItem& sender) cons
 void CannedResponses::copyCanned(const MenuItem& sender) {
   const auto index = indexOf(sender);
   if (!index) return;
-  platform_.pasteboard.write(cannedResponses[*index]);
-  shell_.flashStatusIcon();
-  shell_.notify("Copied canned response");
+  shell_.confirmCopy(platform_.pasteboard.write(cannedResponses[*index]).has_value(),
+                     "Copied canned response");
 }
 
 void CannedResponses::addCanned() {

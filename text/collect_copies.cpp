@@ -142,18 +142,17 @@ void CollectCopies::copy(bool reset) {
       shell_.notify("The clipboard has changed meanwhile");
       return;
     }
-    shell_.copyWithoutRecording(text);
+    const bool written = shell_.copyWithoutRecording(text);
     const bool resets = std::exchange(resetAfterCopy_, false);
-    if (resets) {
+    if (written && resets) {
       // Pieces collected meanwhile are not in the copy and stay.
       const auto& now = concatBuffer.pieces();
       const auto rest = std::mismatch(now.begin(), now.end(), copied.begin(), copied.end()).first;
       concatBuffer = Collection(std::vector<SharedText>(rest, now.end()));
     }
     changed();
-    shell_.flashStatusIcon();
-    shell_.notify("Copied " + std::to_string(copied.size()) +
-                  (resets ? " pieces — collection reset" : " pieces"));
+    shell_.confirmCopy(written, "Copied " + std::to_string(copied.size()) +
+                                    (resets ? " pieces — collection reset" : " pieces"));
   });
 }
 

@@ -197,9 +197,8 @@ void FlattenTrim::replaceText(const Operation& operation, const std::string& mes
 
 // Recorded and collected like a copy by any other program.
 void FlattenTrim::write(std::string text, bool concealed, const std::string& message) {
-  platform_.pasteboard.write(share(std::move(text)), concealed);
-  shell_.flashStatusIcon();
-  shell_.notify(message);
+  shell_.confirmCopy(platform_.pasteboard.write(share(std::move(text)), concealed).has_value(),
+                     message);
 }
 
 }  // namespace marbelot

@@ -77,9 +77,9 @@ void TextEditor::editClipboardText() {
 // Put back rather than copied anew: it is not recorded.
 void TextEditor::saveEditorToClipboard() {
   if (!editTextWindow || !editTextWindow->isVisible()) return;
-  shell_.copyWithoutRecording(editTextWindow->text(editTextView), concealed_);
-  shell_.flashStatusIcon();
-  shell_.notify("Saved edited text to clipboard");
+  const SharedText text = editTextWindow->text(editTextView);
+  shell_.confirmCopy(shell_.copyWithoutRecording(text, concealed_),
+                     "Saved edited text to clipboard");
 }
 
 }  // namespace marbelot

@@ -69,13 +69,15 @@ class X11Pasteboard::Worker {
     ::close(wake_);
   }
 
-  // Returns when the clipboard is ours, or a moment later when the server is busy.
-  void write(X11Offer offer, std::uint64_t number) {
+  // Returns when the clipboard is ours, or a moment later when the server is busy and it will be.
+  // False when the connection has ended.
+  bool write(X11Offer offer, std::uint64_t number) {
     std::unique_lock lock(mutex_);
-    if (ended_) return;
+    if (ended_) return false;
     offer_ = {std::move(offer), number};
     wake();
     claim_.wait_for(lock, claimWait, [&] { return ended_ || claimed_ >= number; });
+    return !ended_;
   }
 
   std::vector<News> takeNews() {
@@ -294,20 +296,21 @@ std::vector<PasteboardChange> X11Pasteboard::changesSince(std::int64_t count) {
   return told;
 }
 
-std::int64_t X11Pasteboard::write(SharedText text, bool concealed) {
-  takeNews();
-  X11Offer offer{text ? std::move(text) : share({}), std::nullopt, concealed};
-  const auto count = record({offer.text, std::nullopt, offeredTypes(offer), concealed});
-  worker_->write(std::move(offer), ++writes_);
-  return count;
+std::optional<std::int64_t> X11Pasteboard::write(SharedText text, bool concealed) {
+  return write(X11Offer{text ? std::move(text) : share({}), std::nullopt, concealed});
 }
 
-std::int64_t X11Pasteboard::write(const Image& image) {
+std::optional<std::int64_t> X11Pasteboard::write(const Image& image) {
+  if (!image.isReadable()) return std::nullopt;
+  return write(X11Offer{nullptr, image, false});
+}
+
+std::optional<std::int64_t> X11Pasteboard::write(X11Offer offer) {
   takeNews();
-  X11Offer offer{nullptr, image, false};
-  const auto count = record({nullptr, image, offeredTypes(offer), false});
-  worker_->write(std::move(offer), ++writes_);
-  return count;
+  PasteboardContents contents{offer.text, offer.image, offeredTypes(offer), offer.concealed};
+  if (!worker_->write(std::move(offer), writes_ + 1)) return std::nullopt;
+  ++writes_;
+  return record(std::move(contents));
 }
 
 void X11Pasteboard::setChangeHandler(std::function<void()> handler) {

@@ -11,13 +11,14 @@
 
 namespace marbelot {
 
+struct X11Offer;
+
 // The count starts at 1, which stands for whatever the clipboard held at the start; that becomes
 // the contents as soon as it has been read, without being told as a change. What another program
 // has copied just before an own write, but is only read after it, is told then; the own write stays
 // the present contents and is not told again. A copy whose owner pauses for long while it is being
 // read is told without what is missing, and once more when that comes.
-// Without a display, or when the connection breaks, own writes are kept in memory and nothing else
-// happens.
+// Without a display, or when the connection has broken, no write succeeds and nothing changes.
 class X11Pasteboard final : public Pasteboard {
  public:
   // `queue` must live longer. An empty `display` means the one of the environment.
@@ -31,8 +32,8 @@ class X11Pasteboard final : public Pasteboard {
   PasteboardContents contents() override;
   std::vector<PasteboardChange> changesSince(std::int64_t count) override;
   using Pasteboard::write;
-  std::int64_t write(SharedText text, bool concealed) override;
-  std::int64_t write(const Image& image) override;
+  std::optional<std::int64_t> write(SharedText text, bool concealed) override;
+  std::optional<std::int64_t> write(const Image& image) override;
   void setChangeHandler(std::function<void()> handler) override;
 
  private:
@@ -43,6 +44,7 @@ class X11Pasteboard final : public Pasteboard {
 
   void takeNews();
   void announce();
+  std::optional<std::int64_t> write(X11Offer offer);
   std::int64_t record(PasteboardContents contents);
   void recordOvertaken(PasteboardContents contents);
 

@@ -96,25 +96,28 @@ class GeneralPasteboard final : public Pasteboard {
 
   using Pasteboard::write;
 
-  std::int64_t write(SharedText text, bool concealed) override {
+  std::optional<std::int64_t> write(SharedText text, bool concealed) override {
     @autoreleasepool {
       // The count of this very write: another program's may follow at any moment.
       const std::int64_t count = [pasteboard_ clearContents];
-      [pasteboard_ setString:nsString(*text) forType:NSPasteboardTypeString];
+      if (![pasteboard_ setString:nsString(*text) forType:NSPasteboardTypeString])
+        return std::nullopt;
       if (concealed) [pasteboard_ setString:@"" forType:@"org.nspasteboard.ConcealedType"];
       return count;
     }
   }
 
-  std::int64_t write(const Image& image) override {
+  std::optional<std::int64_t> write(const Image& image) override {
     @autoreleasepool {
       const SharedBytes bytes = image.bytes();
       NSData* const data = bytes ? nsData(bytes) : nil;
       NSImage* const object = data != nil ? [[NSImage alloc] initWithData:data] : nil;
-      if (object == nil) return changeCount();  // better the old contents than none
+      if (object == nil) return std::nullopt;  // better the old contents than none
       const std::int64_t count = [pasteboard_ clearContents];
       NSData* const png = image.format() == ImageFormat::png ? data : nil;
-      [pasteboard_ writeObjects:@[ [[MarbelotImageWriter alloc] initWithImage:object png:png] ]];
+      MarbelotImageWriter* const writer = [[MarbelotImageWriter alloc] initWithImage:object
+                                                                                 png:png];
+      if (![pasteboard_ writeObjects:@[ writer ]]) return std::nullopt;
       return count;
     }
   }

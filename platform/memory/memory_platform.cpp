@@ -61,7 +61,8 @@ std::int64_t Clipboard::replace(PasteboardContents contents) {
   return count_;
 }
 
-std::int64_t Clipboard::write(SharedText text, bool concealed) {
+std::optional<std::int64_t> Clipboard::write(SharedText text, bool concealed) {
+  if (refuses) return std::nullopt;
   PasteboardContents contents;
   contents.text = std::move(text);
   contents.types = {"text/plain;charset=utf-8"};
@@ -69,7 +70,8 @@ std::int64_t Clipboard::write(SharedText text, bool concealed) {
   return replace(std::move(contents));
 }
 
-std::int64_t Clipboard::write(const Image& image) {
+std::optional<std::int64_t> Clipboard::write(const Image& image) {
+  if (refuses || !image.isReadable()) return std::nullopt;
   PasteboardContents contents;
   contents.image = image;
   contents.types = {std::string(mimeType(image.format()))};

@@ -45,13 +45,14 @@ class Clipboard : public Pasteboard {
   PasteboardContents contents() override { return contents_; }
   std::vector<PasteboardChange> changesSince(std::int64_t count) override;
   using Pasteboard::write;
-  std::int64_t write(SharedText text, bool concealed) override;
-  std::int64_t write(const Image& image) override;
+  std::optional<std::int64_t> write(SharedText text, bool concealed) override;
+  std::optional<std::int64_t> write(const Image& image) override;
   void setChangeHandler(std::function<void()> handler) override { handler_ = std::move(handler); }
 
   // Another program copies; `announced` as on systems that tell at once.
   void copyElsewhere(PasteboardContents contents, bool announced = false);
   void copyElsewhere(const std::string& text, bool announced = false);
+  bool refuses = false;  // what the program writes
 
  private:
   std::int64_t replace(PasteboardContents contents);

@@ -161,6 +161,18 @@ TEST_F(ScreenshotWatcherTest, CopiesWhatIsSavedBeforeTheFolderHasBeenListed) {
   EXPECT_EQ(copied_, Names{"Screenshot after.png"});
 }
 
+TEST_F(ScreenshotWatcherTest, TellsOfNoScreenshotThatTheClipboardDoesNotTake) {
+  start();
+  desktop_.queue.drain();
+  desktop_.pasteboard.refuses = true;
+  save("Screenshot lost.png");
+  event();
+  desktop_.pasteboard.refuses = false;
+  save("Screenshot taken.png");
+  event();
+  EXPECT_EQ(copied_, Names{"Screenshot taken.png"});
+}
+
 TEST_F(ScreenshotWatcherTest, SkipsWhatCannotBeReadAndGoesOn) {
   start();
   desktop_.queue.drain();

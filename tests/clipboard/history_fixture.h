@@ -20,10 +20,12 @@ class MemoryShell : public Shell {
   void notify(const std::string& message) override { desktop_.notices.post("", message); }
   void flashStatusIcon() override { ++flashes; }
   void rebuildMenu() override { ++rebuilds; }
-  void copyWithoutRecording(SharedText text, bool concealed) override {
-    history->copyWithoutRecording(text, concealed);
+  bool copyWithoutRecording(SharedText text, bool concealed) override {
+    return history->copyWithoutRecording(text, concealed);
   }
-  void copyWithoutRecording(const Image& image) override { history->copyWithoutRecording(image); }
+  bool copyWithoutRecording(const Image& image) override {
+    return history->copyWithoutRecording(image);
+  }
   int flashes = 0;
   int rebuilds = 0;
   ClipboardHistory* history = nullptr;

@@ -177,6 +177,25 @@ TEST_F(HistoryMenusTest, CopyingAnEntryMovesItToTheFront) {
   EXPECT_EQ(texts().size(), 4u);
 }
 
+TEST_F(HistoryMenusTest, ACopyThatFailsIsNotAnnouncedAndMovesNothing) {
+  copy("a");
+  copyImage(png(9));
+  std::filesystem::resize_file(*history.clipHistory[0].savedPath, 20);
+  choose(0, "Copy to clipboard");
+  EXPECT_EQ(desktop.notices.last(), "Couldn't write to the clipboard");
+  desktop.pasteboard.refuses = true;
+  for (const char* title : {"Copy to clipboard", "Copy file path"}) {
+    desktop.notices.posted.clear();
+    choose(title == std::string("Copy to clipboard") ? 1 : 0, title);
+    EXPECT_EQ(desktop.notices.last(), "Couldn't write to the clipboard") << title;
+  }
+  EXPECT_EQ(shell.flashes, 0);
+  EXPECT_EQ(texts(), (std::vector<std::string>{"image", "a"}));
+  desktop.pasteboard.refuses = false;
+  copy("b");
+  EXPECT_EQ(texts().front(), "b") << "the failed writes left the count alone";
+}
+
 TEST_F(HistoryMenusTest, AMenuOpenWhileTheHistoryMovesActsOnWhatItShows) {
   for (int i = 0; i < 40; ++i) copy(std::to_string(i));
   const auto menu = menus.clipboardHistoryMenu();

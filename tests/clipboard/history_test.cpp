@@ -68,11 +68,11 @@ TEST_F(HistoryTest, ConcealedCopiesAreIgnoredUnlessTheUserWantsThem) {
 
 TEST_F(HistoryTest, OwnCopiesAreNotRecordedButAForeignOneBeforeThemIs) {
   desktop.pasteboard.copyElsewhere("theirs");
-  history.copyWithoutRecording(share("ours"));
+  EXPECT_TRUE(history.copyWithoutRecording(share("ours")));
   poll();
   EXPECT_EQ(texts(), Texts{"theirs"});
   EXPECT_EQ(*desktop.pasteboard.contents().text, "ours");
-  desktop.pasteboard.write(share("flattened"));  // a write that is to be recorded
+  EXPECT_TRUE(desktop.pasteboard.write(share("flattened")));  // a write that is to be recorded
   poll();
   EXPECT_EQ(texts(), (Texts{"flattened", "theirs"}));
 }

@@ -121,8 +121,8 @@ TYPED_TEST(Conformance, DefaultsGiveBackWhatWasSet) {
 TYPED_TEST(Conformance, ThePasteboardCountsAndTellsOwnWrites) {
   auto& pasteboard = this->backend.pasteboard;
   const std::int64_t start = pasteboard.changeCount();
-  const std::int64_t first = pasteboard.write(share("one"));
-  const std::int64_t second = pasteboard.write(*Image::fromBytes(png(30)));
+  const std::int64_t first = pasteboard.write(share("one")).value();
+  const std::int64_t second = pasteboard.write(*Image::fromBytes(png(30))).value();
   EXPECT_LT(start, first);
   EXPECT_LT(first, second);
   EXPECT_EQ(pasteboard.changeCount(), second);
@@ -133,6 +133,21 @@ TYPED_TEST(Conformance, ThePasteboardCountsAndTellsOwnWrites) {
   EXPECT_EQ(*changes[0].contents.text, "one");
   EXPECT_EQ(changes[1].count, second);
   EXPECT_TRUE(pasteboard.changesSince(second).empty());
+}
+
+TYPED_TEST(Conformance, WhatCanNoLongerBeReadReplacesNothing) {
+  auto& pasteboard = this->backend.pasteboard;
+  const TemporaryHome home;
+  writeFile(home / "image.png", *png(30));
+  const auto image = Image::fromFile(home / "image.png");
+  ASSERT_TRUE(image);
+  const std::int64_t kept = pasteboard.write(share("kept")).value();
+  writeFile(home / "image.png", *png(31));
+  EXPECT_FALSE(pasteboard.write(*image));
+  writeFile(home / "image.png", "");
+  EXPECT_FALSE(pasteboard.write(*image));
+  EXPECT_EQ(pasteboard.changeCount(), kept);
+  EXPECT_EQ(*pasteboard.contents().text, "kept");
 }
 
 TYPED_TEST(Conformance, FolderEventsLastAsLongAsTheirStream) {

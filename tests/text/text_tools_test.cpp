@@ -33,11 +33,11 @@ struct TextTools : testing::Test, Shell {
   void notify(const std::string& message) override { desk.notices.post("", message); }
   void flashStatusIcon() override { ++flashes; }
   void rebuildMenu() override { ++rebuilds; }
-  void copyWithoutRecording(SharedText text, bool concealed) override {
+  bool copyWithoutRecording(SharedText text, bool concealed) override {
     ++unrecorded;
-    desk.pasteboard.write(std::move(text), concealed);
+    return desk.pasteboard.write(std::move(text), concealed).has_value();
   }
-  void copyWithoutRecording(const Image&) override {}
+  bool copyWithoutRecording(const Image&) override { return false; }
 
   void copy(const std::string& text) { desk.pasteboard.copyElsewhere(text); }
   std::string clipboard() { return *desk.pasteboard.contents().text; }
@@ -166,6 +166,23 @@ TEST_F(TextTools, WhichCopiesAreRecorded) {
   perform("saveEditorToClipboard:");
   EXPECT_EQ(unrecorded, 3);
   EXPECT_EQ(flashes, 6);
+}
+
+TEST_F(TextTools, AWriteThatFailsIsNotAnnouncedAndChangesNothing) {
+  copy("a\nb");
+  canned.saveText(share("snippet"));
+  collect.append(share("piece"), true);
+  perform("editClipboardText");
+  desk.pasteboard.refuses = true;
+  for (const char* action : {"flattenClipboard:", "trimClipboard:", "copyCanned:", "copyConcat",
+                             "copyConcatAndReset", "saveEditorToClipboard:"}) {
+    desk.notices.posted.clear();
+    perform(action, std::int64_t{0});
+    EXPECT_EQ(last(), "Couldn't write to the clipboard") << action;
+  }
+  EXPECT_EQ(flashes, 0);
+  EXPECT_EQ(collect.concatBuffer.size(), 1U);
+  EXPECT_EQ(clipboard(), "a\nb");
 }
 
 TEST_F(TextTools, LargeTextsAreWorkedOnInTheBackground) {
