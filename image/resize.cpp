@@ -1,0 +1,25 @@
+#include <algorithm>
+#include <cmath>
+
+#include "image/pixel_operations.h"
+#include "image/resampler.h"
+
+namespace marbelot {
+
+Result resize(const Bitmap& picture, double factor) {
+  const double width = factor * picture.width(), height = factor * picture.height();
+  constexpr double limit = 0x1p63;  // of 64-bit integers
+  if (!(std::abs(width) < limit && std::abs(height) < limit)) return Result::refusal();
+  Result result = Result::canvas(std::max<std::int64_t>(1, static_cast<std::int64_t>(width)),
+                                 std::max<std::int64_t>(1, static_cast<std::int64_t>(height)));
+  if (!result) return result;
+  const auto axis = [](int from, int to) {
+    return SampledAxis{to, 0, static_cast<double>(from) / to};
+  };
+  Resampler resampler(picture, axis(picture.width(), result->width()),
+                      axis(picture.height(), result->height()));
+  for (int y = 0; y < result->height(); ++y) resampler.row(y, result->row(y));
+  return result;
+}
+
+}  // namespace marbelot
