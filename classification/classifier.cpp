@@ -5,6 +5,7 @@
 #include <array>
 
 #include "classification/code_lines.h"
+#include "classification/language_detector.h"
 #include "classification/line_counts.h"
 #include "classification/password_tokens.h"
 #include "classification/terminal_test.h"
@@ -70,8 +71,10 @@ ClipCategory classify(std::string_view text) {
   if (!secretRanges(trimmed).empty()) return ClipCategory::apiKey;
   if (looksLikeSecretToken(trimmed)) return ClipCategory::password;
   if (holdsPassword(trimmed)) return ClipCategory::password;
-  if (detectLanguage(trimmed)) return ClipCategory::code;
-  const LineCounts lines = countLines(trimmed);
+  const std::string_view head = leadingLines(trimmed);
+  LineCounts lines = countLines(head);
+  if (languageOf(trimmed, lines)) return ClipCategory::code;
+  if (head.size() < trimmed.size()) lines = countLines(trimmed);
   if (looksLikeTerminal(lines)) return ClipCategory::terminal;
   if (looksLikeCode(lines)) return ClipCategory::code;
   if (const auto category = detected(trimmed)) return *category;

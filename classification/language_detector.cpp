@@ -1,6 +1,7 @@
-// Names the language of a snippet: the clues in it are weighed, and the language they speak for
-// most is named when the text carries one of its signals and reads as code at all, or without a
-// signal when the clues speak for it beyond doubt.
+// Names the language of a snippet: of those of which a signal stands in the text, the one that the
+// clues speak for most, when they say enough.
+#include "classification/language_detector.h"
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -8,8 +9,8 @@
 
 #include "classification/classifier.h"
 #include "classification/language_clues.h"
-#include "classification/language_pieces.h"
 #include "classification/language_signals.h"
+#include "classification/line_reader.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -18,15 +19,6 @@ namespace {
 constexpr std::array<std::string_view, languageCount> kNames = {
     "PHP", "C++",  "C",    "Swift", "Python", "TypeScript", "JavaScript", "C#", "Java",
     "Go",  "Rust", "Ruby", "JSON",  "Shell",  "HTML",       "CSS",        "SQL"};
-
-// A language shows early; of longer texts this many bytes are looked at, to the end of a line.
-constexpr std::size_t kLookAt = std::size_t{64} << 10;
-
-std::string_view leadingLines(std::string_view text) {
-  if (text.size() <= kLookAt) return text;
-  const std::size_t lineEnd = text.rfind('\n', kLookAt);
-  return text.substr(0, lineEnd == text.npos ? kLookAt : lineEnd);
-}
 
 // A page: running text between tags, which mark at least a few of the lines.
 bool isPage(const ClueScores& scores) {
@@ -60,57 +52,63 @@ std::array<Language, languageCount> ranked(const ClueScores& scores) {
   return ranking;
 }
 
-// Whether the clues say enough without a signal, which a piece out of the middle of a source
-// seldom holds. What other texts have in common with a language does not count alone.
-bool standsAlone(Language language, const ClueScores& scores, std::string_view text) {
-  if (scores.lines == 0 || scores.lines + scores.commentLines < 2) return false;
-  if (scores.of(language) < neededPoints(scores, language) * 3 / 2 + 2) return false;
-  switch (language) {
-    case Language::shell:
-      return scores.foreignLines * 3 <= scores.lines && !holdsPrompt(text);
-    case Language::html:
-      return holdsPageTag(text);
-    case Language::cpp:  // a list of files tells the language of the files
-      if (scores.endedLines == 0 && text.find('#') == text.npos) return false;
-      break;
-    case Language::cSharp:
-    case Language::css:
-    case Language::java:
-    case Language::php:
-    case Language::rust:
-      if (scores.endedLines == 0) return false;
-      break;
-    default:
-      break;
+// The language of the program that a script names to run it: "#!/usr/bin/env python3".
+std::optional<Language> interpreted(std::string_view script) {
+  constexpr struct {
+    std::string_view program;
+    Language language;
+  } kPrograms[] = {{"python", Language::python},
+                   {"node", Language::javaScript},
+                   {"ruby", Language::ruby},
+                   {"php", Language::php}};
+  std::string_view line = text::trimmedBlanks(LineReader(script).next()->substr(2));
+  constexpr std::string_view kEnv = "/usr/bin/env ";
+  line = line.starts_with(kEnv) ? line.substr(kEnv.size()) : line.substr(0, line.find(' '));
+  line = line.substr(line.rfind('/') + 1);
+  for (const auto& [program, language] : kPrograms) {
+    if (line.starts_with(program)) return language;
   }
-  return scores.proseLines * 4 <= scores.lines;
+  return std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::string_view> detectLanguage(std::string_view text) {
-  const std::string_view trimmed = text::trimmedBlanksAndNewlines(text);
-  const auto named = [](Language language) { return kNames[static_cast<std::size_t>(language)]; };
-  if (isJson(trimmed)) return named(Language::json);
-  if (carriesSignal(Language::shell, trimmed)) return named(Language::shell);
+std::string_view leadingLines(std::string_view text) {
+  // A language shows early; of longer texts this many bytes are looked at, to the end of a line.
+  constexpr std::size_t kLookAt = std::size_t{64} << 10;
+  if (text.size() <= kLookAt) return text;
+  const std::size_t lineEnd = text.rfind('\n', kLookAt);
+  return text.substr(0, lineEnd == text.npos ? kLookAt : lineEnd);
+}
 
+std::optional<std::string_view> languageOf(std::string_view trimmed, const LineCounts& headLines) {
+  const auto named = [](Language language) { return kNames[static_cast<std::size_t>(language)]; };
+  if (carriesSignal(Language::shell, trimmed)) return named(Language::shell);
   const std::string_view head = leadingLines(trimmed);
+  if (trimmed.starts_with("#!/")) {
+    const auto language = interpreted(head);
+    return language && carriesSignal(*language, head) ? std::optional(named(*language))
+                                                      : std::nullopt;
+  }
+  if (!trimmed.starts_with("<?php") && showsSession(headLines)) return std::nullopt;
+  if (isJson(trimmed)) return named(Language::json);
+
   const ClueScores scores = weighClues(head);
-  if (scores.isTable && isJsonPiece(head)) return named(Language::json);
   const auto ranking = ranked(scores);
   const int best = scores.of(ranking.front());
   for (const Language language : ranking) {
     const int points = scores.of(language);
     // A close second is named when the first lacks its signal: they share most of their syntax.
     if (points < neededPoints(scores, language) || points * 4 < best * 3) break;
-    if (carriesSignal(language, head)) return named(language);
+    const bool whole = language == Language::json;
+    if (carriesSignal(language, whole ? trimmed : head)) return named(language);
   }
-  if (const auto language = interpreted(head)) return named(*language);
-  if (isJsonPiece(head)) return named(Language::json);
-  const ClueScores code = scores.commentLines == 0 ? scores : weighClues(head, Comments::skip);
-  const Language first = ranked(code).front();
-  if (standsAlone(first, code, head)) return named(first);
   return std::nullopt;
+}
+
+std::optional<std::string_view> detectLanguage(std::string_view text) {
+  const std::string_view trimmed = text::trimmedBlanksAndNewlines(text);
+  return languageOf(trimmed, countLines(leadingLines(trimmed)));
 }
 
 }  // namespace marbelot

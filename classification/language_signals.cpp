@@ -284,8 +284,7 @@ bool isWrapped(std::string_view text) {
 bool carriesSignal(Language language, std::string_view text) {
   switch (language) {
     case Language::php:
-      return containsAny(text, {"<?php", "<?="}) ||
-             (hasPhpVariable(text) && containsAny(text, {"->", ";"}));
+      return containsAny(text, {"<?php", "<?=", "->", ";"}) || hasPhpVariable(text);
     case Language::cpp:
       return containsAny(text, {"std::", "int main", "cout <<", "cin ", "template", "nullptr",
                                 "namespace ", "::"});

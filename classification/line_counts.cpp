@@ -4,13 +4,11 @@
 
 #include "classification/code_lines.h"
 #include "classification/line_reader.h"
-#include "classification/terminal_test.h"
+#include "classification/line_shapes.h"
 #include "platform/text.h"
 
 namespace marbelot {
 namespace {
-
-bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
 
 // A line of running text: some words, begun as a sentence is or ended as one.
 bool isSentence(std::string_view line) {
@@ -34,44 +32,22 @@ bool isMarkup(std::string_view line) {
 
 LineCounts countLines(std::string_view text) {
   LineCounts counts;
+  TerminalReader terminal;
   LineReader reader(text);
   while (const auto line = reader.next()) {
     const std::string_view trimmed = text::trimmedBlanks(*line);
-    if (trimmed.empty()) continue;
+    if (trimmed.empty()) {
+      terminal.readBlank();
+      continue;
+    }
     ++counts.nonBlank;
     const bool isCode = isCodeLine(trimmed);
     if (isCode) ++counts.code;
-    switch (terminalLine(*line, trimmed, isCode)) {
-      case TerminalLine::prompt:
-        ++counts.prompts;
-        break;
-      case TerminalLine::mark:
-        ++counts.marks;
-        if (counts.nonBlank == 1) counts.beginsWithMark = true;
-        break;
-      case TerminalLine::error:
-        ++counts.errors;
-        break;
-      case TerminalLine::command:
-        ++counts.commands;
-        break;
-      case TerminalLine::everydayQuote:
-        ++counts.everyday;
-        [[fallthrough]];
-      case TerminalLine::quote:
-        ++counts.prose;
-        break;
-      case TerminalLine::everydayHash:
-        ++counts.everyday;
-        [[fallthrough]];
-      case TerminalLine::hash:
-        ++counts.hashes;
-        break;
-      case TerminalLine::none:
-        if (isMarkup(trimmed) || isSentence(trimmed)) ++counts.prose;
-        break;
-    }
+    const TerminalLine kind = terminal.read(*line, trimmed, isCode);
+    const bool isText = kind == TerminalLine::none && (isMarkup(trimmed) || isSentence(trimmed));
+    if (isText || kind == TerminalLine::quotation) ++counts.prose;
   }
+  counts.terminal = terminal.counts();
   return counts;
 }
 

@@ -168,41 +168,71 @@ TEST(Classify, TakesTheFirstTestThatDecides) {
   }
 }
 
-// Quotes, comments and lists begin their lines with the marks that shells prompt with.
-TEST(Classify, TellsSessionsFromQuotesAndComments) {
+// Quotes, comments and headings begin their lines with the marks that shells prompt with.
+TEST(Terminal, TellsPromptsFromQuotesAndComments) {
   for (const char* text :
        {"$ make\nok", "# apt-get install foo", "> npm install -g x", "% ls -la", "% make test",
         "ann@web:~$ date", "PS C:\\> date", "# make -j4 install", "> cat notes.txt | sort",
         "> git status", "$ cat <<END\n> read this\n> more of it\n> END", "# find . -name '*.o'",
-        "./configure --prefix=/usr", "/usr/bin/env FOO=1 ./a", "~/bin/run|less /tmp/x",
+        "# reboot", "# date\nFri Nov 21 20:15:02 UTC 2025", "# systemctl restart nginx",
+        "# rm old.txt\n# ls\n# a comment in a file", "> echo $HOME", "# service cron stop",
         "# apt-get install foo\nReading package lists... Done\nNeed to get 12 kB of archives.\n"
         "After this operation, 50 kB of additional disk space will be used."}) {
     EXPECT_EQ(rawValue(classify(text)), "terminal") << text;
   }
   for (const char* text :
-       {"Hi,\n\n> make sure\n> it works\n\nThanks",
-        "> can you\n> find out\n> which one it was",
-        "On Friday Bob wrote:\n> cut\n> paste\nok",
-        "> time flies",
-        "> quoted mail\n> more",
-        "# find me\n\nSome prose here about it.",
-        "Shopping:\n# date\n# sort\n# cut",
-        "> git is hard",
-        "> java is great",
-        "> swift reply\n> good",
-        "% make sure",
-        "# more at https://example.org/a/b",
-        "> read he/she and/or they",
-        "> set this to /etc/x",
-        "/home/me",
-        "/home/me/report.pdf",
-        "/usr/share/doc/",
-        "./a/b.c",
-        "~/notes.txt",
-        "/home/me/a\\ report.pdf",
-        "./src/a.h\n./src/a.c",
-        "Some prose that speaks of it.\n\n> npm install\n\nThen go on reading this page."}) {
+       {"Hi,\n\n> make sure\n> it works\n\nThanks", "> can you\n> find out\n> which one it was",
+        "On Friday Bob wrote:\n> cut\n> paste\nok", "> time flies", "> quoted mail\n> more",
+        "> swift reply\n> good", "> run npm install\n> npm install\nand it failed", "% make sure",
+        "# find me\n\nSome prose here about it.", "# cargo\n\nIt downloads what a package needs.",
+        "# nginx settings\nport 80", "# Reboot", "Shopping:\n# date\n# sort\n# cut",
+        "# the port\nport 80\n# rm -rf this line\nuser web", "# more at https://example.org/a/b",
+        "> read he/she and/or they", "> set this to /etc/x", "> li.note {\n  margin: 0;"}) {
     EXPECT_NE(rawValue(classify(text)), "terminal") << text;
+  }
+}
+
+TEST(Terminal, KnowsCommandsAndToolsByTheirOperators) {
+  for (const char* text :
+       {"./configure --prefix=/usr", "/usr/bin/env FOO=1 ./a", "~/bin/run|less /tmp/x",
+        "for f in *.txt; do mv \"$f\" /tmp; done",
+        "src/a.c:3:11: warning: unused variable\n    3 |   int x = 1;\n      |       ^",
+        "error[E0308]: mismatched types\n --> src/main.rs:2:16\n  |\n"
+        "2 |     let x: u32 = \"a\";\n  |            ---   ^^^ expected `u32`"}) {
+    EXPECT_EQ(rawValue(classify(text)), "terminal") << text;
+  }
+  for (const char* text :
+       {"/home/me", "/home/me/report.pdf", "/usr/share/doc/", "./a/b.c", "~/notes.txt",
+        "/home/me/a\\ report.pdf", "./src/a.h\n./src/a.c", "type A =\n  | 'a'\n  | 'b';",
+        "a.c:3:11: warning: unused variable", "localhost:80 and example.org/a:80"}) {
+    EXPECT_NE(rawValue(classify(text)), "terminal") << text;
+  }
+}
+
+// A session may show source, and stand in prose; a source may hold what tools say.
+TEST(Terminal, OutweighsWhatASessionShows) {
+  for (const char* text :
+       {"$ cat a.py\nimport os\n\ndef f(x):\n    return os.path.join(x, 'a')",
+        "$ git diff\n-const a = 1;\n+const a = () => { return 2; };",
+        "ann@web:~$ cat a.c\n#include <stdio.h>\nint main(void) {\n  return 0;\n}",
+        "PS C:\\> type a.py\nimport os\nprint(os.name)",
+        "Traceback (most recent call last):\n  File \"a.py\", line 3, in <module>\n"
+        "    import nothing\nModuleNotFoundError: No module named 'nothing'",
+        "TypeError: x is not a function\n    at f (/src/a.js:1:2)\n    const a = () => f();",
+        "bash: import: command not found\nimport os\nprint(os.name)",
+        "# cat a.py\nimport os\nprint(os.name)",
+        "Some prose that speaks of it.\n\n> npm install\n\nThen go on reading this page.",
+        "First of all, open a window.\nThen you type this:\n$ make\nAnd wait for it to end.\n"
+        "It may take a while, and more.\nThe end of it is what you see then."}) {
+    EXPECT_EQ(rawValue(classify(text)), "terminal") << text;
+    EXPECT_FALSE(detectLanguage(text)) << text;
+  }
+  for (const char* text :
+       {"#!/bin/sh\n$ make\necho 'command not found'", "<?php\n$ x = 1;\necho 'fatal:';",
+        "void f() {\n  go();\nerror:\n  free(p);\n}", "f(\n  a);\nerror: free(p);\ng(x);",
+        "def f():\n    \"\"\"\n    Traceback (most recent call last):\n    \"\"\"\n    print(1)",
+        "import os\nprint(\"ls: No such file or directory\")\nprint(os.name)"}) {
+    EXPECT_EQ(rawValue(classify(text)), "code") << text;
   }
 }
 
@@ -255,8 +285,9 @@ TEST(LanguageSignals, MatchWhatTheirExpressionsMatch) {
     const char* without;
   } kCases[] = {
       {Language::php, "<?= $x", "<? x"},
-      {Language::php, "$a->b", "$1->b"},
-      {Language::php, "$_a;", "$_a"},
+      {Language::php, "$_a", "$1"},
+      {Language::php, "a->b", "a>b"},
+      {Language::php, "a;", "a,"},
       {Language::c, "#include  <sys/types.h>", "#include \"stdio.h\""},
       {Language::c, "#include\n<a>", "#include <a b>"},
       {Language::cpp, "a::b", "a:b"},
