@@ -5,7 +5,7 @@
 
 latency  from a screenshot file's last close to another X client having read its last byte
 burst    200 screenshots within two seconds: all counted, and when the last could be pasted
-idle     processor time and context switches of all threads over a minute
+idle     processor time and wake-ups of all threads over a minute
 start    from the process's start to its item in the tray; memory a while later
 """
 
@@ -155,28 +155,28 @@ def burst():
 
 
 def usage(pid):
-    """Processor seconds of a process, and context switches by thread."""
+    """Processor seconds of a process, and by thread how often it was woken."""
     fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
     seconds = (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
-    switches = {
-        status.parent.name: sum(int(line.split()[1]) for line in status.read_text().splitlines()
-                                if "ctxt_switches" in line)
+    woken = {
+        status.parent.name: int(status.read_text().split("\nvoluntary_ctxt_switches:")[1].split()[0])
         for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")}
-    return seconds, switches
+    return seconds, woken
 
 
 def idle(seconds=60):
-    with VirtualDesktop() as desktop:
-        program = Marbelot(desktop)
-        time.sleep(5)  # what starting leaves to do is done by then
-        before, switches_before = usage(program.process.pid)
-        time.sleep(seconds)
-        after, switches_after = usage(program.process.pid)
-        # A thread that ended meanwhile was a worker that had nothing to do.
-        switches = sum(count - switches_before.get(thread, 0)
-                       for thread, count in switches_after.items())
-        print(f"\nIdle for {seconds} s: {(after - before) * 1000:.0f} ms of processor time, "
-              f"{switches / seconds:.2f} context switches a second")
+    print()
+    for tray, name in (("item", "item in the tray"), ("embed", "older tray"), (None, "no tray")):
+        with VirtualDesktop(tray=tray) as desktop:
+            program = Marbelot(desktop)
+            time.sleep(10)  # what starting leaves to do is done by then
+            before, woken_before = usage(program.process.pid)
+            time.sleep(seconds)
+            after, woken_after = usage(program.process.pid)
+            # A thread that ended meanwhile was a worker that had nothing to do.
+            woken = sum(count - woken_before.get(thread, 0) for thread, count in woken_after.items())
+            print(f"Idle for {seconds} s, {name}: {(after - before) * 1000:.0f} ms of processor "
+                  f"time, {woken / seconds:.2f} wake-ups a second", flush=True)
 
 
 def start(times=20):

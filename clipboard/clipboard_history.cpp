@@ -11,6 +11,8 @@ namespace marbelot {
 namespace {
 
 constexpr double pollInterval = 0.6;  // seconds
+// Where each change is announced, looking is only the safety net.
+constexpr double announcedPollInterval = 10;
 
 // Writing this much takes a few milliseconds; more is left to the background.
 constexpr std::size_t immediateImageBytes = std::size_t{256} << 10;
@@ -47,7 +49,9 @@ ClipboardHistory::~ClipboardHistory() { platform_.pasteboard.setChangeHandler({}
 
 void ClipboardHistory::startClipPoller() {
   lastChangeCount = platform_.pasteboard.changeCount();
-  clipPoller = platform_.queue.every(pollInterval, [this] { tick(); });
+  const bool announced = platform_.pasteboard.announcesChanges();
+  clipPoller =
+      platform_.queue.every(announced ? announcedPollInterval : pollInterval, [this] { tick(); });
   platform_.pasteboard.setChangeHandler([this] { tick(); });
 }
 

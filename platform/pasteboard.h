@@ -50,7 +50,9 @@ class Pasteboard {
   }
   [[nodiscard]] virtual std::optional<std::int64_t> write(const Image& image) = 0;
 
-  // Called after each change by others where the system announces them; never called elsewhere.
+  // Whether the handler below is called. Elsewhere the change count has to be asked for.
+  virtual bool announcesChanges() const = 0;
+  // Called right after each change, own writes included, but never during one.
   virtual void setChangeHandler(std::function<void()> handler) = 0;
 };
 

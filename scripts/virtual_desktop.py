@@ -112,11 +112,9 @@ class VirtualDesktop:
             mute = ["--mute"] if self._notices == "mute" else []
             self._start_service("notification_recorder.py", *mute)
         if self._tray == "item" and self._bus:
-            self._start_service("tray_host.py")
+            self.start_tray_host()
         elif self._tray == "embed":
-            self.spawn("trayer", "--edge", "top", "--align", "right", "--height", "24")
-            until(lambda: self.run("xdotool", "search", "--class", "trayer").stdout, "XEmbed tray",
-                  STARTUP_SECONDS)
+            self.start_embedding_tray()
         until(lambda: "_NET_SUPPORTING_WM_CHECK(WINDOW)" in self.root_properties(),
               "window manager", STARTUP_SECONDS)
 
@@ -138,6 +136,14 @@ class VirtualDesktop:
         configuration.write_text(BUS_CONFIGURATION.format(socket=socket).lstrip())
         self.bus_process = self.spawn("dbus-daemon", "--nofork", f"--config-file={configuration}")
         until(socket.exists, "session bus", STARTUP_SECONDS)
+
+    def start_embedding_tray(self):
+        self.spawn("trayer", "--edge", "top", "--align", "right", "--height", "24")
+        until(lambda: self.run("xdotool", "search", "--class", "trayer").stdout, "XEmbed tray",
+              STARTUP_SECONDS)
+
+    def start_tray_host(self):
+        self._start_service("tray_host.py")
 
     def _start_service(self, script, *arguments):
         self.spawn("/usr/bin/python3", SCRIPTS / script, *arguments, log=script)

@@ -11,6 +11,7 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/linux/symbols.h"
 
@@ -20,25 +21,41 @@ namespace {
 constexpr const char* watcherService = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
 // A panel that starts with the session may be later than we are.
-constexpr int quickLookMilliseconds = 250;
-constexpr int quickLooks = 12;
-// After that a tray of the older protocol is looked for now and then.
-constexpr int slowLookMilliseconds = 10000;
+constexpr int lookMilliseconds = 250;
+constexpr int looksAtOnce = 12;
+
+xcb_connection_t* x11Connection() {
+  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  return x11 ? x11->connection() : nullptr;
+}
+
+// None where nobody has used the name yet.
+xcb_atom_t atomNamed(xcb_connection_t* connection, std::string_view name) {
+  const auto cookie =
+      xcb_intern_atom(connection, 1, static_cast<std::uint16_t>(name.size()), name.data());
+  const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&free)> atom(
+      xcb_intern_atom_reply(connection, cookie, nullptr), free);
+  return atom ? atom->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
 
 // The older protocol: somebody owns the selection _NET_SYSTEM_TRAY_S<screen>.
 bool trayPresent() {
-  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (!x11) return false;
-  xcb_connection_t* connection = x11->connection();
-  constexpr std::string_view name = "_NET_SYSTEM_TRAY_S0";
-  const auto atomCookie = xcb_intern_atom(connection, 1, name.size(), name.data());
-  const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&free)> atom(
-      xcb_intern_atom_reply(connection, atomCookie, nullptr), free);
-  if (!atom || atom->atom == XCB_ATOM_NONE) return false;
-  const auto ownerCookie = xcb_get_selection_owner(connection, atom->atom);
+  xcb_connection_t* connection = x11Connection();
+  if (!connection) return false;
+  const xcb_atom_t tray = atomNamed(connection, "_NET_SYSTEM_TRAY_S0");
+  if (tray == XCB_ATOM_NONE) return false;
+  const auto ownerCookie = xcb_get_selection_owner(connection, tray);
   const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&free)> owner(
       xcb_get_selection_owner_reply(connection, ownerCookie, nullptr), free);
   return owner && owner->owner != XCB_WINDOW_NONE;
+}
+
+// A tray of the older protocol tells the root window when it takes its selection. Qt has asked for
+// what is sent there.
+bool isSentToRoot(const xcb_generic_event_t& event) {
+  if ((event.response_type & 0x7F) != XCB_CLIENT_MESSAGE) return false;
+  const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(x11Connection())).data;
+  return reinterpret_cast<const xcb_client_message_event_t&>(event).window == screen->root;
 }
 
 }  // namespace
@@ -55,11 +72,26 @@ void TrayStatusItem::startLooking() {
   hostWatcher_ = std::make_unique<QDBusServiceWatcher>(watcherService, bus,
                                                        QDBusServiceWatcher::WatchForRegistration);
   connect(hostWatcher_.get(), &QDBusServiceWatcher::serviceRegistered, this,
-          &TrayStatusItem::lookForHost);
+          &TrayStatusItem::lookForAWhile);
   bus.connect(watcherService, watcherPath, watcherService, "StatusNotifierHostRegistered", this,
               SLOT(lookForHost()));
-  look_.start(quickLookMilliseconds);
+  qApp->installNativeEventFilter(this);
   looking_ = true;
+  lookForAWhile();
+}
+
+bool TrayStatusItem::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+  if (eventType == "xcb_generic_event_t" &&
+      isSentToRoot(*static_cast<const xcb_generic_event_t*>(message)))
+    QMetaObject::invokeMethod(this, &TrayStatusItem::lookForHost, Qt::QueuedConnection);
+  return false;
+}
+
+// A tray may need a moment until it takes items. After that, one that comes is announced.
+void TrayStatusItem::lookForAWhile() {
+  if (tray_) return;
+  looks_ = 0;
+  look_.start(lookMilliseconds);
   if (noHost_) lookForHost();
 }
 
@@ -94,16 +126,17 @@ void TrayStatusItem::askForNotifierHost() {
     asking_ = false;
     if (!reply.isError() && reply.value().variant().toBool()) {
       showIcon();
-    } else if (++looks_ == quickLooks) {
-      look_.setInterval(slowLookMilliseconds);
-      if (noHost_) noHost_();
+    } else if (++looks_ == looksAtOnce) {
+      look_.stop();
+      if (const auto told = std::exchange(noHost_, {})) told();
     }
   });
 }
 
 void TrayStatusItem::showIcon() {
-  look_.stop();
   if (tray_) return;
+  look_.stop();
+  qApp->removeNativeEventFilter(this);
   tray_ = std::make_unique<QSystemTrayIcon>();
   tray_->setIcon(icon_);
   tray_->setToolTip(description_);

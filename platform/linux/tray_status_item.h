@@ -1,6 +1,7 @@
 // The status item in the desktop's tray.
 #pragma once
 
+#include <QAbstractNativeEventFilter>
 #include <QIcon>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -15,7 +16,7 @@ namespace marbelot {
 
 // A desktop shows status items by one of two protocols, and Qt settles on one of them when the
 // first icon is made. So the icon is made only when a host of either kind is there.
-class TrayStatusItem : public QObject, public StatusItem {
+class TrayStatusItem : public QObject, public StatusItem, private QAbstractNativeEventFilter {
   Q_OBJECT
 
  public:
@@ -33,7 +34,9 @@ class TrayStatusItem : public QObject, public StatusItem {
   void lookForHost();
 
  private:
+  bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
   void startLooking();
+  void lookForAWhile();
   void askForNotifierHost();
   void showIcon();
 
@@ -44,7 +47,7 @@ class TrayStatusItem : public QObject, public StatusItem {
   std::unique_ptr<QSystemTrayIcon> tray_;
   std::unique_ptr<QDBusServiceWatcher> hostWatcher_;
   QTimer look_;
-  int looks_ = 0;  // that found no host
+  int looks_ = 0;  // that found no host, since they began
   bool asking_ = false;
   bool looking_ = false;  // not before it is known whether there is a bus
   std::function<void()> noHost_;

@@ -225,13 +225,9 @@ class X11Pasteboard::Worker {
   std::thread thread_;
 };
 
-X11Pasteboard::X11Pasteboard(MainQueue& queue, const std::string& display) {
+X11Pasteboard::X11Pasteboard(MainQueue& queue, const std::string& display) : queue_(queue) {
   changes_.push_back({{1, {}}, 1});
-  worker_ = std::make_unique<Worker>(display, [this, &queue, alive = std::weak_ptr<char>(alive_)] {
-    queue.post([this, alive] {
-      if (alive.lock()) announce();
-    });
-  });
+  worker_ = std::make_unique<Worker>(display, [this] { announceSoon(); });
 }
 
 X11Pasteboard::~X11Pasteboard() = default;
@@ -251,6 +247,13 @@ void X11Pasteboard::takeNews() {
     }
     unannounced_ = true;
   }
+}
+
+// On the main thread, once the present event is done.
+void X11Pasteboard::announceSoon() {
+  queue_.post([this, alive = std::weak_ptr<char>(alive_)] {
+    if (alive.lock()) announce();
+  });
 }
 
 void X11Pasteboard::announce() {
@@ -310,6 +313,8 @@ std::optional<std::int64_t> X11Pasteboard::write(X11Offer offer) {
   PasteboardContents contents{offer.text, offer.image, offeredTypes(offer), offer.concealed};
   if (!worker_->write(std::move(offer), writes_ + 1)) return std::nullopt;
   ++writes_;
+  unannounced_ = true;
+  announceSoon();
   return record(std::move(contents));
 }
 

@@ -34,6 +34,7 @@ class X11Pasteboard final : public Pasteboard {
   using Pasteboard::write;
   std::optional<std::int64_t> write(SharedText text, bool concealed) override;
   std::optional<std::int64_t> write(const Image& image) override;
+  bool announcesChanges() const override { return true; }
   void setChangeHandler(std::function<void()> handler) override;
 
  private:
@@ -45,9 +46,11 @@ class X11Pasteboard final : public Pasteboard {
   void takeNews();
   void announce();
   std::optional<std::int64_t> write(X11Offer offer);
+  void announceSoon();
   std::int64_t record(PasteboardContents contents);
   void recordOvertaken(PasteboardContents contents);
 
+  MainQueue& queue_;
   std::deque<Change> changes_;  // never empty; the last one is the present
   std::uint64_t writes_ = 0;
   bool unannounced_ = false;

@@ -122,6 +122,7 @@ class GeneralPasteboard final : public Pasteboard {
     }
   }
 
+  bool announcesChanges() const override { return false; }
   void setChangeHandler(std::function<void()>) override {}
 
  private:

@@ -61,13 +61,21 @@ std::int64_t Clipboard::replace(PasteboardContents contents) {
   return count_;
 }
 
+std::int64_t Clipboard::replaceAndAnnounce(PasteboardContents contents) {
+  if (announces)
+    queue_.post([this] {
+      if (handler_) handler_();
+    });
+  return replace(std::move(contents));
+}
+
 std::optional<std::int64_t> Clipboard::write(SharedText text, bool concealed) {
   if (refuses) return std::nullopt;
   PasteboardContents contents;
   contents.text = std::move(text);
   contents.types = {"text/plain;charset=utf-8"};
   contents.concealed = concealed;
-  return replace(std::move(contents));
+  return replaceAndAnnounce(std::move(contents));
 }
 
 std::optional<std::int64_t> Clipboard::write(const Image& image) {
@@ -75,12 +83,12 @@ std::optional<std::int64_t> Clipboard::write(const Image& image) {
   PasteboardContents contents;
   contents.image = image;
   contents.types = {std::string(mimeType(image.format()))};
-  return replace(std::move(contents));
+  return replaceAndAnnounce(std::move(contents));
 }
 
 void Clipboard::copyElsewhere(PasteboardContents contents, bool announced) {
   replace(std::move(contents));
-  if (announced && handler_) handler_();
+  if ((announced || announces) && handler_) handler_();
 }
 
 void Clipboard::copyElsewhere(const std::string& text, bool announced) {

@@ -41,21 +41,28 @@ class Queue : public MainQueue {
 
 class Clipboard : public Pasteboard {
  public:
-  std::int64_t changeCount() override { return count_; }
+  explicit Clipboard(MainQueue& queue) : queue_(queue) {}
+  std::int64_t changeCount() override { return ++asked, count_; }
   PasteboardContents contents() override { return contents_; }
   std::vector<PasteboardChange> changesSince(std::int64_t count) override;
   using Pasteboard::write;
   std::optional<std::int64_t> write(SharedText text, bool concealed) override;
   std::optional<std::int64_t> write(const Image& image) override;
+  bool announcesChanges() const override { return announces; }
   void setChangeHandler(std::function<void()> handler) override { handler_ = std::move(handler); }
 
-  // Another program copies; `announced` as on systems that tell at once.
+  bool announces = false;  // every change, as some systems do
+  int asked = 0;           // how often the change count was asked for
+
+  // Another program copies; `announced`: this change is told in any case.
   void copyElsewhere(PasteboardContents contents, bool announced = false);
   void copyElsewhere(const std::string& text, bool announced = false);
   bool refuses = false;  // what the program writes
 
  private:
   std::int64_t replace(PasteboardContents contents);
+  std::int64_t replaceAndAnnounce(PasteboardContents contents);
+  MainQueue& queue_;
   std::int64_t count_ = 1;
   PasteboardContents contents_;
   std::vector<PasteboardChange> untold_;
@@ -213,7 +220,7 @@ class App : public Application {
 struct MemoryPlatform {
   App application;
   Queue queue;
-  Clipboard pasteboard;
+  Clipboard pasteboard{queue};
   Defaults defaults;
   Folders folderEvents;
   NoticeList notices;

@@ -77,6 +77,24 @@ TEST_F(HistoryTest, OwnCopiesAreNotRecordedButAForeignOneBeforeThemIs) {
   EXPECT_EQ(texts(), (Texts{"flattened", "theirs"}));
 }
 
+TEST_F(HistoryTest, RestsWhereChangesAreAnnouncedAndIsNotLateForIt) {
+  const auto askedInAMinute = [this] {
+    const int before = desktop.pasteboard.asked;
+    desktop.queue.advance(60);
+    return desktop.pasteboard.asked - before;
+  };
+  EXPECT_EQ(askedInAMinute(), 100);
+  desktop.pasteboard.announces = true;
+  history.startClipPoller();
+  EXPECT_LE(askedInAMinute(), 6);
+  desktop.pasteboard.copyElsewhere("theirs");
+  ASSERT_TRUE(desktop.pasteboard.write(share("flattened")));
+  desktop.queue.drain();
+  ASSERT_TRUE(history.copyWithoutRecording(share("ours")));
+  desktop.queue.drain();
+  EXPECT_EQ(texts(), (Texts{"flattened", "theirs"})) << "without any time passing";
+}
+
 TEST_F(HistoryTest, ImagesAreSavedAsTheirBytesUnderAFreeName) {
   const std::string folder = history.clipImagesFolder();
   EXPECT_TRUE(folder.starts_with(folder_) && folder.ends_with("/Marbelot")) << folder;

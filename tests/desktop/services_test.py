@@ -4,7 +4,8 @@ import signal
 import time
 import unittest
 
-from desktop_case import BIN, DesktopTest, Marbelot, png, screenshot_name, until
+from desktop_case import (BIN, DesktopTest, Marbelot, VirtualDesktop, png, screenshot_name,
+                          until)
 
 POINTER = (700, 400)
 SECONDS = 5  # what waits for a service waits at least for twice as long
@@ -102,10 +103,22 @@ class ServicesTest(DesktopTest):
         self.assertGreater(time.monotonic() - began, 0.9)
         self.check_second_start_opens_menu()
 
-    def test_xembed_tray(self):
-        self.start(tray="embed")
+    def check_embedded(self):
         until(lambda: any("marbelot" in line for line in self.screen.windows_of("trayer")),
               "icon in the tray")
+
+    def test_xembed_tray(self):
+        self.start(tray="embed")
+        self.check_embedded()
+
+    def test_trays_that_come_late(self):
+        for start, check in ((VirtualDesktop.start_embedding_tray, self.check_embedded),
+                             (VirtualDesktop.start_tray_host,
+                              lambda: until(self.screen.tray_items, "status item"))):
+            self.start(tray=None)
+            until(self.screen.notices, "nobody looks for a tray any more")
+            start(self.screen)
+            check()
 
     def test_clipboard_owner_that_never_answers(self):
         self.start()

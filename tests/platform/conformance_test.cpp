@@ -24,6 +24,7 @@ namespace marbelot {
 namespace {
 
 struct MemoryBackend {
+  MemoryBackend() { desktop.pasteboard.announces = true; }
   memory::MemoryPlatform desktop;
   MainQueue& queue = desktop.queue;
   Pasteboard& pasteboard = desktop.pasteboard;
@@ -148,6 +149,20 @@ TYPED_TEST(Conformance, WhatCanNoLongerBeReadReplacesNothing) {
   EXPECT_FALSE(pasteboard.write(*image));
   EXPECT_EQ(pasteboard.changeCount(), kept);
   EXPECT_EQ(*pasteboard.contents().text, "kept");
+}
+
+TYPED_TEST(Conformance, OwnWritesAreAnnouncedOnceTheyAreDone) {
+  auto& pasteboard = this->backend.pasteboard;
+  ASSERT_TRUE(pasteboard.announcesChanges());
+  int calls = 0;
+  pasteboard.setChangeHandler([&] { ++calls; });
+  const std::int64_t start = pasteboard.changeCount();
+  const std::int64_t written = pasteboard.write(share("one")).value();
+  EXPECT_EQ(calls, 0) << "whoever wrote may want to note the count first";
+  EXPECT_TRUE(this->backend.wait([&] { return calls > 0; }));
+  ASSERT_EQ(pasteboard.changesSince(start).size(), 1U);
+  EXPECT_EQ(pasteboard.changeCount(), written);
+  pasteboard.setChangeHandler({});
 }
 
 TYPED_TEST(Conformance, FolderEventsLastAsLongAsTheirStream) {
