@@ -49,7 +49,7 @@ struct View {
   Font font;
   std::string text;        // a button's or label's title, a text's first contents
   bool secondary = false;  // label in the secondary colour
-  bool editable = false;   // text
+  bool editable = false;   // text; undone by words and pauses. One only to be read has no caret
   bool bordered = false;   // text: a bezel around it
   Size inset;              // text: blank space around it
   bool defaultKey =
@@ -66,8 +66,8 @@ struct WindowDescription {
   bool escapeCloses = true;
   std::vector<View> views;
   // A button was pressed. A multi-line text keeps Return for itself; Command (Control) and Return
-  // press the default button from there. Command-W closes the window, and Escape where it is told
-  // to.
+  // press the default button from there, which its tool tip tells. A click on a button leaves the
+  // focus where it is. Command-W closes the window, and Escape where it is told to.
   std::function<void(const std::string& viewId)> pressed;
   // The window was closed; it may be shown again.
   std::function<void()> closed;
@@ -79,6 +79,7 @@ class Window {
   virtual ~Window() = default;
   // Activates the application and brings the window to the front as the key window.
   virtual void show() = 0;
+  // Leaves a window alone that fills its screen.
   virtual void center() = 0;
   virtual bool isVisible() const = 0;
   virtual void setTitle(const std::string& title) = 0;
@@ -86,7 +87,8 @@ class Window {
   virtual void setText(const std::string& viewId, const SharedText& text, bool concealed) = 0;
   void setText(const std::string& viewId, const SharedText& text) { setText(viewId, text, false); }
   // The very text that was set as long as the user has not changed it; of a changed one, only what
-  // was changed is read from the view. Never null.
+  // was changed is read from the view. Undoing never takes back at once what was typed before and
+  // after this. Never null.
   virtual SharedText text(const std::string& viewId) const = 0;
   virtual void focus(const std::string& viewId) = 0;
 };
@@ -121,8 +123,9 @@ struct AlertAnswer {
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
-  // Activates the application, shows the alert modally, and answers once. While one with the same
-  // id is open, that one comes to the front instead, and only its own `answered` is called.
+  // Activates the application, shows the alert modally, of a fixed size, and answers once. While
+  // one with the same id is open, that one comes to the front instead, and only its own `answered`
+  // is called.
   virtual void present(Alert alert, std::function<void(AlertAnswer)> answered) = 0;
 };
 

@@ -10,8 +10,10 @@
 #include <QScreen>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cmath>
 
+#include "platform/linux/secondary_text.h"
 #include "platform/linux/text_view.h"
 
 namespace marbelot {
@@ -20,37 +22,48 @@ namespace {
 constexpr const char* windowIdProperty = "marbelotWindow";
 constexpr const char* alertIdProperty = "marbelotAlert";
 
+// Presses the default button from a text, which keeps Return for itself.
+const QKeySequence defaultButtonKey(Qt::CTRL | Qt::Key_Return);
+
+QString defaultButtonTip() { return defaultButtonKey.toString(QKeySequence::NativeText); }
+
 void bringToFront(QWidget& window) {
-  if (window.isMinimized()) {
-    window.showNormal();
-  } else {
-    window.show();
-  }
+  window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+  window.show();
   window.raise();
   window.activateWindow();
 }
 
+// One that fills a screen stays there.
 void centreOnScreen(QWidget& window) {
+  if (window.isMaximized() || window.isFullScreen()) return;
   const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
   if (!screen) screen = QGuiApplication::primaryScreen();
   if (!screen) return;
-  QRect frame(QPoint(), window.size());
-  frame.moveCenter(screen->availableGeometry().center());
+  const QRect available = screen->availableGeometry();
+  QRect frame(QPoint(), window.frameGeometry().size());
+  frame.moveCenter(available.center());
+  frame.moveTo(std::max(frame.left(), available.left()), std::max(frame.top(), available.top()));
   window.move(frame.topLeft());
 }
 
 // A window may become narrower than its hints.
-class ElidedLabel : public QLabel {
+class HintLabel : public QLabel {
  public:
-  using QLabel::QLabel;
+  HintLabel(const QString& text, bool secondary) : QLabel(text), secondary_(secondary) {}
 
  protected:
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
+    QPalette colours = palette();
+    if (secondary_) colours.setColor(foregroundRole(), secondaryText(colours));
     style()->drawItemText(
-        &painter, contentsRect(), static_cast<int>(alignment()), palette(), isEnabled(),
+        &painter, contentsRect(), static_cast<int>(alignment()), colours, isEnabled(),
         fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width()), foregroundRole());
   }
+
+ private:
+  const bool secondary_;
 };
 
 }  // namespace
@@ -68,15 +81,17 @@ ViewPane::ViewPane(Size designed, std::vector<View> views,
 QWidget* ViewPane::make(const View& view) {
   switch (view.kind) {
     case ViewKind::label: {
-      auto* label = new ElidedLabel(QString::fromStdString(view.text));
+      auto* label = new HintLabel(QString::fromStdString(view.text), view.secondary);
       label->setTextFormat(Qt::PlainText);
       label->setFont(qtFont(view.font));
-      if (view.secondary) label->setForegroundRole(QPalette::PlaceholderText);
       return label;
     }
     case ViewKind::button: {
       auto* button = new QPushButton(QString::fromStdString(view.text).replace("&", "&&"));
       button->setDefault(view.defaultKey);
+      // A click leaves the focus where something is written.
+      button->setFocusPolicy(Qt::TabFocus);
+      if (view.defaultKey) button->setToolTip(defaultButtonTip());
       connect(button, &QPushButton::clicked, this, [this, id = view.id] {
         if (pressed_) pressed_(id);
       });
@@ -108,7 +123,6 @@ void ViewPane::resizeEvent(QResizeEvent*) {
 }
 
 bool ViewPane::eventFilter(QObject* watched, QEvent* event) {
-  // A text keeps Return for itself; Control and Return press the default button.
   const auto* text = dynamic_cast<TextView*>(watched);
   if (event->type() == QEvent::KeyPress && !(text && text->keysWait())) {
     const auto* key = static_cast<QKeyEvent*>(event);
@@ -116,7 +130,7 @@ bool ViewPane::eventFilter(QObject* watched, QEvent* event) {
     if (isReturn && key->modifiers() & Qt::ControlModifier) {
       for (const View& view : views_) {
         if (view.kind != ViewKind::button || !view.defaultKey) continue;
-        static_cast<QPushButton*>(widgets_[view.id])->animateClick();
+        static_cast<QPushButton*>(widgets_[view.id])->click();
         return true;
       }
     }
@@ -282,10 +296,9 @@ void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answ
     QObject::connect(button, &QPushButton::clicked, dialog,
                      [dialog, index] { dialog->done(static_cast<int>(index) + 1); });
     if (index == 0 && accessory) {
-      // A text keeps Return for itself.
+      button->setToolTip(defaultButtonTip());
       auto* press = new QAction(dialog);
-      press->setShortcuts(
-          {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)});
+      press->setShortcuts({defaultButtonKey, QKeySequence(Qt::CTRL | Qt::Key_Enter)});
       QObject::connect(press, &QAction::triggered, button, &QPushButton::click);
       dialog->addAction(press);
     }
@@ -296,6 +309,7 @@ void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answ
                      answer(result > 0 ? static_cast<std::size_t>(result) - 1 : last, accessory);
                    });
   dialog->adjustSize();
+  dialog->setFixedSize(dialog->size());
   centreOnScreen(*dialog);
   bringToFront(*dialog);
   if (accessory) {

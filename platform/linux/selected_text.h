@@ -15,6 +15,7 @@ class SelectedText : public QMimeData {
       : parts_(std::move(parts)), concealed_(concealed) {}
 
   QStringList formats() const override;
+  const TextSnapshot& parts() const { return parts_; }
 
   // Whatever is selected becomes the primary selection, which any program may read and many show.
   static void withdrawConcealedSelection();

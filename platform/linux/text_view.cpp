@@ -2,11 +2,13 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QKeyEvent>
 #include <QPlainTextDocumentLayout>
+#include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QThreadPool>
+#include <chrono>
 #include <limits>
 
 #include "platform/linux/selected_text.h"
@@ -16,7 +18,7 @@ namespace {
 
 constexpr std::size_t pieceBytes = 16 * 1024;
 constexpr int spanLength = 16 * 1024;  // UTF-16 units
-constexpr int turnMilliseconds = 8;
+constexpr std::uint64_t turnMilliseconds = 8;
 // Taking a document of this many characters apart takes longer than a frame.
 constexpr int largeDocument = 200'000;
 // The room that a text has at its edges when nothing else is asked for, pixels.
@@ -54,6 +56,30 @@ bool hasBreak(const QString& text) {
   return text.contains(u'\n') || text.contains(u'\r') || text.contains(QChar::ParagraphSeparator);
 }
 
+bool isLineBreak(const QKeyEvent& event) {
+  const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+  return isReturn && !(event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier));
+}
+
+// What hands from other systems know; Qt has Control, Shift and Z on this one.
+bool isRedo(const QKeyEvent& event) {
+  return event.key() == Qt::Key_Y && event.modifiers() == Qt::ControlModifier;
+}
+
+bool isBackspace(const QKeyEvent& event) {
+  return event.key() == Qt::Key_Backspace &&
+         !(event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier));
+}
+
+// As Qt distinguishes text from shortcuts.
+bool isTyped(const QKeyEvent& event) {
+  if (event.text().isEmpty()) return false;
+  const QChar c = event.text().front();
+  if (c.category() == QChar::Other_Format) return true;
+  if ((event.modifiers() & ~Qt::ShiftModifier) == Qt::ControlModifier) return false;
+  return c.isPrint() || c.category() == QChar::Other_PrivateUse || c == u'\t';
+}
+
 }  // namespace
 
 QFont qtFont(const Font& font) {
@@ -63,8 +89,15 @@ QFont qtFont(const Font& font) {
   return made;
 }
 
-TextView::TextView(const View& view)
-    : editable_(view.editable),
+std::uint64_t TextView::steadyClock() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+}
+
+TextView::TextView(const View& view, Clock clock)
+    : clock_(std::move(clock)),
+      editable_(view.editable),
       margin_(std::max(view.inset.width, ownMargin)),
       spans_({[this](int start, int end) {
                 if (end - start <= spanLength) return end;
@@ -79,6 +112,9 @@ TextView::TextView(const View& view)
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setTabChangesFocus(false);
   connect(&timer_, &QTimer::timeout, this, [this] { bringIn(turnMilliseconds); });
+  connect(this, &QPlainTextEdit::cursorPositionChanged, this, [this] {
+    if (!typing_) steps_.end();
+  });
   connect(QGuiApplication::clipboard(), &QClipboard::selectionChanged, this,
           &SelectedText::withdrawConcealedSelection);
   setContents(share(view.text));
@@ -111,13 +147,14 @@ void TextView::startAfresh() {
   connect(document, &QTextDocument::contentsChange, this,
           [this, document](int at, int removed, int added) {
             if (!inserting_) spans_.changed(at, removed, added, document->characterCount() - 1);
+            if (!typing_) steps_.end();
           });
   place_ = QTextCursor(document);
 }
 
 void TextView::bringIn(SharedText text, bool pasting) {
   setReadOnly(true);
-  setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  setTextInteractionFlags(Qt::TextSelectableByMouse);
   // What an input method has under way waits like the keys.
   setAttribute(Qt::WA_InputMethodEnabled, editable_);
   arriving_ = std::move(text);
@@ -126,12 +163,11 @@ void TextView::bringIn(SharedText text, bool pasting) {
   bringIn(turnMilliseconds);
 }
 
-void TextView::bringIn(int milliseconds) {
-  QElapsedTimer spent;
-  spent.start();
+void TextView::bringIn(std::uint64_t milliseconds) {
+  const std::uint64_t start = clock_();
   const bool first = rest_.size() == arriving_->size();
   bool begun = !first;
-  while (!rest_.empty() && spent.elapsed() < milliseconds) {
+  while (!rest_.empty() && clock_() - start < milliseconds) {
     const int at = place_.selectionStart(), removed = place_.selectionEnd() - at;
     inserting_ = true;
     // One step for undoing, however many turns it takes.
@@ -172,7 +208,7 @@ void TextView::finish() {
 
 SharedText TextView::contents() {
   // What was typed belongs to it.
-  while (arriving_ && !waiting_.empty()) bringIn(std::numeric_limits<int>::max());
+  while (arriving_ && !waiting_.empty()) bringIn(std::numeric_limits<std::uint64_t>::max());
   if (arriving_ && pasting_) {
     TextSnapshot parts = spans_.snapshot(0, place_.selectionStart());
     parts.push_back({arriving_, rest_});
@@ -181,8 +217,11 @@ SharedText TextView::contents() {
     parts.insert(parts.end(), behind.begin(), behind.end());
     return share(joined(parts));
   }
+  steps_.end();
   if (!document()->isUndoRedoEnabled() || !document()->isModified()) return original_;
-  return share(joined(spans_.snapshot()));
+  original_ = share(joined(spans_.snapshot()));
+  document()->setModified(false);
+  return original_;
 }
 
 QMimeData* TextView::createMimeDataFromSelection() const {
@@ -203,65 +242,127 @@ void TextView::keyPressEvent(QKeyEvent* event) {
     waiting_.emplace_back(event->clone());
     return;
   }
-  const auto modifiers = event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
-  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  if (!isReadOnly() && isReturn && modifiers == Qt::NoModifier) {
-    // With Shift, too: Qt would put in U+2028, which hardly any other program takes for a break.
-    breakLine();
-    return;
-  }
   if (QTextCursor cursor = textCursor(); isSamePlace(cursor.anchor(), cursor.position())) {
     cursor.clearSelection();
     setTextCursor(cursor);
   }
-  if (!isReadOnly()) stepOverCut(*event);
+  if (isReadOnly()) {
+    scroll(*event);
+  } else if (!edits(*event)) {
+    pressKey(*event);
+  }
+}
+
+// There is no caret to move: the keys scroll, and with Shift they select.
+void TextView::scroll(QKeyEvent& event) {
+  if (event.matches(QKeySequence::MoveToStartOfDocument)) {
+    verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
+  } else if (event.matches(QKeySequence::MoveToEndOfDocument)) {
+    verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMaximum);
+  } else {
+    const bool selects = event.modifiers() & Qt::ShiftModifier;
+    if (selects) setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    pressKey(event);
+    setTextInteractionFlags(Qt::TextSelectableByMouse);
+  }
+}
+
+// Does what the key stands for when it edits the text one character at a time.
+bool TextView::edits(const QKeyEvent& event) {
+  if (isRedo(event)) {
+    redo();
+  } else if (isLineBreak(event)) {
+    breakLine();
+  } else if (isBackspace(event)) {
+    erase(UndoSteps::Edit::eraseBackward);
+  } else if (event.matches(QKeySequence::Delete)) {
+    erase(UndoSteps::Edit::eraseForward);
+  } else if (isTyped(event)) {
+    type(event.text());
+  } else {
+    if (event.matches(QKeySequence::DeleteStartOfWord)) stepOverCut(UndoSteps::Edit::eraseBackward);
+    if (event.matches(QKeySequence::DeleteEndOfWord)) stepOverCut(UndoSteps::Edit::eraseForward);
+    return false;
+  }
+  return true;
+}
+
+void TextView::pressKey(QKeyEvent& event) {
   // Where a line was only cut, the end of one part and the start of the next are one place.
-  const bool steps = (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right) &&
-                     (event->modifiers() & Qt::ShiftModifier || !textCursor().hasSelection());
+  const bool steps = (event.key() == Qt::Key_Left || event.key() == Qt::Key_Right) &&
+                     (event.modifiers() & Qt::ShiftModifier || !textCursor().hasSelection());
   int before = 0;
   do {
     before = textCursor().position();
-    QPlainTextEdit::keyPressEvent(event);
+    QPlainTextEdit::keyPressEvent(&event);
   } while (steps && isSamePlace(before, textCursor().position()));
 }
 
 void TextView::inputMethodEvent(QInputMethodEvent* event) {
-  if (keysWait()) {
-    if (!event->commitString().isEmpty()) waiting_.emplace_back(event->clone());
-    return;
-  }
   const QString commit = event->commitString();
-  if (isReadOnly() || !hasBreak(commit)) {
-    QPlainTextEdit::inputMethodEvent(event);
+  if (keysWait()) {
+    if (!commit.isEmpty()) waiting_.emplace_back(event->clone());
     return;
   }
-  // Qt would give its breaks the format of what stands before them.
-  event->setCommitString({}, event->replacementStart(), event->replacementLength());
+  // Qt would give breaks the format of what stands before them.
+  const bool ours = !isReadOnly() && (event->replacementLength() == 0 || hasBreak(commit));
+  const QScopedValueRollback typing(typing_, ours);
+  if (ours) event->setCommitString({}, event->replacementStart(), event->replacementLength());
   QPlainTextEdit::inputMethodEvent(event);
-  textCursor().insertText(commit, QTextCharFormat());
+  if (ours && !commit.isEmpty()) type(commit);
 }
 
-void TextView::breakLine() {
+void TextView::type(const QString& text) {
+  if (text.size() > 1) steps_.end();
+  edit(UndoSteps::Edit::insert, text.back(),
+       [&](QTextCursor& cursor) { cursor.insertText(text, QTextCharFormat()); });
+}
+
+void TextView::breakLine() { edit(UndoSteps::Edit::insert, u'\n', DocumentText::breakLine); }
+
+void TextView::erase(UndoSteps::Edit erasing) {
+  stepOverCut(erasing);
+  const bool selected = textCursor().hasSelection();
+  const bool backward = erasing == UndoSteps::Edit::eraseBackward;
+  edit(erasing, document()->characterAt(textCursor().position() - backward),
+       [backward](QTextCursor& cursor) {
+         backward ? cursor.deletePreviousChar() : cursor.deleteChar();
+       });
+  if (selected) steps_.end();
+}
+
+template <typename Work>
+void TextView::edit(UndoSteps::Edit edit, QChar character, Work work) {
   QTextCursor cursor = textCursor();
-  DocumentText::breakLine(cursor);
+  const int revision = document()->revision();
+  if (cursor.hasSelection()) steps_.end();
+  const QScopedValueRollback typing(typing_, true);
+  if (steps_.begins(edit, character.isSpace(), clock_())) {
+    cursor.beginEditBlock();
+  } else {
+    cursor.joinPreviousEditBlock();
+  }
+  work(cursor);
+  cursor.endEditBlock();
   setTextCursor(cursor);
   ensureCursorVisible();
+  // At an end of the text there is nothing to erase.
+  if (document()->revision() == revision) steps_.end();
 }
 
 // What is erased is what the user sees there, not the cut.
-void TextView::stepOverCut(const QKeyEvent& event) {
+void TextView::stepOverCut(UndoSteps::Edit erasing) {
   QTextCursor cursor = textCursor();
   if (cursor.hasSelection()) return;
-  const bool backspace = event.key() == Qt::Key_Backspace &&
-                         !(event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier));
-  if (backspace || event.matches(QKeySequence::DeleteStartOfWord)) {
+  if (erasing == UndoSteps::Edit::eraseBackward) {
     while (cursor.atBlockStart() && DocumentText::continuesLine(cursor.block()))
       cursor.movePosition(QTextCursor::PreviousCharacter);
-  } else if (event.matches(QKeySequence::Delete) || event.matches(QKeySequence::DeleteEndOfWord)) {
+  } else {
     while (cursor.atBlockEnd() && cursor.block().next().isValid() &&
            DocumentText::continuesLine(cursor.block().next()))
       cursor.movePosition(QTextCursor::NextCharacter);
   }
+  const QScopedValueRollback typing(typing_, true);
   setTextCursor(cursor);
 }
 

@@ -3,12 +3,15 @@
 
 #include <QPlainTextEdit>
 #include <QTimer>
+#include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string_view>
 
 #include "platform/linux/document_text.h"
 #include "platform/linux/text_spans.h"
+#include "platform/undo_steps.h"
 #include "platform/window.h"
 
 namespace marbelot {
@@ -20,14 +23,15 @@ QFont qtFont(const Font& font);
 // Until it is complete the text can be read; what is typed waits and comes after it.
 class TextView : public QPlainTextEdit {
  public:
-  explicit TextView(const View& view);
+  using Clock = std::function<std::uint64_t()>;  // milliseconds, never going back
+  explicit TextView(const View& view, Clock clock = steadyClock);
   ~TextView() override;
 
   // Nothing of the text before can be brought back by undoing. What is taken from a `concealed`
   // text says so to other programs, and selecting alone does not offer it to them.
   void setContents(SharedText text, bool concealed = false);
-  // The text that was set as long as it is unchanged; else what the document stands for, to the
-  // byte.
+  // The text that was set or last asked for as long as it is unchanged; else what the document
+  // stands for, to the byte. Undoing distinguishes what was typed before and after.
   SharedText contents();
 
   // What is typed now waits for a text that is still coming in.
@@ -42,18 +46,31 @@ class TextView : public QPlainTextEdit {
  private:
   void startAfresh();
   void bringIn(SharedText text, bool pasting);
-  void bringIn(int milliseconds);
+  void bringIn(std::uint64_t milliseconds);
   void finish();
+  void scroll(QKeyEvent& event);
+  bool edits(const QKeyEvent& event);
+  void pressKey(QKeyEvent& event);
+  void type(const QString& text);
   void breakLine();
-  void stepOverCut(const QKeyEvent& event);
+  void erase(UndoSteps::Edit erasing);
+  // Edits the text as a step of undoing or as a part of the last one.
+  template <typename Work>
+  void edit(UndoSteps::Edit edit, QChar character, Work work);
+  void stepOverCut(UndoSteps::Edit erasing);
   bool isSamePlace(int position, int other) const;
 
+  static std::uint64_t steadyClock();
+  const Clock clock_;
   const bool editable_;
   const double margin_;  // pixels
   SharedText original_;  // never null
   bool concealed_ = false;
   DocumentText form_;
   mutable TextSpans spans_;
+
+  UndoSteps steps_;
+  bool typing_ = false;
 
   // What is being brought in, and where.
   SharedText arriving_;

@@ -22,6 +22,7 @@ MadeView makeView(const View& view, id target, SEL pressed);
 // The title or contents of `inner`. Undoing does not bring back what it was before, and what is
 // copied from a `concealed` text is marked so.
 void setViewText(NSView* inner, NSString* text, bool concealed);
+// What is typed after asking is a step of its own for undoing.
 NSString* viewText(NSView* inner);
 
 }  // namespace marbelot

@@ -3,12 +3,39 @@
 #include <limits>
 
 #include "platform/macos/conversions.h"
+#include "platform/undo_steps.h"
 
 @interface MarbelotTextView : NSTextView
 @property BOOL concealed;
 @end
 
-@implementation MarbelotTextView
+@implementation MarbelotTextView {
+  marbelot::UndoSteps _steps;
+}
+
+// AppKit would take back at once whatever was typed without moving the insertion point.
+- (BOOL)shouldChangeTextInRange:(NSRange)range replacementString:(NSString*)text {
+  if (![super shouldChangeTextInRange:range replacementString:text]) return NO;
+  if (text == nil || self.hasMarkedText) return YES;  // no edit, or not yet
+  const BOOL types = text.length == 1, erases = text.length == 0 && range.length == 1;
+  if (self.selectedRange.length > 0 || [self.undoManager isUndoing] || [self.undoManager isRedoing])
+    _steps.end();
+  if (!types && !erases) {
+    _steps.end();
+    [self breakUndoCoalescing];
+    return YES;
+  }
+  using Edit = marbelot::UndoSteps::Edit;
+  const BOOL backward = range.location < self.selectedRange.location;
+  const Edit edit = types ? Edit::insert : backward ? Edit::eraseBackward : Edit::eraseForward;
+  const unichar character =
+      types ? [text characterAtIndex:0] : [self.string characterAtIndex:range.location];
+  NSCharacterSet* const blanks = NSCharacterSet.whitespaceAndNewlineCharacterSet;
+  const auto now = static_cast<std::uint64_t>(NSProcessInfo.processInfo.systemUptime * 1000);
+  if (_steps.begins(edit, [blanks characterIsMember:character], now)) [self breakUndoCoalescing];
+  return YES;
+}
+
 // For the pasteboard and for a drag alike.
 - (BOOL)writeSelectionToPasteboard:(NSPasteboard*)pasteboard types:(NSArray<NSString*>*)types {
   if (![super writeSelectionToPasteboard:pasteboard types:types]) return NO;
@@ -48,7 +75,10 @@ MadeView makeButton(const View& view, id target, SEL pressed) {
   button.font = nsFont(view.font);
   button.target = target;
   button.action = pressed;
-  if (view.defaultKey) button.keyEquivalent = @"\r";
+  if (view.defaultKey) {
+    button.keyEquivalent = @"\r";
+    button.toolTip = @"⌘↩";
+  }
   return {button, button};
 }
 
@@ -114,7 +144,10 @@ void setViewText(NSView* inner, NSString* text, bool concealed) {
 }
 
 NSString* viewText(NSView* inner) {
-  if ([inner isKindOfClass:[NSTextView class]]) return static_cast<NSTextView*>(inner).string;
+  if ([inner isKindOfClass:[NSTextView class]]) {
+    [static_cast<NSTextView*>(inner) breakUndoCoalescing];
+    return static_cast<NSTextView*>(inner).string;
+  }
   if ([inner isKindOfClass:[NSButton class]]) return static_cast<NSButton*>(inner).title;
   if ([inner isKindOfClass:[NSTextField class]])
     return static_cast<NSTextField*>(inner).stringValue;

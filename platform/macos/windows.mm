@@ -115,7 +115,9 @@ class DescribedWindow final : public Window {
     [NSApp activateIgnoringOtherApps:YES];
     [window_ makeKeyAndOrderFront:nil];
   }
-  void center() override { [window_ center]; }
+  void center() override {
+    if (![window_ isZoomed]) [window_ center];
+  }
   bool isVisible() const override { return window_.isVisible; }
   void setTitle(const std::string& title) override { window_.title = nsString(title); }
   using Window::setText;
