@@ -2,8 +2,12 @@
 #pragma once
 
 #include <functional>
+#include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/value.h"
 
@@ -14,7 +18,7 @@ class UserDefaults {
   virtual ~UserDefaults() = default;
 
   // The stored value, else the registered one, else none.
-  virtual std::optional<Value> value(std::string_view key) const = 0;
+  std::optional<Value> value(std::string_view key) const;
 
   // Stores the value. A store of ordinary size (under 256 KB) is on disk when this returns; a
   // larger one is written in the background, newest state last, and always completed before the
@@ -23,31 +27,33 @@ class UserDefaults {
   // does.
   virtual void set(std::string_view key, Value value) = 0;
 
-  // Values used for absent keys; never stored.
-  virtual void registerDefaults(Value::Dictionary values) = 0;
+  // Adds to the values that stand in for absent ones; never stored.
+  void registerDefaults(const Value::Dictionary& values);
 
-  // Called once per kind of trouble (a damaged file that was put aside, a disk that is full), with
-  // one line for the user. Trouble from before this call is reported right away.
-  virtual void setProblemHandler(std::function<void(const std::string&)> handler) = 0;
+  // Called once per kind of trouble (a damaged file that was put aside, a disk that is full, values
+  // of the wrong type), with one line for the user. Trouble from before this call is reported right
+  // away.
+  void setProblemHandler(std::function<void(const std::string&)> handler);
 
-  // Typed reading; a value of another type counts as absent.
-  bool boolFor(std::string_view key) const {
-    const auto found = value(key);
-    return found && found->asBool().value_or(false);
-  }
-  SharedText textFor(std::string_view key) const {
-    const auto found = value(key);
-    return found ? found->asText() : nullptr;
-  }
+  // Typed reading. A stored value of another type counts as absent, and the user is told of it.
+  bool boolFor(std::string_view key) const;
+  SharedText textFor(std::string_view key) const;  // null when there is none
   // The texts of a list; entries of other types are left out.
-  std::vector<SharedText> textListFor(std::string_view key) const {
-    std::vector<SharedText> texts;
-    const auto found = value(key);
-    if (!found || !found->asList()) return texts;
-    for (const Value& entry : *found->asList())
-      if (const SharedText text = entry.asText()) texts.push_back(text);
-    return texts;
-  }
+  std::vector<SharedText> textListFor(std::string_view key) const;
+
+ protected:
+  virtual std::optional<Value> storedValue(std::string_view key) const = 0;
+  void report(const std::string& message) const;
+
+ private:
+  std::optional<Value> valueOfType(std::string_view key, bool (*fits)(const Value&)) const;
+
+  std::map<std::string, Value, std::less<>> registered_;
+  std::function<void(const std::string&)> problem_;
+  // What was found before there was anybody to tell.
+  mutable std::vector<std::string> untold_;
+  mutable std::vector<std::string> untoldKeys_;
+  mutable std::set<std::string, std::less<>> wrongKeys_;  // holding values of the wrong type
 };
 
 }  // namespace marbelot

@@ -27,7 +27,7 @@ constexpr std::size_t deepestNesting = 32;
 // Builds a Value from rapidjson's events, with a stack of its own.
 class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
  public:
-  bool Default() { return put(Value()); }
+  bool Null() { return true; }  // the same as none
   bool Bool(bool value) { return put(Value(value)); }
   bool Int(int value) { return put(Value(value)); }
   bool Uint(unsigned value) { return put(Value(std::int64_t{value})); }
@@ -212,10 +212,9 @@ void JsonDefaults::load() {
   }
 }
 
-std::optional<Value> JsonDefaults::value(std::string_view key) const {
-  if (const auto found = values_.find(key); found != values_.end()) return found->second;
-  if (const Value* registered = find(registered_, key)) return *registered;
-  return std::nullopt;
+std::optional<Value> JsonDefaults::storedValue(std::string_view key) const {
+  const auto found = values_.find(key);
+  return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void JsonDefaults::set(std::string_view key, Value value) {
@@ -281,19 +280,6 @@ bool JsonDefaults::write(const Values& values) const {
   if (stream->good() && rename(temporary.c_str(), path_.c_str()) == 0) return true;
   unlink(temporary.c_str());
   return false;
-}
-
-void JsonDefaults::setProblemHandler(std::function<void(const std::string&)> handler) {
-  problem_ = std::move(handler);
-  if (!earlyProblem_.empty() && problem_) problem_(std::exchange(earlyProblem_, {}));
-}
-
-void JsonDefaults::report(const std::string& message) {
-  if (problem_) {
-    problem_(message);
-  } else {
-    earlyProblem_ = message;
-  }
 }
 
 void JsonDefaults::reportSaved(bool saved) {

@@ -25,27 +25,21 @@ class JsonDefaults : public UserDefaults {
   // Waits for a write that is still under way.
   ~JsonDefaults() override;
 
-  std::optional<Value> value(std::string_view key) const override;
   void set(std::string_view key, Value value) override;
-  void registerDefaults(Value::Dictionary values) override { registered_ = std::move(values); }
-  void setProblemHandler(std::function<void(const std::string&)> handler) override;
 
  private:
   using Values = std::map<std::string, Value, std::less<>>;
 
+  std::optional<Value> storedValue(std::string_view key) const override;
   void load();
   void save();
   bool write(const Values& values) const;
   void writeInBackground();
-  void report(const std::string& message);
   void reportSaved(bool saved);
 
   const std::string path_;
   const std::function<void(std::function<void()>)> onMain_;
   Values values_;
-  Value::Dictionary registered_;
-  std::function<void(const std::string&)> problem_;
-  std::string earlyProblem_;
   bool saveFailed_ = false;
   bool mayWrite_ = true;
   std::shared_ptr<char> alive_ = std::make_shared<char>();

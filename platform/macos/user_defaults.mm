@@ -64,12 +64,6 @@ std::optional<Value> valueOf(id object, int depth) {
 
 class StandardDefaults final : public UserDefaults {
  public:
-  std::optional<Value> value(std::string_view key) const override {
-    @autoreleasepool {
-      return valueOf([NSUserDefaults.standardUserDefaults objectForKey:nsString(key)], 0);
-    }
-  }
-
   // The system's preferences service takes the value before this returns and writes whole files.
   void set(std::string_view key, Value value) override {
     @autoreleasepool {
@@ -77,16 +71,12 @@ class StandardDefaults final : public UserDefaults {
     }
   }
 
-  void registerDefaults(Value::Dictionary values) override {
+ private:
+  std::optional<Value> storedValue(std::string_view key) const override {
     @autoreleasepool {
-      NSMutableDictionary<NSString*, id>* objects = [NSMutableDictionary dictionary];
-      for (const auto& [key, value] : values) objects[nsString(key)] = objectOf(value);
-      [NSUserDefaults.standardUserDefaults registerDefaults:objects];
+      return valueOf([NSUserDefaults.standardUserDefaults objectForKey:nsString(key)], 0);
     }
   }
-
-  // The service reports no trouble.
-  void setProblemHandler(std::function<void(const std::string&)>) override {}
 };
 
 }  // namespace

@@ -98,24 +98,15 @@ void Clipboard::copyElsewhere(const std::string& text, bool announced) {
   copyElsewhere(std::move(contents), announced);
 }
 
-std::optional<Value> Defaults::value(std::string_view key) const {
+std::optional<Value> Defaults::storedValue(std::string_view key) const {
   if (std::find(reads.begin(), reads.end(), key) == reads.end()) reads.emplace_back(key);
-  if (const auto found = stored.find(key); found != stored.end()) return found->second;
-  if (const Value* registered = marbelot::find(registered_, key)) return *registered;
-  return std::nullopt;
+  const auto found = stored.find(key);
+  return found == stored.end() ? std::nullopt : std::optional(found->second);
 }
 
 void Defaults::set(std::string_view key, Value value) {
   stored.insert_or_assign(std::string(key), std::move(value));
   ++writes;
-}
-
-void Defaults::setProblemHandler(std::function<void(const std::string&)> handler) {
-  problem_ = std::move(handler);
-}
-
-void Defaults::reportProblem(const std::string& message) {
-  if (problem_) problem_(message);
 }
 
 namespace {

@@ -71,19 +71,15 @@ class Clipboard : public Pasteboard {
 
 class Defaults : public UserDefaults {
  public:
-  std::optional<Value> value(std::string_view key) const override;
   void set(std::string_view key, Value value) override;
-  void registerDefaults(Value::Dictionary values) override { registered_ = std::move(values); }
-  void setProblemHandler(std::function<void(const std::string&)> handler) override;
+  void reportProblem(const std::string& message) { report(message); }
 
   std::map<std::string, Value, std::less<>> stored;
   mutable std::vector<std::string> reads;  // keys in the order of their first reading
   int writes = 0;
-  void reportProblem(const std::string& message);
 
  private:
-  Value::Dictionary registered_;
-  std::function<void(const std::string&)> problem_;
+  std::optional<Value> storedValue(std::string_view key) const override;
 };
 
 class Folders : public FolderEvents {

@@ -59,14 +59,22 @@ class SettingsTest(DesktopTest):
         wrong = {"autoSaveClipImages": "yes", "countdownEnabled": [True], "concatBuffer": 5,
                  "cannedResponses": {"a": 1}, "clipTextHistory": "x", "updateFrequency": 7,
                  "hudPopupPlacement": "left", "alwaysHUDOriginX": {}, "concatSeparator": None,
-                 "favoriteSaveDirs": [1, "/tmp", None]}
+                 "favoriteSaveDirs": [1, "/tmp", None], "concatEnabled": "true"}
         self.file.write_text(json.dumps(wrong | {"showClipboardPreview": False}))
         self.start()
         self.assertFalse(self.previews(), "the good value applies")
+        self.assertTrue(self.program.checked("toggleAutoSaveClipImages"), "its default applies")
         self.assertEqual(self.program.titles()[-1], "Quit Marbelot")
+        until(self.screen.notices, "told")
+        for key in ("autoSaveClipImages", "concatBuffer", "concatEnabled", "cannedResponses"):
+            self.assertIn(key, self.screen.notices()[0]["body"])
         self.assertEqual(self.damaged(), [])
         self.program.invoke("toggleClipPreview")
         self.assertIs(self.stored()["showClipboardPreview"], True)
+        self.assertEqual(self.stored()["autoSaveClipImages"], "yes", "left to the user")
+        self.program.invoke("toggleAutoSaveClipImages")
+        self.assertIs(self.stored()["autoSaveClipImages"], False)
+        stays(lambda: len(self.screen.notices()) == 1, "told once", 0.5)
 
     def test_folder_that_cannot_be_written(self):
         self.mount(self.folder, "size=256k")

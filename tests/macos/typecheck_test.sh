@@ -23,8 +23,8 @@ mutate misspelt_selector workspace.mm \
 mutate wrong_argument pasteboard.mm \
   's/setString:nsString\(\*text\)/setString:nsData(text)/' \
   "cannot initialize a parameter of type 'NSString *' with an rvalue of type 'NSData *'"
-mutate missing_method user_defaults.mm \
-  '/void setProblemHandler/d' \
+mutate missing_method pasteboard.mm \
+  '/bool announcesChanges/d' \
   'abstract'
 mutate unknown_action windows.mm \
   's/@selector\(pressed:\)/@selector(clicked:)/' \

@@ -119,6 +119,32 @@ TYPED_TEST(Conformance, DefaultsGiveBackWhatWasSet) {
   EXPECT_EQ(defaults.textFor("list"), nullptr);
 }
 
+TYPED_TEST(Conformance, RegisteredDefaultsAddUpAndStandInForValuesOfAnotherType) {
+  auto& defaults = this->backend.defaults;
+  defaults.registerDefaults({{"flag", true}, {"text", "first"}});
+  defaults.registerDefaults({{"list", Value::List{"a"}}, {"text", "second"}});
+  EXPECT_TRUE(defaults.boolFor("flag"));
+  EXPECT_EQ(*defaults.textFor("text"), "second");
+  for (const char* key : {"flag", "text", "list", "other"})
+    defaults.set(key, Value::Dictionary{{"a", 1}});
+  std::vector<std::string> told;
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_TRUE(defaults.boolFor("flag"));
+    EXPECT_EQ(*defaults.textFor("text"), "second");
+    EXPECT_EQ(defaults.textListFor("list").size(), 1U);
+    EXPECT_TRUE(defaults.value("flag")->asDictionary()) << "and is left as it is";
+    defaults.setProblemHandler([&](const std::string& problem) { told.push_back(problem); });
+  }
+  EXPECT_FALSE(defaults.boolFor("other"));
+  ASSERT_EQ(told.size(), 2U) << "those of the start together, a later one when it is found";
+  for (const char* key : {"flag", "text", "list"})
+    EXPECT_NE(told[0].find(key), std::string::npos) << told[0];
+  EXPECT_NE(told[1].find("other"), std::string::npos) << told[1];
+  defaults.set("flag", false);
+  EXPECT_FALSE(defaults.boolFor("flag"));
+  defaults.setProblemHandler({});
+}
+
 TYPED_TEST(Conformance, ThePasteboardCountsAndTellsOwnWrites) {
   auto& pasteboard = this->backend.pasteboard;
   const std::int64_t start = pasteboard.changeCount();

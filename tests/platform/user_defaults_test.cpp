@@ -62,6 +62,16 @@ TEST_F(UserDefaultsTest, KeepsEveryTypeAndWrongTypesReadAsAbsent) {
   ASSERT_EQ(stat(path_.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600U);
   EXPECT_EQ(readFile(path_).find("fresh"), std::string::npos) << "registered values are not stored";
+  ASSERT_EQ(problems_.size(), 3U);
+  EXPECT_NE(problems_[0].find("text"), std::string::npos);
+}
+
+TEST_F(UserDefaultsTest, NullIsTheSameAsNothing) {
+  writeFile(path_, R"({"flag": null, "list": ["a", null, "b"]})");
+  const auto defaults = open();
+  defaults->registerDefaults({{"flag", true}});
+  EXPECT_TRUE(defaults->boolFor("flag"));
+  EXPECT_EQ(defaults->textListFor("list").size(), 2U);
   EXPECT_TRUE(problems_.empty());
 }
 
