@@ -1,14 +1,16 @@
 #!/usr/bin/python3
 """Measures the real program on a private desktop, beside the shell pipeline one would use instead.
 
-    bench/desktop_bench.py [latency] [burst] [idle] [start]      all of them by default
+    bench/desktop_bench.py [latency] [burst] [idle] [start] [large]      all of them by default
 
 latency  from a screenshot file's last close to another X client having read its last byte
 burst    200 screenshots within two seconds: all counted, and when the last could be pasted
 idle     processor time and wake-ups of all threads over a minute
 start    from the process's start to its item in the tray; memory a while later
+large    the longest time without an answer while 50 MB of text are copied and shown, and at rest
 """
 
+import json
 import os
 import pathlib
 import signal
@@ -195,9 +197,29 @@ def start(times=20):
           f"slowest {max(shown):.0f} ms; proportional set size {statistics.median(memory):.1f} MiB")
 
 
+def large():
+    texts = {"many lines": "a line of fifty bytes, as there are many in a log\n" * (1 << 20),
+             "one line": "x" * (50 << 20)}
+    print("\nLongest time without an answer, ms")
+    for name, text in texts.items():
+        with VirtualDesktop() as desktop:
+            settings = desktop.config / "marbelot/org.marbelot.Marbelot.json"
+            settings.parent.mkdir()
+            settings.write_text(json.dumps({"cannedResponses": [text]}))
+            program = Marbelot(desktop)
+
+            def during(seconds):
+                end = time.monotonic() + seconds
+                return program.longest_answer(lambda: time.monotonic() > end, "the end") * 1000
+            rest = during(3)
+            program.invoke("copyCanned:", "--object", "0")
+            program.invoke("showClipboardViewer")
+            print(f"  {name:<28}{during(5):9.1f}   at rest {rest:.1f}", flush=True)
+
+
 def main():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-    measures = {function.__name__: function for function in (latency, burst, idle, start)}
+    measures = {function.__name__: function for function in (latency, burst, idle, start, large)}
     chosen = sys.argv[1:] or list(measures)
     if not set(chosen) <= set(measures):
         sys.exit(__doc__.strip())
