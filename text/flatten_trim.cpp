@@ -7,8 +7,8 @@
 namespace marbelot {
 namespace {
 
-constexpr std::string_view kEllipsis = "…", kOpen = "“", kClose = "”", kReturnSign = "⏎";
-constexpr std::size_t kLimitOfOneLine = 36, kLimitOfEachLine = 14;  // characters
+constexpr std::string_view ellipsis = "…", openQuote = "“", closeQuote = "”", returnSign = "⏎";
+constexpr std::size_t limitOfOneLine = 36, limitOfEachLine = 14;  // characters
 
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
@@ -48,11 +48,11 @@ void forEachFlattenedLine(std::string_view text, Visit visit) {
 
 // Occurrences of `byte`. Blocks of a fixed size, so that the compiler makes vectors of the loop.
 std::size_t countBytes(std::string_view text, char byte) {
-  constexpr std::size_t kBlock = 64;
+  constexpr std::size_t block = 64;
   std::size_t count = 0;
-  for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
+  for (; text.size() >= block; text.remove_prefix(block)) {
     unsigned char found = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) {
+    for (std::size_t i = 0; i < block; ++i) {
       found = static_cast<unsigned char>(found + (text[i] == byte));
     }
     count += found;
@@ -112,7 +112,7 @@ std::string withReturnSigns(std::string_view text) {
     const std::size_t end = lineBreakByte(text, start);
     result.append(text, start, end - start);
     if (end == text.size()) break;
-    result += kReturnSign;
+    result += returnSign;
     start = end + (text.substr(end).starts_with("\r\n") ? 2 : 1);
   }
   return result;
@@ -131,10 +131,10 @@ std::string previewOf(std::string_view text, std::size_t limit, Transform transf
     const bool whole = cut == text.size(), cuts = visible < shown.size();
     if (!whole && !cuts) continue;
     if (shown.empty()) return "(empty)";
-    std::string result(kOpen);
+    std::string result(openQuote);
     result.append(shown, 0, visible);
-    if (cuts) result += kEllipsis;
-    return result += kClose;
+    if (cuts) result += ellipsis;
+    return result += closeQuote;
   }
 }
 
@@ -148,12 +148,12 @@ bool hasLineBreak(std::string_view text) {
   if (text.empty()) return false;
   if (isBreak(0)) return true;
   // Blocks with a byte on either side, because a text full of CR LF is looked at to its end.
-  constexpr std::size_t kBlock = 64;
+  constexpr std::size_t block = 64;
   std::size_t at = 1;
-  for (; text.size() - at > kBlock; at += kBlock) {
+  for (; text.size() - at > block; at += block) {
     const char* s = text.data() + at;
     unsigned char found = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) {
+    for (std::size_t i = 0; i < block; ++i) {
       const bool lf = (s[i] == '\n') & (s[i - 1] != '\r');
       const bool cr = (s[i] == '\r') & (s[i + 1] != '\n');
       found = static_cast<unsigned char>(found | lf | cr);
@@ -215,21 +215,21 @@ FlattenHead flattenHead(std::string_view text) {
 }
 
 std::string flattenPreview(const FlattenHead& head, std::string_view separator) {
-  if (head.second.empty()) return quotedPreview(head.first, kLimitOfOneLine);
-  std::string result(kOpen);
-  if (text::prefixBytes(head.first, kLimitOfEachLine) < head.first.size()) {
-    const std::size_t bytes = text::suffixBytes(head.first, kLimitOfEachLine);
-    result += kEllipsis;
+  if (head.second.empty()) return quotedPreview(head.first, limitOfOneLine);
+  std::string result(openQuote);
+  if (text::prefixBytes(head.first, limitOfEachLine) < head.first.size()) {
+    const std::size_t bytes = text::suffixBytes(head.first, limitOfEachLine);
+    result += ellipsis;
     result += head.first.substr(head.first.size() - bytes);
   } else {
     result += head.first;
   }
   result += separator;
-  const std::size_t bytes = text::prefixBytes(head.second, kLimitOfEachLine);
+  const std::size_t bytes = text::prefixBytes(head.second, limitOfEachLine);
   result += head.second.substr(0, bytes);
-  if (bytes < head.second.size()) result += kEllipsis;
-  if (head.more) result.append(" ").append(kEllipsis);
-  return result += kClose;
+  if (bytes < head.second.size()) result += ellipsis;
+  if (head.more) result.append(" ").append(ellipsis);
+  return result += closeQuote;
 }
 
 std::string flattenPreview(std::string_view text, std::string_view separator) {

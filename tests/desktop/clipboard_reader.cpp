@@ -81,9 +81,9 @@ class Reader {
   }
 
   Reply<xcb_get_property_reply_t> take() {
-    constexpr std::uint32_t kEverything = 1U << 28;  // in units of four bytes
+    constexpr std::uint32_t everything = 1U << 28;  // in units of four bytes
     const auto cookie = xcb_get_property(client_.connection(), 1, client_.window(), property_,
-                                         XCB_GET_PROPERTY_TYPE_ANY, 0, kEverything);
+                                         XCB_GET_PROPERTY_TYPE_ANY, 0, everything);
     return Reply<xcb_get_property_reply_t>(
         xcb_get_property_reply(client_.connection(), cookie, nullptr));
   }
