@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "classification/classifier.h"
-#include "classification/language_clues.h"
 #include "classification/language_signals.h"
 #include "classification/line_reader.h"
 #include "platform/text.h"
@@ -21,22 +20,26 @@ constexpr std::array<std::string_view, languageCount> kNames = {
     "Go",  "Rust", "Ruby", "JSON",  "Shell",  "HTML",       "CSS",        "SQL"};
 
 // A page: running text between tags, which mark at least a few of the lines.
-bool isPage(const ClueScores& scores) {
-  return scores.foreignLines == 0 && scores.commentLines < scores.lines &&
-         scores.taggedLines >= 2 && scores.taggedLines * 8 >= scores.lines;
+bool isPage(const ClueCounts& counts) {
+  return counts.foreignLines == 0 && counts.commentLines < counts.lines &&
+         counts.taggedLines >= 2 && counts.taggedLines * 8 >= counts.lines;
 }
 
 // What it takes to be named: more for longer texts, which hold more chance clues, and more when
-// much of the text is running text or looks like a terminal.
-int neededPoints(const ClueScores& scores, Language language) {
+// much of the text is running text or looks like a list.
+int neededPoints(const ClueCounts& counts, Language language) {
   constexpr int kLeast = 4, kMost = 11;
-  const auto perLines = static_cast<int>(std::min<std::size_t>(scores.lines / 4, kMost - kLeast));
+  const auto perLines = static_cast<int>(std::min<std::size_t>(counts.lines / 4, kMost - kLeast));
   int needed = kLeast + perLines;
-  if (language == Language::html && isPage(scores)) return needed;
-  const std::size_t plain = scores.proseLines + scores.foreignLines;
-  if (plain * 3 > scores.lines) needed *= 2;
-  if (plain * 3 > scores.lines * 2) needed *= 2;
+  if (language == Language::html && isPage(counts)) return needed;
+  const std::size_t plain = counts.proseLines + counts.foreignLines;
+  if (plain * 3 > counts.lines) needed *= 2;
+  if (plain * 3 > counts.lines * 2) needed *= 2;
   return needed;
+}
+
+int pointsOf(Language language, const ClueScores& scores) {
+  return scores[static_cast<std::size_t>(language)];
 }
 
 // The languages, the one that the clues speak for most first.
@@ -44,7 +47,8 @@ std::array<Language, languageCount> ranked(const ClueScores& scores) {
   std::array<Language, languageCount> ranking{};
   for (std::size_t i = 0; i < languageCount; ++i) ranking[i] = static_cast<Language>(i);
   std::sort(ranking.begin(), ranking.end(), [&](Language a, Language b) {
-    if (scores.of(a) != scores.of(b)) return scores.of(a) > scores.of(b);
+    if (pointsOf(a, scores) != pointsOf(b, scores))
+      return pointsOf(a, scores) > pointsOf(b, scores);
     // Without a type to be seen, the two are the same language; most know it by the older name.
     if (a == Language::javaScript || b == Language::javaScript) return a == Language::javaScript;
     return a < b;
@@ -73,6 +77,10 @@ std::optional<Language> interpreted(std::string_view script) {
 
 }  // namespace
 
+std::string_view languageName(Language language) {
+  return kNames[static_cast<std::size_t>(language)];
+}
+
 std::string_view leadingLines(std::string_view text) {
   // A language shows early; of longer texts this many bytes are looked at, to the end of a line.
   constexpr std::size_t kLookAt = std::size_t{64} << 10;
@@ -82,26 +90,32 @@ std::string_view leadingLines(std::string_view text) {
 }
 
 std::optional<std::string_view> languageOf(std::string_view trimmed, const LineCounts& headLines) {
-  const auto named = [](Language language) { return kNames[static_cast<std::size_t>(language)]; };
-  if (carriesSignal(Language::shell, trimmed)) return named(Language::shell);
+  if (carriesSignal(Language::shell, trimmed)) return languageName(Language::shell);
   const std::string_view head = leadingLines(trimmed);
-  if (trimmed.starts_with("#!/")) {
+  if (trimmed.starts_with("#!/") || trimmed.starts_with("#! /")) {
     const auto language = interpreted(head);
-    return language && carriesSignal(*language, head) ? std::optional(named(*language))
+    return language && carriesSignal(*language, head) ? std::optional(languageName(*language))
                                                       : std::nullopt;
   }
   if (!trimmed.starts_with("<?php") && showsSession(headLines)) return std::nullopt;
-  if (isJson(trimmed)) return named(Language::json);
+  if (isJson(trimmed)) return languageName(Language::json);
 
-  const ClueScores scores = weighClues(head);
+  const ClueCounts counts = countClues(head);
+  const auto language = likeliest(counts, weighClues(counts), trimmed);
+  return language ? std::optional(languageName(*language)) : std::nullopt;
+}
+
+std::optional<Language> likeliest(const ClueCounts& counts, const ClueScores& scores,
+                                  std::string_view trimmed) {
+  const std::string_view head = leadingLines(trimmed);
   const auto ranking = ranked(scores);
-  const int best = scores.of(ranking.front());
+  const int best = pointsOf(ranking.front(), scores);
   for (const Language language : ranking) {
-    const int points = scores.of(language);
+    const int points = pointsOf(language, scores);
     // A close second is named when the first lacks its signal: they share most of their syntax.
-    if (points < neededPoints(scores, language) || points * 4 < best * 3) break;
-    const bool whole = language == Language::json;
-    if (carriesSignal(language, whole ? trimmed : head)) return named(language);
+    if (points < neededPoints(counts, language) || points * 4 < best * 3) break;
+    const bool isWhole = language == Language::json;
+    if (carriesSignal(language, isWhole ? trimmed : head)) return language;
   }
   return std::nullopt;
 }

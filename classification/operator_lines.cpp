@@ -57,11 +57,23 @@ int operatorPoints(std::string_view line) {
 // One word, a path and nothing else: copied to name a file. A blank in it is behind a backslash.
 bool isPathAlone(std::string_view line) {
   constexpr std::size_t kLongestPath = 4096;
-  if (line.size() > kLongestPath || line.find_first_of("|&;<>$`(\t") != line.npos) return false;
+  if (line.size() > kLongestPath || !startsAsPath(line)) return false;
+  if (line.find_first_of("|&;<>$`(\t") != line.npos) return false;
   for (std::size_t at = line.find(' '); at != line.npos; at = line.find(' ', at + 1)) {
     if (at == 0 || line[at - 1] != '\\') return false;
   }
-  return startsAsPath(line);
+  return true;
+}
+
+bool endsStatement(std::string_view line) {
+  return line.back() == ';' || line.back() == '{' || line.back() == '}';
+}
+
+// No command's name is longer than what this looks at.
+std::string_view firstWord(std::string_view line) {
+  constexpr std::size_t kLookAt = 100;
+  line = line.substr(0, kLookAt);
+  return line.substr(0, line.find_first_of(" \t"));
 }
 
 // The name of the tool that speaks: "make[1]:" and "/usr/bin/ld:" as "make" and "/usr/bin/ld".
@@ -89,6 +101,7 @@ bool startsWithPlace(std::string_view line) {
 
 // A numbered line of a source, or marks below it.
 bool isGutterLine(std::string_view line) {
+  if (line.front() != '|' && !isDigit(line.front())) return false;
   const std::size_t number = line.find_first_not_of("0123456789");
   if (number == line.npos || number > 6) return false;
   const std::size_t bar = skipBlanks(line, number);
@@ -108,15 +121,13 @@ bool endsAsSentence(std::string_view line) {
 
 bool isCommandLine(std::string_view line, bool isCode) {
   constexpr std::size_t kShortest = 4;  // "a -b"
-  if (line.size() < kShortest || endsAsSentence(line) || isPathAlone(line)) return false;
+  if (line.size() < kShortest || endsAsSentence(line)) return false;
   if (isShellBlock(line)) return true;
-  const FirstWord first = judgeFirstWord(speaker(line.substr(0, line.find_first_of(" \t"))));
-  if (first == FirstWord::unlikely) return false;
-  if (isCode) {
-    const bool endsFind = line.ends_with("\\;");  // its -exec, not a statement
-    if (first != FirstWord::command && !endsFind) return false;
-    if ((line.back() == ';' && !endsFind) || line.back() == '{') return false;
-  }
+  const bool endsFind = line.ends_with("\\;");  // its -exec, not a statement
+  if (isCode && !endsFind && endsStatement(line)) return false;
+  const FirstWord first = judgeFirstWord(speaker(firstWord(line)));
+  if (first == FirstWord::unlikely || isPathAlone(line)) return false;
+  if (isCode && !endsFind && first != FirstWord::command) return false;
   const int needed = first == FirstWord::command ? 1 : first == FirstWord::everyday ? 2 : 4;
   return operatorPoints(line) >= needed + (isCode ? 1 : 0);
 }

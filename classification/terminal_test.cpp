@@ -190,6 +190,8 @@ TerminalLine TerminalReader::read(std::string_view line, std::string_view trimme
   }
   isFirst_ = false;
   if (first == '>' && (line.size() == 1 || line[1] == '>')) return TerminalLine::quotation;
+  constexpr std::size_t kShortest = 4;  // no prompt, failure or command is shorter
+  if (line.size() < kShortest) return TerminalLine::none;
   if (startsWithHostPrompt(line) || startsWithPowerShellPrompt(line)) {
     ++counts_.prompts;
     return TerminalLine::session;

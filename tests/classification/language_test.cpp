@@ -6,9 +6,11 @@
 #include <functional>
 #include <iterator>
 #include <map>
+#include <set>
 #include <string>
 
 #include "classification/classifier.h"
+#include "classification/language_clues.h"
 #include "classification/language_signals.h"
 #include "platform/text.h"
 
@@ -130,6 +132,13 @@ TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
   };
   for (const auto& test : kCases) {
     EXPECT_EQ(detectLanguage(test.text).value_or(""), test.language) << test.text;
+  }
+}
+
+TEST(ClueTable, HoldsEachPatternOnce) {
+  std::set<std::string_view> patterns;
+  for (const Clue& clue : languageClues()) {
+    EXPECT_TRUE(patterns.insert(clue.pattern).second) << clue.pattern;
   }
 }
 
