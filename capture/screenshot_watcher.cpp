@@ -21,10 +21,13 @@ constexpr double longestWritingWait = 3;
 // No screenshot is larger, and nothing larger belongs on the clipboard.
 constexpr std::size_t largestFile = std::size_t{512} << 20;
 
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
 // File times come in ticks of some milliseconds, and may seem to lie before what preceded them.
-constexpr double fileTimeTick = 0.02;
+constexpr auto fileTimeTick = 20ms;
 // A folder that comes to be at the path is noticed within this time, even on a busy machine.
-constexpr double noticingTime = 1;
+constexpr auto noticingTime = 3s;
 
 bool hasAcceptedExtension(const std::string& name) {
   const std::string extension = files::lowercasedExtension(name);
@@ -32,20 +35,23 @@ bool hasAcceptedExtension(const std::string& name) {
          acceptedExtensions.end();
 }
 
-double now() {
-  const auto time = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration<double>(time).count();
-}
-
-// Which of the folder's files are from that time or before. A copy on another file system may keep
-// only one of its two times.
-std::vector<std::string> pathsFromBefore(double time, const std::string& folder,
-                                         const std::vector<std::string>& names) {
+// Which of the folder's files were not saved since that moment. What is dated later than now comes
+// from a clock that is ahead of ours, another machine's or our own before it was put back: nobody
+// knows when that was, and an old screenshot must not replace what is on the clipboard. A copy on
+// another file system may keep only one of its two times.
+std::vector<std::string> oldPaths(Clock::time_point since, const std::function<double()>& clock,
+                                  const std::string& folder,
+                                  const std::vector<std::string>& names) {
   std::vector<std::string> paths;
   for (const std::string& name : names) {
     std::string fullPath = files::join(folder, name);
     const auto info = hasAcceptedExtension(name) ? files::info(fullPath) : std::nullopt;
-    if (!info || std::min(info->created, info->modified) <= time)
+    // Asked each time, because a file may still be growing; and the only reading of this clock,
+    // which may be set at any moment.
+    const double now = clock();
+    const std::chrono::duration<double> passed = Clock::now() - since + fileTimeTick;
+    if (!info || std::min(info->created, info->modified) <= now - passed.count() ||
+        std::max(info->created, info->modified) > now)
       paths.push_back(std::move(fullPath));
   }
   return paths;
@@ -54,13 +60,17 @@ std::vector<std::string> pathsFromBefore(double time, const std::string& folder,
 }  // namespace
 
 ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
-                                     std::function<void(const std::string&)> copied)
-    : platform_(platform), path(std::move(folder)), onCopy(std::move(copied)) {
+                                     std::function<void(const std::string&)> copied,
+                                     std::function<double()> clock)
+    : platform_(platform),
+      path(std::move(folder)),
+      onCopy(std::move(copied)),
+      clock_(std::move(clock)) {
   seeding_ = platform_.queue.inBackground(
-      [folder = path, began = now() - fileTimeTick] {
+      [folder = path, began = Clock::now(), clock = clock_] {
         const auto names = files::list(folder);
         if (!names) return Seed{began, std::nullopt, {}};
-        Seed seed{began, files::folderIdentity(folder), pathsFromBefore(began, folder, *names)};
+        Seed seed{began, files::folderIdentity(folder), oldPaths(began, clock, folder, *names)};
         seed.holdsNew = seed.paths.size() < names->size();
         return seed;
       },
@@ -106,14 +116,14 @@ void ScreenshotWatcher::rescan() {
   const auto folder = names ? files::folderIdentity(path) : std::nullopt;
   if (!folder) {
     folder_.reset();
-    unlisted_ = now();
+    unlisted_ = Clock::now();
     return;
   }
   if (folder != folder_) {
     // It was mounted, moved here or made: what it brings along is old, what it was made for is new.
     folder_ = folder;
-    const double came = std::max(unlisted_ - fileTimeTick, now() - noticingTime);
-    for (std::string& fullPath : pathsFromBefore(came, path, *names))
+    const auto came = std::max(unlisted_, Clock::now() - noticingTime);
+    for (std::string& fullPath : oldPaths(came, clock_, path, *names))
       seen.insert(std::move(fullPath));
   }
   std::vector<std::pair<double, std::string>> fresh;  // by modification time

@@ -1,6 +1,7 @@
 // Puts each new screenshot on the clipboard the moment it is saved. Main thread only.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -11,15 +12,18 @@
 
 #include "platform/files.h"
 #include "platform/platform.h"
+#include "platform/text.h"
 
 namespace marbelot {
 
 class ScreenshotWatcher {
  public:
   // `onCopy` is given the file name of each screenshot that was put on the clipboard. Files that
-  // are in the folder already, now or when it comes to be there, are never copied.
+  // are in the folder already, now or when it comes to be there, are never copied. `clock` is the
+  // wall clock, asked on any thread.
   ScreenshotWatcher(Platform& platform, std::string path,
-                    std::function<void(const std::string&)> onCopy);
+                    std::function<void(const std::string&)> onCopy,
+                    std::function<double()> clock = text::now);
 
   // A folder that cannot be watched is not reported: the readability probe tells the user.
   void start();
@@ -28,8 +32,9 @@ class ScreenshotWatcher {
   void check();
 
  private:
+  using Moment = std::chrono::steady_clock::time_point;
   struct Seed {
-    double time = 0;  // before the listing
+    Moment time;  // before the listing
     std::optional<files::FolderIdentity> folder;
     std::vector<std::string> paths;
     bool holdsNew = false;  // saved since then, perhaps before anybody watched
@@ -51,12 +56,13 @@ class ScreenshotWatcher {
   // Full paths that were handled or were there from the start. Grows by one entry per screenshot.
   std::unordered_set<std::string> seen;
   const std::function<void(const std::string&)> onCopy;
+  const std::function<double()> clock_;
 
   // New files that are not finished screenshots yet.
   std::map<std::string, Attempt> pending_;
   // The folder as it was listed last; none when it could not be, at the time `unlisted_` at last.
   std::optional<files::FolderIdentity> folder_;
-  double unlisted_ = 0;
+  Moment unlisted_;
   // Events before the folder's first listing wait for it: what they tell of may be an old file.
   bool seeded_ = false;
   bool changedBeforeSeeding_ = false;

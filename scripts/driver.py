@@ -14,8 +14,9 @@ BIN = pathlib.Path(os.environ.get("MARBELOT_BIN", ROOT / "build/bin")).resolve()
 class Marbelot:
     """One running instance that keeps its screenshots in ~/Shots."""
 
-    def __init__(self, desktop, bus=True, watched=True):
-        """bus, watched: whether it can be reached over the session bus, and has the folder."""
+    def __init__(self, desktop, bus=True, watched=True, through=(), env=None):
+        """bus, watched: whether it can be reached over the session bus, and has the folder.
+        through: a command that runs it, env: what else is in its environment."""
         self.desktop = desktop
         self.shots = desktop.home / "Shots"
         if watched:
@@ -25,7 +26,7 @@ class Marbelot:
         if not location.exists():
             location.parent.mkdir(exist_ok=True)
             location.write_text(json.dumps({"location": "~/Shots"}))
-        self.process = desktop.spawn(BIN / "marbelot")
+        self.process = desktop.spawn(*through, BIN / "marbelot", log="marbelot", env=env)
         if watched:
             until(self.watches_folder, "folder watched")
         if bus:

@@ -24,7 +24,8 @@ class ScreenshotWatcherTest : public testing::Test {
   void start() {
     std::this_thread::sleep_for(std::chrono::milliseconds(30));
     watcher_ = std::make_unique<ScreenshotWatcher>(
-        desktop_.platform, folder_, [this](const std::string& name) { copied_.push_back(name); });
+        desktop_.platform, folder_, [this](const std::string& name) { copied_.push_back(name); },
+        [this] { return text::now() + clockIsOff_; });
     watcher_->start();
   }
   std::string save(const std::string& name, const std::string& bytes = *png(640)) {
@@ -48,6 +49,7 @@ class ScreenshotWatcherTest : public testing::Test {
   const std::string folder_ = home_ / "Shots";
   memory::MemoryPlatform desktop_;
   std::vector<std::string> copied_;
+  double clockIsOff_ = 0;  // seconds
   std::unique_ptr<ScreenshotWatcher> watcher_;
 };
 
@@ -171,6 +173,44 @@ TEST_F(ScreenshotWatcherTest, TellsOfNoScreenshotThatTheClipboardDoesNotTake) {
   save("Screenshot taken.png");
   event();
   EXPECT_EQ(copied_, Names{"Screenshot taken.png"});
+}
+
+TEST_F(ScreenshotWatcherTest, CopiesNothingThatIsDatedAfterTheMomentOfLooking) {
+  save("Screenshot before.png");
+  clockIsOff_ = -3600;  // it has not been set yet, as after a start without a battery
+  start();
+  desktop_.queue.drain();
+  clockIsOff_ = 0;
+  event();
+  EXPECT_EQ(copied_, Names{});
+  save("Screenshot after.png");
+  event();
+  EXPECT_EQ(copied_, Names{"Screenshot after.png"});
+
+  // A folder of a server that is ahead, mounted late.
+  std::filesystem::rename(folder_, home_ / "server");
+  event();
+  writeFile(home_ / "server/Screenshot 2.png", *png(640));
+  std::filesystem::last_write_time(
+      home_ / "server/Screenshot 2.png",
+      std::filesystem::file_time_type::clock::now() + std::chrono::seconds(5));
+  std::filesystem::rename(home_ / "server", folder_);
+  event();
+  EXPECT_EQ(copied_.size(), 1U);
+}
+
+TEST_F(ScreenshotWatcherTest, TheClockMayBeSetBetweenStartAndListing) {
+  for (const double step : {-7200.0, 7200.0}) {
+    clockIsOff_ = step;
+    save("Screenshot before.png");
+    copied_.clear();
+    start();
+    const std::string name = "Screenshot while starting " + std::to_string(step) + ".png";
+    save(name);
+    clockIsOff_ = 0;
+    desktop_.queue.drain();
+    EXPECT_EQ(copied_, Names{name});
+  }
 }
 
 TEST_F(ScreenshotWatcherTest, SkipsWhatCannotBeReadAndGoesOn) {

@@ -6,7 +6,8 @@ import shutil
 import time
 import unittest
 
-from desktop_case import MARK, NOTICE_TITLE, DesktopTest, Marbelot, png, screenshot_name, stays, until
+from desktop_case import (BIN, MARK, NOTICE_TITLE, DesktopTest, Marbelot, png, screenshot_name,
+                          stays, until)
 
 
 class WatcherTest(DesktopTest):
@@ -100,6 +101,16 @@ class WatcherTest(DesktopTest):
         # Longer than a file may wait for its mark.
         stays(self.nothing_copied, "nothing copied", 2)
         self.wait_copied(self.program.save(screenshot_name(6), png(seed=7)))
+        self.assertEqual(self.program.copied(), 1)
+
+    def test_clock_that_is_behind_at_the_start(self):
+        if b"libasan" in (BIN / "marbelot").read_bytes():
+            self.skipTest("the address sanitizer wants to be loaded first")
+        self.shots.joinpath(screenshot_name(5)).write_bytes(png(seed=5))
+        self.start(env={"LD_PRELOAD": str(BIN / "clock_behind.so")})
+        self.shots.joinpath("other").write_bytes(b"")
+        stays(self.nothing_copied, "nothing copied", 1)
+        self.wait_copied(self.program.save(screenshot_name(6), png(seed=6)))
         self.assertEqual(self.program.copied(), 1)
 
     def test_files_that_only_look_like_screenshots(self):
