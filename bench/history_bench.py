@@ -1,12 +1,13 @@
 #!/usr/bin/python3
 """Measures the clipboard history of the real program on a private desktop.
 
-    bench/history_bench.py [quick] [texts] [images] [huge] [kill]      all by default
+    bench/history_bench.py [quick] [texts] [images] [huge] [large] [kill]      all by default
 
 quick   200 copies, one each 20 ms, by one program and by one program each: how many are recorded
 texts   the menu with a full history of 40 texts of 1 MB, beside that of an empty history
 images  memory of 40 images of 3840x2160 above the empty state, copied as PNG, TIFF and BMP
 huge    a text of 100 MB is copied: the longest time without an answer, and when it was stored
+large   texts of 1 KB to 50 MB: how long after the menu shows them they are on disk
 kill    200 times kill -9 while copying: all that the menu had shown is there after the restart
 """
 
@@ -155,8 +156,7 @@ def huge():
             desktop.set_clipboard(text.encode())
             began = time.monotonic()
             longest = program.longest_answer(
-                lambda: program.store.exists() and program.store.stat().st_size >= len(text),
-                "stored")
+                lambda: program.stored_bytes() == [len(text)], "stored")
             stored = time.monotonic() - began
             # The analysis for the menu may come after it.
             end = time.monotonic() + 5
@@ -164,6 +164,34 @@ def huge():
             again = program.stored_texts() == [text]
             print(f"  {name:<10}{longest * 1000:8.0f} ms {stored:8.2f} s"
                   + ("" if again else "   NOT STORED AS COPIED"), flush=True)
+
+
+def on_disk(program, text):
+    if len(text) > 32768:
+        return len(text) in program.stored_bytes()
+    return text in program.stored_texts()
+
+
+def large():
+    print("\nFrom the menu's showing a text to its being on disk, 20 of each size", flush=True)
+    with VirtualDesktop() as desktop:
+        program = Marbelot(desktop)
+        for size in (1000, 40000, 1000000, 4000000, 8000000, 50000000):
+            waits = []
+            longest = 0
+            for number in range(20):
+                text = f"{size + number} is the size ".ljust(size + number, "x")
+                desktop.set_clipboard(text.encode())
+                longest = max(longest, program.longest_answer(
+                    lambda: text[:20] in program.menu_json(), "shown"))
+                began = time.monotonic()
+                if not on_disk(program, text):
+                    until(lambda: on_disk(program, text), "stored", interval=0.001)
+                    waits.append((time.monotonic() - began) * 1000)
+            program.invoke("clearClipHistory")
+            print(f"  {size / 1e6:8.3f} MB: {20 - len(waits)} at once"
+                  + (f", the others within {max(waits):.0f} ms" if waits else "")
+                  + f"; longest time without an answer {longest * 1000:.0f} ms", flush=True)
 
 
 def kill():
@@ -180,7 +208,7 @@ def kill():
 
 def main():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-    measures = {function.__name__: function for function in (quick, texts, images, huge, kill)}
+    measures = {function.__name__: function for function in (quick, texts, images, huge, large, kill)}
     chosen = sys.argv[1:] or list(measures)
     if not set(chosen) <= set(measures):
         sys.exit(__doc__.strip())

@@ -14,8 +14,8 @@ constexpr double pollInterval = 0.6;  // seconds
 // Where each change is announced, looking is only the safety net.
 constexpr double announcedPollInterval = 10;
 
-// Writing this much takes a few milliseconds; more is left to the background.
-constexpr std::size_t immediateImageBytes = std::size_t{256} << 10;
+// Writing this much takes a third of a frame; more is left to the background.
+constexpr std::size_t immediateImageBytes = std::size_t{8} << 20;
 
 // Entries that are looked at when loading. The history holds 40; a file that something else filled
 // must not hold up the launch.
@@ -188,7 +188,7 @@ void ClipboardHistory::saveClipImage(std::uint64_t id, const Image& image, Saved
   };
 
   const SharedBytes bytes = image.format() == ImageFormat::png ? image.bytes() : nullptr;
-  if (bytes && bytes->size() < immediateImageBytes) {
+  if (bytes && bytes->size() <= immediateImageBytes) {
     const auto path = done(writeImageFile(folder, base, image));
     if (saved) saved(path);
     return;

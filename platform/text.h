@@ -37,6 +37,7 @@ Scalar scalarAt(std::string_view text, std::size_t at);
 Scalar scalarBefore(std::string_view text, std::size_t end);
 void appendScalar(std::string& to, char32_t scalar);
 
+bool isValid(std::string_view bytes);
 // Valid UTF-8 whatever came in: every invalid sequence and lone surrogate becomes U+FFFD.
 std::string sanitized(std::string bytes);
 

@@ -88,6 +88,8 @@ void appendScalar(std::string& to, char32_t scalar) {
   to.append(bytes, length);
 }
 
+bool isValid(std::string_view bytes) { return validEnd(bytes) == bytes.size(); }
+
 std::string sanitized(std::string bytes) {
   const std::string_view text = bytes;
   const std::size_t valid = validEnd(text);

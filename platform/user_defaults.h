@@ -20,11 +20,12 @@ class UserDefaults {
   // The stored value, else the registered one, else none.
   std::optional<Value> value(std::string_view key) const;
 
-  // Stores the value. A store of ordinary size (under 256 KB) is on disk when this returns; a
-  // larger one is written in the background, newest state last, and always completed before the
-  // program ends by itself. However the program ends, the stored state is one that was set, whole;
-  // so it is after a power failure where the file system keeps writes before a rename, as ext4
-  // does.
+  // Stores the value. It is on disk when this returns, but for texts of over 8 MB: each of them is
+  // written in the background and missing from its list or dictionary until then. (So is a state
+  // that, without its texts of over 32 KB, has more than 4 MB; the newest is written last.) All is
+  // completed before the program ends by itself. However it ends otherwise, the stored state is one
+  // that was set. A power failure can take the texts of the last half minute: nothing here waits
+  // for a disk.
   virtual void set(std::string_view key, Value value) = 0;
 
   // Adds to the values that stand in for absent ones; never stored.

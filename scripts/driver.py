@@ -22,6 +22,7 @@ class Marbelot:
         if watched:
             self.shots.mkdir(exist_ok=True)
         self.store = desktop.config / "marbelot/org.marbelot.Marbelot.json"
+        self.texts = self.store.with_suffix(".texts")
         location = desktop.config / "marbelot/com.apple.screencapture.json"
         if not location.exists():
             location.parent.mkdir(exist_ok=True)
@@ -59,11 +60,28 @@ class Marbelot:
         assert result.returncode == 0, result.stderr
 
     def stored(self, key="clipTextHistory"):
-        """A value of the settings file; fails when the file is not whole."""
-        return json.loads(self.store.read_text()).get(key, []) if self.store.exists() else []
+        """A value of the settings, large texts in place; fails when the file is not whole."""
+        return json.loads(self.store.read_text(), object_hook=self.whole).get(key, []) \
+            if self.store.exists() else []
+
+    def whole(self, fields):
+        """The large text that the fields refer to, None when it is not there; else the fields."""
+        if set(fields) != {"textFile", "bytes"}:
+            return fields
+        try:
+            data = (self.texts / f"{fields['textFile']}.txt").read_bytes()
+        except OSError:
+            return None
+        return data.decode() if len(data) == fields["bytes"] else None
 
     def stored_texts(self):
-        return [entry["text"] for entry in self.stored() if entry["type"] == "text"]
+        """As the program would load them."""
+        return [entry["text"] for entry in self.stored()
+                if entry["type"] == "text" and entry["text"] is not None]
+
+    def stored_bytes(self):
+        """The size of each large text that is on disk."""
+        return sorted(file.stat().st_size for file in self.texts.glob("*.txt"))
 
     def menu(self):
         """The visible items of the menu's first level."""
@@ -91,10 +109,14 @@ class Marbelot:
     def answer_seconds(self):
         """How long the program takes to tell its menu, without the start of a process."""
         self.desktop.bus()
-        name = "org.marbelot.Marbelot"
         began = time.monotonic()
-        self.desktop.call(name, "/org/marbelot/Marbelot", name, "Menu")
+        self.menu_json()
         return time.monotonic() - began
+
+    def menu_json(self):
+        """The menu as the program tells it."""
+        name = "org.marbelot.Marbelot"
+        return self.desktop.call(name, "/org/marbelot/Marbelot", name, "Menu")[0]
 
     def longest_answer(self, condition, what, seconds=60):
         """The longest time without an answer until condition() holds."""

@@ -18,8 +18,9 @@
 namespace marbelot {
 namespace {
 
-// A write that takes longer than a frame belongs to another thread.
-constexpr std::size_t largestWriteOnMain = 256 * 1024;
+// What takes longer to write than half a frame belongs to another thread. A history of forty texts
+// that are just not large is a third of this.
+constexpr std::size_t largestWriteOnMain = std::size_t{4} << 20;
 constexpr std::size_t largestFile = std::size_t{4} << 30;
 // Deeper than anything that is ever stored; a file that goes deeper is damaged.
 constexpr std::size_t deepestNesting = 32;
@@ -148,6 +149,12 @@ std::string resolved(const std::string& path) {
   return real ? real.get() : path;
 }
 
+// Beside the settings file: "NAME.texts" for "NAME.json".
+std::string textsFolder(const std::string& path) {
+  const std::size_t dot = path.rfind(".json");
+  return path.substr(0, dot) + ".texts";
+}
+
 std::size_t weight(const Value& value) {
   if (const auto* text = std::get_if<SharedText>(&value.data)) return (*text)->size() + 4;
   std::size_t sum = 8;
@@ -177,7 +184,13 @@ SharedText readDefaultsText(const std::string& path, std::string_view key) {
 
 JsonDefaults::JsonDefaults(const std::string& path,
                            std::function<void(std::function<void()>)> onMain)
-    : path_(resolved(path)), onMain_(std::move(onMain)) {
+    : path_(resolved(path)),
+      backgroundDone_([this, onMain = std::move(onMain), alive = std::weak_ptr<char>(alive_)] {
+        onMain([this, alive] {
+          if (alive.lock()) reportSaved();
+        });
+      }),
+      texts_(textsFolder(path_), backgroundDone_) {
   load();
 }
 
@@ -194,15 +207,17 @@ JsonDefaults::~JsonDefaults() {
 void JsonDefaults::load() {
   const SharedBytes json = files::read(path_, largestFile);
   struct stat status {};
-  if (!json && stat(path_.c_str(), &status) != 0 && errno == ENOENT) return;  // the first launch
-  auto root = json ? parse(*json) : std::nullopt;
-  auto* dictionary = root ? std::get_if<Value::Dictionary>(&root->data) : nullptr;
-  if (dictionary) {
-    for (auto& [key, value] : *dictionary) values_.insert_or_assign(key, std::move(value));
-    return;
+  std::optional<Value> root;
+  if (json) {
+    root = parse(*json);
+  } else if (stat(path_.c_str(), &status) != 0 && errno == ENOENT) {  // the first launch
+    root = Value::Dictionary();
   }
-  const std::string aside = path_ + ".damaged " + text::fileTimestamp(text::now());
+  if (root && root->asDictionary()) return restore(*root->asDictionary());
+  const std::string damaged = ".damaged " + text::fileTimestamp(text::now());
+  const std::string aside = path_ + damaged;
   if (rename(path_.c_str(), aside.c_str()) == 0) {
+    rename(textsFolder(path_).c_str(), (textsFolder(path_) + damaged).c_str());
     report("The settings were damaged and start afresh. The old file is kept as " +
            files::lastComponent(aside));
   } else {
@@ -212,32 +227,43 @@ void JsonDefaults::load() {
   }
 }
 
+void JsonDefaults::restore(const Value::Dictionary& stored) {
+  for (const auto& [key, value] : stored)
+    if (auto whole = texts_.restored(key, value)) values_.insert_or_assign(key, std::move(*whole));
+  texts_.deleteOthers();
+  // Large texts that another version left in the file itself get their own before that is written.
+  for (const auto& [key, value] : values_)
+    outlined_.insert_or_assign(key, texts_.outlined(key, value));
+  texts_.finish();
+}
+
 std::optional<Value> JsonDefaults::storedValue(std::string_view key) const {
   const auto found = values_.find(key);
   return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void JsonDefaults::set(std::string_view key, Value value) {
+  if (mayWrite_) outlined_.insert_or_assign(std::string(key), texts_.outlined(key, value));
   values_.insert_or_assign(std::string(key), std::move(value));
-  save();
+  if (mayWrite_) save();
 }
 
 void JsonDefaults::save() {
-  if (!mayWrite_) return;
   std::size_t size = 0;
-  for (const auto& [key, value] : values_) size += key.size() + weight(value);
+  for (const auto& [key, value] : outlined_) size += key.size() + weight(value);
   {
     std::unique_lock lock(mutex_);
     // A write that is under way must not end after a newer one.
     if (size > largestWriteOnMain || writing_ || pending_) {
-      pending_ = values_;
+      pending_ = {outlined_, texts_.state()};
       lock.unlock();
       if (!writer_.joinable()) writer_ = std::thread([this] { writeInBackground(); });
       wake_.notify_all();
       return;
     }
   }
-  reportSaved(write(values_));
+  fileSaved_ = write(outlined_, texts_.state());
+  reportSaved();
 }
 
 void JsonDefaults::writeInBackground() {
@@ -245,21 +271,17 @@ void JsonDefaults::writeInBackground() {
   for (;;) {
     wake_.wait(lock, [this] { return pending_ || stopping_; });
     if (!pending_) return;
-    Values values = std::move(*pending_);
-    pending_.reset();
+    const State state = *std::exchange(pending_, std::nullopt);
     writing_ = true;
     lock.unlock();
-    const bool saved = write(values);
-    values.clear();
-    onMain_([this, saved, alive = std::weak_ptr<char>(alive_)] {
-      if (alive.lock()) reportSaved(saved);
-    });
+    fileSaved_ = write(state.outlined, state.texts);
+    backgroundDone_();
     lock.lock();
     writing_ = false;
   }
 }
 
-bool JsonDefaults::write(const Values& values) const {
+bool JsonDefaults::write(const Values& outlined, std::uint64_t texts) {
   // Beside the file and renamed over it: whoever looks, and whatever ends this process, sees the
   // old state or the new one, whole.
   files::makeFolder(path_.substr(0, path_.rfind('/')));
@@ -270,21 +292,25 @@ bool JsonDefaults::write(const Values& values) const {
   auto stream = std::make_unique<FileStream>(file.get());
   FileWriter out(*stream);
   out.StartObject();
-  for (const auto& [key, value] : values) {
+  for (const auto& [key, value] : outlined) {
     writeText(out, key);
     writeValue(out, value);
   }
   out.EndObject();
   stream->Put('\n');
   stream->Flush();
-  if (stream->good() && rename(temporary.c_str(), path_.c_str()) == 0) return true;
+  if (stream->good() && rename(temporary.c_str(), path_.c_str()) == 0) {
+    texts_.stored(texts);
+    return true;
+  }
   unlink(temporary.c_str());
   return false;
 }
 
-void JsonDefaults::reportSaved(bool saved) {
-  if (!saved && !saveFailed_) report("Couldn't save the settings and history: is the disk full?");
-  saveFailed_ = !saved;
+void JsonDefaults::reportSaved() {
+  const bool failed = !fileSaved_ || !texts_.allWritten();
+  if (failed && !saveFailed_) report("Couldn't save the settings and history: is the disk full?");
+  saveFailed_ = failed;
 }
 
 }  // namespace marbelot

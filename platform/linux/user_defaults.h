@@ -1,6 +1,7 @@
 // User defaults as one JSON file per domain under the XDG config folder.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <mutex>
@@ -8,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/large_texts.h"
 #include "platform/user_defaults.h"
 
 namespace marbelot {
@@ -29,26 +31,35 @@ class JsonDefaults : public UserDefaults {
 
  private:
   using Values = std::map<std::string, Value, std::less<>>;
+  struct State {
+    Values outlined;
+    std::uint64_t texts = 0;  // the large texts' state at that moment
+  };
 
   std::optional<Value> storedValue(std::string_view key) const override;
   void load();
+  void restore(const Value::Dictionary& stored);
   void save();
-  bool write(const Values& values) const;
+  bool write(const Values& outlined, std::uint64_t texts);
   void writeInBackground();
-  void reportSaved(bool saved);
+  void reportSaved();
 
   const std::string path_;
-  const std::function<void(std::function<void()>)> onMain_;
-  Values values_;
-  bool saveFailed_ = false;
-  bool mayWrite_ = true;
   std::shared_ptr<char> alive_ = std::make_shared<char>();
+  const std::function<void()> backgroundDone_;  // any thread
+  LargeTexts texts_;
+  Values values_;
+  Values outlined_;  // the same with references to the large texts: what the file holds
+  std::atomic<bool> fileSaved_ = true;
+  bool saveFailed_ = false;  // and told
+  bool mayWrite_ = true;
 
-  // The writer of large stores. `pending_` is the newest state that it has not taken yet.
+  // The writer of files that are large without large texts. `pending_` is the newest state that it
+  // has not taken yet.
   std::thread writer_;
   std::mutex mutex_;
   std::condition_variable wake_;
-  std::optional<Values> pending_;
+  std::optional<State> pending_;
   bool writing_ = false;
   bool stopping_ = false;
 };

@@ -103,7 +103,7 @@ struct Services {
   RunningApplication application;
   std::unique_ptr<MainQueue> queue = makeMainQueue();
   std::unique_ptr<Pasteboard> pasteboard = makePasteboard();
-  std::unique_ptr<UserDefaults> defaults = makeUserDefaults();
+  std::unique_ptr<UserDefaults> defaults = makeUserDefaults(*queue);
   std::unique_ptr<FolderEvents> folderEvents = makeFolderEvents();
   std::unique_ptr<Notices> notices = makeNotices();
   std::unique_ptr<Workspace> workspace = makeWorkspace();

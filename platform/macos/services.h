@@ -9,7 +9,7 @@ namespace marbelot {
 
 std::unique_ptr<MainQueue> makeMainQueue();
 std::unique_ptr<Pasteboard> makePasteboard();
-std::unique_ptr<UserDefaults> makeUserDefaults();
+std::unique_ptr<UserDefaults> makeUserDefaults(MainQueue& queue);
 std::unique_ptr<FolderEvents> makeFolderEvents();
 std::unique_ptr<Notices> makeNotices();
 std::unique_ptr<Workspace> makeWorkspace();

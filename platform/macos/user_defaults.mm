@@ -1,6 +1,9 @@
-// Settings in the program's own user defaults domain.
+// Settings in the program's own user defaults domain, their large texts in files beside it: the
+// preferences service is meant for small values.
 #import <Foundation/Foundation.h>
 
+#include "platform/files.h"
+#include "platform/large_texts.h"
 #include "platform/macos/conversions.h"
 #include "platform/macos/services.h"
 
@@ -62,25 +65,68 @@ std::optional<Value> valueOf(id object, int depth) {
   return std::nullopt;
 }
 
+std::string textsFolder() {
+  NSString* const support =
+      NSSearchPathForDirectoriesInDomains(NSApplicationSupportDirectory, NSUserDomainMask, YES)
+          .firstObject;
+  return files::join(
+      support != nil ? utf8(support) : files::expandingTilde("~/Library/Application Support"),
+      "Marbelot/Texts");
+}
+
 class StandardDefaults final : public UserDefaults {
  public:
+  explicit StandardDefaults(MainQueue& queue)
+      : texts_(textsFolder(), [this, &queue, alive = std::weak_ptr<char>(alive_)] {
+          queue.post([this, alive] {
+            if (alive.lock()) reportSaved();
+          });
+        }) {
+    @autoreleasepool {
+      NSString* const bundle = NSBundle.mainBundle.bundleIdentifier;
+      NSString* const name = bundle != nil ? bundle : NSProcessInfo.processInfo.processName;
+      NSDictionary<NSString*, id>* const domain =
+          [NSUserDefaults.standardUserDefaults persistentDomainForName:name];
+      for (NSString* key in domain) storedValue(utf8(key));
+      // Without a word of what refers to them, none is known to be of no use.
+      if (domain != nil) texts_.deleteOthers();
+    }
+  }
+
   // The system's preferences service takes the value before this returns and writes whole files.
   void set(std::string_view key, Value value) override {
     @autoreleasepool {
-      [NSUserDefaults.standardUserDefaults setObject:objectOf(value) forKey:nsString(key)];
+      [NSUserDefaults.standardUserDefaults setObject:objectOf(texts_.outlined(key, value))
+                                              forKey:nsString(key)];
+      texts_.stored(texts_.state());
+      reportSaved();
     }
   }
 
  private:
   std::optional<Value> storedValue(std::string_view key) const override {
     @autoreleasepool {
-      return valueOf([NSUserDefaults.standardUserDefaults objectForKey:nsString(key)], 0);
+      const auto stored =
+          valueOf([NSUserDefaults.standardUserDefaults objectForKey:nsString(key)], 0);
+      return stored ? texts_.restored(key, *stored) : std::nullopt;
     }
   }
+
+  void reportSaved() {
+    const bool failed = !texts_.allWritten();
+    if (failed && !told_) report("Couldn't save the history: is the disk full?");
+    told_ = failed;
+  }
+
+  std::shared_ptr<char> alive_ = std::make_shared<char>();
+  mutable LargeTexts texts_;  // remembers what it has read
+  bool told_ = false;
 };
 
 }  // namespace
 
-std::unique_ptr<UserDefaults> makeUserDefaults() { return std::make_unique<StandardDefaults>(); }
+std::unique_ptr<UserDefaults> makeUserDefaults(MainQueue& queue) {
+  return std::make_unique<StandardDefaults>(queue);
+}
 
 }  // namespace marbelot

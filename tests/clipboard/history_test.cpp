@@ -133,9 +133,12 @@ TEST_F(HistoryTest, ImagesAreSavedAsTheirBytesUnderAFreeName) {
 
 TEST_F(HistoryTest, LargeImagesAreRecordedAtOnceAndSavedInTheBackground) {
   desktop.queue.holdBackground = true;
-  copyImage(png(1, 5 << 20));
+  copyImage(png(1, 7 << 20));
+  EXPECT_EQ(stored(0, "path"), history.clipHistory[0].savedPath) << "as large as most are";
+  history.remove(0);
+  copyImage(png(1, 9 << 20));
   copy("after");
-  copyImage(png(2, 5 << 20));
+  copyImage(png(2, 9 << 20));
   EXPECT_EQ(texts(), (Texts{"image", "after", "image"}));
   EXPECT_EQ(desktop.defaults.stored.at("clipTextHistory").asList()->size(), 1u);
   history.remove(0);  // its save must not end up at another entry
@@ -149,7 +152,7 @@ TEST_F(HistoryTest, LargeImagesAreRecordedAtOnceAndSavedInTheBackground) {
   EXPECT_EQ(history.clipHistory[1].kind.image()->width(), 1);
   EXPECT_EQ(stored(1, "path"), history.clipHistory[1].savedPath);
   EXPECT_GT(shell.rebuilds, rebuilds);
-  EXPECT_EQ(files::list(history.clipImagesFolder())->size(), 2u) << "one file each";
+  EXPECT_EQ(files::list(history.clipImagesFolder())->size(), 3u) << "one file each";
 }
 
 TEST_F(HistoryTest, ImagesWithoutAFileStayInMemoryOnly) {
@@ -162,7 +165,7 @@ TEST_F(HistoryTest, ImagesWithoutAFileStayInMemoryOnly) {
   std::filesystem::remove_all(folder_ + "/Pictures");
   files::create(folder, "a file where the folder should be");
   copyImage(png(2));
-  copyImage(png(3, 5 << 20));
+  copyImage(png(3, 9 << 20));
   EXPECT_EQ(texts(), (Texts{"image", "image", "image"}));
   for (const ClipItem& item : history.clipHistory) {
     EXPECT_FALSE(item.savedPath);

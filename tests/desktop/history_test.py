@@ -15,6 +15,7 @@ PACE = 20  # milliseconds
 KILLS = int(os.environ.get("MARBELOT_KILLS", 10))
 HINT = "x-kde-passwordManagerHint"
 LIMIT = 40
+LARGE = [size * MEGABYTE for size in (1, 8, 50)]
 
 
 def converted(data, form):
@@ -114,6 +115,25 @@ class HistoryTest(DesktopTest):
             self.assertEqual(len(self.program.history()), len(stored))
             self.assertIn(stored[0], self.program.history()[0])
             self.assertEqual(self.program.stored_texts(), stored)
+            self.kill_after_large_texts(kill)
+
+    def kill_after_large_texts(self, kill):
+        """All that the menu shows is on disk, but for texts of over 8 MB for a moment."""
+        large = LARGE[kill % len(LARGE)]
+        copies = [f"large {kill} {size} ".ljust(size, "x") for size in (1000, large, 2000, 50000)]
+        last = kill // len(LARGE) % len(copies)
+        for text in copies[:last + 1]:
+            self.screen.set_clipboard(text.encode())
+            until(lambda: text[:20].rstrip("x") in self.program.history()[0], "in the menu")
+        self.program.kill()
+        stored = self.program.stored_texts()
+        for text in copies[:last + 1]:
+            self.assertTrue(text in stored or len(text) > 8 * MEGABYTE, text[:20])
+        self.start()
+        self.assertTrue(self.program.stored_texts() == stored)
+        self.program.invoke("clearClipHistory")
+        until(lambda: not self.program.texts.exists() or not list(self.program.texts.iterdir()),
+              "large texts deleted")
 
     def shown(self, prefix):
         """The numbers of the texts that start so in the menu."""
@@ -302,8 +322,7 @@ class HistoryTest(DesktopTest):
             until(lambda: not self.program.stored(), "cleared")
             self.screen.set_clipboard(text.encode())
             longest = self.program.longest_answer(
-                lambda: self.program.store.exists() and
-                self.program.store.stat().st_size > len(text), "stored")
+                lambda: self.program.stored_bytes() == [len(text)], "stored")
             print(f"longest time without an answer {longest * 1000:.0f} ms")
             if longest < 0.25:
                 break

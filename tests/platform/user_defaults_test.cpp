@@ -9,7 +9,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <mutex>
+#include <set>
+#include <thread>
 
 #include "tests/support/temporary_home.h"
 
@@ -19,10 +23,26 @@ namespace {
 class UserDefaultsTest : public testing::Test {
  protected:
   std::unique_ptr<JsonDefaults> open() {
-    auto defaults =
-        std::make_unique<JsonDefaults>(path_, [](const std::function<void()>& work) { work(); });
+    auto defaults = std::make_unique<JsonDefaults>(path_, [this](std::function<void()> work) {
+      const std::lock_guard lock(mutex_);
+      posted_.push_back(std::move(work));
+    });
     defaults->setProblemHandler([this](const std::string& told) { problems_.push_back(told); });
     return defaults;
+  }
+  // Whether the background told something to the main thread, within 20 seconds.
+  bool hearFromBackground() {
+    for (int i = 0; i < 20000; ++i) {
+      std::vector<std::function<void()>> posted;
+      {
+        const std::lock_guard lock(mutex_);
+        posted.swap(posted_);
+      }
+      for (const auto& work : posted) work();
+      if (!posted.empty()) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return false;
   }
   static Value::List texts(std::size_t count, std::size_t size) {
     Value::List list;
@@ -31,9 +51,27 @@ class UserDefaultsTest : public testing::Test {
     return list;
   }
 
+  static Value::List texts(const std::vector<SharedText>& all) { return {all.begin(), all.end()}; }
+  static SharedText text(std::size_t size, char with = 'x') {
+    return share(std::string(size, with));
+  }
+  // The names in the folder of large texts.
+  std::set<std::string> files() const {
+    std::set<std::string> names;
+    if (!std::filesystem::exists(folder_)) return names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_))
+      names.insert(entry.path().filename());
+    return names;
+  }
+
   TemporaryHome home_;
   const std::string path_ = home_ / "config/marbelot/test.json";
+  const std::string folder_ = home_ / "config/marbelot/test.texts";
   std::vector<std::string> problems_;
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::function<void()>> posted_;
 };
 
 TEST_F(UserDefaultsTest, KeepsEveryTypeAndWrongTypesReadAsAbsent) {
@@ -167,33 +205,156 @@ TEST_F(UserDefaultsTest, LargeStoresAreCompletedInOrder) {
   EXPECT_EQ(defaults->value("last")->asInteger(), 20);
 }
 
-// What a small store returned from is on disk, whenever the process is killed.
+using Names = std::set<std::string>;
+
+TEST_F(UserDefaultsTest, LargeTextsAreWrittenOnceAndDeletedWithTheirLastUse) {
+  const SharedText small = text(32 << 10), large = text((32 << 10) + 1), huge = text(9 << 20);
+  {
+    const auto defaults = open();
+    defaults->set("list", texts({small, large, huge, large}));
+    EXPECT_TRUE(files().contains("1.txt")) << "when it returns; the huge one follows";
+  }
+  {
+    const auto defaults = open();
+    const auto listed = defaults->textListFor("list");
+    ASSERT_EQ(listed.size(), 4U);
+    EXPECT_TRUE(*listed[0] == *small && *listed[1] == *large && *listed[2] == *huge);
+    struct stat before {
+    }, after{};
+    ASSERT_EQ(stat((folder_ + "/2.txt").c_str(), &before), 0);
+    EXPECT_EQ(before.st_mode & 0777, 0600U);
+    // What stays and what is used elsewhere too is not written again.
+    defaults->set("list", texts({listed[2], share("small"), listed[1]}));
+    defaults->set("other", listed[2]);
+    ASSERT_EQ(stat((folder_ + "/2.txt").c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_EQ(files(), (Names{"1.txt", "2.txt"}));
+    EXPECT_LT(std::filesystem::file_size(path_), 300U);
+    defaults->set("list", texts({listed[1]}));
+  }
+  EXPECT_EQ(files(), (Names{"1.txt", "2.txt"}));
+  open()->set("other", true);
+  EXPECT_EQ(files(), Names{"1.txt"});
+  {
+    const auto defaults = open();
+    defaults->set("list", texts({text(20 << 20)}));
+    defaults->set("list", Value::List());  // before that has been written
+  }
+  EXPECT_EQ(files(), Names{});
+}
+
+TEST_F(UserDefaultsTest, ALargeTextThatIsNotWholeIsLeftOut) {
+  const SharedText large = text(40000);
+  const auto entry = [](const SharedText& text, const char* date) {
+    return Value::Dictionary{{"type", "text"}, {"text", text}, {"date", date}};
+  };
+  open()->set("list", Value::List{entry(large, "1"), entry(share("small"), "2")});
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{1}, large->size() - 1, large->size() + 1}) {
+    std::filesystem::resize_file(folder_ + "/1.txt", size);
+    const auto defaults = open();
+    const auto value = defaults->value("list");
+    const Value::List& list = *value->asList();
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(find(*list[0].asDictionary(), "text"), nullptr) << size;
+    EXPECT_EQ(*find(*list[1].asDictionary(), "text")->asText(), "small");
+    writeFile(folder_ + "/1.txt", *large);
+  }
+  EXPECT_EQ(*open()->value("list")->asList()->front().asDictionary()->at(1).second.asText(),
+            *large);
+  writeFile(folder_ + "/1.txt", std::string(large->size(), '\xff'));
+  EXPECT_EQ(open()->value("list")->asList()->front().asDictionary()->size(), 2U);
+  EXPECT_TRUE(problems_.empty());
+}
+
+TEST_F(UserDefaultsTest, LeavesNoFilesThatNothingRefersTo) {
+  open()->set("list", texts({text(40000)}));
+  for (const char* left : {"/7.txt", "/1.txt.Xy12Zz", "/8.txt.Xy12Zz", "/notes.txt", "/2.bak"})
+    writeFile(folder_ + left, "left");
+  EXPECT_EQ(open()->textListFor("list").size(), 1U);
+  EXPECT_EQ(files(), (Names{"1.txt", "2.bak", "notes.txt"})) << "what is not ours stays";
+
+  writeFile(path_, "{damaged");
+  open();
+  EXPECT_EQ(problems_.size(), 1U);
+  EXPECT_EQ(files(), Names{}) << "put aside with what refers to it";
+  bool kept = false;
+  for (const auto& found : std::filesystem::recursive_directory_iterator(home_.path()))
+    kept = kept || (found.path().filename() == "1.txt" && found.file_size() == 40000);
+  EXPECT_TRUE(kept);
+}
+
+TEST_F(UserDefaultsTest, TakesLargeTextsOutOfAnOlderFile) {
+  writeFile(path_, "{\"list\": [\"" + *text(10 << 20) + "\", \"" + *text(40000) + "\", \"a\"]}");
+  open()->set("flag", true);
+  EXPECT_EQ(files(), (Names{"1.txt", "2.txt"}));
+  EXPECT_LT(std::filesystem::file_size(path_), 300U);
+  const auto listed = open()->textListFor("list");
+  ASSERT_EQ(listed.size(), 3U);
+  EXPECT_EQ(listed[0]->size(), 10U << 20);
+  EXPECT_EQ(listed[1]->size(), 40000U);
+}
+
+TEST_F(UserDefaultsTest, ALargeTextThatCannotBeWrittenIsToldAndTriedAgain) {
+  const auto defaults = open();
+  writeFile(folder_, "in the way");
+  for (const SharedText& large : {text(40000), text(9 << 20)}) {
+    problems_.clear();
+    defaults->set("list", texts({large}));
+    EXPECT_TRUE(large->size() == 40000 || hearFromBackground());
+    defaults->set("other", true);
+    EXPECT_EQ(problems_.size(), 1U) << "told once";
+    defaults->set("list", texts({share("small")}));
+  }
+  const SharedText large = text(40000);
+  defaults->set("list", texts({large}));
+  std::filesystem::remove(folder_);
+  defaults->set("list", texts({large}));
+  EXPECT_EQ(files().size(), 1U);
+  EXPECT_EQ(open()->textListFor("list").size(), 1U);
+}
+
+// What set() returned from is on disk, whenever the process is killed; but for a text of over 8 MB,
+// which no other waits for.
 TEST_F(UserDefaultsTest, SurvivesBeingKilledAtAnyMoment) {
+  const std::size_t sizes[] = {300, 20 << 20, 300, 40000, 300, 1 << 20, 8 << 20, 300};
   for (int round = 0; round < 40; ++round) {
     int pipes[2];
     ASSERT_EQ(pipe(pipes), 0);
     const pid_t child = fork();
     if (child == 0) {
       const auto defaults = open();
+      std::vector<SharedText> newest;
       for (int i = 0;; ++i) {
-        defaults->set("list", texts(static_cast<std::size_t>(i % 40), 300));
-        defaults->set("count", i);
+        auto text = std::make_shared<std::string>(std::to_string(i) + ' ');
+        text->resize(sizes[i % std::size(sizes)], 'x');
+        newest.insert(newest.begin(), text);
+        if (newest.size() > 5) newest.pop_back();
+        defaults->set("list", texts(newest));
         if (write(pipes[1], &i, sizeof i) != sizeof i) _exit(0);
       }
     }
     close(pipes[1]);
     int confirmed = -1;
-    for (int i = 0; i <= round % 7; ++i)
+    for (int i = 0; i <= round % 11; ++i)
       ASSERT_EQ(read(pipes[0], &confirmed, sizeof confirmed), ssize_t{sizeof confirmed});
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
     while (read(pipes[0], &confirmed, sizeof confirmed) > 0) {
     }
     close(pipes[0]);
-    const auto count = open()->value("count");
+    std::set<int> found;
+    for (const SharedText& text : open()->textListFor("list")) {
+      found.insert(std::stoi(*text));
+      EXPECT_EQ(text->size(), sizes[static_cast<std::size_t>(std::stoi(*text)) % std::size(sizes)]);
+    }
     ASSERT_TRUE(problems_.empty());
-    ASSERT_TRUE(count && count->asInteger());
-    EXPECT_GE(*count->asInteger(), confirmed);
+    // The one after the last confirmed may have pushed the oldest out.
+    for (int i = std::max(0, confirmed - 3); i <= confirmed; ++i) {
+      const bool huge = sizes[static_cast<std::size_t>(i) % std::size(sizes)] > 8 << 20;
+      EXPECT_TRUE(huge || found.contains(i)) << i << " of " << confirmed;
+    }
+    EXPECT_LE(files().size(), 5U);
   }
 }
 
