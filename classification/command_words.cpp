@@ -13,33 +13,34 @@ namespace {
 constexpr std::string_view kCommands[] = {
     "adb", "addgroup", "adduser", "ansible", "ansible-playbook", "apk", "apt", "apt-cache", "apt-get",
     "apt-key", "aptitude", "arp", "awk", "aws", "az", "base64", "basename", "bash", "bazel", "blkid",
-    "bower", "brew", "bun", "bundle", "bunzip2", "bzip2", "cargo", "cd", "certbot", "chgrp", "chmod",
-    "chown", "chroot", "chsh", "cksum", "clang", "clang++", "cmake", "cmp", "composer", "conda", "cp",
-    "crontab", "ctest", "curl", "dd", "deno", "depmod", "df", "dhclient", "diff", "dig", "dir",
-    "dirname", "dmesg", "dmidecode", "dnf", "docker", "docker-compose", "dotnet", "dpkg", "du",
-    "e2fsck", "echo", "egrep", "emacs", "env", "ethtool", "exit", "fdisk", "ffmpeg", "fgrep",
-    "firewall-cmd", "flutter", "fsck", "g++", "gawk", "gcc", "gcloud", "gdb", "gem", "getenforce",
-    "getent", "gh", "git", "gofmt", "gpg", "gradle", "grep", "groupadd", "gulp", "gunzip", "gzip",
-    "hdparm", "helm", "heroku", "hexdump", "hg", "hostname", "hostnamectl", "htop", "httpd",
-    "hwclock", "iconv", "ifconfig", "ifdown", "ifup", "insmod", "iostat", "ip", "ipconfig",
-    "iptables", "iwconfig", "java", "javac", "jest", "journalctl", "jq", "jupyter", "keytool",
-    "killall", "kubeadm", "kubectl", "ldconfig", "ldd", "lein", "ln", "logout", "losetup", "ls",
-    "lsblk", "lscpu", "lsmod", "lsof", "lspci", "lsusb", "lvcreate", "lvs", "md5sum", "meson",
-    "minikube", "mkdir", "mkfifo", "mkfs", "mkfs.ext4", "mknod", "mkswap", "mktemp", "modinfo",
-    "modprobe", "mongo", "mongod", "mv", "mvn", "mysql", "mysqldump", "nano", "nc", "ncdu", "netplan",
-    "netstat", "nginx", "ninja", "nm", "nmap", "nmcli", "node", "nohup", "npm", "npx", "nslookup",
-    "ntpdate", "nvidia-smi", "nvm", "objdump", "openssl", "pacman", "parted", "passwd", "perl",
-    "pg_dump", "pgrep", "php", "pidof", "pip", "pip3", "pipenv", "pipx", "pkill", "pm2", "pnpm",
-    "podman", "poetry", "poweroff", "printenv", "printf", "ps", "psql", "pvcreate", "pwd", "pyenv",
-    "pytest", "python", "python2", "python3", "qemu-img", "rails", "rake", "rbenv", "readelf",
-    "readlink", "realpath", "reboot", "renice", "rm", "rmdir", "rpm", "rsync", "ruby", "rustc",
-    "rustup", "sbt", "scp", "sed", "setenforce", "sftp", "sh", "sha256sum", "shutdown", "smartctl",
-    "snap", "sqlite3", "ss", "ssh", "ssh-copy-id", "ssh-keygen", "stat", "strace", "stty", "su",
-    "sudo", "svn", "swapoff", "swapon", "swift", "sysctl", "systemctl", "tar", "tcpdump", "tee",
-    "terraform", "tmux", "tr", "traceroute", "tsc", "ufw", "umount", "uname", "uniq", "unset",
-    "unzip", "updatedb", "uptime", "useradd", "userdel", "usermod", "uv", "vagrant", "vi", "vim",
-    "virtualenv", "visudo", "vmstat", "wc", "wget", "whereis", "whoami", "xargs", "xcodebuild",
-    "xcrun", "xxd", "xz", "yarn", "yum", "zcat", "zfs", "zip", "zpool", "zsh", "zypper"};
+    "bower", "brew", "bun", "bundle", "bunzip2", "bzip2", "cargo", "cd", "certbot", "chgrp",
+    "chkconfig", "chmod", "chown", "chroot", "chsh", "cksum", "clang", "clang++", "cmake", "cmp",
+    "composer", "conda", "cp", "crontab", "ctest", "curl", "dd", "delgroup", "deluser", "deno",
+    "depmod", "df", "dhclient", "diff", "dig", "dir", "dirname", "dmesg", "dmidecode", "dnf",
+    "docker", "docker-compose", "dotnet", "dpkg", "du", "e2fsck", "echo", "egrep", "emacs", "env",
+    "eslint", "ethtool", "exit", "fdisk", "ffmpeg", "fgrep", "firewall-cmd", "flask", "flutter",
+    "fsck", "g++", "gawk", "gcc", "gcloud", "gdb", "gem", "getenforce", "getent", "gh", "git",
+    "gofmt", "gpg", "gradle", "grep", "groupadd", "gulp", "gunzip", "gzip", "hdparm", "helm",
+    "heroku", "hexdump", "hg", "hostname", "hostnamectl", "htop", "httpd", "hwclock", "iconv",
+    "ifconfig", "ifdown", "ifup", "insmod", "iostat", "ip", "ipconfig", "iptables", "iwconfig",
+    "java", "javac", "jest", "journalctl", "jq", "jupyter", "keytool", "killall", "kubeadm",
+    "kubectl", "ldconfig", "ldd", "lein", "ln", "logout", "losetup", "ls", "lsblk", "lscpu", "lsmod",
+    "lsof", "lspci", "lsusb", "lvcreate", "lvs", "md5sum", "meson", "minikube", "mkdir", "mkfifo",
+    "mkfs", "mkfs.ext4", "mknod", "mkswap", "mktemp", "modinfo", "modprobe", "mongo", "mongod", "mv",
+    "mvn", "mysql", "mysqldump", "nano", "nc", "ncdu", "netplan", "netstat", "nginx", "ninja", "nm",
+    "nmap", "nmcli", "node", "nohup", "npm", "npx", "nslookup", "ntpdate", "nvidia-smi", "nvm",
+    "objdump", "openssl", "pacman", "parted", "passwd", "perl", "pg_dump", "pgrep", "php", "pidof",
+    "pip", "pip3", "pipenv", "pipx", "pkill", "pm2", "pnpm", "podman", "poetry", "poweroff",
+    "printenv", "printf", "ps", "psql", "pvcreate", "pwd", "pyenv", "pytest", "python", "python2",
+    "python3", "qemu-img", "rails", "rake", "rbenv", "readelf", "readlink", "realpath", "reboot",
+    "redis-cli", "renice", "rm", "rmdir", "rpm", "rsync", "ruby", "rustc", "rustup", "sbt", "scp",
+    "sed", "setenforce", "sftp", "sh", "sha256sum", "shutdown", "smartctl", "snap", "sqlite3", "ss",
+    "ssh", "ssh-copy-id", "ssh-keygen", "stat", "strace", "stty", "su", "sudo", "svn", "swapoff",
+    "swapon", "swift", "sysctl", "systemctl", "tar", "tcpdump", "tee", "terraform", "tmux", "tox",
+    "tr", "traceroute", "tsc", "ufw", "umount", "uname", "uniq", "unset", "unzip", "updatedb",
+    "uptime", "useradd", "userdel", "usermod", "uv", "vagrant", "valgrind", "vi", "vim", "virtualenv",
+    "visudo", "vite", "vmstat", "wc", "wget", "whereis", "whoami", "xargs", "xcodebuild", "xcrun",
+    "xxd", "xz", "yarn", "yum", "zcat", "zfs", "zip", "zpool", "zsh", "zypper"};
 constexpr std::string_view kEverydayCommands[] = {
     "alias", "cat", "clear", "code", "cut", "date", "export", "fetch", "file", "find", "free", "go",
     "groups", "halt", "head", "history", "host", "id", "install", "join", "kill", "last", "less",
@@ -71,6 +72,13 @@ bool isAssignment(std::string_view word) {
   return equals != word.npos && equals > 0 &&
          std::all_of(word.begin(), word.begin() + static_cast<std::ptrdiff_t>(equals),
                      [](char c) { return isUpper(c) || isDigit(c) || c == '_'; });
+}
+
+// "if=/dev/zero", "https://…", "ann@host", "host:file" and "eth0" are no words of a sentence.
+bool isTechnical(std::string_view word) {
+  const std::size_t mark = word.find_first_of("=:@");
+  if (mark != word.npos) return mark > 0 && mark + 1 < word.size();
+  return std::any_of(word.begin(), word.end(), isDigit);
 }
 
 bool isFileName(std::string_view word) {
@@ -111,7 +119,9 @@ Words::Words(std::string_view line) {
 
 FirstWord judgeFirstWord(std::string_view word) {
   if (word.empty()) return FirstWord::unlikely;
-  if (startsAsPath(word) || isOneOfSorted(word, kCommands)) return FirstWord::command;
+  constexpr std::string_view kControl = "ctl";  // "systemctl", "loginctl" …
+  const bool controls = word.size() > kControl.size() && word.ends_with(kControl);
+  if (controls || startsAsPath(word) || isOneOfSorted(word, kCommands)) return FirstWord::command;
   if (isOneOfSorted(word, kEverydayCommands) || isAssignment(word)) return FirstWord::everyday;
   return mayNameProgram(word) ? FirstWord::possible : FirstWord::unlikely;
 }
@@ -123,23 +133,39 @@ bool startsAsPath(std::string_view word) {
 
 bool isTerse(std::string_view command) {
   constexpr std::string_view kTerse[] = {
-      "adduser",  "cd",      "chgrp",   "chmod",   "chown",    "cp",     "df",      "du",
-      "groupadd", "ifdown",  "ifup",    "id",      "insmod",   "kill",   "killall", "ln",
-      "ls",       "mkdir",   "mkfs",    "mktemp",  "modprobe", "mv",     "passwd",  "pgrep",
-      "pkill",    "ps",      "rm",      "rmdir",   "rmmod",    "su",     "swapoff", "swapon",
-      "umount",   "useradd", "userdel", "usermod", "wc",       "whereis"};
-  return isOneOf(command, kTerse);
+      "adduser",  "cd",      "chgrp",   "chkconfig", "chmod",    "chown",   "cp",
+      "delgroup", "deluser", "df",      "du",        "groupadd", "ifdown",  "ifup",
+      "insmod",   "killall", "ln",      "ls",        "mkdir",    "mkfs",    "mktemp",
+      "modprobe", "mv",      "npx",     "passwd",    "pgrep",    "pkill",   "printenv",
+      "ps",       "rm",      "rmdir",   "rmmod",     "su",       "swapoff", "swapon",
+      "umount",   "useradd", "userdel", "usermod",   "wc",       "whereis"};
+  return command.ends_with("ctl") || isOneOf(command, kTerse);
+}
+
+bool isWrapper(std::string_view command) {
+  constexpr std::string_view kWrappers[] = {"env",  "gdb",      "man",   "nohup", "strace", "sudo",
+                                            "time", "valgrind", "watch", "which", "xargs"};
+  return isOneOf(command, kWrappers);
+}
+
+bool showsFile(std::string_view command) {
+  constexpr std::string_view kShowers[] = {"awk",  "cat", "diff", "egrep", "fgrep", "git", "grep",
+                                           "head", "hg",  "less", "more",  "sed",   "svn", "tail"};
+  return isOneOf(command, kShowers);
 }
 
 bool isSubcommand(std::string_view word) {
   constexpr std::string_view kSubcommands[] = {
-      "add",     "addr",    "apply",     "branch", "build",  "checkout", "ci",       "clean",
-      "clone",   "commit",  "compose",   "config", "create", "delete",   "deploy",   "describe",
-      "diff",    "disable", "enable",    "exec",   "fetch",  "fmt",      "get",      "images",
-      "init",    "install", "list",      "log",    "logs",   "merge",    "outdated", "ps",
-      "publish", "pull",    "push",      "rebase", "reload", "remote",   "remove",   "reset",
-      "restart", "run",     "search",    "show",   "start",  "stash",    "status",   "stop",
-      "switch",  "test",    "uninstall", "up",     "update", "upgrade"};
+      "add",          "addr",    "apply",  "attach",   "auth",    "branch",   "build",
+      "checkout",     "ci",      "clean",  "clone",    "commit",  "compose",  "config",
+      "create",       "delete",  "deploy", "describe", "dev",     "diff",     "disable",
+      "dist-upgrade", "enable",  "exec",   "fetch",    "fmt",     "generate", "get",
+      "grep",         "images",  "init",   "install",  "lint",    "list",     "log",
+      "login",        "logs",    "ls",     "merge",    "migrate", "outdated", "package",
+      "ps",           "publish", "pull",   "push",     "rebase",  "reload",   "remote",
+      "remove",       "renew",   "reset",  "restart",  "run",     "search",   "serve",
+      "show",         "start",   "stash",  "status",   "stop",    "switch",   "test",
+      "uninstall",    "up",      "update", "upgrade",  "version"};
   return isOneOf(word, kSubcommands);
 }
 
@@ -166,6 +192,8 @@ bool holdsOperator(const Words& words) {
 bool holdsOption(const Words& words) { return words.anyBehindFirst(isOption); }
 
 bool holdsFileName(const Words& words) { return words.anyBehindFirst(isFileName); }
+
+bool holdsTechnicalWord(const Words& words) { return words.anyBehindFirst(isTechnical); }
 
 bool holdsShellWords(const Words& words) {
   constexpr std::size_t kFewWords = 3;

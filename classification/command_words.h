@@ -41,6 +41,10 @@ bool startsAsPath(std::string_view word);
 
 // Commands that are no words, and that take any: "rm", "chown" …
 bool isTerse(std::string_view command);
+// Commands that run another: "sudo", "time" …
+bool isWrapper(std::string_view command);
+// Commands that print what is in files: "cat", "git" …
+bool showsFile(std::string_view command);
 // What commands are told to do: "install", "status" …
 bool isSubcommand(std::string_view word);
 // Words that hold sentences together.
@@ -50,6 +54,8 @@ bool isFunctionWord(std::string_view word);
 bool holdsOperator(const Words& words);
 bool holdsOption(const Words& words);
 bool holdsFileName(const Words& words);
+// "eth0", "if=/dev/zero", "ann@host" …
+bool holdsTechnicalWord(const Words& words);
 // Whether the words hold what sentences do not: an operator, or an option or a path close behind
 // the first.
 bool holdsShellWords(const Words& words);

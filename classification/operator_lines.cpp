@@ -83,12 +83,6 @@ std::string_view speaker(std::string_view word) {
   return word.substr(0, word.find('['));
 }
 
-// "for f in *; do rm $f; done"
-bool isShellBlock(std::string_view line) {
-  return (line.starts_with("for ") || line.starts_with("while ") || line.starts_with("if ")) &&
-         (line.find("; do ") != line.npos || line.find("; then ") != line.npos);
-}
-
 // "src/main.c:12:5: …": a path, and a line of the file. A link has a host and a port.
 bool startsWithPlace(std::string_view line) {
   const std::size_t colon = line.find(':');
@@ -117,6 +111,11 @@ bool endsAsSentence(std::string_view line) {
   const char last = line.back();
   if (last == ',' || last == '!' || last == '?' || last == ':') return true;
   return last == '.' && line.size() > 1 && isName(line[line.size() - 2]);
+}
+
+bool isShellBlock(std::string_view line) {
+  return (line.starts_with("for ") || line.starts_with("while ") || line.starts_with("if ")) &&
+         (line.find("; do ") != line.npos || line.find("; then ") != line.npos);
 }
 
 bool isCommandLine(std::string_view line, bool isCode) {

@@ -13,6 +13,9 @@ bool endsAsSentence(std::string_view line);
 // that reads as code needs more to be believed.
 bool isCommandLine(std::string_view line, bool isCode);
 
+// "for f in *; do rm $f; done"
+bool isShellBlock(std::string_view line);
+
 // What compilers and searches show of a source: "src/a.c:12:", "12 | int a;" and "   |     ^~~~".
 bool isToolLine(std::string_view line);
 

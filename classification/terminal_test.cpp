@@ -101,34 +101,50 @@ enum class Behind { remark, word, command };
 
 // A command named by an everyday word, and what it is told to do.
 bool isEverydayOrder(const Words& words) {
-  if (words.size() == 2 && words[0] == "make") return true;
-  if (words[0] == "go") return isSubcommand(words[1]);
-  return words.size() == 3 && words[0] == "service" && isSubcommand(words[2]);
+  const std::string_view command = words[0];
+  if (words.size() == 2 && command == "make") return true;
+  if (command == "go") return isSubcommand(words[1]);
+  if (command == "kill" || command == "sleep") return holdsTechnicalWord(words);
+  return words.size() == 3 && command == "service" && isSubcommand(words[2]);
 }
 
 // The same of a command that is no everyday word; headings are made of its name, too.
 bool isOrder(const Words& words) {
   const std::string_view second = words[1];
-  return isTerse(words[0]) || isSubcommand(second) || holdsFileName(words) || second.size() == 1 ||
-         second.starts_with('"') || second.starts_with('\'');
+  return isTerse(words[0]) || isSubcommand(second) || holdsFileName(words) ||
+         holdsTechnicalWord(words) || second.size() == 1 || second.starts_with('"') ||
+         second.starts_with('\'');
+}
+
+// "of", "the" … between other words; an "a" at the end is a file.
+bool talks(const Words& words) {
+  for (std::size_t i = 1; i + 1 < words.size(); ++i) {
+    if (isFunctionWord(words[i])) return true;
+  }
+  const std::string_view last = words[words.size() - 1];
+  return words.size() > 1 && last.size() > 1 && isFunctionWord(last);
 }
 
 // What stands behind a mark that is a prompt, but that quotes and comments begin with, too.
 Behind judgeBehindMark(char mark, std::string_view line) {
   constexpr std::size_t kFewWords = 4;
   if (line.empty() || endsAsSentence(line) || line.back() == '{') return Behind::remark;
+  if (isShellBlock(line)) return Behind::command;
   const Words words(line);
   const FirstWord first = judgeFirstWord(words[0]);
   if (first == FirstWord::unlikely) return Behind::remark;
   const bool known = first != FirstWord::possible;
   if (known && holdsShellWords(words)) return Behind::command;
-  if (words.size() > kFewWords || words.anyBehindFirst(isFunctionWord)) return Behind::remark;
+  if (talks(words)) return Behind::remark;
+  if (first == FirstWord::command && holdsOption(words)) return Behind::command;
+  if (words.size() > kFewWords) return Behind::remark;
   if (!known) {
     return holdsOption(words) || holdsOperator(words) ? Behind::command : Behind::remark;
   }
   if (words.size() == 1) return words[0].starts_with("./") ? Behind::command : Behind::word;
   // Comments that begin with "% " are rare beside the sessions of a shell that prompts so.
   if (mark == '%' && words.size() == 2) return Behind::command;
+  if (isWrapper(words[0]) && judgeFirstWord(words[1]) == FirstWord::command) return Behind::command;
   const bool isOrdered = first == FirstWord::command ? isOrder(words) : isEverydayOrder(words);
   return isOrdered ? Behind::command : Behind::remark;
 }
@@ -162,6 +178,7 @@ TerminalLine TerminalReader::readMark(MarkCounts& mark, char c, std::string_view
     case Behind::command:
       ++mark.commands;
       mark.beginsWithCommand = mark.beginsWithCommand || first;
+      mark.showsFile = mark.showsFile || (first && showsFile(Words(rest)[0]));
       return TerminalLine::session;
     case Behind::word:
       ++mark.words;
@@ -214,7 +231,8 @@ TerminalLine TerminalReader::read(std::string_view line, std::string_view trimme
 
 bool showsSession(const LineCounts& lines) {
   const TerminalCounts& counts = lines.terminal;
-  return counts.prompts + counts.failures > 0 || counts.hash.beginsWithCommand ||
+  // A source may begin with a comment that says how to install what it needs.
+  return counts.prompts + counts.failures > 0 || counts.hash.showsFile ||
          counts.percent.beginsWithCommand || counts.angle.beginsWithCommand || isToolOutput(lines);
 }
 

@@ -13,6 +13,7 @@ struct MarkCounts {
   std::size_t remarks = 0;  // comments, headings, quotations and sentences
   bool beginsWithCommand = false;
   bool beginsWithWord = false;
+  bool showsFile = false;  // the command that it begins with
 };
 
 struct TerminalCounts {

@@ -171,11 +171,28 @@ TEST(Classify, TakesTheFirstTestThatDecides) {
 // Quotes, comments and headings begin their lines with the marks that shells prompt with.
 TEST(Terminal, TellsPromptsFromQuotesAndComments) {
   for (const char* text :
-       {"$ make\nok", "# apt-get install foo", "> npm install -g x", "% ls -la", "% make test",
-        "ann@web:~$ date", "PS C:\\> date", "# make -j4 install", "> cat notes.txt | sort",
-        "> git status", "$ cat <<END\n> read this\n> more of it\n> END", "# find . -name '*.o'",
-        "# reboot", "# date\nFri Nov 21 20:15:02 UTC 2025", "# systemctl restart nginx",
-        "# rm old.txt\n# ls\n# a comment in a file", "> echo $HOME", "# service cron stop",
+       {"$ make\nok",
+        "# apt-get install foo",
+        "> npm install -g x",
+        "% ls -la",
+        "% make test",
+        "ann@web:~$ date",
+        "PS C:\\> date",
+        "# make -j4 install",
+        "> cat notes.txt | sort",
+        "> git status",
+        "$ cat <<END\n> read this\n> more of it\n> END",
+        "# find . -name '*.o'",
+        "# reboot",
+        "# date\nFri Nov 21 20:15:02 UTC 2025",
+        "# systemctl restart nginx",
+        "# rm old.txt\n# ls\n# a comment in a file",
+        "> echo $HOME",
+        "# service cron stop",
+        "# docker run -it --rm ubuntu bash",
+        "# kill 4711",
+        "> ssh ann@web",
+        "# loginctl",
         "# apt-get install foo\nReading package lists... Done\nNeed to get 12 kB of archives.\n"
         "After this operation, 50 kB of additional disk space will be used."}) {
     EXPECT_EQ(rawValue(classify(text)), "terminal") << text;
@@ -228,7 +245,8 @@ TEST(Terminal, OutweighsWhatASessionShows) {
     EXPECT_FALSE(detectLanguage(text)) << text;
   }
   for (const char* text :
-       {"#!/bin/sh\n$ make\necho 'command not found'", "<?php\n$ x = 1;\necho 'fatal:';",
+       {"# pip install requests\nimport requests\nprint(requests.get(url).text)",
+        "#!/bin/sh\n$ make\necho 'command not found'", "<?php\n$ x = 1;\necho 'fatal:';",
         "void f() {\n  go();\nerror:\n  free(p);\n}", "f(\n  a);\nerror: free(p);\ng(x);",
         "def f():\n    \"\"\"\n    Traceback (most recent call last):\n    \"\"\"\n    print(1)",
         "import os\nprint(\"ls: No such file or directory\")\nprint(os.name)"}) {
