@@ -1,8 +1,15 @@
 #include "clipboard/stored_date.h"
 
+#include <locale.h>
+#include <stdlib.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
+
+#ifdef __APPLE__
+#include <xlocale.h>
+#endif
 
 namespace marbelot {
 
@@ -16,11 +23,15 @@ std::string storedDate(double seconds) {
   return text;
 }
 
+// Apple's library has no std::from_chars for doubles, and strtod goes by the user's language.
 std::optional<double> parsedDate(std::string_view text) {
-  double seconds = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(seconds))
-    return std::nullopt;
+  static const locale_t plain = newlocale(LC_NUMERIC_MASK, "C", nullptr);
+  const bool decimal = text.find_first_not_of("0123456789.-+eE") == std::string_view::npos;
+  if (!decimal || text.empty() || text.front() == '+') return std::nullopt;
+  const std::string digits(text);
+  char* end = nullptr;
+  const double seconds = strtod_l(digits.c_str(), &end, plain);
+  if (end != digits.c_str() + digits.size() || !std::isfinite(seconds)) return std::nullopt;
   return seconds;
 }
 

@@ -90,8 +90,12 @@ class GeneralPasteboard final : public Pasteboard {
   PasteboardContents contents() override { return present().contents; }
 
   std::vector<PasteboardChange> changesSince(std::int64_t count) override {
-    if (changeCount() == count) return {};
-    return {present()};
+    std::erase_if(own_, [count](const PasteboardChange& change) { return change.count <= count; });
+    std::vector<PasteboardChange> changes = std::exchange(own_, {});
+    if (changeCount() == count) return changes;
+    const std::int64_t told = changes.empty() ? count : changes.back().count;
+    if (present().count > told) changes.push_back(present_);
+    return changes;
   }
 
   using Pasteboard::write;
@@ -103,7 +107,8 @@ class GeneralPasteboard final : public Pasteboard {
       if (![pasteboard_ setString:nsString(*text) forType:NSPasteboardTypeString])
         return std::nullopt;
       if (concealed) [pasteboard_ setString:@"" forType:@"org.nspasteboard.ConcealedType"];
-      return count;
+      return note(count,
+                  {.text = std::move(text), .image = {}, .types = {}, .concealed = concealed});
     }
   }
 
@@ -118,7 +123,7 @@ class GeneralPasteboard final : public Pasteboard {
       MarbelotImageWriter* const writer = [[MarbelotImageWriter alloc] initWithImage:object
                                                                                  png:png];
       if (![pasteboard_ writeObjects:@[ writer ]]) return std::nullopt;
-      return count;
+      return note(count, {.text = nullptr, .image = image, .types = {}, .concealed = false});
     }
   }
 
@@ -126,6 +131,14 @@ class GeneralPasteboard final : public Pasteboard {
   void setChangeHandler(std::function<void()>) override {}
 
  private:
+  // Own writes are known without being read; one may be gone before anybody asks.
+  std::int64_t note(std::int64_t count, PasteboardContents contents) {
+    for (NSString* type in pasteboard_.types) contents.types.push_back(utf8(type));
+    present_ = {count, std::move(contents)};
+    own_.push_back(present_);
+    return count;
+  }
+
   // Read once for each change. A change that falls into the reading makes it start again, so that
   // text and image belong together; an owner that never rests is taken as it is.
   const PasteboardChange& present() {
@@ -140,6 +153,7 @@ class GeneralPasteboard final : public Pasteboard {
 
   NSPasteboard* const pasteboard_ = NSPasteboard.generalPasteboard;
   PasteboardChange present_ = {-1, {}};
+  std::vector<PasteboardChange> own_;  // writes that have not been told
 };
 
 }  // namespace

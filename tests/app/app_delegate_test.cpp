@@ -3,7 +3,6 @@
 #include "app/app_delegate.h"
 
 #include <gtest/gtest.h>
-#include <sys/xattr.h>
 
 #include "platform/memory/memory_platform.h"
 #include "tests/support/png.h"

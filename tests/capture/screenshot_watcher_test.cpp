@@ -4,13 +4,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <thread>
 
 #include "platform/memory/memory_platform.h"
 #include "tests/support/png.h"
+#include "tests/support/screenshot_mark.h"
 #include "tests/support/temporary_home.h"
 
 namespace marbelot {
@@ -32,10 +32,7 @@ class ScreenshotWatcherTest : public testing::Test {
     writeFile(folder_ + "/" + name, bytes);
     return folder_ + "/" + name;
   }
-  static void mark(const std::string& path) {
-    ASSERT_EQ(setxattr(path.c_str(), "user.com.apple.metadata:kMDItemIsScreenCapture", "1", 1, 0),
-              0);
-  }
+  static void mark(const std::string& path) { markScreenshot(path); }
   void event() {
     desktop_.folderEvents.fire();
     desktop_.queue.drain();

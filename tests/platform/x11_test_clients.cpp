@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/eventfd.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,7 +24,8 @@ PrivateServer::PrivateServer() {
   if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return;
   process_ = ::fork();
   if (process_ == 0) {
-    const int number = ::dup(pipe[1]);  // the copy survives exec
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);  // also when the test is killed
+    const int number = ::dup(pipe[1]);   // the copy survives exec
     const int null = ::open("/dev/null", O_RDWR);
     ::dup2(null, STDERR_FILENO);
     const std::string descriptor = std::to_string(number);

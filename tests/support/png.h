@@ -1,4 +1,4 @@
-// PNG files for tests that never decode one.
+// Small PNG files, white all over.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace marbelot {
 
-// A PNG of the width and a height of 20 pixels, padded to at least `bytes` with a chunk that says
-// nothing. Its pixels are not there.
+// A PNG of the width (up to 25,000) and a height of 20 pixels, padded to at least `bytes` with a
+// chunk that says nothing.
 inline SharedBytes png(unsigned width, std::size_t bytes = 0) {
   std::string out("\x89PNG\r\n\x1a\n", 8);
   const auto number = [](std::size_t value) {
@@ -24,9 +24,21 @@ inline SharedBytes png(unsigned width, std::size_t bytes = 0) {
     }
     out += number(body.size()) + type + body + number(~crc);
   };
-  chunk("IHDR", number(width) + number(20) + std::string("\x08\x06\0\0\0", 5));
+  constexpr unsigned height = 20;
+  std::string rows;  // of one bit for each pixel
+  for (unsigned y = 0; y < height; ++y) rows += '\0' + std::string((width + 7) / 8, '\xFF');
+  const auto low = static_cast<char>(rows.size()), high = static_cast<char>(rows.size() >> 8);
+  unsigned a = 1, b = 0;
+  for (const char c : rows) {
+    a = (a + static_cast<unsigned char>(c)) % 65521;
+    b = (b + a) % 65521;
+  }
+  // One block, not compressed.
+  const std::string block{
+      '\x78', '\x01', '\x01', low, high, static_cast<char>(~low), static_cast<char>(~high)};
+  chunk("IHDR", number(width) + number(height) + std::string("\x01\0\0\0\0", 5));
   if (bytes > 0) chunk("teSt", std::string(bytes, 'x'));
-  chunk("IDAT", std::string("\x78\x9c\x03\0\0\0\0\x01", 8));
+  chunk("IDAT", block + rows + number(std::size_t{b} << 16 | a));
   chunk("IEND", "");
   return share(out);
 }

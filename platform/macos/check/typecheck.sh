@@ -13,7 +13,7 @@ flags=(
   # The runtime whose code generation knows ARC and typed ivars; only the checks matter here.
   -fobjc-runtime=gnustep-2.0 -fobjc-exceptions -fconstant-string-class=NSConstantString
   -DGNUSTEP -DGNUSTEP_BASE_LIBRARY=1 -DGNU_GUI_LIBRARY=1 -D_NATIVE_OBJC_EXCEPTIONS
-  -isystem "$here/shim" -isystem /usr/include/GNUstep -I.
+  -isystem "$here/shim" -isystem "$here/old_runtime" -isystem /usr/include/GNUstep -I.
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror
   # GNUstep requires some methods of its protocols that are optional on macOS.
   -Wno-protocol
@@ -23,7 +23,7 @@ files=()
 for file in "$@"; do files+=("$(realpath "$file")"); done
 cd "$root" || exit 1
 if [ $# -eq 0 ]; then
-  mapfile -t files < <(find platform/macos Marbelot -name '*.mm' 2>/dev/null | sort)
+  mapfile -t files < <(find platform/macos Marbelot -name '*.mm' -not -path '*/gnustep/*' 2>/dev/null | sort)
 fi
 [ ${#files[@]} -gt 0 ] || { echo "typecheck.sh: no sources" >&2; exit 1; }
 

@@ -2,6 +2,8 @@
 // by the documented API.
 #pragma once
 
+// Newer releases know these by their present names.
+#if GNUSTEP_GUI_MAJOR_VERSION == 0 && GNUSTEP_GUI_MINOR_VERSION < 31
 enum : NSUInteger {
   NSEventModifierFlagShift = NSShiftKeyMask,
   NSEventModifierFlagControl = NSControlKeyMask,
@@ -9,6 +11,8 @@ enum : NSUInteger {
   NSEventModifierFlagCommand = NSCommandKeyMask,
 };
 typedef NSUInteger NSAutoresizingMaskOptions;
+#endif
+constexpr NSUInteger NSEventMaskAny = NSAnyEventMask;
 constexpr NSBezelStyle NSBezelStyleRounded = NSRoundedBezelStyle;
 constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 

@@ -2,7 +2,7 @@
 # The macOS sources pass the type check, and the check is worth passing: it rejects copies of real
 # sources with one fault each, for the right reason.
 set -u
-root=$(cd "$(dirname "$0")/../.." && pwd)
+root=$(cd "$(dirname "$0")/../../.." && pwd)
 check=$root/platform/macos/check/typecheck.sh
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT

@@ -5,12 +5,12 @@
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
-typedef struct objc_class *Class;
+typedef struct objc_class* Class;
 struct objc_object {
   Class isa;
 };
-typedef struct objc_object *id;
-typedef struct objc_selector *SEL;
+typedef struct objc_object* id;
+typedef struct objc_selector* SEL;
 typedef id (*IMP)(id, SEL, ...);
 typedef bool BOOL;  // as on Apple silicon
 #define YES __objc_yes
