@@ -414,6 +414,7 @@ constexpr Clue kClues[] = {
     {"|%| %", {{{Rust, 2}, {Rb, 1}}}},
 
     // HTML
+    {"<?xml", {{{Html, -6}}}},
     {"<!DOCTYPE", {{{Html, 5}}}},
     {"<html", {{{Html, 8}}}},
     {"<head", {{{Html, 6}}}},
