@@ -21,8 +21,9 @@ constexpr std::size_t typeLimit = 512;
 constexpr std::uint32_t wholeProperty = 0x1FFFFFFF;  // units of four bytes; the protocol's maximum
 
 // In the order in which they are preferred.
-constexpr std::array<std::string_view, 5> textTypes{
-    "UTF8_STRING", "text/plain;charset=utf-8", "text/plain;charset=UTF-8", "text/plain", "STRING"};
+constexpr std::array<std::string_view, 6> textTypes{
+    "UTF8_STRING", "text/plain;charset=utf-8", "text/plain;charset=UTF-8", "text/plain", "STRING",
+    "TEXT"};
 constexpr std::array<std::string_view, 11> imageTypes{
     "image/png",      "image/tiff", "image/jpeg", "image/jpg",  "image/bmp", "image/x-bmp",
     "image/x-MS-bmp", "image/webp", "image/gif",  "image/heic", "image/heif"};
@@ -68,6 +69,7 @@ struct X11SelectionReader::Conversion {
   xcb_atom_t property = XCB_ATOM_NONE;
   xcb_atom_t target = XCB_ATOM_NONE;
   xcb_atom_t type = XCB_ATOM_NONE;
+  std::uint8_t bits = 0;  // of each of the answer's units
   std::uint32_t sequence = 0;
   std::string bytes;
   X11Clock::time_point deadline;
@@ -85,6 +87,7 @@ struct X11SelectionReader::Read {
   Conversion& text = conversions[1];
   Conversion& image = conversions[2];
   Conversion& hint = conversions[3];
+  std::vector<xcb_atom_t> listed;      // the types that the owner says it has
   std::deque<xcb_atom_t> textTargets;  // still to be tried
   std::deque<xcb_atom_t> imageTargets;
   PasteboardContents contents;
@@ -104,6 +107,12 @@ struct X11SelectionReader::Read {
     const auto deadline = X11Clock::now() + stallLimit;
     for (Conversion& conversion : conversions)
       if (std::exchange(conversion.late, false)) conversion.deadline = deadline;
+  }
+  // Nothing else is read, whatever the owner answers: many give all that they have, be it an image
+  // or a PDF, to whoever asks for a text.
+  bool offers(const Conversion& conversion) const {
+    return targets.state != Conversion::State::done ||
+           std::find(listed.begin(), listed.end(), conversion.target) != listed.end();
   }
   // All that is worth waiting for has come.
   bool due() const {
@@ -240,6 +249,7 @@ void X11SelectionReader::receive(Read& read, Conversion& conversion) {
   if (conversion.bytes.size() + length > sizeLimit) return abandon(read, conversion);
   conversion.bytes.append(bytes, length);
   conversion.type = reply->type;
+  conversion.bits = reply->format;
   if (!inParts || length == 0) finish(read, conversion);
 }
 
@@ -250,16 +260,8 @@ void X11SelectionReader::finish(Read& read, Conversion& conversion) {
     conversion.bytes = std::move(bytes);
     finishTargets(read, conversion);
   } else if (&conversion == &read.text) {
-    // Some owners answer whatever they are asked for with the image that they have.
-    const auto type = connection_.names({&conversion.type, 1});
-    if (!type.empty() && contains(imageTypes, type.front()))
-      conversion.state = Conversion::State::failed;
-    else if (conversion.type == XCB_ATOM_STRING)
-      read.contents.text = share(fromLatin1(bytes));
-    else if (conversion.target == connection_.atom("text/plain"))
-      read.contents.text = share(fromPlain(bytes));
-    else
-      read.contents.text = share(text::sanitized(std::move(bytes)));
+    read.contents.text = read.offers(conversion) ? textOf(conversion, std::move(bytes)) : nullptr;
+    if (!read.contents.text) conversion.state = Conversion::State::failed;
   } else if (&conversion == &read.image) {
     read.contents.image = Image::fromBytes(share(std::move(bytes)));
     if (!read.contents.image) conversion.state = Conversion::State::failed;
@@ -271,10 +273,23 @@ void X11SelectionReader::finish(Read& read, Conversion& conversion) {
   }
 }
 
+// Null when the answer is no text, or in an encoding of long ago.
+SharedText X11SelectionReader::textOf(const Conversion& conversion, std::string bytes) {
+  const auto names = connection_.names({&conversion.type, 1});
+  const std::string type = names.empty() ? std::string() : names.front();
+  // Some owners that list nothing answer whatever they are asked for with the image that they have.
+  if (contains(imageTypes, type) || type == "COMPOUND_TEXT") return nullptr;
+  if (type == "STRING") return share(fromLatin1(bytes));
+  if (conversion.target == connection_.atom("text/plain")) return share(fromPlain(bytes));
+  return share(text::sanitized(std::move(bytes)));
+}
+
 void X11SelectionReader::finishTargets(Read& read, const Conversion& conversion) {
-  std::vector<xcb_atom_t> atoms(std::min(conversion.bytes.size() / sizeof(xcb_atom_t), typeLimit));
-  std::memcpy(atoms.data(), conversion.bytes.data(), atoms.size() * sizeof(xcb_atom_t));
-  for (std::string& name : connection_.names(atoms)) {
+  const std::size_t count =
+      conversion.bits == 32 ? conversion.bytes.size() / sizeof(xcb_atom_t) : 0;
+  read.listed.resize(std::min(count, typeLimit));
+  std::memcpy(read.listed.data(), conversion.bytes.data(), read.listed.size() * sizeof(xcb_atom_t));
+  for (std::string& name : connection_.names(read.listed)) {
     if (contains(protocolTypes, name)) continue;
     // A hint counts until its value says otherwise: rather one copy too few than one secret.
     if (isConcealedType(name) || name == passwordHint) read.contents.concealed = true;
@@ -289,6 +304,10 @@ void X11SelectionReader::finishTargets(Read& read, const Conversion& conversion)
       read.textTargets.push_back(connection_.atom(name));
   for (const auto name : imageTypes)
     if (offered(name)) read.imageTargets.push_back(connection_.atom(name));
+  if (read.text.state == Conversion::State::done && !read.offers(read.text)) {
+    read.contents.text = nullptr;
+    read.text.state = Conversion::State::failed;
+  }
   if (offered(passwordHint) && !read.replaced) ask(read, read.hint, connection_.atom(passwordHint));
 }
 
@@ -342,7 +361,9 @@ void X11SelectionReader::expire(X11Clock::time_point now) {
       if (!conversion.open() || conversion.deadline > now) continue;
       conversion.deadline = X11Clock::time_point::max();
       conversion.late = true;
-      if (read->replaced) abandon(*read, conversion);
+      if (!read->replaced && read->offers(conversion)) continue;
+      abandon(*read, conversion);
+      advance(*read);
     }
   }
   deliverFinished();

@@ -50,6 +50,7 @@ class X11SelectionReader {
   void receive(Read& read, Conversion& conversion);
   void finish(Read& read, Conversion& conversion);
   void finishTargets(Read& read, const Conversion& conversion);
+  SharedText textOf(const Conversion& conversion, std::string bytes);
   void advance(Read& read);
   void deliverFinished();
   // What still comes of it is thrown away.

@@ -251,6 +251,13 @@ class HistoryTest(DesktopTest):
                 self.check_still_records()
                 self.program.check_alive()
 
+        # xclip gives what it has to whoever asks for something else.
+        for data, form in ((b"%PDF-1.7", "application/pdf"), (b"<b>bold</b>", "text/html")):
+            self.screen.set_clipboard(data, form)
+            until(lambda: self.program.preview() == "(empty)", "read")
+            self.check_still_records()
+            self.assertNotIn(data.decode(), self.program.stored_texts())
+
         for copied, recorded in ((b"broken \xff\xc3(", "broken \ufffd\ufffd("),
                                  (b"lone \xed\xa0\x80 surrogate", None),
                                  (b"a\0b", "a\0b")):

@@ -128,6 +128,42 @@ TEST_F(X11PasteboardTest, ReadsTextsOfEveryKind) {
   }
 }
 
+// As many do, whose first type goes to whoever asks for another.
+TEST_F(X11PasteboardTest, ReadsOnlyWhatTheOwnerLists) {
+  const std::string pdf = "%PDF-1.4 no text", png = encoded(noise(64, 48), "png");
+  const struct {
+    TestOwner::Data data;
+    std::set<std::string> ignored;
+    std::string text;
+    bool image;
+  } cases[] = {
+      {{{"application/pdf", pdf}}, {}, "", false},
+      {{{"application/pdf", longText(5 << 20)}}, {}, "", false},
+      {{{"text/html", "<b>bold</b>"}}, {}, "", false},
+      {{{"image/png", png}}, {}, "", true},
+      {{{"image/png", png}}, {"UTF8_STRING"}, "", true},
+      {{{"COMPOUND_TEXT", "old"}}, {}, "", false},
+      {{{"application/pdf", pdf}, {"text/plain", "a text, too"}}, {}, "a text, too", false},
+      {{{"TEXT", "by its old name"}}, {}, "by its old name", false},
+  };
+  for (const auto& [data, ignored, text, image] : cases) {
+    TestOwner::Manners manners;
+    manners.anything = true;
+    manners.ignored = ignored;
+    const TestOwner owner(display(), data, manners);
+    queue.pumpUntil([&] {
+      const auto now = board->contents();
+      return now.types.size() == data.size() && now.image.has_value() == image;
+    });
+    for (const auto& change : board->changesSince(seen)) {
+      const SharedText told = change.contents.text;
+      EXPECT_EQ(told ? *told : "", text) << data.begin()->first;
+    }
+    EXPECT_EQ(board->contents().image.has_value(), image) << data.begin()->first;
+    takeClipboard();
+  }
+}
+
 TEST_F(X11PasteboardTest, AnOwnerThatLeavesEmptiesTheClipboard) {
   {
     const TestOwner owner(display(), {{"UTF8_STRING", "here"}});

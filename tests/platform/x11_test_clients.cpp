@@ -160,7 +160,8 @@ class TestOwner::Service {
   };
 
   void answer(const xcb_selection_request_event_t& request, const std::string& name) {
-    const auto found = owner_.data_.find(name);
+    auto found = owner_.data_.find(name);
+    if (manners_.anything && found == owner_.data_.end()) found = owner_.data_.begin();
     if (name == "TARGETS") {
       std::vector<std::uint32_t> atoms{x_.atom("TARGETS"), x_.atom("MULTIPLE")};
       for (const auto& [type, bytes] : owner_.data_) atoms.push_back(x_.atom(type));

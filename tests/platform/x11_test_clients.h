@@ -37,6 +37,7 @@ class TestOwner {
     std::size_t partSize = std::size_t{1} << 18;
     std::size_t stallAfter = SIZE_MAX;  // bytes of a transfer in parts
     bool slow = false;                  // parts of one byte each, at leisure
+    bool anything = false;              // gives its first type to whoever asks for another
   };
   using Data = std::map<std::string, std::string>;
 
