@@ -42,6 +42,8 @@ std::vector<Range> passwordTokens(std::string_view text);
 
 // The text with every secret shortened to its edges, for display.
 std::string maskSecrets(std::string_view text);
+// The same with nothing but API keys and tokens masked.
+std::string maskApiKeys(std::string_view text);
 
 // The programming or markup language of a snippet, e.g. "Python"; none for anything else.
 std::optional<std::string_view> detectLanguage(std::string_view text);

@@ -39,16 +39,10 @@ void appendMask(std::string& to, std::string_view secret) {
   to += secret.substr(secret.size() - text::suffixBytes(secret, edge));
 }
 
-}  // namespace
-
-std::string maskSecrets(std::string_view text) {
-  std::vector<Range> secrets = secretRanges(text);
-  const std::vector<Range> tokens = passwordTokens(text);
-  secrets.insert(secrets.end(), tokens.begin(), tokens.end());
-
+std::string maskRanges(std::string_view text, const std::vector<Range>& secrets) {
   std::string masked;
   std::size_t shown = 0;
-  for (const Range& secret : merged(std::move(secrets))) {
+  for (const Range& secret : secrets) {
     masked += text.substr(shown, secret.start - shown);
     appendMask(masked, text.substr(secret.start, secret.length));
     shown = secret.end();
@@ -56,5 +50,16 @@ std::string maskSecrets(std::string_view text) {
   masked += text.substr(shown);
   return masked;
 }
+
+}  // namespace
+
+std::string maskSecrets(std::string_view text) {
+  std::vector<Range> secrets = secretRanges(text);
+  const std::vector<Range> tokens = passwordTokens(text);
+  secrets.insert(secrets.end(), tokens.begin(), tokens.end());
+  return maskRanges(text, merged(std::move(secrets)));
+}
+
+std::string maskApiKeys(std::string_view text) { return maskRanges(text, secretRanges(text)); }
 
 }  // namespace marbelot

@@ -32,7 +32,8 @@ std::shared_ptr<Menu> CannedResponses::menu() const {
   auto remove = std::make_shared<Menu>();
   for (std::size_t i = 0; i < cannedResponses.size(); ++i) {
     const SharedText& snippet = cannedResponses[i];
-    const std::string title = maskedPreview(*snippet, titleLimit);
+    // What looks like a password in the user's own text is as a rule a name or an ending.
+    const std::string title = maskedPreview(*snippet, titleLimit, maskApiKeys);
     const auto index = static_cast<std::int64_t>(i);
     menu->add(title, "copyCanned:", index)->payload =
         std::make_shared<const HUDPayload>(HUDPayload{snippet});

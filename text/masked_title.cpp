@@ -1,6 +1,5 @@
 #include "text/masked_title.h"
 
-#include "classification/classifier.h"
 #include "platform/text.h"
 #include "text/flatten_trim.h"
 
@@ -21,21 +20,21 @@ std::string_view titleWindow(std::string_view text) {
   return text.substr(0, end);
 }
 
-std::string maskedWindow(std::string_view text) {
+std::string maskedWindow(std::string_view text, Mask mask) {
   // All tokens that are longer than half a window are made of these.
   const auto inToken = [](char c) { return c > ' ' && c < 0x7F; };
   std::string_view window = titleWindow(text);
-  if (window.size() == text.size() || !inToken(text[window.size()])) return maskSecrets(window);
+  if (window.size() == text.size() || !inToken(text[window.size()])) return mask(window);
   const std::size_t whole = window.size();
   while (!window.empty() && inToken(window.back())) window.remove_suffix(1);
-  std::string masked = maskSecrets(window);
+  std::string masked = mask(window);
   if (window.size() < whole) masked += "***";
   return masked;
 }
 
-std::string maskedPreview(std::string_view text, std::size_t limit) {
+std::string maskedPreview(std::string_view text, std::size_t limit, Mask mask) {
   const std::string_view window = titleWindow(text);
-  std::string masked = maskedWindow(text);
+  std::string masked = maskedWindow(text, mask);
   // Something follows, also when masking has made the window shorter than the title.
   if (window.size() < text.size() && text::prefixBytes(masked, limit) == masked.size()) {
     masked += "…";

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "classification/classifier.h"
+
 namespace marbelot {
 
 // The beginning of the text, long enough for the titles of all texts but odd ones (those that begin
@@ -13,11 +15,14 @@ namespace marbelot {
 // longer.
 std::string_view titleWindow(std::string_view text);
 
-// maskSecrets(titleWindow(text)). A word that the window's end parts counts as a secret as far as a
-// token may reach, because nobody knows what it is without its rest.
-std::string maskedWindow(std::string_view text);
+// What hides the secrets in a text: maskSecrets, or maskApiKeys where the text is the user's own.
+using Mask = std::string (*)(std::string_view);
+
+// mask(titleWindow(text)). A word that the window's end parts counts as a secret as far as a token
+// may reach, because nobody knows what it is without its rest.
+std::string maskedWindow(std::string_view text, Mask mask = maskSecrets);
 
 // quotedPreview with secrets masked. Costs the same on a text of any size.
-std::string maskedPreview(std::string_view text, std::size_t limit);
+std::string maskedPreview(std::string_view text, std::size_t limit, Mask mask = maskSecrets);
 
 }  // namespace marbelot

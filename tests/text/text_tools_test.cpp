@@ -394,22 +394,24 @@ TEST_F(TextTools, CannedResponses) {
   EXPECT_EQ(last(), "Already a canned response");
   canned.saveText(share(long44 + "y"));
   canned.saveText(share(key));
-  const std::string rows = "“one⏎two”|“" + long44 + "”|“" + long44 + "…”|“ghp_***6789”|";
+  canned.saveText(share("Best regards,\nAnne-Marie2 & Xk9#mQ2$vL"));
+  const std::string rows = "“one⏎two”|“" + long44 + "”|“" + long44 +
+                           "…”|“ghp_***6789”|“Best regards,⏎Anne-Marie2 & Xk9#mQ2$vL”|";
   const auto shown = canned.menu();
   EXPECT_EQ(titles(*shown), rows + "-|Add canned response…|Remove|");
   EXPECT_EQ(titles(*shown->items.back()->submenu), rows);
   EXPECT_EQ(*std::get<SharedText>(shown->items[0]->payload->content), "one\r\ntwo");
-  EXPECT_EQ(desk.defaults.stored["cannedResponses"].asList()->size(), 4u);
-  EXPECT_EQ(rebuilds, 4);
+  EXPECT_EQ(desk.defaults.stored["cannedResponses"].asList()->size(), 5u);
+  EXPECT_EQ(rebuilds, 5);
 
   copy("before");
-  const Represented wrong[] = {{}, std::string("0"), std::int64_t{-1}, std::int64_t{4}};
+  const Represented wrong[] = {{}, std::string("0"), std::int64_t{-1}, std::int64_t{5}};
   for (const Represented& represented : wrong) {
     perform("copyCanned:", represented);
     perform("removeCanned:", represented);
   }
   EXPECT_EQ(clipboard(), "before");
-  EXPECT_EQ(canned.cannedResponses.size(), 4u);
+  EXPECT_EQ(canned.cannedResponses.size(), 5u);
   perform("copyCanned:", std::int64_t{0});
   EXPECT_EQ(clipboard(), "one\r\ntwo");
   perform("removeCanned:", std::int64_t{0});
