@@ -96,7 +96,10 @@ void ClipboardHistory::insert(Kind kind) {
 
 void ClipboardHistory::recordImage(const Image& image) {
   insert(image);
-  if (autoSaveClipImages) saveClipImage(lastId_, image, {});
+  if (autoSaveClipImages)
+    saveClipImage(lastId_, image, {});
+  else if (!image.isEncoded())  // forty bitmaps would fill the memory
+    platform_.queue.background([image] { image.bytes(); });
 }
 
 bool ClipboardHistory::recordText(const SharedText& text) {
@@ -187,7 +190,8 @@ void ClipboardHistory::saveClipImage(std::uint64_t id, const Image& image, Saved
     return file ? std::optional(file->path) : std::nullopt;
   };
 
-  const SharedBytes bytes = image.format() == ImageFormat::png ? image.bytes() : nullptr;
+  const bool ready = image.format() == ImageFormat::png && image.isEncoded();
+  const SharedBytes bytes = ready ? image.bytes() : nullptr;
   if (bytes && bytes->size() <= immediateImageBytes) {
     const auto path = done(writeImageFile(folder, base, image));
     if (saved) saved(path);

@@ -8,7 +8,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <mutex>
 
+#include "platform/image_codec.h"
 #include "platform/image_header.h"
 
 namespace marbelot {
@@ -95,6 +97,34 @@ class Image::FileSource final : public ByteSource {
   mutable std::uint64_t filled_ = 0;
 };
 
+// Pixels, and once somebody has asked for them, their bytes instead. Any thread.
+class Image::Pixels {
+ public:
+  explicit Pixels(SharedBitmap pixels) : pixels_(std::move(pixels)) {}
+
+  SharedBytes bytes() {
+    // Whoever asks while another thread is encoding waits for what that one makes.
+    const std::lock_guard encoding(encoding_);
+    const SharedBitmap pixels = this->pixels();
+    if (!pixels) return bytes_;
+    SharedBytes bytes = encodePng(*pixels);
+    const std::lock_guard lock(mutex_);
+    if (bytes) pixels_.reset();  // else memory was short: it may not be the next time
+    bytes_ = std::move(bytes);
+    return bytes_;
+  }
+  SharedBitmap pixels() {
+    const std::lock_guard lock(mutex_);
+    return pixels_;
+  }
+
+ private:
+  std::mutex encoding_;
+  std::mutex mutex_;
+  SharedBitmap pixels_;
+  SharedBytes bytes_;  // null while there are pixels
+};
+
 std::optional<Image> Image::fromBytes(SharedBytes bytes) {
   const auto header = bytes ? imageHeader(std::string_view(*bytes)) : std::nullopt;
   if (!header) return std::nullopt;
@@ -117,7 +147,19 @@ std::optional<Image> Image::fromFile(const std::string& path) {
   return image;
 }
 
+Image Image::fromPixels(SharedBitmap pixels) {
+  Image image;
+  image.header_ = {ImageFormat::png, pixels->width(), pixels->height()};
+  image.pixels_ = std::make_shared<Pixels>(std::move(pixels));
+  return image;
+}
+
+bool Image::isEncoded() const { return !pixels(); }
+
+SharedBitmap Image::pixels() const { return pixels_ ? pixels_->pixels() : nullptr; }
+
 SharedBytes Image::bytes() const {
+  if (pixels_) return pixels_->bytes();
   if (!file_) return bytes_;
   std::string bytes(file_->size(), '\0');
   if (!file_->read(0, bytes.data(), bytes.size())) return nullptr;

@@ -1,4 +1,5 @@
-// An image as it came: immutable, shared, kept as its encoded bytes. Nothing here decodes pixels.
+// An image: immutable, shared, kept as the encoded bytes it came in, or as the pixels it was made
+// of until somebody asks for its bytes. Nothing here decodes pixels.
 #pragma once
 
 #include <memory>
@@ -6,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/bitmap.h"
 #include "platform/value.h"
 
 namespace marbelot {
@@ -36,22 +38,31 @@ class Image {
   // Opens the file and keeps it open instead of its bytes in memory: the image stays readable when
   // the file is deleted or replaced. None when it is not a readable image.
   static std::optional<Image> fromFile(const std::string& path);
+  // A PNG that is still to be encoded. `pixels` is not null.
+  static Image fromPixels(SharedBitmap pixels);
 
   ImageFormat format() const { return header_.format; }
   int width() const { return header_.width; }
   int height() const { return header_.height; }
 
-  // The encoded bytes as they came; null when the file can no longer be read.
+  // The encoded bytes as they came; null when the file can no longer be read. Pixels are encoded by
+  // the first call and let go of then: not for the main thread while isEncoded() is false.
   SharedBytes bytes() const;
+  bool isEncoded() const;
+  // What it was made of, while that is still here; else null.
+  SharedBitmap pixels() const;
   // Whether the file still holds this image, without reading all of it.
   bool isReadable() const;
 
  private:
   class File;
   class FileSource;
+  class Pixels;
   ImageHeader header_;
-  SharedBytes bytes_;                 // null when backed by a file
-  std::shared_ptr<const File> file_;  // null when backed by memory
+  // One of these is not null.
+  SharedBytes bytes_;
+  std::shared_ptr<const File> file_;
+  std::shared_ptr<Pixels> pixels_;
 };
 
 // The image as PNG: the very bytes when it came as PNG, else converted, which takes time: call it

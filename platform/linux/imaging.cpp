@@ -1,9 +1,12 @@
 #include "platform/linux/imaging.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/socket.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,9 +15,12 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
+#include <cstring>
 #include <string>
 
+#include "platform/image_codec.h"
 #include "platform/linux/descriptor.h"
+#include "platform/linux/shared_pixels.h"
 
 namespace marbelot {
 namespace {
@@ -23,24 +29,12 @@ using Clock = std::chrono::steady_clock;
 constexpr auto timeLimit = std::chrono::seconds(30);
 constexpr std::size_t outputLimit = std::size_t{2} << 30;  // bytes
 
-// Beside this program, in the libexec folder of its installation, or wherever PATH finds it.
-std::string helperPath() {
-  std::array<char, PATH_MAX> self{};
-  const ssize_t length = ::readlink("/proc/self/exe", self.data(), self.size());
-  std::string folder(self.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-  folder.resize(std::min(folder.size(), folder.rfind('/')));
-  for (const char* place : {"/", "/../libexec/", "/../libexec/marbelot/"}) {
-    const std::string path = folder + place + "marbelot-imaging";
-    if (::access(path.c_str(), X_OK) == 0) return path;
-  }
-  return "marbelot-imaging";
-}
-
-pid_t startHelper(int socket, const std::string& format) {
+// It reads the memory file `input` and writes to `output`. -1 when there is none.
+pid_t startHelper(std::string task, int input, int output) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, socket, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   sigset_t signals;
@@ -48,9 +42,8 @@ pid_t startHelper(int socket, const std::string& format) {
   posix_spawnattr_setsigmask(&attributes, &signals);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
 
-  std::string path = helperPath();
-  std::string argument = format;
-  std::array<char*, 3> arguments{path.data(), argument.data(), nullptr};
+  std::string path = helperPath("marbelot-imaging");
+  std::array<char*, 3> arguments{path.data(), task.data(), nullptr};
   pid_t child = -1;
   if (::posix_spawnp(&child, path.c_str(), &actions, &attributes, arguments.data(), environ) != 0)
     child = -1;
@@ -59,62 +52,98 @@ pid_t startHelper(int socket, const std::string& format) {
   return child;
 }
 
-// Feeds `input` and collects the answer at the same time; false when it was cut short.
-bool exchange(int socket, const std::string& input, std::string& output, int cancel) {
+// Whether the process ends before `cancel` becomes readable and the time is over.
+bool endsInTime(pid_t child, int cancel) {
+  const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+  if (!process) return false;
   const auto deadline = Clock::now() + timeLimit;
-  std::size_t sent = 0;
-  std::vector<char> buffer(std::size_t{1} << 18);
   for (;;) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) return false;
-    const auto wanted = static_cast<short>(sent < input.size() ? POLLIN | POLLOUT : POLLIN);
-    std::array<pollfd, 2> watched{{{socket, wanted, 0}, {cancel, POLLIN, 0}}};
-    if (::poll(watched.data(), watched.size(), static_cast<int>(left)) < 0 && errno != EINTR)
-      return false;
-    if (watched[1].revents != 0) return false;
-    if (watched[0].revents & POLLOUT) {
-      // No signal when the helper has died: this thread belongs to the clipboard.
-      const ssize_t put =
-          ::send(socket, input.data() + sent, input.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
-      if (put > 0) sent += static_cast<std::size_t>(put);
-      if (put < 0 && errno != EAGAIN && errno != EINTR) return false;
-      if (sent == input.size()) ::shutdown(socket, SHUT_WR);
-    }
-    if (watched[0].revents & (POLLIN | POLLHUP | POLLERR)) {
-      const ssize_t got = ::recv(socket, buffer.data(), buffer.size(), MSG_DONTWAIT);
-      if (got == 0) return true;
-      if (got > 0) output.append(buffer.data(), static_cast<std::size_t>(got));
-      if (got < 0 && errno != EAGAIN && errno != EINTR) return false;
-      if (output.size() > outputLimit) return false;
-    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    std::array<pollfd, 2> watched{{{process.get(), POLLIN, 0}, {cancel, POLLIN, 0}}};
+    const int ready = ::poll(watched.data(), watched.size(), static_cast<int>(std::max(left, 0L)));
+    if (ready < 0 && errno == EINTR) continue;
+    return ready > 0 && watched[0].revents != 0;
   }
+}
+
+Descriptor memoryFile() {
+  return Descriptor(::memfd_create("marbelot-image", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+}
+
+// What the helper makes of the bytes, in a memory file that no longer changes; none when it fails.
+// Through memory files because pipes are slow, and because a helper that was taken over must not be
+// able to do more than write what it likes into one.
+Descriptor helped(const std::string& task, const std::string& bytes, int cancel) {
+  const Descriptor input = memoryFile();
+  Descriptor output = memoryFile();
+  if (!input || !output || !writeFully(input.get(), bytes)) return {};
+  const pid_t helper = startHelper(task, input.get(), output.get());
+  if (helper < 0) return {};
+  const bool ended = endsInTime(helper, cancel);
+  if (!ended) ::kill(helper, SIGKILL);
+  int status = 0;
+  while (::waitpid(helper, &status, 0) < 0 && errno == EINTR) {
+  }
+  const bool good = ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  if (!good || ::fcntl(output.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW) != 0) return {};
+  return output;
+}
+
+std::size_t sizeOf(const Descriptor& file) {
+  struct stat status {};
+  return ::fstat(file.get(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
+// The pixels stay where the helper put them.
+std::optional<Bitmap> mappedPixels(const Descriptor& file) {
+  const std::size_t size = sizeOf(file);
+  if (size <= sharedPixelsOffset) return std::nullopt;
+  // Populated: thousands of single page faults would take longer than the pixels' operations.
+  void* const mapped =
+      ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, file.get(), 0);
+  if (mapped == MAP_FAILED) return std::nullopt;
+  auto* const start = static_cast<std::uint8_t*>(mapped);
+  std::shared_ptr<std::uint8_t> rows(start + sharedPixelsOffset,
+                                     [start, size](std::uint8_t*) { ::munmap(start, size); });
+  SharedPixels shape;
+  std::memcpy(&shape, start, sizeof shape);
+  if (!Bitmap::fits(shape.width, shape.height) || shape.bytesPerRow > size ||
+      shape.bytesPerRow * shape.height > size - sharedPixelsOffset)
+    return std::nullopt;
+  return Bitmap::adopt(shape.width, shape.height, shape.bytesPerRow, std::move(rows));
 }
 
 }  // namespace
 
+std::string helperPath(const std::string& name) {
+  std::array<char, PATH_MAX> self{};
+  const ssize_t length = ::readlink("/proc/self/exe", self.data(), self.size());
+  std::string folder(self.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+  folder.resize(std::min(folder.size(), folder.rfind('/')));
+  for (const char* place : {"/", "/../libexec/", "/../libexec/marbelot/"}) {
+    const std::string path = folder + place + name;
+    if (::access(path.c_str(), X_OK) == 0) return path;
+  }
+  return name;
+}
+
 SharedBytes convertedBytes(const Image& image, std::string_view encoding, int cancel) {
   SharedBytes input = image.bytes();
   if (!input || mimeType(image.format()).substr(6) == encoding) return input;
+  const Descriptor output = helped(std::string(encoding), *input, cancel);
+  const std::size_t size = output ? sizeOf(output) : 0;
+  if (size == 0 || size > outputLimit || ::lseek(output.get(), 0, SEEK_SET) != 0) return nullptr;
+  std::string bytes(size, '\0');
+  return readFully(output.get(), bytes.data(), size) ? share(std::move(bytes)) : nullptr;
+}
 
-  std::array<int, 2> sockets{};
-  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) return nullptr;
-  const Descriptor ours(sockets[0]);
-  pid_t helper = -1;
-  {
-    const Descriptor theirs(sockets[1]);
-    helper = startHelper(theirs.get(), std::string(encoding));
-  }
-  if (helper < 0) return nullptr;
-
-  std::string output;
-  const bool complete = exchange(ours.get(), *input, output, cancel);
-  if (!complete) ::kill(helper, SIGKILL);
-  int status = 0;
-  while (::waitpid(helper, &status, 0) < 0 && errno == EINTR) {
-  }
-  const bool good = complete && WIFEXITED(status) && WEXITSTATUS(status) == 0 && !output.empty();
-  return good ? share(std::move(output)) : nullptr;
+SharedBitmap decode(const Image& image) {
+  if (SharedBitmap pixels = image.pixels()) return pixels;
+  const SharedBytes input = image.bytes();
+  if (!input || !Bitmap::fits(image.width(), image.height())) return nullptr;
+  const Descriptor output = helped(std::string(pixelsTask), *input, -1);
+  std::optional<Bitmap> bitmap = output ? mappedPixels(output) : std::nullopt;
+  return bitmap ? std::make_shared<const Bitmap>(*std::move(bitmap)) : nullptr;
 }
 
 SharedBytes pngBytes(const Image& image) { return convertedBytes(image, "png"); }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 #include <string_view>
 
 #include "platform/image.h"
@@ -13,6 +14,13 @@ namespace marbelot {
 inline constexpr std::array<std::string_view, 14> encodings{"png", "bmp", "jpeg", "tiff", "webp",
                                                             "ico", "cur", "icns", "ppm",  "pgm",
                                                             "pbm", "xpm", "xbm",  "wbmp"};
+
+// Asks it for the pixels instead.
+inline constexpr std::string_view pixelsTask = "pixels";
+
+// Where that program is: beside this one, in the libexec folder of its installation, or wherever
+// PATH finds it.
+std::string helperPath(const std::string& name);
 
 // The image in one of the encodings, made by the helper process; its own bytes when that is its
 // format. Takes up to 30 seconds: not for the main thread. Null when the image is damaged, when

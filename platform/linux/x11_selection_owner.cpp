@@ -72,7 +72,7 @@ std::vector<std::string> offeredTypes(const X11Offer& offer) {
 // Kept alive by the requests that still wait for a form of it.
 struct X11SelectionOwner::Contents {
   X11Offer offer;
-  SharedBytes original;                           // the image's own bytes, once they were needed
+  SharedBytes original;  // the image's own bytes; null while they are still to be encoded
   std::map<std::string_view, SharedBytes> forms;  // by encoding; null where that failed
 };
 
@@ -121,7 +121,8 @@ void X11SelectionOwner::claim(X11Offer offer, std::uint64_t write) {
   wanted_ = write;
   stampClaim();
   xcb_flush(connection_.get());
-  if (contents_->offer.image) contents_->original = contents_->offer.image->bytes();
+  const auto& image = contents_->offer.image;
+  if (image && image->isEncoded()) contents_->original = image->bytes();
 }
 
 // Appending nothing to a property makes the server tell its time.
@@ -275,9 +276,12 @@ X11SelectionOwner::Answer X11SelectionOwner::convertImage(const std::shared_ptr<
                                                           std::size_t part, std::string_view type) {
   const auto [target, property] = request->parts[part];
   const Image& image = *contents_->offer.image;
-  SharedBytes bytes = contents_->original;
   const std::string_view encoding = encodingOf(type);
-  if (encoding != encodingOf(mimeType(image.format()))) {
+  SharedBytes bytes;
+  if (encoding == encodingOf(mimeType(image.format())) && image.isEncoded()) {
+    if (!contents_->original) contents_->original = image.bytes();
+    bytes = contents_->original;
+  } else {
     const auto known = contents_->forms.find(encoding);
     if (known == contents_->forms.end()) {
       const auto same = std::find_if(waiting_.begin(), waiting_.end(), [&](const Waiting& w) {

@@ -1,10 +1,78 @@
-// Conversion of images to PNG by AppKit.
+// The system's codecs.
 #import <AppKit/AppKit.h>
+#include <CoreGraphics/CoreGraphics.h>
 
-#include "platform/image.h"
+#include <memory>
+
+#include "platform/image_codec.h"
 #include "platform/macos/conversions.h"
 
 namespace marbelot {
+namespace {
+
+// CoreGraphics' objects are not ARC's.
+using ColorSpace = std::unique_ptr<CGColorSpace, decltype(&CGColorSpaceRelease)>;
+using Context = std::unique_ptr<CGContext, decltype(&CGContextRelease)>;
+using Provider = std::unique_ptr<CGDataProvider, decltype(&CGDataProviderRelease)>;
+using Picture = std::unique_ptr<struct CGImage, decltype(&CGImageRelease)>;
+
+constexpr std::size_t bitsPerPart = 8;
+constexpr std::size_t bitsPerPixel = 32;
+
+ColorSpace sRgb() { return {CGColorSpaceCreateWithName(kCGColorSpaceSRGB), CGColorSpaceRelease}; }
+
+// Drawn at its size in pixels, into what is transparent before.
+std::optional<Bitmap> drawn(CGImageRef picture) {
+  const std::size_t width = CGImageGetWidth(picture);
+  const std::size_t height = CGImageGetHeight(picture);
+  if (width > Bitmap::maximumSide || height > Bitmap::maximumSide) return std::nullopt;
+  std::optional<Bitmap> bitmap =
+      Bitmap::makeClear(static_cast<std::int64_t>(width), static_cast<std::int64_t>(height));
+  if (!bitmap) return std::nullopt;
+  const Context context(
+      CGBitmapContextCreate(bitmap->data(), width, height, bitsPerPart, bitmap->bytesPerRow(),
+                            sRgb().get(), kCGImageAlphaPremultipliedLast),
+      CGContextRelease);
+  if (!context) return std::nullopt;
+  CGContextSetBlendMode(context.get(), kCGBlendModeCopy);
+  CGContextDrawImage(context.get(),
+                     NSMakeRect(0, 0, static_cast<CGFloat>(width), static_cast<CGFloat>(height)),
+                     picture);
+  return bitmap;
+}
+
+}  // namespace
+
+SharedBitmap decode(const Image& image) {
+  if (SharedBitmap pixels = image.pixels()) return pixels;
+  const SharedBytes bytes = image.bytes();
+  if (bytes == nullptr || !Bitmap::fits(image.width(), image.height())) return nullptr;
+  @autoreleasepool {
+    // The image object turns a photo upright, and takes an animation's first picture.
+    NSImage* const object = [[NSImage alloc] initWithData:nsData(bytes)];
+    CGImageRef const picture = [object CGImageForProposedRect:nullptr context:nil hints:nil];
+    std::optional<Bitmap> bitmap = picture != nullptr ? drawn(picture) : std::nullopt;
+    return bitmap ? std::make_shared<const Bitmap>(*std::move(bitmap)) : nullptr;
+  }
+}
+
+SharedBytes encodePng(const Bitmap& bitmap) {
+  const auto width = static_cast<std::size_t>(bitmap.width());
+  const auto height = static_cast<std::size_t>(bitmap.height());
+  @autoreleasepool {
+    const Provider provider(CGDataProviderCreateWithData(nullptr, bitmap.data(),
+                                                         bitmap.bytesPerRow() * height, nullptr),
+                            CGDataProviderRelease);
+    const Picture picture(
+        CGImageCreate(width, height, bitsPerPart, bitsPerPixel, bitmap.bytesPerRow(), sRgb().get(),
+                      kCGImageAlphaPremultipliedLast, provider.get(), nullptr, false,
+                      kCGRenderingIntentDefault),
+        CGImageRelease);
+    if (!picture) return nullptr;
+    NSBitmapImageRep* const rep = [[NSBitmapImageRep alloc] initWithCGImage:picture.get()];
+    return sharedBytes([rep representationUsingType:NSBitmapImageFileTypePNG properties:@{}]);
+  }
+}
 
 SharedBytes pngBytes(const Image& image) {
   const SharedBytes bytes = image.bytes();

@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <future>
 
+#include "platform/image_codec.h"
 #include "platform/linux/imaging.h"
 
 namespace marbelot {
@@ -157,6 +159,29 @@ TEST_F(ImageFile, OpensOnlyWholeImages) {
   const std::string pipe = folder + "/pipe";
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_FALSE(Image::fromFile(pipe));
+}
+
+TEST(ImageOfPixels, EncodesOnceAndLetsGoOfThem) {
+  auto pixels = std::make_shared<const Bitmap>(*Bitmap::makeClear(800, 600));
+  const std::weak_ptr<const Bitmap> watched = pixels;
+  const Image image = Image::fromPixels(std::move(pixels));
+  EXPECT_EQ(image.format(), ImageFormat::png);
+  EXPECT_EQ(image.width(), 800);
+  EXPECT_FALSE(image.isEncoded());
+  EXPECT_TRUE(image.isReadable());
+  EXPECT_EQ(decode(image), watched.lock()) << "no way through the encoder";
+  std::vector<std::future<SharedBytes>> readers;
+  readers.reserve(4);
+  for (int i = 0; i < 4; ++i)
+    readers.push_back(std::async(std::launch::async, [copy = image] { return copy.bytes(); }));
+  const SharedBytes bytes = image.bytes();
+  ASSERT_TRUE(bytes);
+  for (auto& reader : readers) EXPECT_EQ(reader.get(), bytes);
+  EXPECT_TRUE(image.isEncoded());
+  EXPECT_TRUE(watched.expired()) << "forty of them would fill the memory";
+  EXPECT_EQ(imageHeader(std::string_view(*bytes))->width, 800);
+  EXPECT_EQ(pngBytes(image), bytes);
+  EXPECT_EQ(decode(image)->height(), 600);
 }
 
 TEST(Imaging, ConvertsInAnotherProcess) {

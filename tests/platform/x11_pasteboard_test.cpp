@@ -448,6 +448,35 @@ TEST_F(X11PasteboardTest, ImagesKeepTheirBytesBothWays) {
       noise(1920, 1080));
 }
 
+TEST_F(X11PasteboardTest, PixelsAreEncodedWhenSomebodyPastesThem) {
+  const auto edited = [] {
+    Bitmap bitmap = *Bitmap::makeClear(1200, 900);
+    for (int y = 0; y < 900; ++y) bitmap.row(y)[4 * y + 3] = 255;  // a black diagonal
+    return Image::fromPixels(std::make_shared<const Bitmap>(std::move(bitmap)));
+  };
+  const Image image = edited();
+  EXPECT_TRUE(board->write(image));
+  EXPECT_FALSE(image.isEncoded()) << "nobody has asked";
+  EXPECT_EQ(board->contents().image->width(), 1200);
+  // Two at once, and one more in another form.
+  auto other = std::async(std::launch::async, [&] { return paste(display(), "image/png"); });
+  const auto png = paste(display(), "image/png");
+  ASSERT_TRUE(png);
+  EXPECT_TRUE(other.get() == png);
+  EXPECT_TRUE(pastes("image/png", *image.bytes()));
+  const QImage read = QImage::fromData(QByteArray::fromStdString(*png));
+  EXPECT_EQ(read.size(), QSize(1200, 900));
+  EXPECT_EQ(read.pixel(17, 17), 0xFF000000);
+  EXPECT_EQ(read.pixel(18, 17), 0);
+  EXPECT_TRUE(paste(display(), "image/bmp"));
+
+  TestManager manager(display());
+  const Image last = edited();
+  EXPECT_TRUE(board->write(last));
+  board.reset();
+  EXPECT_TRUE(manager.kept()["image/png"] == *last.bytes());
+}
+
 TEST_F(X11PasteboardTest, LeavesItsContentsToTheClipboardManager) {
   const auto text = longText(9 << 20);
   const auto png = encoded(noise(640, 480), "png");

@@ -25,6 +25,10 @@ constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 @end
 
+@interface NSBitmapImageRep (MarbelotGaps)
+- (instancetype)initWithCGImage:(CGImageRef)image;
+@end
+
 @interface NSControl (MarbelotGaps)
 @property NSLineBreakMode lineBreakMode;
 @end

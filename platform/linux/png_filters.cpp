@@ -1,0 +1,167 @@
+#include "platform/linux/png_filters.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace marbelot {
+namespace {
+
+enum Filter { none, sub, up, average, paeth };
+
+// Whichever of the three is closest to left + above - corner.
+int predicted(int left, int above, int corner) {
+  const int toLeft = std::abs(above - corner);
+  const int toAbove = std::abs(left - corner);
+  const int toCorner = std::abs(left + above - 2 * corner);
+  if (toLeft <= toAbove && toLeft <= toCorner) return left;
+  return toAbove <= toCorner ? above : corner;
+}
+
+void addAbove(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes) {
+  for (std::size_t i = 0; i < bytes; ++i) row[i] = static_cast<std::uint8_t>(row[i] + above[i]);
+}
+
+#if defined(__SSE2__)
+
+// A pixel in a register; of one of three bytes the fourth is the next one's.
+__m128i load(const std::uint8_t* from) {
+  int value = 0;
+  std::memcpy(&value, from, 4);
+  return _mm_cvtsi32_si128(value);
+}
+
+void store(std::uint8_t* to, __m128i value, std::size_t bytes) {
+  const int pixel = _mm_cvtsi128_si32(value);
+  std::memcpy(to, &pixel, bytes);
+}
+
+// Replaces every pixel by step(pixel, place). Whole registers are written, also for pixels of three
+// bytes, because that is several times faster: each pixel is read before its first byte is lost.
+template <std::size_t pixel, class Step>
+void forEachPixel(std::uint8_t* row, std::size_t bytes, Step step) {
+  __m128i next = load(row);
+  std::size_t i = 0;
+  for (; i + pixel < bytes; i += pixel) {
+    const __m128i now = next;
+    next = load(row + i + pixel);
+    store(row + i, step(now, i), 4);
+  }
+  store(row + i, step(next, i), pixel);
+}
+
+template <std::size_t pixel>
+void undoSub(std::uint8_t* row, std::size_t bytes) {
+  __m128i left = _mm_setzero_si128();
+  forEachPixel<pixel>(row, bytes, [&](__m128i now, std::size_t) {
+    left = _mm_add_epi8(left, now);
+    return left;
+  });
+}
+
+template <std::size_t pixel>
+void undoAverage(std::uint8_t* row, const std::uint8_t* aboveRow, std::size_t bytes) {
+  const __m128i one = _mm_set1_epi8(1);
+  __m128i left = _mm_setzero_si128();
+  forEachPixel<pixel>(row, bytes, [&](__m128i now, std::size_t i) {
+    const __m128i above = load(aboveRow + i);
+    // The instruction rounds up, the filter down.
+    const __m128i odd = _mm_and_si128(_mm_xor_si128(left, above), one);
+    left = _mm_add_epi8(now, _mm_sub_epi8(_mm_avg_epu8(left, above), odd));
+    return left;
+  });
+}
+
+// The predictor is the smaller or the larger of left and above where the other side of them is
+// beyond 3 * corner - left - above, else the corner: few steps wait for the pixel before.
+template <std::size_t pixel>
+void undoPaeth(std::uint8_t* row, const std::uint8_t* aboveRow, std::size_t bytes) {
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i lowBytes = _mm_set1_epi16(0xFF);
+  __m128i left = zero;  // 16 bits each
+  __m128i corner = zero;
+  forEachPixel<pixel>(row, bytes, [&](__m128i now, std::size_t i) {
+    const __m128i above = _mm_unpacklo_epi8(load(aboveRow + i), zero);
+    const __m128i corner3 = _mm_add_epi16(corner, _mm_add_epi16(corner, corner));
+    const __m128i limit = _mm_sub_epi16(_mm_sub_epi16(corner3, above), left);
+    const __m128i smaller = _mm_min_epi16(left, above);
+    const __m128i larger = _mm_max_epi16(left, above);
+    const __m128i notSmaller = _mm_cmpgt_epi16(larger, limit);
+    const __m128i notLarger = _mm_cmpgt_epi16(limit, smaller);
+    const __m128i best = _mm_or_si128(
+        _mm_or_si128(_mm_andnot_si128(notSmaller, smaller), _mm_andnot_si128(notLarger, larger)),
+        _mm_and_si128(_mm_and_si128(notSmaller, notLarger), corner));
+    left = _mm_and_si128(_mm_add_epi16(_mm_unpacklo_epi8(now, zero), best), lowBytes);
+    corner = above;
+    return _mm_packus_epi16(left, left);
+  });
+}
+
+template <std::size_t pixel>
+bool unfilterQuickly(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes) {
+  switch (filter) {
+    case sub:
+      undoSub<pixel>(row, bytes);
+      return true;
+    case average:
+      undoAverage<pixel>(row, above, bytes);
+      return true;
+    case paeth:
+      undoPaeth<pixel>(row, above, bytes);
+      return true;
+    default:
+      return false;
+  }
+}
+
+#endif
+
+}  // namespace
+
+bool unfilterSimply(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                    std::size_t pixel) {
+  for (std::size_t i = 0; i < bytes; ++i) {
+    const int left = i < pixel ? 0 : row[i - pixel];
+    const int corner = i < pixel ? 0 : above[i - pixel];
+    int guess = 0;
+    switch (filter) {
+      case none:
+        return true;
+      case sub:
+        guess = left;
+        break;
+      case up:
+        guess = above[i];
+        break;
+      case average:
+        guess = (left + above[i]) / 2;
+        break;
+      case paeth:
+        guess = predicted(left, above[i], corner);
+        break;
+      default:
+        return false;
+    }
+    row[i] = static_cast<std::uint8_t>(row[i] + guess);
+  }
+  return true;
+}
+
+bool unfilter(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+              std::size_t pixel) {
+  if (filter == none) return true;
+  if (filter == up) {
+    addAbove(row, above, bytes);
+    return true;
+  }
+#if defined(__SSE2__)
+  if (pixel == 3 && unfilterQuickly<3>(filter, row, above, bytes)) return true;
+  if (pixel == 4 && unfilterQuickly<4>(filter, row, above, bytes)) return true;
+#endif
+  return unfilterSimply(filter, row, above, bytes, pixel);
+}
+
+}  // namespace marbelot

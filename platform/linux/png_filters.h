@@ -1,0 +1,19 @@
+// Undoing the filters of PNG's rows.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace marbelot {
+
+// Turns the filtered `row` into what it was; `above` is the row above it, of zeros for the first.
+// `pixel`: bytes of one pixel, at least 1. False when there is no such filter. One byte behind each
+// row may be read.
+bool unfilter(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+              std::size_t pixel);
+
+// The same, byte by byte.
+bool unfilterSimply(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                    std::size_t pixel);
+
+}  // namespace marbelot

@@ -1,0 +1,34 @@
+// What the macOS sources use of CoreGraphics. Declarations only, by the documented API.
+#pragma once
+#include <CoreFoundation/CoreFoundation.h>
+#import <Foundation/Foundation.h>
+
+typedef NSRect CGRect;
+typedef struct CGColorSpace *CGColorSpaceRef;
+typedef struct CGDataProvider *CGDataProviderRef;
+typedef void (*CGDataProviderReleaseDataCallback)(void *info, const void *data, size_t size);
+
+enum CGImageAlphaInfo : uint32_t { kCGImageAlphaPremultipliedLast = 1 };
+enum CGColorRenderingIntent : int32_t { kCGRenderingIntentDefault };
+enum CGBlendMode : int32_t { kCGBlendModeCopy = 17 };
+
+extern "C" {
+extern const CFStringRef kCGColorSpaceSRGB;
+CGColorSpaceRef CGColorSpaceCreateWithName(CFStringRef);
+void CGColorSpaceRelease(CGColorSpaceRef);
+CGContextRef CGBitmapContextCreate(void *data, size_t width, size_t height, size_t bitsPerComponent,
+                                   size_t bytesPerRow, CGColorSpaceRef, uint32_t bitmapInfo);
+void CGContextRelease(CGContextRef);
+void CGContextSetBlendMode(CGContextRef, CGBlendMode);
+void CGContextDrawImage(CGContextRef, CGRect, CGImageRef);
+size_t CGImageGetWidth(CGImageRef);
+size_t CGImageGetHeight(CGImageRef);
+void CGImageRelease(CGImageRef);
+CGDataProviderRef CGDataProviderCreateWithData(void *info, const void *data, size_t size,
+                                               CGDataProviderReleaseDataCallback);
+void CGDataProviderRelease(CGDataProviderRef);
+CGImageRef CGImageCreate(size_t width, size_t height, size_t bitsPerComponent, size_t bitsPerPixel,
+                         size_t bytesPerRow, CGColorSpaceRef, uint32_t bitmapInfo,
+                         CGDataProviderRef, const CGFloat *decode, bool interpolate,
+                         CGColorRenderingIntent);
+}
