@@ -1,80 +1,190 @@
 #include "image/card.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
-#include "image/blend.h"
+#include "image/fast_path.h"
+#include "image/paint.h"
 #include "image/resampler.h"
 
 namespace marbelot {
 namespace {
 
-// `over` on top of what is at `to`; both premultiplied.
-void drawOver(const std::uint8_t* over, std::uint8_t* to) {
-  const unsigned showing = 255u - over[3];
-  for (int channel = 0; channel < 4; ++channel) {
-    to[channel] = static_cast<std::uint8_t>(over[channel] + scaled(to[channel], showing));
+// Four channels before they are rounded.
+using Levels = std::array<float, 4>;
+
+// What is below a premultiplied pixel of which so much shows.
+template <typename Pixel>
+Levels drawnOver(const Pixel& pixel, float shown, const Levels& below) {
+  const float hidden = 1 - static_cast<float>(pixel[3]) * shown / 255;
+  Levels levels{};
+  for (std::size_t channel = 0; channel < 4; ++channel) {
+    levels[channel] = static_cast<float>(pixel[channel]) * shown + below[channel] * hidden;
   }
+  return levels;
 }
 
-void drawOver(const std::uint8_t* over, unsigned coverage, std::uint8_t* to) {
-  std::uint8_t covering[4];
-  for (int channel = 0; channel < 4; ++channel) covering[channel] = scaled(over[channel], coverage);
-  drawOver(covering, to);
-}
-
-// The new pixels that the window touches along one axis, and where they lie on the picture.
-struct WindowAxis {
-  int first;
-  SampledAxis axis;
-
-  WindowAxis(int canvas, double window, int side, double scale) {
-    first = std::max(0, static_cast<int>(std::floor((canvas - window) / 2)));
-    axis.count = canvas - 2 * first;
-    axis.step = 1 / scale;
-    axis.start = side / 2.0 - axis.count * axis.step / 2;
+// The picture as it lies on the canvas: the columns and rows that the window touches.
+class PlacedPicture {
+ public:
+  PlacedPicture(const Bitmap& picture, const Card& card)
+      : picture_(picture),
+        left_(firstTouched(card.width, card.window.width)),
+        top_(firstTouched(card.height, card.window.height)),
+        across_(axis(card.width - 2 * left_, picture.width(), card.scale)),
+        down_(axis(card.height - 2 * top_, picture.height(), card.scale)) {
+    if (isWhole(across_) && isWhole(down_)) return;
+    resampler_.emplace(picture, across_, down_);
+    line_.resize(static_cast<std::size_t>(across_.count) * 4);
   }
+
+  std::int64_t left() const { return left_; }
+  bool touches(std::int64_t y) const { return y >= top_ && y < top_ + down_.count; }
+
+  // The pixels from column left() on of a row that it touches.
+  const std::uint8_t* row(std::int64_t y) {
+    const int row = static_cast<int>(y - top_);
+    if (!resampler_) {
+      return picture_.row(static_cast<int>(down_.start) + row) +
+             4 * static_cast<int>(across_.start);
+    }
+    resampler_->row(row, line_.data());
+    return line_.data();
+  }
+
+ private:
+  static std::int64_t firstTouched(std::int64_t canvas, double window) {
+    return std::max<std::int64_t>(
+        0, static_cast<std::int64_t>(std::floor((static_cast<double>(canvas) - window) / 2)));
+  }
+  static SampledAxis axis(std::int64_t count, int side, double scale) {
+    return {static_cast<int>(count), (side - static_cast<double>(count) / scale) / 2, 1 / scale};
+  }
+  // Pixel lies on pixel.
+  static bool isWhole(const SampledAxis& axis) {
+    return axis.step == 1 && axis.start == std::floor(axis.start);
+  }
+
+  const Bitmap& picture_;
+  std::int64_t left_, top_;
+  SampledAxis across_, down_;
+  std::optional<Resampler> resampler_;
+  std::vector<std::uint8_t> line_;
+};
+
+// Paints row by row. The edges of a row are the same on the right as on the left.
+class CardPainter {
+ public:
+  CardPainter(const Bitmap& picture, const Card& card)
+      : card_(card),
+        half_(card.width / 2),
+        picture_(picture, card),
+        window_(card.window, card.width, card.height),
+        clear_(static_cast<std::size_t>(card.width)) {
+    if (!card.badge) return;
+    badge_.emplace(card.badge->shape, card.width, card.height);
+    shadow_.emplace(card.badge->shape, card.badge->shadow, card.width, card.height);
+  }
+
+  void paintRow(int y, std::uint8_t* to) {
+    to_ = to;
+    done_ = 0;
+    pictureRow_ = picture_.touches(y) ? picture_.row(y) : nullptr;
+    windowRow_ = &window_.row(y);
+    badgeRow_ = badge_ ? &badge_->row(y) : windowRow_;
+    const bool onBadge = badge_ && isSolid(*badgeRow_);
+    shadowRow_ =
+        shadow_ ? shadow_->row(y, onBadge ? badgeRow_->innerBegin() : half_ + 1) : clear_.data();
+
+    paintSides(&CardPainter::paintShadow, badgeRow_->begin);
+    if (onBadge) {
+      paintSides(&CardPainter::paintAll, badgeRow_->innerBegin());
+      paintSides(&CardPainter::paintBadge, windowRow_->begin);
+    }
+    Paint middle = &CardPainter::paintAll;
+    if (isSolid(*windowRow_) && (onBadge || !badge_)) {
+      paintSides(&CardPainter::paintAll, windowRow_->innerBegin());
+      middle = onBadge ? &CardPainter::paintPictureOnBadge : &CardPainter::paintPicture;
+    }
+    (this->*middle)(done_, card_.width - done_);
+  }
+
+ private:
+  using Paint = void (CardPainter::*)(std::int64_t begin, std::int64_t end);
+
+  // Whether it covers the pixels between its edges wholly.
+  bool isSolid(const Coverage::Row& row) const {
+    return row.inner > 0.999f && row.innerBegin() <= half_;
+  }
+
+  // From where the left half is done to `end`, and the same on the right.
+  void paintSides(Paint paint, std::int64_t end) {
+    end = std::clamp(end, done_, half_);
+    (this->*paint)(done_, end);
+    (this->*paint)(card_.width - end, card_.width - done_);
+    done_ = end;
+  }
+
+  void paintShadow(std::int64_t begin, std::int64_t end) {
+    shadePixels(shadowRow_ + begin, to_ + 4 * begin, end - begin);
+  }
+  void paintBadge(std::int64_t begin, std::int64_t end) {
+    fillPixels(card_.badge->color, to_ + 4 * begin, end - begin);
+  }
+  void paintPicture(std::int64_t begin, std::int64_t end) {
+    copyPixels(pictureAt(begin), to_ + 4 * begin, end - begin);
+  }
+  void paintPictureOnBadge(std::int64_t begin, std::int64_t end) {
+    drawPixelsOver(card_.badge->color, pictureAt(begin), to_ + 4 * begin, end - begin);
+  }
+  // The shadow, the badge and the picture, each as far as it covers a pixel.
+  void paintAll(std::int64_t begin, std::int64_t end) {
+    for (std::int64_t x = begin; x < end; ++x) {
+      Levels levels{0, 0, 0, static_cast<float>(shadowRow_[x])};
+      if (badge_) {
+        const Color color = card_.badge->color;
+        levels = drawnOver(std::array{color.red, color.green, color.blue, std::uint8_t{255}},
+                           badgeRow_->at(x, card_.width), levels);
+      }
+      const float shown = windowRow_->at(x, card_.width);
+      if (shown > 0) levels = drawnOver(pictureAt(x), shown, levels);
+      std::transform(levels.begin(), levels.end(), to_ + 4 * x, [](float level) {
+        const float above = std::min(level, 255.0f) + 0.5f;
+        return static_cast<std::uint8_t>(above);
+      });
+    }
+  }
+
+  const std::uint8_t* pictureAt(std::int64_t x) const {
+    return pictureRow_ + 4 * (x - picture_.left());
+  }
+
+  const Card& card_;
+  std::int64_t half_;  // of the width
+  PlacedPicture picture_;
+  Coverage window_;
+  std::optional<Coverage> badge_;
+  std::optional<SoftShadow> shadow_;
+  std::vector<std::uint8_t> clear_;
+
+  // Of the row that is painted.
+  std::uint8_t* to_ = nullptr;
+  std::int64_t done_ = 0;  // columns from the left, and as many from the right
+  const std::uint8_t* pictureRow_ = nullptr;
+  const Coverage::Row* windowRow_ = nullptr;
+  const Coverage::Row* badgeRow_ = nullptr;  // the window's when there is no badge
+  const std::uint8_t* shadowRow_ = nullptr;  // alpha levels
 };
 
 }  // namespace
 
 Result drawCard(const Bitmap& picture, const Card& card) {
-  Result result = Result::clearCanvas(card.width, card.height);
+  Result result = Result::canvas(card.width, card.height);
   if (!result) return result;
-  const int width = result->width(), height = result->height();
-
-  if (card.badge) {
-    const Card::Badge& badge = *card.badge;
-    const std::uint8_t color[] = {badge.color.red, badge.color.green, badge.color.blue, 255};
-    SoftShadow shadow(badge.shape, badge.shadow, width, height);
-    Coverage coverage(badge.shape, width, height);
-    for (int y = 0; y < height; ++y) {
-      std::uint8_t* to = result->row(y);
-      const auto& shadowRow = shadow.row(y);
-      const auto& coverageRow = coverage.row(y);
-      for (int x = 0; x < width; ++x, to += 4) {
-        const auto column = static_cast<std::size_t>(std::min(x, width - 1 - x));
-        to[3] = shadowRow[std::min(column, shadowRow.size() - 1)];
-        drawOver(color, coverageRow.at(x, width), to);
-      }
-    }
-  }
-
-  const WindowAxis across(width, card.window.width, picture.width(), card.scale);
-  const WindowAxis down(height, card.window.height, picture.height(), card.scale);
-  Resampler resampler(picture, across.axis, down.axis);
-  Coverage coverage(card.window, width, height);
-  std::vector<std::uint8_t> line(static_cast<std::size_t>(across.axis.count) * 4);
-  for (int y = 0; y < down.axis.count; ++y) {
-    resampler.row(y, line.data());
-    const auto& coverageRow = coverage.row(down.first + y);
-    for (int x = 0; x < across.axis.count; ++x) {
-      const int column = across.first + x;
-      drawOver(line.data() + 4 * x, coverageRow.at(column, width),
-               result->row(down.first + y) + 4 * column);
-    }
-  }
+  CardPainter painter(picture, card);
+  for (int y = 0; y < result->height(); ++y) painter.paintRow(y, result->row(y));
   return result;
 }
 

@@ -6,25 +6,26 @@
 namespace marbelot {
 namespace {
 
-// Taylor's series, for |x| up to a quarter.
+// Taylor's series for |x| up to a quarter, where they reach 1e-16.
 double sinPiNearZero(double x) {
-  const double angle = std::numbers::pi * x, square = angle * angle;
-  double term = angle, sum = 0;
-  for (int n = 2; n < 22; n += 2) {
-    sum += term;
-    term *= -square / (n * (n + 1));
-  }
-  return sum;
+  const double angle = std::numbers::pi * x, t = angle * angle;
+  return angle *
+         (1 - t * (1.0 / 6 - t * (1.0 / 120 -
+                                  t * (1.0 / 5040 - t * (1.0 / 362880 -
+                                                         t * (1.0 / 39916800 -
+                                                              t * (1.0 / 6227020800 -
+                                                                   t * (1.0 / 1307674368000))))))));
 }
 
 double cosPiNearZero(double x) {
-  const double angle = std::numbers::pi * x, square = angle * angle;
-  double term = 1, sum = 0;
-  for (int n = 1; n < 23; n += 2) {
-    sum += term;
-    term *= -square / (n * (n + 1));
-  }
-  return sum;
+  const double angle = std::numbers::pi * x, t = angle * angle;
+  return 1 - t * (1.0 / 2 -
+                  t * (1.0 / 24 -
+                       t * (1.0 / 720 -
+                            t * (1.0 / 40320 -
+                                 t * (1.0 / 3628800 -
+                                      t * (1.0 / 479001600 - t * (1.0 / 87178291200 -
+                                                                  t * (1.0 / 20922789888000))))))));
 }
 
 }  // namespace

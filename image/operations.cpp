@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "image/decimal.h"
+#include "image/fast_path.h"
 #include "image/pixel_operations.h"
 
 namespace marbelot {
@@ -191,6 +192,12 @@ constexpr Operation table[] = {
 };
 
 }  // namespace
+
+Result Edit::apply(const Bitmap& picture) const {
+  Result result = pixels(picture);
+  finishStreaming();
+  return result;
+}
 
 EditParameter Operation::parameterOf(const EditChoice& choice) const {
   return parameter(splitWords(choice.arguments));

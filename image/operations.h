@@ -19,10 +19,12 @@ namespace marbelot {
 using EditParameter = std::variant<std::monostate, Color, std::string, std::int64_t, double>;
 
 // An operation with its arguments: what it does to a picture, and what is said when it is done.
-// `apply` may be called on any thread, any number of times.
 struct Edit {
-  std::function<Result(const Bitmap&)> apply;
+  std::function<Result(const Bitmap&)> pixels;
   std::string message;
+
+  // May be called on any thread, any number of times.
+  Result apply(const Bitmap& picture) const;
 };
 
 // An item of an operation's submenu. Without arguments it is a disabled heading, or a separator

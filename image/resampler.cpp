@@ -2,16 +2,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
+#include "image/blend.h"
 #include "image/exact_math.h"
+#include "image/fast_path.h"
 
 namespace marbelot {
 namespace {
 
 constexpr int lobes = 3;
-constexpr int weightBits = 14;   // weights of at most about 1.2, in 16 bits
-constexpr int narrowedBits = 6;  // of fraction between the passes: up to 511, enough for overshoots
+constexpr int weightBits = 14;  // of fraction; the largest weights are about 1
+// Of fraction between the passes. Overshoots reach 324 and 430 levels, so all fits 16 bits.
+constexpr int middleBits = 6;
+constexpr int acrossShift = weightBits - middleBits, downShift = weightBits + middleBits;
 
 double lanczos(double x) {
   if (x == 0) return 1;
@@ -20,33 +25,172 @@ double lanczos(double x) {
   return lobes * sinPi(x) * sinPi(x / lobes) / (angle * angle);
 }
 
-std::uint8_t clamped(int value, int limit) {
-  return static_cast<std::uint8_t>(std::clamp(value, 0, limit));
+constexpr int rounded(int sum, int shift) { return (sum + (1 << (shift - 1))) >> shift; }
+
+// --- Across: two old rows to a pair --------------------------------------------------------------
+
+void resizeAcross(const std::uint8_t* const rows[2], const ResamplingWeights& weights,
+                  const std::vector<std::int16_t>&, std::int16_t* to) {
+  const std::int16_t* weight = weights.values.data();
+  for (const int first : weights.first) {
+    for (int channel = 0; channel < 4; ++channel) {
+      for (int row = 0; row < 2; ++row) {
+        int sum = 0;
+        for (std::size_t tap = 0; tap < weights.taps; ++tap) {
+          sum += weight[tap] * rows[row][4 * (static_cast<std::size_t>(first) + tap) + channel];
+        }
+        *to++ = static_cast<std::int16_t>(rounded(sum, acrossShift));
+      }
+    }
+    weight += weights.taps;
+  }
+}
+
+// --- Down: pairs to a new row --------------------------------------------------------------------
+
+// For one new row: the pairs in its window, and two weights for each.
+struct Window {
+  const std::vector<const std::int16_t*>& pairs;
+  const std::int16_t* weights;
+};
+
+void resizeDown(const Window& window, std::uint8_t* to, std::int64_t width) {
+  for (std::int64_t x = 0; x < width; ++x, to += 4) {
+    int sums[4] = {};
+    for (std::size_t i = 0; i < window.pairs.size(); ++i) {
+      const std::int16_t* pixel = window.pairs[i] + 8 * x;
+      for (int channel = 0; channel < 4; ++channel) {
+        sums[channel] += window.weights[2 * i] * pixel[2 * channel] +
+                         window.weights[2 * i + 1] * pixel[2 * channel + 1];
+      }
+    }
+    const auto level = [&](int channel, int limit) {
+      return static_cast<std::uint8_t>(std::clamp(rounded(sums[channel], downShift), 0, limit));
+    };
+    to[3] = level(3, 255);
+    for (int channel = 0; channel < 3; ++channel) to[channel] = level(channel, to[3]);
+  }
+}
+
+#ifdef MARBELOT_AVX2
+// Two new pixels of two rows at a time.
+MARBELOT_AVX2 void resizeAcrossFast(const std::uint8_t* const rows[2],
+                                    const ResamplingWeights& weights,
+                                    const std::vector<std::int16_t>& spread, std::int16_t* to) {
+  // Two pixels as 16-bit numbers, channel by channel: the first or the last two of four.
+  const __m256i firstTwo = _mm256_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1,
+                                            0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1);
+  const __m256i lastTwo = _mm256_or_si256(firstTwo, _mm256_set1_epi16(8));
+  // Row by row as they are packed, to channel by channel.
+  const __m256i byChannel = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15,
+                                             0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
+  const __m256i half = _mm256_set1_epi32(1 << (acrossShift - 1));
+  const auto* weight = reinterpret_cast<const __m256i*>(spread.data());
+  const std::size_t count = weights.first.size();
+  for (std::size_t x = 0; x < count; x += 2, to += 16) {
+    const int left = weights.first[x], right = weights.first[std::min(x + 1, count - 1)];
+    __m256i sums[2] = {half, half};
+    for (std::size_t tap = 0; tap < weights.taps; tap += 4, weight += 2) {
+#pragma GCC unroll 2
+      for (int row = 0; row < 2; ++row) {
+        const std::uint8_t* from = rows[row] + 4 * tap;
+        const __m256i pixels = _mm256_inserti128_si256(
+            _mm256_castsi128_si256(
+                _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * left))),
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * right)), 1);
+        sums[row] = _mm256_add_epi32(
+            sums[row], _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, firstTwo), weight[0]));
+        sums[row] = _mm256_add_epi32(
+            sums[row], _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, lastTwo), weight[1]));
+      }
+    }
+    const __m256i packed = _mm256_packs_epi32(_mm256_srai_epi32(sums[0], acrossShift),
+                                              _mm256_srai_epi32(sums[1], acrossShift));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_shuffle_epi8(packed, byChannel));
+  }
+}
+
+struct ResizedDown {
+  const Window& window;
+
+  MARBELOT_AVX2 __m256i operator()(std::int64_t x) const {
+    const __m256i half = _mm256_set1_epi32(1 << (downShift - 1));
+    __m256i sums[4] = {half, half, half, half};  // of two pixels each
+    for (std::size_t i = 0; i < window.pairs.size(); ++i) {
+      int both = 0;
+      std::memcpy(&both, window.weights + 2 * i, sizeof both);
+      const __m256i weights = _mm256_set1_epi32(both);
+      const auto* pixels = reinterpret_cast<const __m256i*>(window.pairs[i] + 8 * x);
+#pragma GCC unroll 4
+      for (int two = 0; two < 4; ++two) {
+        sums[two] = _mm256_add_epi32(sums[two],
+                                     _mm256_madd_epi16(_mm256_loadu_si256(pixels + two), weights));
+      }
+    }
+#pragma GCC unroll 4
+    for (__m256i& sum : sums) sum = _mm256_srai_epi32(sum, downShift);
+    const __m256i bytes = _mm256_packus_epi16(_mm256_packs_epi32(sums[0], sums[1]),
+                                              _mm256_packs_epi32(sums[2], sums[3]));
+    const __m256i inOrder = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    const __m256i pixels = _mm256_permutevar8x32_epi32(bytes, inOrder);
+    return _mm256_min_epu8(pixels, alphaOfEach(pixels));
+  }
+};
+
+MARBELOT_AVX2 void resizeDownFast(const Window& window, std::uint8_t* to, std::int64_t width) {
+  if (width < vectorPixels) return resizeDown(window, to, width);
+  streamPixels(to, width, ResizedDown{window});
+}
+#endif
+
+// Of two new pixels by turns, two weights for each of four channels.
+std::vector<std::int16_t> spreadWeights(const ResamplingWeights& weights) {
+  std::vector<std::int16_t> spread;
+  const std::size_t count = weights.first.size();
+  spread.reserve((count + 1) / 2 * weights.taps * 8);
+  for (std::size_t x = 0; x < count; x += 2) {
+    for (std::size_t tap = 0; tap < weights.taps; tap += 2) {
+      for (const std::size_t pixel : {x, std::min(x + 1, count - 1)}) {
+        const std::int16_t* two = weights.values.data() + pixel * weights.taps + tap;
+        for (int channel = 0; channel < 4; ++channel) spread.insert(spread.end(), two, two + 2);
+      }
+    }
+  }
+  return spread;
+}
+
+constexpr std::size_t roundedUp(std::size_t number, std::size_t unit) {
+  return (number + unit - 1) / unit * unit;
 }
 
 }  // namespace
 
-Resampler::Weights::Weights(const SampledAxis& axis, int side) {
+ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side, Window window) {
   const double widening = std::max(axis.step, 1.0);
-  taps = static_cast<std::size_t>(std::min<double>(std::ceil(2 * lobes * widening) + 1, side));
+  const double reach = lobes * widening;
+  const auto needed = static_cast<std::size_t>(std::ceil(2 * reach));
+  taps = window == Window::even ? roundedUp(needed + 1, 2) : roundedUp(needed, 4);
   first.resize(static_cast<std::size_t>(axis.count));
   values.resize(first.size() * taps);
   std::vector<double> exact(taps);
   for (std::size_t i = 0; i < first.size(); ++i) {
     const double middle = axis.start + (static_cast<double>(i) + 0.5) * axis.step - 0.5;
-    first[i] = static_cast<int>(std::clamp(std::floor(middle - lobes * widening) + 1, 0.0,
-                                           static_cast<double>(side) - static_cast<double>(taps)));
+    int begin = std::max(0, static_cast<int>(std::floor(middle - reach)) + 1);
+    begin = window == Window::even ? begin / 2 * 2
+                                   : std::max(0, std::min(begin, side - static_cast<int>(taps)));
+    first[i] = begin;
     double sum = 0;
     for (std::size_t tap = 0; tap < taps; ++tap) {
-      exact[tap] = lanczos((first[i] + static_cast<double>(tap) - middle) / widening);
+      const double old = begin + static_cast<double>(tap);
+      exact[tap] = old < side ? lanczos((old - middle) / widening) : 0;
       sum += exact[tap];
     }
     // Each weight is rounded with what its neighbours were rounded by, so that no error adds up.
     double before = 0;
-    std::int64_t written = 0;
+    int written = 0;
     for (std::size_t tap = 0; tap < taps; ++tap) {
       before += exact[tap] / sum;
-      const auto upTo = static_cast<std::int64_t>(std::floor(before * (1 << weightBits) + 0.5));
+      const int upTo = static_cast<int>(std::floor(before * (1 << weightBits) + 0.5));
       values[i * taps + tap] = static_cast<std::int16_t>(upTo - written);
       written = upTo;
     }
@@ -55,44 +199,40 @@ Resampler::Weights::Weights(const SampledAxis& axis, int side) {
 
 Resampler::Resampler(const Bitmap& picture, const SampledAxis& across, const SampledAxis& down)
     : picture_(picture),
-      across_(across, picture.width()),
-      down_(down, picture.height()),
-      rows_(down_.taps * across_.first.size() * 4) {}
+      across_(across, picture.width(), ResamplingWeights::Window::within),
+      down_(down, picture.height(), ResamplingWeights::Window::even),
+      pairLength_(roundedUp(across_.first.size(), 2) * 8),
+      pairs_(down_.taps / 2 * pairLength_),
+      window_(down_.taps / 2) {
+  if (usesFastPath()) spread_ = spreadWeights(across_);
+}
+
+const std::uint8_t* Resampler::oldRow(int y, std::vector<std::uint8_t>& padded) const {
+  const std::uint8_t* row = picture_.row(std::min(y, picture_.height() - 1));
+  const auto width = static_cast<std::size_t>(picture_.width());
+  if (width >= across_.taps) return row;
+  padded.resize(4 * across_.taps);
+  std::memcpy(padded.data(), row, 4 * width);
+  return padded.data();
+}
 
 void Resampler::row(int y, std::uint8_t* to) {
-  const std::size_t width = across_.first.size();
-  const int first = down_.first[static_cast<std::size_t>(y)];
-  for (done_ = std::max(done_, first); done_ < first + static_cast<int>(down_.taps); ++done_) {
-    std::int16_t* narrowed =
-        rows_.data() + static_cast<std::size_t>(done_) % down_.taps * width * 4;
-    for (std::size_t x = 0; x < width; ++x) {
-      const std::uint8_t* from = picture_.row(done_) + 4 * across_.first[x];
-      const std::int16_t* weights = across_.of(static_cast<int>(x));
-      int sums[4] = {};
-      for (std::size_t tap = 0; tap < across_.taps; ++tap, from += 4) {
-        for (int channel = 0; channel < 4; ++channel) sums[channel] += weights[tap] * from[channel];
-      }
-      constexpr int shift = weightBits - narrowedBits;
-      for (int sum : sums)
-        *narrowed++ = static_cast<std::int16_t>((sum + (1 << (shift - 1))) >> shift);
-    }
+  const auto index = static_cast<std::size_t>(y);
+  const auto first = static_cast<std::size_t>(down_.first[index]) / 2;
+  const auto place = [&](std::size_t pair) {
+    return pairs_.data() + pair % window_.size() * pairLength_;
+  };
+  const auto across = MARBELOT_FASTEST(resizeAcross, resizeAcrossFast);
+  for (pairsDone_ = std::max(pairsDone_, first); pairsDone_ < first + window_.size();
+       ++pairsDone_) {
+    const int old = static_cast<int>(2 * pairsDone_);
+    const std::uint8_t* rows[] = {oldRow(old, padded_[0]), oldRow(old + 1, padded_[1])};
+    across(rows, across_, spread_, place(pairsDone_));
   }
-  const std::int16_t* weights = down_.of(y);
-  for (std::size_t x = 0; x < width; ++x, to += 4) {
-    int sums[4] = {};
-    for (std::size_t tap = 0; tap < down_.taps; ++tap) {
-      const std::size_t row = (static_cast<std::size_t>(first) + tap) % down_.taps;
-      const std::int16_t* narrowed = rows_.data() + (row * width + x) * 4;
-      for (int channel = 0; channel < 4; ++channel)
-        sums[channel] += weights[tap] * narrowed[channel];
-    }
-    constexpr int shift = weightBits + narrowedBits;
-    const auto rounded = [](int sum) { return (sum + (1 << (shift - 1))) >> shift; };
-    to[3] = clamped(rounded(sums[3]), 255);
-    for (int channel = 0; channel < 3; ++channel) {
-      to[channel] = clamped(rounded(sums[channel]), to[3]);  // premultiplied: never above alpha
-    }
-  }
+  for (std::size_t i = 0; i < window_.size(); ++i) window_[i] = place(first + i);
+  MARBELOT_FASTEST(resizeDown, resizeDownFast)
+  ({window_, down_.values.data() + index * down_.taps}, to,
+   static_cast<std::int64_t>(across_.first.size()));
 }
 
 }  // namespace marbelot

@@ -2,6 +2,7 @@
 // the source counts. On premultiplied values as they are; integers throughout.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -17,6 +18,19 @@ struct SampledAxis {
   double step = 1;   // above 0
 };
 
+// Each new pixel of an axis is a sum over `taps` old ones, from `first` on.
+struct ResamplingWeights {
+  enum class Window {
+    within,  // never beyond the side, unless that is shorter than the window
+    even     // begins at even pixels, and may end beyond the side, where all weights are 0
+  };
+  ResamplingWeights(const SampledAxis& axis, int side, Window window);
+
+  std::size_t taps;                  // a multiple of 4 when within, else even
+  std::vector<int> first;            // for each new pixel
+  std::vector<std::int16_t> values;  // `taps` for each new pixel; they add up to 1 << weightBits
+};
+
 class Resampler {
  public:
   // Keeps a reference to the picture.
@@ -26,20 +40,18 @@ class Resampler {
   void row(int y, std::uint8_t* to);
 
  private:
-  // The weights of one axis: each new pixel is a sum over `taps` old ones.
-  struct Weights {
-    Weights(const SampledAxis& axis, int side);
-    const std::int16_t* of(int pixel) const { return values.data() + std::size_t(pixel) * taps; }
-
-    std::size_t taps = 0;
-    std::vector<int> first;            // the first old pixel for each new one
-    std::vector<std::int16_t> values;  // `taps` for each new pixel; they add up to one
-  };
+  const std::uint8_t* oldRow(int y, std::vector<std::uint8_t>& padded) const;
 
   const Bitmap& picture_;
-  Weights across_, down_;
-  std::vector<std::int16_t> rows_;  // the last rows that were narrowed, old row i at i % taps
-  int done_ = 0;                    // how many old rows were narrowed
+  ResamplingWeights across_, down_;
+  std::vector<std::int16_t> spread_;  // the weights across as the fast path wants them
+  std::size_t pairLength_;
+  // Old rows made as wide as the new picture, two and two: pair i, which stands at i modulo the
+  // pairs in a window, has the channels of rows 2i and 2i + 1 by turns.
+  std::vector<std::int16_t> pairs_;
+  std::size_t pairsDone_ = 0;
+  std::vector<const std::int16_t*> window_;  // the pairs for a new row
+  std::vector<std::uint8_t> padded_[2];      // rows that are shorter than a window
 };
 
 }  // namespace marbelot

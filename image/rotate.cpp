@@ -2,36 +2,30 @@
 #include <cstring>
 
 #include "image/exact_math.h"
+#include "image/mirror.h"
 #include "image/pixel_operations.h"
+#include "image/transpose.h"
 
 namespace marbelot {
 namespace {
 
-// Pixels are moved whole.
-void copyPixel(const std::uint8_t* from, std::uint8_t* to) { std::memcpy(to, from, 4); }
-
-void turnLeft(const Bitmap& picture, Bitmap& result) {
-  for (int y = 0; y < result.height(); ++y) {
-    const int column = picture.width() - 1 - y;
-    for (int x = 0; x < result.width(); ++x) {
-      copyPixel(picture.row(x) + 4 * column, result.row(y) + 4 * x);
-    }
-  }
-}
-
-void turnRight(const Bitmap& picture, Bitmap& result) {
-  for (int y = 0; y < result.height(); ++y) {
-    for (int x = 0; x < result.width(); ++x) {
-      copyPixel(picture.row(picture.height() - 1 - x) + 4 * y, result.row(y) + 4 * x);
-    }
+// To the left, row r becomes column r and the last column the first row; to the right, row r
+// becomes the column that is r from the last, and the first column the first row.
+void turnQuarter(bool left, const Bitmap& picture, Bitmap& result) {
+  const auto step = static_cast<std::ptrdiff_t>(picture.bytesPerRow());
+  const auto resultStep = static_cast<std::ptrdiff_t>(result.bytesPerRow());
+  if (left) {
+    transposePixels({picture.data(), step}, picture.height(), picture.width(),
+                    {result.row(result.height() - 1), -resultStep});
+  } else {
+    transposePixels({picture.row(picture.height() - 1), -step}, picture.height(), picture.width(),
+                    {result.data(), resultStep});
   }
 }
 
 void turnAround(const Bitmap& picture, Bitmap& result) {
   for (int y = 0; y < result.height(); ++y) {
-    const std::uint8_t* from = picture.row(picture.height() - 1 - y);
-    std::uint8_t* to = result.row(y) + 4 * (result.width() - 1);
-    for (int x = 0; x < result.width(); ++x) copyPixel(from + 4 * x, to - 4 * x);
+    mirrorPixels(picture.row(picture.height() - 1 - y), result.row(y), result.width());
   }
 }
 
@@ -102,7 +96,7 @@ Result rotate(const Bitmap& picture, std::int64_t degrees) {
   if (!result) return result;
   const std::int64_t angle = (degrees % 360 + 360) % 360;
   if (quarter) {
-    (degrees > 0 ? turnLeft : turnRight)(picture, *result);
+    turnQuarter(degrees > 0, picture, *result);
   } else if (angle == 180) {
     turnAround(picture, *result);
   } else {

@@ -15,32 +15,34 @@ struct RoundedRect {
   double inset(double distance) const;
 };
 
-// How much of each pixel a rounded rectangle covers.
+// How much of each pixel a rounded rectangle covers: 0 to 1.
 class Coverage {
  public:
   // The rectangle is centred on a canvas of this size in pixels.
-  Coverage(const RoundedRect& rect, int width, int height);
+  Coverage(const RoundedRect& rect, std::int64_t width, std::int64_t height);
 
   // A row is the same from left to right as from right to left: nothing up to `begin`, then `ramp`,
   // then `inner` up to the middle.
   struct Row {
-    int begin = 0;
-    std::vector<std::uint8_t> ramp;
-    std::uint8_t inner = 0;
+    std::int64_t begin = 0;
+    std::vector<float> ramp;
+    float inner = 0;
 
-    int innerBegin() const { return begin + static_cast<int>(ramp.size()); }
-    std::uint8_t at(int x, int width) const;
+    std::int64_t innerBegin() const { return begin + static_cast<std::int64_t>(ramp.size()); }
+    // In column x of a row of this width.
+    float at(std::int64_t x, std::int64_t width) const;
   };
-  const Row& row(int y);
+  // Holds until the next call.
+  const Row& row(std::int64_t y);
 
  private:
-  double shareOf(int x, int y) const;
+  double shareOf(std::int64_t x, std::int64_t y) const;
 
   RoundedRect rect_;
-  int width_, height_;
+  std::int64_t width_, height_;
   double left_, top_, right_, bottom_;
   Row row_;
-  int rowOf_ = -1;
+  std::int64_t rowOf_ = -1;
 };
 
 }  // namespace marbelot
