@@ -21,6 +21,9 @@ class FolderStream {
   // network's file system; watches that one then, and calls `changed`. For backends that watch
   // paths, there is nothing to look for.
   virtual void check() {}
+  // Whether the system has no more means for telling of changes right now. `changed` is called
+  // every second then, and once more when it tells of them again.
+  virtual bool isRefused() const { return false; }
 };
 
 class FolderEvents {

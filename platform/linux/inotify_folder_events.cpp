@@ -4,7 +4,9 @@
 #include <sys/inotify.h>
 
 #include <QSocketNotifier>
+#include <QTimer>
 #include <array>
+#include <cerrno>
 #include <deque>
 #include <filesystem>
 #include <optional>
@@ -29,21 +31,17 @@ constexpr std::uint32_t ancestorEvents =
 // itself, because much may be going on inside them.
 constexpr std::uint32_t wayEvents = IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW;
 constexpr int mostLinks = 40;  // as many as the kernel follows
+constexpr int refusedLookMilliseconds = 1000;
 
 class Stream : public FolderStream {
  public:
-  Stream(Descriptor inotify, std::string folder, std::function<void()> changed)
-      : inotify_(std::move(inotify)),
-        mounts_(open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
-        folder_(std::move(folder)),
-        changed_(std::move(changed)),
-        notifier_(inotify_.get(), QSocketNotifier::Read) {
-    QObject::connect(&notifier_, &QSocketNotifier::activated, [this] { drain(); });
-    if (mounts_) {
-      // The kernel marks the table as exceptional when something was mounted or unmounted.
-      mountNotifier_.emplace(mounts_.get(), QSocketNotifier::Exception);
-      QObject::connect(&*mountNotifier_, &QSocketNotifier::activated, [this] { check(); });
-    }
+  Stream(std::string folder, std::function<void()> changed)
+      : folder_(std::move(folder)), changed_(std::move(changed)) {
+    look_.setInterval(refusedLookMilliseconds);
+    QObject::connect(&look_, &QTimer::timeout, [this] {
+      arm();
+      changed_();
+    });
     arm();
   }
 
@@ -53,11 +51,34 @@ class Stream : public FolderStream {
     changed_();
   }
 
+  bool isRefused() const override { return refused_; }
+
  private:
+  // The kernel allows so many of these for each user, and so many files for each process.
+  void open() {
+    if (!inotify_) {
+      inotify_ = Descriptor(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+      if (!inotify_) return;
+      notifier_.emplace(inotify_.get(), QSocketNotifier::Read);
+      QObject::connect(&*notifier_, &QSocketNotifier::activated, [this] { drain(); });
+    }
+    if (!mounts_) {
+      mounts_ = Descriptor(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
+      if (!mounts_) return;
+      // The kernel marks the table as exceptional when something was mounted or unmounted.
+      mountNotifier_.emplace(mounts_.get(), QSocketNotifier::Exception);
+      QObject::connect(&*mountNotifier_, &QSocketNotifier::activated, [this] { check(); });
+    }
+  }
+
   int add(const fs::path& path, std::uint32_t events) {
     // One and the same folder may be on the way twice, and has one watch.
     const int watch = inotify_add_watch(inotify_.get(), path.c_str(), events | IN_MASK_ADD);
-    if (watch >= 0) watches_.insert(watch);
+    if (watch >= 0) {
+      watches_.insert(watch);
+    } else if (!inotify_ || errno == ENOSPC || errno == ENOMEM) {
+      refused_ = true;
+    }
     return watch;
   }
 
@@ -81,8 +102,20 @@ class Stream : public FolderStream {
     return at;
   }
 
-  // Watches the folder, or else the nearest ancestor that can be watched.
+  // Watches the folder, or else the nearest ancestor that can be watched. When the kernel refuses
+  // any of it, looks take the place of events, and each tries to watch again.
   void arm() {
+    open();
+    refused_ = false;
+    addWatches();
+    if (!refused_) {
+      look_.stop();
+    } else if (!look_.isActive()) {
+      look_.start();
+    }
+  }
+
+  void addWatches() {
     for (const int watch : watches_) inotify_rm_watch(inotify_.get(), watch);
     watches_.clear();
     const auto identity = files::folderIdentity(folder_);
@@ -98,7 +131,7 @@ class Stream : public FolderStream {
       watch = add(above, ancestorEvents);
     }
     // It may have come between the two looks.
-    if (add(place, folderEvents) >= 0) arm();
+    if (add(place, folderEvents) >= 0) addWatches();
   }
 
   void drain() {
@@ -126,15 +159,18 @@ class Stream : public FolderStream {
     if (wasOnFolder || onFolder_) changed_();
   }
 
-  const Descriptor inotify_;
-  const Descriptor mounts_;
   const std::string folder_;
   const std::function<void()> changed_;
   std::set<int> watches_;
   bool onFolder_ = false;
   std::optional<files::FolderIdentity> watched_;  // none while the folder cannot be watched
   std::string awaited_;  // the name in the watched ancestor that can bring the folder back
-  QSocketNotifier notifier_;
+  bool refused_ = false;
+  QTimer look_;  // while refused
+  Descriptor inotify_;
+  Descriptor mounts_;
+  // The notifiers go before what they listen to.
+  std::optional<QSocketNotifier> notifier_;
   std::optional<QSocketNotifier> mountNotifier_;
 };
 
@@ -142,9 +178,7 @@ class Stream : public FolderStream {
 
 std::unique_ptr<FolderStream> InotifyFolderEvents::watch(const std::string& folder,
                                                          std::function<void()> changed) {
-  Descriptor inotify(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-  if (!inotify) return nullptr;
-  return std::make_unique<Stream>(std::move(inotify), folder, std::move(changed));
+  return std::make_unique<Stream>(folder, std::move(changed));
 }
 
 }  // namespace marbelot

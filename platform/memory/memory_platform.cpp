@@ -112,12 +112,13 @@ void Defaults::set(std::string_view key, Value value) {
 namespace {
 class Stream : public FolderStream {
  public:
-  explicit Stream(int& checks) : checks_(checks) {}
-  void check() override { ++checks_; }
+  explicit Stream(Folders& folders) : folders_(folders) {}
+  void check() override { ++folders_.checks; }
+  bool isRefused() const override { return folders_.refusing; }
   std::shared_ptr<char> token = std::make_shared<char>();
 
  private:
-  int& checks_;
+  Folders& folders_;
 };
 }  // namespace
 
@@ -125,7 +126,7 @@ std::unique_ptr<FolderStream> Folders::watch(const std::string& folder,
                                              std::function<void()> changed) {
   if (refuses) return nullptr;
   watched.push_back(folder);
-  auto stream = std::make_unique<Stream>(checks);
+  auto stream = std::make_unique<Stream>(*this);
   streams_.emplace_back(stream->token, std::move(changed));
   return stream;
 }

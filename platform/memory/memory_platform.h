@@ -89,7 +89,8 @@ class Folders : public FolderEvents {
   void fire();  // tells every live stream
   std::vector<std::string> watched;
   int checks = 0;
-  bool refuses = false;
+  bool refuses = false;   // to watch at all
+  bool refusing = false;  // to tell of changes, for now
 
  private:
   std::vector<std::pair<std::weak_ptr<void>, std::function<void()>>> streams_;
