@@ -21,6 +21,7 @@ constexpr const char* collectionWindow = "Collected copies";
 AppDelegate::AppDelegate(Platform& platform)
     : platform_(platform),
       access_(platform, *this, actions_),
+      watched_(platform, [this](const std::string& name) { screenshotCopied(name); }),
       history_(platform, *this, actions_),
       analyses_(platform.queue),
       historyMenus_(platform, *this, actions_, history_, analyses_),
@@ -36,16 +37,15 @@ AppDelegate::AppDelegate(Platform& platform)
           [this](const SharedText& text) { editor_.openEditor(text, collectionWindow); }),
       cannedResponses_(platform, *this, actions_,
                        [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
-      menu_(platform.pasteboard, {state_, access_, history_, analyses_, historyMenus_,
+      menu_(platform.pasteboard, {state_, access_, watched_, history_, analyses_, historyMenus_,
                                   imageHistory_, flattenTrim_, collectCopies_, cannedResponses_}),
       requests_(platform, actions_, menu_.menu(), [this] { menuWillOpen(); }) {
   wireActions();
   history_.onTextRecorded = [this](const SharedText& text) {
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
   };
-  access_.onProbed = [this] {
-    if (watcher) watcher->check();
-  };
+  access_.onProbed = [this] { watched_.check(); };
+  watched_.onChange = [this] { watchedFolderChanged(); };
   historyMenus_.onReveal = [this](const SharedText& text) { viewer_.showText(text, "Full value"); };
   analyses_.onArrival = [this] { rebuildMenu(); };
 }
@@ -72,9 +72,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   requests_.serve();
   history_.startClipPoller();
 
-  watcher = std::make_unique<ScreenshotWatcher>(
-      platform_, screenshotFolder(), [this](const std::string& name) { screenshotCopied(name); });
-  watcher->start();
+  watched_.start();
   access_.probe();
   prompt_ = platform_.queue.after(promptSeconds, [this] {
     if (!access_.screenshotFolderReadable) access_.openScreenshotAccessSettings();
@@ -101,6 +99,15 @@ void AppDelegate::screenshotCopied(const std::string& fileName) {
   flashStatusIcon();
   rebuildMenu();
   notify(*state_.lastCopied);
+}
+
+void AppDelegate::watchedFolderChanged() {
+  access_.probe();
+  rebuildMenu();
+  if (!watched_.isLookedAt() || std::exchange(refusalTold_, true)) return;
+  notify(
+      "The system has no means left to tell of new screenshots. Until it has, Marbelot looks for "
+      "them every second.");
 }
 
 void AppDelegate::toggleClipPreview() {

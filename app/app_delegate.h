@@ -10,7 +10,7 @@
 #include "app/menu_requests.h"
 #include "app/status_menu.h"
 #include "capture/screenshot_access.h"
-#include "capture/screenshot_watcher.h"
+#include "capture/watched_folder.h"
 #include "clipboard/clipboard_history.h"
 #include "clipboard/history_menus.h"
 #include "clipboard/image_history.h"
@@ -38,6 +38,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   void readSettings();
   void wireActions();
   void screenshotCopied(const std::string& fileName);
+  void watchedFolderChanged();
   void toggleClipPreview();
 
   // Shell
@@ -60,7 +61,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   const std::string showClipboardPreviewKey = "showClipboardPreview";
 
   ScreenshotAccess access_;
-  std::unique_ptr<ScreenshotWatcher> watcher;
+  WatchedFolder watched_;
 
   ClipboardHistory history_;
   TextAnalyses analyses_;
@@ -77,6 +78,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   MenuRequests requests_;
 
   bool menuIsStale_ = false;
+  bool refusalTold_ = false;
   Task rebuild_;
   Task flash_;
   Task prompt_;

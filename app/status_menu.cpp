@@ -43,7 +43,11 @@ void StatusMenu::buildMenu() {
   menu.addSubmenu("Settings", settingsMenu());
 
   menu.addSeparator();
-  menu.addDisabled("Watching: " + text::sanitized(screenshotFolder()));
+  menu.addDisabled("Watching: " + text::sanitized(parts_.watched.folder()));
+  if (const auto next = parts_.watched.nextFolder())
+    menu.addDisabled("From the next launch: " + text::sanitized(*next));
+  if (parts_.watched.isLookedAt())
+    menu.addDisabled("Looking every second: the system does not tell of changes");
 
   menu.addSeparator();
   menu.add("Quit Marbelot", "quit")->key = "q";

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "capture/screenshot_access.h"
+#include "capture/watched_folder.h"
 #include "clipboard/clipboard_history.h"
 #include "clipboard/history_menus.h"
 #include "clipboard/image_history.h"
@@ -29,6 +30,7 @@ struct MenuState {
 struct MenuParts {
   const MenuState& state;
   const ScreenshotAccess& access;
+  const WatchedFolder& watched;
   const ClipboardHistory& history;
   TextAnalyses& analyses;
   HistoryMenus& historyMenus;

@@ -1,14 +1,10 @@
 #include "capture/screenshot_access.h"
 
+#include "capture/watched_folder.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
 namespace marbelot {
-
-std::string screenshotFolder() {
-  if (const auto location = files::screenshotLocation()) return files::expandingTilde(*location);
-  return files::desktopFolder();
-}
 
 ScreenshotAccess::ScreenshotAccess(Platform& platform, Shell& shell, ActionTable& actions)
     : platform_(platform), shell_(shell) {

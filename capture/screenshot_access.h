@@ -9,10 +9,6 @@
 
 namespace marbelot {
 
-// The folder into which the system saves screenshots, as it is set at this moment. It need not
-// exist.
-std::string screenshotFolder();
-
 class ScreenshotAccess {
  public:
   ScreenshotAccess(Platform& platform, Shell& shell, ActionTable& actions);

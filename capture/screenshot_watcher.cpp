@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <utility>
 
 #include "platform/files.h"
 
@@ -79,19 +80,27 @@ ScreenshotWatcher::ScreenshotWatcher(Platform& platform, std::string folder,
         folder_ = seed.folder;
         if (!folder_) unlisted_ = seed.time;
         seeded_ = true;
+        tellChange();
         if (changedBeforeSeeding_ || (stream && seed.holdsNew)) rescan();
       });
 }
 
 void ScreenshotWatcher::start() {
   stream = platform_.folderEvents.watch(path, [this] { folderChanged(); });
+  tellChange();
 }
 
 void ScreenshotWatcher::check() {
   if (stream) stream->check();
 }
 
+void ScreenshotWatcher::tellChange() {
+  const std::pair now(isThere(), isLookedAt());
+  if (std::exchange(told_, now) != now && onChange) onChange();
+}
+
 void ScreenshotWatcher::folderChanged() {
+  tellChange();
   if (!seeded_) {
     changedBeforeSeeding_ = true;
     return;
@@ -117,7 +126,7 @@ void ScreenshotWatcher::rescan() {
   if (!folder) {
     folder_.reset();
     unlisted_ = Clock::now();
-    return;
+    return tellChange();
   }
   if (folder != folder_) {
     // It was mounted, moved here or made: what it brings along is old, what it was made for is new.
@@ -125,6 +134,7 @@ void ScreenshotWatcher::rescan() {
     const auto came = std::max(unlisted_, Clock::now() - noticingTime);
     for (std::string& fullPath : oldPaths(came, clock_, path, *names))
       seen.insert(std::move(fullPath));
+    tellChange();
   }
   std::vector<std::pair<double, std::string>> fresh;  // by modification time
   for (const std::string& name : *names) {

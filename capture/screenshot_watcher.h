@@ -31,6 +31,14 @@ class ScreenshotWatcher {
   // Looks whether the path means another folder by now.
   void check();
 
+  const std::string& folder() const { return path; }
+  // As it was when something happened there last.
+  bool isThere() const { return folder_.has_value(); }
+  // The system refuses to tell of changes, so that the folder is looked at every second.
+  bool isLookedAt() const { return stream && stream->isRefused(); }
+  // Called when one of these has changed after the start; not to be answered by dropping this.
+  std::function<void()> onChange;
+
  private:
   using Moment = std::chrono::steady_clock::time_point;
   struct Seed {
@@ -46,6 +54,7 @@ class ScreenshotWatcher {
   };
 
   void folderChanged();
+  void tellChange();
   void rescan();
   void attempt(const std::string& fullPath);
   files::ScreenshotState copyIfFinished(const std::string& fullPath);
@@ -63,6 +72,7 @@ class ScreenshotWatcher {
   // The folder as it was listed last; none when it could not be, at the time `unlisted_` at last.
   std::optional<files::FolderIdentity> folder_;
   Moment unlisted_;
+  std::pair<bool, bool> told_;  // isThere, isLookedAt
   // Events before the folder's first listing wait for it: what they tell of may be an old file.
   bool seeded_ = false;
   bool changedBeforeSeeding_ = false;

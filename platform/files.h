@@ -62,6 +62,10 @@ std::string temporaryFolder();
 
 // The screenshot tool's own setting of where it saves; none when nothing is set.
 std::optional<std::string> screenshotLocation();
+// Where the desktop's own screenshot tools save as long as nothing is set, the best guess first.
+// Such a folder need not exist: some are made for the first screenshot. Empty where that is simply
+// the desktop folder.
+std::vector<std::string> usualScreenshotFolders();
 
 enum class ScreenshotState {
   no,            // not a screenshot, or not marked as one yet

@@ -2,14 +2,12 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <libintl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -116,114 +114,6 @@ std::string temporaryFolder() {
     if (isOurs(candidate)) return candidate;
   }
   return join(homeFolder(), ".cache");
-}
-
-namespace {
-
-std::string configFolder() {
-  const char* configured = std::getenv("XDG_CONFIG_HOME");
-  return configured && *configured ? configured : join(homeFolder(), ".config");
-}
-
-// The value of the first line `key=value` of an INI-like file, optionally only within [section].
-std::optional<std::string> iniValue(const std::string& path, std::string_view section,
-                                    std::string_view key) {
-  const SharedBytes contents = read(path, 1 << 20);
-  if (!contents) return std::nullopt;
-  bool inside = section.empty();
-  for (std::size_t at = 0; at < contents->size();) {
-    const std::size_t end = std::min(contents->find('\n', at), contents->size());
-    const std::string_view line =
-        text::trimmedBlanksAndNewlines(std::string_view(*contents).substr(at, end - at));
-    at = end + 1;
-    if (line.starts_with('[')) {
-      inside = section.empty() || line == "[" + std::string(section) + "]";
-    } else if (inside && line.starts_with(key)) {
-      std::string_view rest = text::trimmedBlanks(line.substr(key.size()));
-      if (!rest.starts_with('=')) continue;
-      rest = text::trimmedBlanks(rest.substr(1));
-      if (rest.size() >= 2 && rest.starts_with('"') && rest.ends_with('"'))
-        rest = rest.substr(1, rest.size() - 2);
-      if (!rest.empty()) return std::string(rest);
-    }
-  }
-  return std::nullopt;
-}
-
-// A folder of xdg-user-dirs, whose file holds lines such as XDG_DESKTOP_DIR="$HOME/Desktop".
-std::string userFolder(std::string_view key, const std::string& fallback) {
-  if (auto value = iniValue(join(configFolder(), "user-dirs.dirs"), "", key)) {
-    if (value->starts_with("$HOME")) value = homeFolder() + value->substr(5);
-    // A key that points at the home folder itself means "there is none".
-    if (value->starts_with('/') && *value != homeFolder() && *value != homeFolder() + "/")
-      return *value;
-  }
-  return join(homeFolder(), fallback);
-}
-
-// A path, or a file URL with its percent signs decoded.
-std::string pathFrom(const std::string& setting) {
-  if (!setting.starts_with("file://")) return setting;
-  std::string path;
-  for (std::size_t at = 7; at < setting.size(); ++at) {
-    unsigned byte = 0;
-    const char* digits = setting.data() + at + 1;
-    if (setting[at] == '%' && at + 2 < setting.size() &&
-        std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
-      path += static_cast<char>(byte);
-      at += 2;
-    } else {
-      path += setting[at];
-    }
-  }
-  return path;
-}
-
-}  // namespace
-
-std::string desktopFolder() { return userFolder("XDG_DESKTOP_DIR", "Desktop"); }
-std::string picturesFolder() { return userFolder("XDG_PICTURES_DIR", "Pictures"); }
-
-namespace {
-std::optional<std::string> toolsScreenshotFolder() {
-  const std::string config = configFolder();
-  const struct {
-    const char* file;
-    const char* section;
-    const char* key;
-  } settings[] = {
-      {"spectaclerc", "ImageSave", "imageSaveLocation"},
-      {"spectaclerc", "Save", "defaultSaveLocation"},
-      {"flameshot/flameshot.ini", "General", "savePath"},
-      {"xfce4/xfce4-screenshooter", "", "screenshot_dir"},
-      {"ksnip/ksnip.conf", "Application", "SaveDirectory"},
-  };
-  for (const auto& [file, section, key] : settings)
-    if (auto value = iniValue(join(config, file), section, key)) return pathFrom(*value);
-  const char* desktop = std::getenv("XDG_CURRENT_DESKTOP");
-  const auto runs = [&](const char* name) { return desktop && std::strstr(desktop, name); };
-  const auto exists = [](const std::string& folder) {
-    struct stat status {};
-    return stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-  };
-  // GNOME's shell has no setting: it saves into a folder that it names in the user's language.
-  if (runs("GNOME")) {
-    std::string folder = join(picturesFolder(), dgettext("gnome-shell", "Screenshots"));
-    if (exists(folder)) return folder;
-  }
-  // Spectacle, as long as nothing else is set.
-  if (runs("KDE")) {
-    std::string folder = join(picturesFolder(), "Screenshots");
-    return exists(folder) ? folder : picturesFolder();
-  }
-  return std::nullopt;
-}
-}  // namespace
-
-std::optional<std::string> screenshotLocation() {
-  if (const SharedText set = readDefaultsText(defaultsPath("com.apple.screencapture"), "location"))
-    return *set;
-  return toolsScreenshotFolder();
 }
 
 }  // namespace marbelot::files

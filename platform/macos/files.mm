@@ -155,6 +155,8 @@ std::optional<std::string> screenshotLocation() {
   }
 }
 
+std::vector<std::string> usualScreenshotFolders() { return {}; }
+
 static bool isMarkedAndWhole(const std::string& path) {
   constexpr char kMark[] = "com.apple.metadata:kMDItemIsScreenCapture";
   if (getxattr(path.c_str(), kMark, nullptr, 0, 0, 0) <= 0) return false;

@@ -170,9 +170,62 @@ TEST_F(AppDelegateTest, TheScreenshotToolsSettingNamesTheFolder) {
   writeFile(home_ / "config/marbelot/com.apple.screencapture.json", R"({"location": "~/Shots"})");
   launch();
   EXPECT_EQ(desktop_.folderEvents.watched, std::vector<std::string>{home_ / "Shots"});
+  EXPECT_FALSE(itemAt(menu(), {"From the next launch: *"}));
   writeFile(home_ / "config/marbelot/com.apple.screencapture.json", R"({"location": 7})");
   choose({"Settings", "Show clipboard preview at top"});
-  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Desktop"})) << "asked anew at each build";
+  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Shots"})) << "what is watched, until then";
+  EXPECT_TRUE(itemAt(menu(), {"From the next launch: " + home_ / "Desktop"}));
+}
+
+// A new account: the tools make their folder for the first screenshot.
+TEST_F(AppDelegateTest, FollowsTheDesktopsOwnToolToTheFolderThatItMakes) {
+  setenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME", 1);
+  launch();
+  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Desktop"}));
+  screenshot("Screenshot 1.png");
+  EXPECT_TRUE(itemAt(menu(), {"Copied this session: 1"}));
+  std::filesystem::create_directory(home_ / "Pictures");
+  desktop_.folderEvents.fire();
+  desktop_.queue.drain();
+  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Pictures"})) << "as older versions do";
+  writeFile(home_ / "Pictures/Screenshots/Screenshot 2.png", *png(320));
+  desktop_.folderEvents.fire();
+  desktop_.queue.drain();
+  EXPECT_TRUE(itemAt(menu(), {"Watching: " + home_ / "Pictures/Screenshots"}));
+  EXPECT_TRUE(itemAt(menu(), {"Last: Screenshot 2.png"}));
+  screenshot("Screenshot 3.png");
+  writeFile(home_ / "Pictures/Screenshot 4.png", *png(10));
+  desktop_.folderEvents.fire();
+  EXPECT_TRUE(itemAt(menu(), {"Copied this session: 2"})) << "the others are watched no more";
+  desktop_.queue.advance(5);
+  EXPECT_TRUE(desktop_.dialogs.shown.empty());
+  EXPECT_FALSE(itemAt(menu(), {"From the next launch: *"}));
+}
+
+TEST_F(AppDelegateTest, ASettingIsNotFollowedElsewhere) {
+  setenv("XDG_CURRENT_DESKTOP", "KDE", 1);
+  std::filesystem::create_directory(home_ / "Shots");
+  writeFile(home_ / "config/spectaclerc",
+            "[ImageSave]\nimageSaveLocation[$e]=file://$HOME/Shots\n");
+  launch();
+  EXPECT_EQ(desktop_.folderEvents.watched, std::vector<std::string>{home_ / "Shots"});
+}
+
+TEST_F(AppDelegateTest, ARefusalToTellOfChangesIsToldOnceAndShownWhileItLasts) {
+  const char* line = "Looking every second: the system does not tell of changes";
+  desktop_.folderEvents.refusing = true;
+  launch();
+  EXPECT_TRUE(itemAt(menu(), {line}));
+  EXPECT_EQ(desktop_.notices.posted.size(), 1U);
+  for (const bool refusing : {false, true}) {
+    desktop_.folderEvents.refusing = refusing;
+    desktop_.folderEvents.fire();
+    desktop_.queue.drain();
+    EXPECT_EQ(itemAt(menu(), {line}) != nullptr, refusing);
+  }
+  EXPECT_EQ(desktop_.notices.posted.size(), 1U);
+  screenshot("Screenshot 1.png");
+  EXPECT_TRUE(itemAt(menu(), {"Copied this session: 1"}));
 }
 
 TEST_F(AppDelegateTest, TogglesAreStoredAtOnceAndReadAtLaunch) {

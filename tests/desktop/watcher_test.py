@@ -3,11 +3,25 @@
 import os
 import pathlib
 import shutil
+import struct
 import time
 import unittest
 
 from desktop_case import (BIN, MARK, NOTICE_TITLE, DesktopTest, Marbelot, png, screenshot_name,
                           stays, until)
+
+
+def catalogue(translations):
+    """The bytes of a gettext catalogue."""
+    pairs = [(a.encode(), b.encode()) for a, b in sorted(translations.items())]
+    count = len(pairs)
+    strings, tables = b"", [b"", b""]
+    for side in (0, 1):
+        for pair in pairs:
+            tables[side] += struct.pack("<II", len(pair[side]), 28 + 16 * count + len(strings))
+            strings += pair[side] + b"\0"
+    return struct.pack("<7I", 0x950412de, 0, count, 28, 28 + 8 * count, 0,
+                       28 + 16 * count) + tables[0] + tables[1] + strings
 
 
 class WatcherTest(DesktopTest):
@@ -227,6 +241,70 @@ class WatcherTest(DesktopTest):
         self.start()
         self.mount(self.shots, "size=1m")
         self.check_only_new_ones(1)
+
+    def watch_nothing_set(self, **env):
+        """Starts the program as in an account where nothing was set yet."""
+        location = self.screen.config / "marbelot/com.apple.screencapture.json"
+        location.parent.mkdir(exist_ok=True)
+        location.write_text("{}")
+        self.start(env=env, watched=False)
+
+    def take_first(self, folder):
+        """Saves a screenshot as a tool does that makes its folder for it."""
+        self.assertEqual(self.program.line("Watching: "), str(self.screen.home / "Desktop"))
+        folder.mkdir(parents=True)
+        path = folder / screenshot_name(1)
+        self.screen.run("maim", path, check=True)
+        self.wait_copied(path)
+        self.assertEqual(self.program.line("Watching: "), str(folder))
+        self.assertIsNone(self.program.line("⚠︎ Allow screenshot access…"))
+        self.assertNotIn(b"alert", self.program.ctl("windows").stdout)
+        second = folder / screenshot_name(2)
+        second.write_bytes(png(seed=2))
+        self.wait_copied(second)
+        self.assertEqual(self.program.copied(), 2)
+
+    def test_first_screenshot_of_a_new_account(self):
+        for desktop, folder in (("ubuntu:GNOME", "Pictures/Screenshots"), ("KDE", "Pictures")):
+            with self.subTest(desktop=desktop):
+                self.setUp()
+                self.watch_nothing_set(XDG_CURRENT_DESKTOP=desktop)
+                # Longer than until the prompt for a folder that cannot be read.
+                stays(self.nothing_copied, "nothing told", 3)
+                self.take_first(self.screen.home / folder)
+
+    def test_folder_named_in_the_users_language(self):
+        self.screen.config.joinpath("user-dirs.dirs").write_text(
+            'XDG_PICTURES_DIR="$HOME/Bilder"\n')
+        catalogues = self.screen.home / "share/locale/de/LC_MESSAGES"
+        catalogues.mkdir(parents=True)
+        catalogues.joinpath("gnome-shell.mo").write_bytes(
+            catalogue({"": "Content-Type: text/plain; charset=UTF-8\n",
+                       "Screenshots": "Bildschirmfotos"}))
+        self.watch_nothing_set(XDG_CURRENT_DESKTOP="GNOME", LANGUAGE="de",
+                               XDG_DATA_DIRS=f"{self.screen.home}/none:{self.screen.home}/share")
+        self.take_first(self.screen.home / "Bilder/Bildschirmfotos")
+
+    def test_system_that_refuses_to_watch(self):
+        alone = ("unshare", "--user", "--map-current-user", "--keep-caps")
+        limit = "/proc/sys/user/max_inotify_instances"
+        if self.screen.run(*alone, "test", "-w", limit).returncode != 0:
+            self.skipTest("limits cannot be set here")
+        (self.screen.config / "marbelot").mkdir(exist_ok=True)
+        self.start(watched=False, through=(
+            *alone, "sh", "-c", f'echo 0 > {limit}; exec "$@"', "sh"))
+        until(lambda: self.program.line("Looking every second"), "line in the menu")
+        until(lambda: len(self.screen.notices()) == 1, "notice")
+        self.assertFalse(self.program.watches_folder())
+        self.wait_copied(self.program.save(screenshot_name(1), png(seed=1)))
+
+        self.screen.run("nsenter", "--user", "--preserve-credentials", "--target",
+                        str(self.program.process.pid), "sh", "-c", f"echo 128 > {limit}",
+                        check=True)
+        until(self.program.watches_folder, "folder watched again")
+        until(lambda: self.program.line("Looking every second") is None, "no line in the menu")
+        self.wait_copied(self.program.save(screenshot_name(2), png(seed=2)))
+        self.assertEqual(len(self.screen.notices()), 3, "the trouble is told once")
 
     def test_two_hundred_at_once(self):
         self.start()

@@ -1,0 +1,171 @@
+// The user's folders as xdg-user-dirs has them, and where screenshot tools save.
+
+#include <libintl.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+
+#include "platform/files.h"
+#include "platform/linux/user_defaults.h"
+#include "platform/text.h"
+
+namespace marbelot::files {
+namespace {
+
+std::string configFolder() {
+  const char* configured = std::getenv("XDG_CONFIG_HOME");
+  return configured && *configured ? configured : join(homeFolder(), ".config");
+}
+
+// The value of the first line `key=value` of an INI-like file, optionally only within [section].
+std::optional<std::string> iniValue(const std::string& path, std::string_view section,
+                                    std::string_view key) {
+  const SharedBytes contents = read(path, 1 << 20);
+  if (!contents) return std::nullopt;
+  bool inside = section.empty();
+  for (std::size_t at = 0; at < contents->size();) {
+    const std::size_t end = std::min(contents->find('\n', at), contents->size());
+    const std::string_view line =
+        text::trimmedBlanksAndNewlines(std::string_view(*contents).substr(at, end - at));
+    at = end + 1;
+    if (line.starts_with('[')) {
+      inside = section.empty() || line == "[" + std::string(section) + "]";
+    } else if (inside && line.starts_with(key)) {
+      std::string_view rest = text::trimmedBlanks(line.substr(key.size()));
+      // KDE's mark of a value that names an environment variable.
+      if (rest.starts_with("[$e]")) rest = text::trimmedBlanks(rest.substr(4));
+      if (!rest.starts_with('=')) continue;
+      rest = text::trimmedBlanks(rest.substr(1));
+      if (rest.size() >= 2 && rest.starts_with('"') && rest.ends_with('"'))
+        rest = rest.substr(1, rest.size() - 2);
+      if (!rest.empty()) return std::string(rest);
+    }
+  }
+  return std::nullopt;
+}
+
+std::string expandingHome(std::string path) {
+  return path.starts_with("$HOME") ? homeFolder() + path.substr(5) : path;
+}
+
+// A folder of xdg-user-dirs, whose file holds lines such as XDG_DESKTOP_DIR="$HOME/Desktop".
+std::optional<std::string> configuredFolder(std::string_view key) {
+  const auto value = iniValue(join(configFolder(), "user-dirs.dirs"), "", key);
+  if (!value) return std::nullopt;
+  std::string folder = expandingHome(*value);
+  // One that points at the home folder itself means "there is none".
+  if (!folder.starts_with('/') || folder == homeFolder() || folder == homeFolder() + "/")
+    return std::nullopt;
+  return folder;
+}
+
+// A path, or a file URL with its percent signs decoded.
+std::string pathFrom(const std::string& setting) {
+  if (!setting.starts_with("file://")) return setting;
+  std::string path;
+  for (std::size_t at = 7; at < setting.size(); ++at) {
+    unsigned byte = 0;
+    const char* digits = setting.data() + at + 1;
+    if (setting[at] == '%' && at + 2 < setting.size() &&
+        std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+      path += static_cast<char>(byte);
+      at += 2;
+    } else {
+      path += setting[at];
+    }
+  }
+  return path;
+}
+
+// What the screenshot tools' own settings say.
+std::optional<std::string> toolsSetting() {
+  constexpr struct {
+    const char* file;
+    const char* section;
+    const char* key;
+  } settings[] = {
+      {"spectaclerc", "ImageSave", "imageSaveLocation"},
+      {"spectaclerc", "Save", "defaultSaveLocation"},
+      {"flameshot/flameshot.ini", "General", "savePath"},
+      {"xfce4/xfce4-screenshooter", "", "screenshot_dir"},
+      {"ksnip/ksnip.conf", "Application", "SaveDirectory"},
+  };
+  for (const auto& [file, section, key] : settings)
+    if (auto value = iniValue(join(configFolder(), file), section, key))
+      return expandingHome(pathFrom(*value));
+  return std::nullopt;
+}
+
+// Whether the session is of the desktop: "ubuntu:GNOME", "X-Cinnamon".
+bool desktopIs(std::string_view name) {
+  const char* value = std::getenv("XDG_CURRENT_DESKTOP");
+  const std::string names = ":" + std::string(value ? value : "") + ":";
+  return names.find(":" + std::string(name) + ":") != std::string::npos;
+}
+
+// The name that a program's catalogue gives to the folder, wherever the program is installed.
+std::string translatedName(const char* program) {
+  constexpr const char* name = "Screenshots";
+  bind_textdomain_codeset(program, "UTF-8");
+  const char* configured = std::getenv("XDG_DATA_DIRS");
+  std::string_view left = configured && *configured ? configured : "/usr/local/share:/usr/share";
+  while (!left.empty()) {
+    const std::size_t end = std::min(left.find(':'), left.size());
+    bindtextdomain(program, join(std::string(left.substr(0, end)), "locale").c_str());
+    if (const std::string translated = dgettext(program, name); translated != name)
+      return translated;
+    left.remove_prefix(std::min(end + 1, left.size()));
+  }
+  return name;
+}
+
+// The language stays the same as long as the program runs, and the lookups cost something.
+const std::array<std::string, 3>& screenshotsNames() {
+  static const std::array<std::string, 3> names = {translatedName("gnome-shell"),
+                                                   translatedName("spectacle"), "Screenshots"};
+  return names;
+}
+
+}  // namespace
+
+std::string desktopFolder() {
+  return configuredFolder("XDG_DESKTOP_DIR").value_or(join(homeFolder(), "Desktop"));
+}
+
+std::string picturesFolder() {
+  return configuredFolder("XDG_PICTURES_DIR").value_or(join(homeFolder(), "Pictures"));
+}
+
+std::optional<std::string> screenshotLocation() {
+  if (const SharedText set = readDefaultsText(defaultsPath("com.apple.screencapture"), "location"))
+    return *set;
+  return toolsSetting();
+}
+
+std::vector<std::string> usualScreenshotFolders() {
+  std::vector<std::string> folders;
+  const auto add = [&](std::string folder) {
+    if (std::find(folders.begin(), folders.end(), folder) == folders.end())
+      folders.push_back(std::move(folder));
+  };
+  // GLib's programs take the home folder where no folder for pictures is set.
+  const bool hasPictures = configuredFolder("XDG_PICTURES_DIR").has_value();
+  // GNOME's shell and Spectacle name a folder in the user's language and make it when they need it;
+  // their older versions save among the pictures.
+  if (desktopIs("GNOME") || desktopIs("KDE")) {
+    for (const std::string& name : screenshotsNames()) add(join(picturesFolder(), name));
+    if (!hasPictures && desktopIs("GNOME"))
+      for (const std::string& name : screenshotsNames()) add(join(homeFolder(), name));
+    add(picturesFolder());
+  }
+  // xfce4-screenshooter and gnome-screenshot. MATE's tool saves on the desktop.
+  if (desktopIs("XFCE") || desktopIs("X-Cinnamon") || desktopIs("Cinnamon")) {
+    add(picturesFolder());
+    if (!hasPictures) add(homeFolder());
+  }
+  return folders;
+}
+
+}  // namespace marbelot::files
