@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/text.h"
+
 namespace marbelot {
 namespace {
 
@@ -21,6 +23,19 @@ MenuItemRef itemWithAction(const Menu& menu, const std::string& action,
     if (MenuItemRef found = itemWithAction(*item->submenu, action, object)) return found;
   }
   return nullptr;
+}
+
+// The item that is shown with this title, else all whose titles go on after it: with a preview of
+// what they would do, or a count.
+std::vector<MenuItemRef> itemsTitled(const Menu& menu, const std::string& title) {
+  std::vector<MenuItemRef> beginning;
+  for (const MenuItemRef& item : menu.items) {
+    if (item->separator || item->hidden) continue;
+    const std::string shown = text::shownTitle(item->title);
+    if (shown == title) return {item};
+    if (!title.empty() && shown.starts_with(title + " ")) beginning.push_back(item);
+  }
+  return beginning;
 }
 
 // A represented object from the command line, for an item that the menu does not show right now.
@@ -67,13 +82,11 @@ std::string MenuRequests::invokeTitles(const std::string& titles) {
     const std::string title = titles.substr(at, end - at);
     at = end + 1;
     if (!level) return "\"" + found->title + "\" has no submenu";
-    const auto item =
-        std::find_if(level->items.begin(), level->items.end(), [&](const MenuItemRef& candidate) {
-          return !candidate->separator && !candidate->hidden && candidate->title == title;
-        });
-    if (item == level->items.end()) return "the menu has no item \"" + title + "\"";
-    found = *item;
-    if (!found->enabled) return "\"" + title + "\" is disabled";
+    const auto items = itemsTitled(*level, text::shownTitle(title));
+    if (items.empty()) return "the menu has no item \"" + title + "\"";
+    if (items.size() > 1) return "several items begin with \"" + title + "\"";
+    found = items.front();
+    if (!found->enabled) return "\"" + found->title + "\" is disabled";
     level = found->submenu.get();
   }
   if (found->submenu) return "\"" + found->title + "\" is a submenu";

@@ -59,8 +59,9 @@ class Workspace {
 // What another process can ask of the running program. All on the main thread.
 struct RemoteRequests {
   std::function<std::string()> menu;  // JSON
-  // Carries out a menu item: by its titles from the top (joined by U+001F), or by action and
-  // represented object. Returns an error for the user, empty when done.
+  // Carries out a menu item: by its titles from the top (joined by U+001F; the beginning of one is
+  // enough where it ends with a word and no other begins so), or by action and represented object.
+  // Returns an error for the user, empty when done.
   std::function<std::string(const std::string& titles)> invokeTitles;
   std::function<std::string(const std::string& action, const std::optional<std::string>& object)>
       invokeAction;

@@ -41,6 +41,11 @@ bool isValid(std::string_view bytes);
 // Valid UTF-8 whatever came in: every invalid sequence and lone surrogate becomes U+FFFD.
 std::string sanitized(std::string bytes);
 
+// A title as it is shown, in a menu or on a terminal: control characters and line separators, which
+// would be acted upon, as one blank each; without marks of direction, which would make it read as
+// another one.
+std::string shownTitle(std::string_view title);
+
 // Unicode properties: Alphabetic, Numeric_Type other than None, Lowercase, Uppercase.
 bool isLetter(char32_t c);
 bool isNumber(char32_t c);

@@ -110,6 +110,19 @@ std::string sanitized(std::string bytes) {
   return result;
 }
 
+std::string shownTitle(std::string_view title) {
+  std::string shown;
+  for (std::size_t at = 0; at < title.size();) {
+    const Scalar scalar = scalarAt(title, at);
+    const auto c = static_cast<UChar32>(scalar.value);
+    at += scalar.bytes;
+    if (u_hasBinaryProperty(c, UCHAR_BIDI_CONTROL)) continue;
+    const bool acts = u_charType(c) == U_CONTROL_CHAR || c == 0x2028 || c == 0x2029;
+    appendScalar(shown, acts ? U' ' : scalar.value);
+  }
+  return shown;
+}
+
 bool isLetter(char32_t c) {
   if (isAscii(c)) return kAscii[c] & kLetter;
   return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC);

@@ -123,6 +123,7 @@ std::string withReturnSigns(std::string_view text) {
 // ends depends on nothing beyond the scalar that follows it.
 template <typename Transform>
 std::string previewOf(std::string_view text, std::size_t limit, Transform transform) {
+  limit = std::min(limit, text.size());
   for (std::size_t bytes = 4 * limit + 64;; bytes *= 2) {
     std::size_t cut = std::min(bytes, text.size());
     while (cut > 0 && cut < text.size() && text::isContinuation(text[cut])) --cut;

@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "platform/linux/remote_control.h"
+#include "platform/text.h"
 #include "tools/arguments.h"
 
 namespace marbelot::ctl {
@@ -17,8 +18,11 @@ namespace {
 constexpr int answerMilliseconds = 10000;
 constexpr const char* titleSeparator = "\x1f";
 
+// What was copied may stand in it and must not drive the terminal.
+std::string shown(const QString& title) { return text::shownTitle(title.toStdString()); }
+
 int fail(const QString& message) {
-  std::fprintf(stderr, "marbelotctl: %s\n", qUtf8Printable(message));
+  std::fprintf(stderr, "marbelotctl: %s\n", shown(message).c_str());
   return failed;
 }
 
@@ -55,7 +59,7 @@ void printMenu(const QJsonArray& items, int depth) {
     if (const QString key = item["key"].toString(); !key.isEmpty())
       line += "  [Ctrl+" + key.toUpper() + "]";
     if (!item["enabled"].toBool()) line += "  (disabled)";
-    std::printf("%*s%s\n", depth * 2, "", qUtf8Printable(line));
+    std::printf("%*s%s\n", depth * 2, "", shown(line).c_str());
     if (item.contains("submenu")) printMenu(item["submenu"].toArray(), depth + 1);
   }
 }
@@ -65,7 +69,7 @@ void printWindows(const QJsonArray& windows) {
     const QJsonObject window = value.toObject();
     std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", qUtf8Printable(window["id"].toString()),
                 window["width"].toDouble(), window["height"].toDouble(), window["x"].toDouble(),
-                window["y"].toDouble(), qUtf8Printable(window["title"].toString()));
+                window["y"].toDouble(), shown(window["title"].toString()).c_str());
   }
 }
 

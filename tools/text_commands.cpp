@@ -38,6 +38,8 @@ std::optional<std::string> readInput(const std::vector<std::string>& files) {
     bytes.append(buffer.data(), static_cast<std::size_t>(got));
   }
   if (input != STDIN_FILENO) close(input);
+  if (text::isValid(bytes)) return bytes;
+  std::fputs("marbelotctl: the text is not valid UTF-8; U+FFFD stands for what is not\n", stderr);
   return text::sanitized(std::move(bytes));
 }
 

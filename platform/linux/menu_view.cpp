@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "platform/linux/x11_connection.h"
+#include "platform/text.h"
 
 Q_DECLARE_METATYPE(marbelot::MenuItemRef)
 
@@ -31,19 +32,9 @@ MenuItemRef itemWithKey(const Menu& menu, const std::string& key) {
   return nullptr;
 }
 
-// Titles show what was copied. Qt takes what follows a tab for the shortcut, and a mark of
-// direction would make a title read as another one.
-QString shownTitle(const std::string& title) {
-  QString shown;
-  for (const QChar c : QString::fromStdString(title)) {
-    const char16_t u = c.unicode();
-    const bool turns = u == 0x061C || u == 0x200E || u == 0x200F || (u >= 0x202A && u <= 0x202E) ||
-                       (u >= 0x2066 && u <= 0x2069);
-    const bool breaks = c.category() == QChar::Other_Control || u == 0x2028 || u == 0x2029;
-    if (!turns) shown += breaks ? QChar(u' ') : c;
-    if (c == u'&') shown += c;  // one alone marks a mnemonic
-  }
-  return shown;
+// One "&" alone would mark a mnemonic.
+QString menuTitle(const std::string& title) {
+  return QString::fromStdString(text::shownTitle(title)).replace('&', "&&");
 }
 
 // What the key would type on the Latin layout that the user has beside a Cyrillic, Greek or other
@@ -155,7 +146,7 @@ void MenuView::dress(QAction& action, const MenuItemRef& item) {
   action.setData(QVariant::fromValue(item));
   action.setVisible(!item->hidden);
   if (item->separator) return;
-  QString title = shownTitle(item->title);
+  QString title = menuTitle(item->title);
   if (!item->key.empty()) {
     // Shown like a shortcut; carried out by our own key handling, because a popup of a program that
     // is not active gets no shortcuts from Qt.

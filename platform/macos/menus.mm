@@ -1,6 +1,7 @@
 #import "platform/macos/menus.h"
 
 #include "platform/macos/conversions.h"
+#include "platform/text.h"
 
 using marbelot::MenuItemRef;
 
@@ -74,7 +75,7 @@ using marbelot::MenuItemRef;
   MarbelotItemBox* box = [[MarbelotItemBox alloc] init];
   box->item = item;
   shown.representedObject = box;
-  shown.title = marbelot::nsString(item->title);
+  shown.title = marbelot::nsString(marbelot::text::shownTitle(item->title));
   shown.enabled = item->enabled;
   shown.state = item->checked ? NSControlStateValueOn : NSControlStateValueOff;
   shown.keyEquivalent = marbelot::nsString(item->key);

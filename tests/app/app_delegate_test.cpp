@@ -280,6 +280,14 @@ TEST_F(AppDelegateTest, RequestsFindItemsAndSayWhatIsWrong) {
   EXPECT_EQ(ask.invokeTitles("Settings"), "\"Settings\" is a submenu");
   EXPECT_EQ(ask.invokeTitles("Copied this session: 0"), "\"Copied this session: 0\" is disabled");
   EXPECT_EQ(ask.invokeTitles("Quit Marbelot\x1fX"), "\"Quit Marbelot\" has no submenu");
+  desktop_.pasteboard.copyElsewhere("a \n\x1b[31mb");
+  EXPECT_EQ(ask.invokeTitles("Clipboard"), "several items begin with \"Clipboard\"");
+  EXPECT_EQ(ask.invokeTitles("Flatten newlines\x1fOne"), "") << "… line (spaces) → “a  [31mb”";
+  EXPECT_EQ(*desktop_.pasteboard.contents().text, "a \x1b[31mb");
+  EXPECT_EQ(ask.invokeTitles("Trim clipboard\x1fTrim"), "several items begin with \"Trim\"");
+  EXPECT_EQ(ask.invokeTitles("Trim clipboard\x1fTrim both sides → “a  [31mb”"), "") << "as shown";
+  EXPECT_EQ(ask.invokeTitles("Q"), "the menu has no item \"Q\"");
+  EXPECT_EQ(ask.invokeTitles(""), "the menu has no item \"\"");
   EXPECT_EQ(ask.invokeAction("noSuchAction", std::nullopt), "there is no action \"noSuchAction\"");
   desktop_.pasteboard.copyElsewhere("a\nb");
   EXPECT_EQ(ask.invokeAction("flattenClipboard:", ""), "");

@@ -142,6 +142,18 @@ class ServicesTest(DesktopTest):
             failed = self.program.ctl(*arguments)
             self.assertEqual(failed.returncode, 1, arguments)
             self.assertEqual(failed.stderr.count(b"\n"), 1, failed.stderr)
+        help_text = self.program.ctl("help").stdout.decode()
+        for default in ("one space", "both", "36"):
+            self.assertIn(f"default: {default}", help_text)
+        preview = self.program.ctl("preview", "--limit", str(1 << 62), input=b"a\nb\xff")
+        self.assertEqual(preview.stdout.decode(), "“a⏎b\ufffd”\n")
+        self.assertEqual(preview.stderr.count(b"not valid UTF-8"), 1)
+        # What was copied does not drive the terminal.
+        self.screen.set_clipboard("these words \x1b[2J were \u202e copied \x07 here".encode())
+        until(lambda: any("copied" in title for title in self.program.history()), "copied")
+        printed = self.program.ctl("menu").stdout.decode()
+        self.assertIn("words [2J were", " ".join(printed.split()))
+        self.assertEqual([c for c in printed if c != "\n" and not c.isprintable()], [])
         self.screen.run("xdotool", "mousemove", *map(str, POINTER))
         self.assertEqual(self.program.ctl("menu", "--popup").returncode, 0)
         self.check_popup_at_pointer()

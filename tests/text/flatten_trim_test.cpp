@@ -126,6 +126,10 @@ TEST(Previews, Quoted) {
       {"a" + repeated("\u0301", 500), 1, "“a" + repeated("\u0301", 500) + "”"},
       {std::string(207, 'x') + "\r\n", 208, "“" + std::string(207, 'x') + "⏎”"},
       {"abc", 0, "“…”"},
+      {"", SIZE_MAX, "(empty)"},
+      {"a\r\nb", SIZE_MAX / 2 + 1, "“a⏎b”"},
+      {"a\nb", SIZE_MAX / 4 + 1, "“a⏎b”"},  // four bytes for each would be none
+      {"a\nb", SIZE_MAX - 14, "“a⏎b”"},
   };
   for (const auto& [text, limit, expected] : cases) {
     EXPECT_EQ(quotedPreview(text, limit), expected) << text;
