@@ -63,14 +63,13 @@ void ClipboardHistory::tick() {
   lastChangeCount = changes.empty() ? count : std::max(count, changes.back().count);
   bool recorded = false;
   for (const PasteboardChange& change : changes) recorded |= record(change.contents);
-  if (!recorded) return;
-  saveClipHistory();
+  if (recorded) saveClipHistory();
+  // The menu also shows a copy that is not recorded.
   shell_.rebuildMenu();
 }
 
 void ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
-  if (!record(contents)) return;
-  saveClipHistory();
+  if (record(contents)) saveClipHistory();
   shell_.rebuildMenu();
 }
 
@@ -170,8 +169,10 @@ bool ClipboardHistory::copyWithoutRecording(const Image& image) {
 }
 
 bool ClipboardHistory::written(std::optional<std::int64_t> count) {
-  if (count) lastChangeCount = *count;
-  return count.has_value();
+  if (!count) return false;
+  lastChangeCount = *count;
+  shell_.rebuildMenu();
+  return true;
 }
 
 std::string ClipboardHistory::clipImagesFolder() const {

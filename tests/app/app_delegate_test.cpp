@@ -90,6 +90,29 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
   EXPECT_EQ(desktop_.defaults.writes, 0) << "a first launch stores nothing";
 }
 
+TEST_F(AppDelegateTest, AnOpenMenuFollowsEveryCopy) {
+  launch();
+  desktop_.statusItem.open();
+  const auto preview = [&] {
+    desktop_.queue.advance(0);
+    return desktop_.statusItem.menu->items[3]->title;
+  };
+  const auto copied = [&](SharedText text, bool concealed = false) {
+    PasteboardContents contents;
+    contents.text = std::move(text);
+    contents.concealed = concealed;
+    desktop_.pasteboard.copyElsewhere(std::move(contents), true);
+    return preview();
+  };
+  EXPECT_EQ(copied(share("first copy")), "“first copy”");
+  EXPECT_EQ(copied(share("open sesame"), true), "(hidden by its owner)");
+  EXPECT_EQ(copied(share("first copy")), "“first copy”") << "a repeated copy is not recorded";
+  EXPECT_EQ(copied(share(" ")), "“ ”");
+  EXPECT_EQ(copied(nullptr), "(empty)");
+  EXPECT_EQ(desktop_.application.requests.invokeAction("copyPath:", "/a/path"), "");
+  EXPECT_EQ(preview(), "“/a/path”") << "nor is what the program held already";
+}
+
 TEST_F(AppDelegateTest, ReadsItsSettingsInOrder) {
   launch();
   std::vector<std::string> reads;
