@@ -14,8 +14,9 @@
 
 int main(int argc, char** argv) {
   marbelot::limitResources();
-  const bool toPixels = argc == 2 && std::string_view(argv[1]) == marbelot::pixelsTask;
-  if (toPixels && marbelot::decodePng(marbelot::standardInput(), marbelot::outputBitmap)) return 0;
+  const std::string_view bytes = marbelot::standardInput();
+  if (argc == 2 && argv[1] == marbelot::pixelsTask && marbelot::isOurPng(bytes))
+    return marbelot::decodePng(bytes, marbelot::outputBitmap) ? 0 : 1;
   const std::string formats = marbelot::helperPath("marbelot-formats");
   ::execvp(formats.c_str(), argv);
   return 1;

@@ -349,6 +349,11 @@ class Converter {
 
 }  // namespace
 
+bool isOurPng(std::string_view bytes) {
+  constexpr std::size_t interlacing = 28;  // its place in the first chunk
+  return bytes.starts_with("\x89PNG") && bytes.size() > interlacing && bytes[interlacing] == 0;
+}
+
 std::optional<Bitmap> decodePng(std::string_view bytes, const MakeBitmap& make) {
   const std::optional<Png> png = parse(bytes);
   if (!png || png->interlaced || !png->isPossible() ||

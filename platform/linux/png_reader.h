@@ -12,8 +12,11 @@ namespace marbelot {
 // Where the pixels go.
 using MakeBitmap = std::function<std::optional<Bitmap>(int width, int height)>;
 
-// None when the image is damaged, `make` has none, or the form is one of the rare that are left to
-// the toolkit: interlaced ones.
+// Whether it is a PNG of a form that is read here: interlaced ones are rare, and left to the
+// toolkit.
+bool isOurPng(std::string_view bytes);
+
+// None when the image is damaged or of another form, or `make` has none.
 std::optional<Bitmap> decodePng(std::string_view bytes, const MakeBitmap& make);
 
 }  // namespace marbelot
