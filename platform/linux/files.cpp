@@ -24,6 +24,22 @@ double seconds(const statx_timestamp& time) {
   return static_cast<double>(time.tv_sec) + time.tv_nsec / 1e9;
 }
 
+// False when the name is taken. File systems can rename without replacing, or link, or neither;
+// then the name is taken by an empty file first, which only we may replace.
+bool moveToFreeName(const std::string& from, const std::string& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno == EEXIST) return false;
+  if (link(from.c_str(), to.c_str()) == 0) {
+    unlink(from.c_str());
+    return true;
+  }
+  if (errno == EEXIST) return false;
+  if (!Descriptor(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600))) return false;
+  if (rename(from.c_str(), to.c_str()) == 0) return true;
+  unlink(to.c_str());
+  return false;
+}
+
 }  // namespace
 
 std::optional<std::vector<std::string>> list(const std::string& folder) {
@@ -74,12 +90,8 @@ bool create(const std::string& path, std::string_view bytes) {
   std::string temporary = path + ".XXXXXX";
   const Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
   if (!file) return false;
-  if (writeFully(file.get(), bytes) &&
-      renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0)
-    return true;
-  // File systems that cannot rename so can link.
-  const bool done = errno == EINVAL && link(temporary.c_str(), path.c_str()) == 0;
-  unlink(temporary.c_str());
+  const bool done = writeFully(file.get(), bytes) && moveToFreeName(temporary, path);
+  if (!done) unlink(temporary.c_str());
   return done;
 }
 

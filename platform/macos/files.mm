@@ -52,11 +52,16 @@ bool writeWhole(int descriptor, std::string_view bytes) {
   return true;
 }
 
-// A rename that never replaces. Not every volume has it (FAT, some network ones).
+// A rename that never replaces. Not every volume has it (FAT, some network ones): there the name is
+// taken by an empty file first, which only we may replace.
 bool moveToFreeName(const std::string& from, const std::string& to) {
   if (renamex_np(from.c_str(), to.c_str(), RENAME_EXCL) == 0) return true;
   if (errno != ENOTSUP) return false;
-  return access(to.c_str(), F_OK) != 0 && rename(from.c_str(), to.c_str()) == 0;
+  const Descriptor place(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (place.get() < 0) return false;
+  if (rename(from.c_str(), to.c_str()) == 0) return true;
+  unlink(to.c_str());
+  return false;
 }
 
 double seconds(const timespec& time) {
@@ -141,6 +146,8 @@ bool makeFolder(const std::string& path) {
 std::string homeFolder() { return withoutTrailingSlash(utf8(NSHomeDirectory())); }
 
 std::string desktopFolder() { return join(homeFolder(), "Desktop"); }
+
+std::string downloadsFolder() { return folderOrInHome(NSDownloadsDirectory, "Downloads"); }
 
 std::string picturesFolder() { return folderOrInHome(NSPicturesDirectory, "Pictures"); }
 
