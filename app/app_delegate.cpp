@@ -26,6 +26,15 @@ AppDelegate::AppDelegate(Platform& platform)
       analyses_(platform.queue),
       historyMenus_(platform, *this, actions_, history_, analyses_),
       imageHistory_(platform, *this, actions_, history_),
+      imageEditing_(
+          platform, *this, actions_,
+          [this](const MenuItem& sender) { return historyMenus_.imageFor(sender); },
+          [this](const Image& result) { history_.recordOvertaken(result); }),
+      imageExport_(
+          platform, *this, actions_,
+          [this](const MenuItem& sender) { return historyMenus_.imageFor(sender); },
+          [this](const SharedText& tag) { history_.recordOvertaken(tag); },
+          [this] { return history_.clipImagesFolder(); }),
       flattenTrim_(
           platform, *this, actions_,
           [this](const PasteboardContents& contents) { return history_.withheld(contents); }),
@@ -88,6 +97,7 @@ void AppDelegate::readSettings() {
   const UserDefaults& defaults = platform_.defaults;
   history_.autoSaveClipImages = defaults.boolFor(history_.autoSaveClipImagesKey);
   state_.showClipboardPreview = defaults.boolFor(showClipboardPreviewKey);
+  imageExport_.readSettings();
   history_.archiveToPictures = defaults.boolFor(history_.archiveToPicturesKey);
   collectCopies_.readSettings();
 }

@@ -15,6 +15,8 @@
 #include "clipboard/history_menus.h"
 #include "clipboard/image_history.h"
 #include "clipboard/text_analysis.h"
+#include "image/image_editing.h"
+#include "image/image_export.h"
 #include "platform/platform.h"
 #include "shell/shell.h"
 #include "text/canned_responses.h"
@@ -67,6 +69,9 @@ class AppDelegate : private Shell, private MenuDelegate {
   TextAnalyses analyses_;
   HistoryMenus historyMenus_;
   ImageHistory imageHistory_;
+
+  ImageEditing imageEditing_;
+  ImageExport imageExport_;
 
   FlattenTrim flattenTrim_;
   ClipboardViewer viewer_;

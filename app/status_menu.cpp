@@ -1,6 +1,7 @@
 #include "app/status_menu.h"
 
 #include "clipboard/clip_preview.h"
+#include "image/edit_request.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -23,6 +24,9 @@ void StatusMenu::buildMenu() {
     menu.addDisabled("On clipboard:");
     clipPreviewItem = menu.add(previewTitle(), "showClipboardViewer");
   }
+  editImageItem = menu.addSubmenu("Edit image", editMenu(EditClipboard{}));
+  imgTagClipItem = menu.add("Copy as <img> tag (base64)", "copyClipboardImageAsTag");
+  refreshImageItems();
   menu.add("Edit clipboard text…", "editClipboardText");
 
   menu.addSeparator();
@@ -78,12 +82,19 @@ std::string StatusMenu::previewTitle() {
   return clipPreviewTitle(contents, parts_.history.withheld(contents), parts_.analyses);
 }
 
+void StatusMenu::refreshImageItems() {
+  const bool none = !pasteboard_.contents().image;
+  editImageItem->hidden = none;
+  imgTagClipItem->hidden = none;
+}
+
 void StatusMenu::refresh() {
   clipHistoryItem->submenu = parts_.historyMenus.clipboardHistoryMenu();
   clipByTypeItem->submenu = parts_.historyMenus.clipboardByTypeMenu();
   imageHistoryItem->submenu = parts_.imageHistory.imageHistoryMenu();
   parts_.collectCopies.refreshMenu();
   if (clipPreviewItem) clipPreviewItem->title = previewTitle();
+  refreshImageItems();
   parts_.flattenTrim.refresh();
 }
 

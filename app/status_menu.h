@@ -57,6 +57,7 @@ class StatusMenu {
  private:
   std::shared_ptr<Menu> settingsMenu() const;
   std::string previewTitle();
+  void refreshImageItems();
 
   Pasteboard& pasteboard_;
   const MenuParts parts_;
@@ -64,6 +65,8 @@ class StatusMenu {
 
   // Items that are refreshed in place; empty until the menu is built.
   MenuItemRef clipPreviewItem;
+  MenuItemRef editImageItem;
+  MenuItemRef imgTagClipItem;
   MenuItemRef clipHistoryItem;
   MenuItemRef clipByTypeItem;
   MenuItemRef imageHistoryItem;

@@ -11,7 +11,7 @@
 
 #include "classification/classifier.h"
 #include "clipboard/clip_item.h"
-#include "clipboard/image_file.h"
+#include "image/image_file.h"
 #include "platform/platform.h"
 #include "platform/text.h"
 #include "shell/shell.h"
@@ -57,6 +57,9 @@ class ClipboardHistory {
   [[nodiscard]] bool copyWithoutRecording(SharedText text, bool concealed = false);
   [[nodiscard]] bool copyWithoutRecording(const Image& image);
 
+  // Records what was made while a newer copy came onto the clipboard: behind that one.
+  void recordOvertaken(Kind kind);
+
   // The owner asked that the contents be neither kept nor shown, and the user has not overruled it.
   bool withheld(const PasteboardContents& contents) const;
 
@@ -88,9 +91,9 @@ class ClipboardHistory {
 
   bool written(std::optional<std::int64_t> count);
   bool record(const PasteboardContents& contents);
-  void recordImage(const Image& image);
+  void recordImage(const Image& image, std::size_t place = 0);
   bool recordText(const SharedText& text);
-  void insert(Kind kind);
+  void insert(Kind kind, std::size_t place = 0);
   void fileArrived(std::uint64_t id, const std::string& path, Image image);
   std::optional<ClipItem> loadedItem(const Value& entry);
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "clipboard/category_titles.h"
+#include "image/edit_request.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -25,6 +26,14 @@ std::shared_ptr<Menu> emptyMenu() {
 }
 
 std::string bracketed(std::size_t count) { return " (" + std::to_string(count) + ")"; }
+
+// The index that the sender carries, itself or in what it asks to be done.
+std::optional<std::int64_t> representedIndex(const MenuItem& sender) {
+  if (const auto* index = std::get_if<std::int64_t>(&sender.represented)) return *index;
+  const auto request = editRequest(sender);
+  const auto* entry = std::get_if<EditClipHistory>(&request->source);
+  return entry ? std::optional(entry->index) : std::nullopt;
+}
 
 std::string entryTitle(ClipCategory category, const std::string& shown) {
   return std::string(categoryTitle(category).symbol) + " " + shown;
@@ -134,6 +143,7 @@ std::shared_ptr<Menu> HistoryMenus::entryMenu(const MenuItem& item, const Entry&
   };
   add("Copy to clipboard", "copyClipHistory:");
   if (entry.category == ClipCategory::image) {
+    add("Copy as <img> tag (base64)", "copyClipHistoryImageAsTag:");
     add("Reveal in Finder", "revealClipHistory:");
     add("Copy file path", "copyClipHistoryPath:");
   } else {
@@ -143,6 +153,10 @@ std::shared_ptr<Menu> HistoryMenus::entryMenu(const MenuItem& item, const Entry&
     add("Save as canned response", "saveClipAsCanned:");
   }
   add("Delete", "deleteClipHistory:");
+  if (entry.category == ClipCategory::image) {
+    const EditClipHistory source{static_cast<std::int64_t>(entry.index)};
+    menu->addSubmenu("Edit image", editMenu(source, item.payload));
+  }
   return menu;
 }
 
@@ -177,7 +191,7 @@ std::shared_ptr<Menu> HistoryMenus::clipboardByTypeMenu() {
 }
 
 std::optional<std::size_t> HistoryMenus::indexFor(const MenuItem& sender) const {
-  const auto* index = std::get_if<std::int64_t>(&sender.represented);
+  const auto index = representedIndex(sender);
   if (!index) return std::nullopt;
   if (sender.payload)
     for (const auto& [payload, id] : shown_)
@@ -190,6 +204,12 @@ std::optional<std::size_t> HistoryMenus::indexFor(const MenuItem& sender) const 
 SharedText HistoryMenus::textFor(const MenuItem& sender) const {
   const auto index = indexFor(sender);
   return index ? history_.clipHistory[*index].kind.text() : nullptr;
+}
+
+std::optional<Image> HistoryMenus::imageFor(const MenuItem& sender) const {
+  const auto index = indexFor(sender);
+  const Image* image = index ? history_.clipHistory[*index].kind.image() : nullptr;
+  return image ? std::optional(*image) : std::nullopt;
 }
 
 void HistoryMenus::copyClipHistory(const MenuItem& sender) {

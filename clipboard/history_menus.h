@@ -37,6 +37,8 @@ class HistoryMenus {
   std::optional<std::size_t> indexFor(const MenuItem& sender) const;
   // The text of that entry; null also when it is an image.
   SharedText textFor(const MenuItem& sender) const;
+  // Its image; none also when it is a text.
+  std::optional<Image> imageFor(const MenuItem& sender) const;
 
  private:
   struct Entry {

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "image/edit_request.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
@@ -132,6 +133,7 @@ std::shared_ptr<Menu> ImageHistory::imageHistoryMenu() {
     actions->add("Copy file path", "copyPath:", path);
     actions->add("Open", "openHistory:", path);
     actions->add("Delete", "deleteHistory:", path);
+    actions->addSubmenu("Edit image", editMenu(EditFile{path}));
     menu->addSubmenu(text::sanitized(name), std::move(actions));
   }
   menu->addSeparator();

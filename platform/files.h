@@ -55,6 +55,8 @@ std::string expandingTilde(const std::string& path);
 
 std::string homeFolder();
 std::string desktopFolder();
+// The user's folder of downloads, or "Downloads" in the home folder.
+std::string downloadsFolder();
 // The user's pictures folder, or "Pictures" in the home folder.
 std::string picturesFolder();
 // Emptied by the system at some time; private to the user.

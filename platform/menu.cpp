@@ -42,6 +42,8 @@ std::string representedText(const Represented& represented) {
   if (const auto* number = std::get_if<std::int64_t>(&represented)) return std::to_string(*number);
   if (const auto* flag = std::get_if<bool>(&represented)) return *flag ? "true" : "false";
   if (const auto* text = std::get_if<std::string>(&represented)) return *text;
+  if (const auto* object = std::get_if<std::shared_ptr<const RepresentedObject>>(&represented))
+    return *object ? (*object)->text() : std::string();
   return {};
 }
 

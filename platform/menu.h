@@ -18,8 +18,17 @@ struct HUDPayload {
   Content content;
 };
 
+// What an action takes that is more than a number or a text.
+class RepresentedObject {
+ public:
+  virtual ~RepresentedObject() = default;
+  // As the command line shows it.
+  virtual std::string text() const = 0;
+};
+
 // The argument of an item's action.
-using Represented = std::variant<std::monostate, std::int64_t, bool, std::string>;
+using Represented = std::variant<std::monostate, std::int64_t, bool, std::string,
+                                 std::shared_ptr<const RepresentedObject>>;
 
 struct Menu;
 

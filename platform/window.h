@@ -120,9 +120,20 @@ struct AlertAnswer {
   std::string text;        // the accessory's text
 };
 
+// Asks for a folder, which may be made on the spot.
+struct FolderPanel {
+  std::string id;      // while one with the same id is open, that one comes to the front instead
+  std::string prompt;  // the affirmative button's title
+  std::string message;
+};
+
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
+  // Activates the application, shows the panel modally, and tells the chosen folder's path; nothing
+  // when it is cancelled.
+  virtual void chooseFolder(FolderPanel panel,
+                            std::function<void(const std::string& folder)> chosen) = 0;
   // Activates the application, shows the alert modally, of a fixed size, and answers once. While
   // one with the same id is open, that one comes to the front instead, and only its own `answered`
   // is called.

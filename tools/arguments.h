@@ -31,6 +31,10 @@ class Arguments {
   bool lacksValue_ = false;
 };
 
+// Standard input for "-", or the file. None when it cannot be read.
+std::optional<std::string> readBytes(const std::string& file);
+
+int runImageCommand(Arguments& arguments, bool& known);
 int runTextCommand(Arguments& arguments, bool& known);
 int runRemoteCommand(Arguments& arguments, bool& known);
 

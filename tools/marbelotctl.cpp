@@ -21,6 +21,12 @@ constexpr const char* usage =
     "  preview [--limit N] [FILE]             the text on one line, quoted, N characters at most;\n"
     "                                         default: 36\n"
     "\n"
+    "On an image; \"-\" is standard input or output, and OUT becomes a PNG:\n"
+    "  image OP IN OUT                        e.g. border:red, shadow:grow:medium, "
+    "emblem:circle:white,\n"
+    "                                         transparent:corner, rotate:90, flip:h, resize:0.5\n"
+    "  tag [FILE]                             an HTML <img> tag that holds the image\n"
+    "\n"
     "On the running Marbelot:\n"
     "  menu [--json]                          the status menu as it would open now\n"
     "  menu --popup                           opens it at the pointer\n"
@@ -43,6 +49,7 @@ int main(int argc, char** argv) {
   }
   bool known = false;
   int status = runTextCommand(arguments, known);
+  if (!known) status = runImageCommand(arguments, known);
   if (!known) status = runRemoteCommand(arguments, known);
   if (status == wrongUsage) std::fputs(usage, stderr);
   return status;

@@ -1,11 +1,5 @@
 // The decisions of the program on a text, for pipes: no running instance needed.
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstdio>
 
@@ -22,25 +16,10 @@ constexpr std::size_t defaultPreviewLimit = 36;
 
 // Standard input, or the file. None when it cannot be read.
 std::optional<std::string> readInput(const std::vector<std::string>& files) {
-  const int input = files.empty() || files[0] == "-" ? STDIN_FILENO
-                                                     : open(files[0].c_str(), O_RDONLY | O_CLOEXEC);
-  if (input < 0) return std::nullopt;
-  std::string bytes;
-  struct stat status {};
-  if (fstat(input, &status) == 0 && S_ISREG(status.st_mode))
-    bytes.reserve(static_cast<std::size_t>(status.st_size) + 1);
-  std::array<char, std::size_t{1} << 16> buffer{};
-  for (;;) {
-    const ssize_t got = read(input, buffer.data(), buffer.size());
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return std::nullopt;
-    if (got == 0) break;
-    bytes.append(buffer.data(), static_cast<std::size_t>(got));
-  }
-  if (input != STDIN_FILENO) close(input);
-  if (text::isValid(bytes)) return bytes;
+  auto bytes = readBytes(files.empty() ? "-" : files[0]);
+  if (!bytes || text::isValid(*bytes)) return bytes;
   std::fputs("marbelotctl: the text is not valid UTF-8; U+FFFD stands for what is not\n", stderr);
-  return text::sanitized(std::move(bytes));
+  return text::sanitized(*std::move(bytes));
 }
 
 void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }

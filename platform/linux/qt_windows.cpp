@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFile>
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -240,13 +242,19 @@ std::vector<WindowInfo> QtWindows::visible() const {
 
 namespace {
 
-void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answered) {
-  const QString id = QString::fromStdString(alert.id);
+// Whether a dialog with that id is open; it is in front then.
+bool raiseOpen(const QString& id) {
   for (QWidget* open : QApplication::topLevelWidgets()) {
     if (id.isEmpty() || !open->isVisible() || open->property(alertIdProperty) != id) continue;
     bringToFront(*open);
-    return;
+    return true;
   }
+  return false;
+}
+
+void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answered) {
+  const QString id = QString::fromStdString(alert.id);
+  if (raiseOpen(id)) return;
   auto* dialog = new QDialog;
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setProperty(windowIdProperty, "alert");
@@ -318,6 +326,29 @@ void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answ
 }
 
 }  // namespace
+
+void QtDialogs::chooseFolder(FolderPanel panel,
+                             std::function<void(const std::string& folder)> chosen) {
+  bus_.whenKnown([panel = std::move(panel), chosen = std::move(chosen)] {
+    const QString id = QString::fromStdString(panel.id);
+    if (raiseOpen(id)) return;
+    auto* dialog = new QFileDialog;
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setProperty(windowIdProperty, "folder");
+    dialog->setProperty(alertIdProperty, id);
+    dialog->setWindowTitle(QString::fromStdString(panel.message));
+    dialog->setLabelText(QFileDialog::Accept, QString::fromStdString(panel.prompt));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setModal(true);
+    QObject::connect(dialog, &QFileDialog::accepted, dialog, [dialog, chosen] {
+      const QStringList folders = dialog->selectedFiles();
+      if (!folders.isEmpty()) chosen(QFile::encodeName(folders.first()).toStdString());
+    });
+    centreOnScreen(*dialog);
+    bringToFront(*dialog);
+  });
+}
 
 void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) {
   // Whatever comes on the screen is told to the accessibility bridge, which waits for the bus.

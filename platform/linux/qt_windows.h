@@ -46,6 +46,8 @@ class QtDialogs : public Dialogs {
  public:
   explicit QtDialogs(SessionBus& bus) : bus_(bus) {}
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
+  void chooseFolder(FolderPanel panel,
+                    std::function<void(const std::string& folder)> chosen) override;
 
  private:
   SessionBus& bus_;

@@ -134,6 +134,10 @@ std::string desktopFolder() {
   return configuredFolder("XDG_DESKTOP_DIR").value_or(join(homeFolder(), "Desktop"));
 }
 
+std::string downloadsFolder() {
+  return configuredFolder("XDG_DOWNLOAD_DIR").value_or(join(homeFolder(), "Downloads"));
+}
+
 std::string picturesFolder() {
   return configuredFolder("XDG_PICTURES_DIR").value_or(join(homeFolder(), "Pictures"));
 }

@@ -52,6 +52,28 @@ class ModalDialogs final : public Dialogs {
  public:
   explicit ModalDialogs(MainQueue& queue) : queue_(queue) {}
 
+  void chooseFolder(FolderPanel panel,
+                    std::function<void(const std::string& folder)> chosen) override {
+    // While one is open, its modal loop lets nothing else ask for another.
+    const auto task = std::make_shared<Task>();
+    *task = queue_.after(0, [task, panel = std::move(panel), chosen = std::move(chosen)] {
+      task->cancel();
+      @autoreleasepool {
+        NSOpenPanel* const open = [NSOpenPanel openPanel];
+        open.canChooseFiles = NO;
+        open.canChooseDirectories = YES;
+        open.canCreateDirectories = YES;
+        open.allowsMultipleSelection = NO;
+        open.prompt = nsString(panel.prompt);
+        open.message = nsString(panel.message);
+        [NSApp activateIgnoringOtherApps:YES];
+        if ([open runModal] != NSModalResponseOK) return;
+        NSURL* const folder = open.URL;
+        if (folder != nil) chosen(folder.path.fileSystemRepresentation);
+      }
+    });
+  }
+
   // From a timer of its own: whoever asks for an alert goes on before it is answered, and so does
   // work that was posted in the meantime.
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override {

@@ -185,6 +185,12 @@ class MemoryWindow : public Window {
 
 class DialogList : public Dialogs {
  public:
+  void chooseFolder(FolderPanel panel, std::function<void(const std::string&)> chosen) override {
+    panels.push_back(std::move(panel));
+    folderChosen = std::move(chosen);
+  }
+  std::vector<FolderPanel> panels;
+  std::function<void(const std::string&)> folderChosen;  // of the last panel
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
   // Answers the oldest open alert.
   void answer(std::size_t button, const std::string& text = {});

@@ -118,10 +118,10 @@ TEST_F(AppDelegateTest, ReadsItsSettingsInOrder) {
   std::vector<std::string> reads;
   for (const std::string& key : desktop_.defaults.reads)
     if (key != "recordConcealedCopies") reads.push_back(key);
-  EXPECT_EQ(reads,
-            (std::vector<std::string>{"cannedResponses", "clipTextHistory", "autoSaveClipImages",
-                                      "showClipboardPreview", "archiveClipImagesToPictures",
-                                      "concatEnabled", "concatBuffer", "concatSeparator"}));
+  EXPECT_EQ(reads, (std::vector<std::string>{"cannedResponses", "clipTextHistory",
+                                             "autoSaveClipImages", "showClipboardPreview",
+                                             "favoriteSaveDirs", "archiveClipImagesToPictures",
+                                             "concatEnabled", "concatBuffer", "concatSeparator"}));
 }
 
 TEST_F(AppDelegateTest, AScreenshotIsCountedNamedFlashedAndAnnounced) {

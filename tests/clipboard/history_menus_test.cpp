@@ -63,7 +63,8 @@ TEST_F(HistoryMenusTest, EntriesAreMaskedFilteredAndGrouped) {
   EXPECT_EQ(titles(*entry(3)->submenu),
             (Titles{"Copy to clipboard", "Edit…", "Save as canned response", "Delete"}));
   EXPECT_EQ(titles(*entry(1)->submenu),
-            (Titles{"Copy to clipboard", "Reveal in Finder", "Copy file path", "Delete"}));
+            (Titles{"Copy to clipboard", "Copy as <img> tag (base64)", "Reveal in Finder",
+                    "Copy file path", "Delete", "Edit image"}));
   EXPECT_EQ(std::get<std::int64_t>(entry(2)->represented), 2);
   EXPECT_EQ(std::get<SharedText>(entry(2)->payload->content), history.clipHistory[2].kind.text());
 
@@ -311,9 +312,10 @@ TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
   EXPECT_EQ(menu->items[0]->title, "drawn.JPG");
   EXPECT_EQ(menu->items[1]->title, "Clip 17.png");
   EXPECT_EQ(titles(*menu->items[1]->submenu),
-            (Titles{"Copy to clipboard", "Reveal in Finder", "Copy file path", "Open", "Delete"}));
-  const auto& items = menu->items[1]->submenu->items;
-  for (const auto& item : items) EXPECT_TRUE(actions.perform(*item));
+            (Titles{"Copy to clipboard", "Reveal in Finder", "Copy file path", "Open", "Delete",
+                    "Edit image"}));
+  for (const auto& item : menu->items[1]->submenu->items)
+    EXPECT_TRUE(item->submenu || actions.perform(*item));
   EXPECT_EQ(desktop.notices.posted[0].text, "Copied: Clip 17.png");
   EXPECT_EQ(shell.flashes, 2);
   EXPECT_EQ(desktop.workspace.revealed, Titles{folder + "Clip 17.png"});

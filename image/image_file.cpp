@@ -1,4 +1,4 @@
-#include "clipboard/image_file.h"
+#include "image/image_file.h"
 
 #include "platform/files.h"
 

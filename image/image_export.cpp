@@ -1,0 +1,153 @@
+#include "image/image_export.h"
+
+#include <algorithm>
+
+#include "image/edit_request.h"
+#include "image/image_tag.h"
+#include "platform/files.h"
+
+namespace marbelot {
+namespace {
+
+constexpr std::size_t rememberedFolders = 5;
+// Two wordings, of saving and of tags.
+constexpr const char* nothingToSave = "No image on clipboard";
+constexpr const char* nothingToTag = "No image on the clipboard";
+
+std::string shownName(const std::string& path) {
+  return text::sanitized(files::lastComponent(path));
+}
+
+}  // namespace
+
+ImageExport::ImageExport(Platform& platform, Shell& shell, ActionTable& actions,
+                         HistoryImage historyImage, Overtaken overtaken,
+                         std::function<std::string()> archiveFolder)
+    : platform_(platform),
+      shell_(shell),
+      overtaken_(std::move(overtaken)),
+      archiveFolder_(std::move(archiveFolder)) {
+  actions.add("saveClipImageTo:", [this](const MenuItem& sender) {
+    const auto* folder = std::get_if<std::string>(&sender.represented);
+    if (!folder || folder->empty()) return;
+    save(*folder, [this, to = *folder](const std::string& path) { tellSaved(to, path); });
+  });
+  actions.add("chooseAndSaveClipImage", [this](const MenuItem&) { chooseAndSaveClipImage(); });
+  actions.add("revealCurrentClipImage", [this](const MenuItem&) {
+    save(archiveFolder_(), [this](const std::string& path) { platform_.workspace.reveal(path); });
+  });
+  actions.add("copyCurrentClipImagePath", [this](const MenuItem&) { copyCurrentClipImagePath(); });
+  actions.add("copyClipboardImageAsTag", [this](const MenuItem&) {
+    const auto image = platform_.pasteboard.contents().image;
+    image ? copyAsTag(*image) : shell_.notify(nothingToTag);
+  });
+  actions.add("copyClipHistoryImageAsTag:",
+              [this, historyImage = std::move(historyImage)](const MenuItem& sender) {
+                if (const auto image = historyImage(sender)) copyAsTag(*image);
+              });
+}
+
+void ImageExport::readSettings() {
+  favoriteSaveDirs.clear();
+  const auto stored = platform_.defaults.value(favoriteSaveDirsKey);
+  const Value::List* entries = stored ? stored->asList() : nullptr;
+  if (!entries) return;
+  for (const Value& entry : *entries)
+    if (const SharedText path = entry.asText()) favoriteSaveDirs.push_back(*path);
+}
+
+void ImageExport::addSaveItems(Menu& menu) const {
+  const auto addFolder = [&](const std::string& name, const std::string& folder) {
+    menu.add("Save image to " + name, "saveClipImageTo:", folder);
+  };
+  addFolder("Desktop", files::desktopFolder());
+  addFolder("Downloads", files::downloadsFolder());
+  addFolder("Pictures/Marbelot", files::join(files::picturesFolder(), "Marbelot"));
+  for (const std::string& folder : favoriteSaveDirs) addFolder(shownName(folder), folder);
+  menu.add("Save image to folder…", "chooseAndSaveClipImage");
+  menu.add("Reveal in Finder", "revealCurrentClipImage");
+  menu.add("Copy image file path", "copyCurrentClipImagePath");
+}
+
+void ImageExport::save(const std::string& folder, Saved saved) {
+  const auto image = platform_.pasteboard.contents().image;
+  if (!image) return shell_.notify(nothingToSave);
+  run(
+      [folder, base = "Clipboard " + text::fileTimestamp(clock()), image = *image] {
+        files::makeFolder(folder);
+        return writeImageFile(folder, base, image);
+      },
+      [this, saved = std::move(saved)](const std::optional<ImageFile>& file) {
+        file ? saved(file->path) : shell_.notify(nothingToSave);
+      });
+}
+
+void ImageExport::tellSaved(const std::string& folder, const std::string& path) {
+  shell_.notify("Saved to " + shownName(folder) + "/" + shownName(path));
+}
+
+void ImageExport::chooseAndSaveClipImage() {
+  if (!platform_.pasteboard.contents().image) return shell_.notify(nothingToSave);
+  platform_.dialogs.chooseFolder(
+      {"saveFolder", "Save Here", "Choose a folder to save the clipboard image into"},
+      [this](const std::string& folder) {
+        save(folder, [this, folder](const std::string& path) {
+          tellSaved(folder, path);
+          shell_.flashStatusIcon();
+          remember(folder);
+        });
+      });
+}
+
+void ImageExport::remember(const std::string& folder) {
+  std::erase(favoriteSaveDirs, folder);
+  favoriteSaveDirs.insert(favoriteSaveDirs.begin(), folder);
+  favoriteSaveDirs.resize(std::min(favoriteSaveDirs.size(), rememberedFolders));
+  Value::List stored;
+  for (const std::string& path : favoriteSaveDirs) stored.emplace_back(path);
+  platform_.defaults.set(favoriteSaveDirsKey, std::move(stored));
+}
+
+// What somebody has copied while the file was being written is newer than this path.
+void ImageExport::copyCurrentClipImagePath() {
+  const std::string folder = archiveFolder_();
+  save(folder,
+       [this, folder, replaced = platform_.pasteboard.changeCount()](const std::string& path) {
+         if (platform_.pasteboard.changeCount() != replaced) return tellSaved(folder, path);
+         shell_.confirmCopy(shell_.copyWithoutRecording(share(text::sanitized(path))),
+                            "Copied file path");
+       });
+}
+
+void ImageExport::copyAsTag(const Image& image) {
+  run(
+      [image]() -> SharedText {
+        auto tag = imageTag(image);
+        return tag ? share(*std::move(tag)) : nullptr;
+      },
+      [this, replaced = platform_.pasteboard.changeCount()](const SharedText& tag) {
+        tag ? copyTag(tag, replaced) : shell_.notify("Couldn't encode the image");
+      });
+}
+
+void ImageExport::copyTag(const SharedText& tag, std::int64_t replaced) {
+  const std::string message = "Copied <img> tag (base64)";
+  if (platform_.pasteboard.changeCount() == replaced) {
+    shell_.confirmCopy(platform_.pasteboard.write(tag).has_value(), message);
+    return;
+  }
+  overtaken_(tag);
+  shell_.notify(message + keptInHistory);
+}
+
+template <class Work, class Then>
+void ImageExport::run(Work work, Then then) {
+  const std::uint64_t id = ++lastRun_;
+  running_[id] = platform_.queue.inBackground(
+      std::move(work), [this, id, then = std::move(then)](const auto& result) {
+        then(result);
+        running_.erase(id);
+      });
+}
+
+}  // namespace marbelot

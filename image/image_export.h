@@ -1,0 +1,64 @@
+// The clipboard's picture as a file, as a file's path and as an HTML tag.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "image/image_file.h"
+#include "platform/platform.h"
+#include "platform/text.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+// Main thread only; everything it is given outlives it. Files are made in the background.
+class ImageExport {
+ public:
+  // The picture in the history entry that the sender was made for; none when it is no picture.
+  using HistoryImage = std::function<std::optional<Image>(const MenuItem& sender)>;
+  // Takes a tag that is not to replace a newer copy.
+  using Overtaken = std::function<void(const SharedText& tag)>;
+
+  // `archiveFolder` gives the folder of copied images.
+  ImageExport(Platform& platform, Shell& shell, ActionTable& actions, HistoryImage historyImage,
+              Overtaken overtaken, std::function<std::string()> archiveFolder);
+
+  // Paths of the folders that the user chose, the last one first, without duplicates.
+  std::vector<std::string> favoriteSaveDirs;
+  const std::string favoriteSaveDirsKey = "favoriteSaveDirs";
+  // The wall clock, seconds since 1970.
+  std::function<double()> clock = text::now;
+
+  void readSettings();
+
+  // The items for the menus of pieces of content on the screen.
+  void addSaveItems(Menu& menu) const;
+
+ private:
+  using Saved = std::function<void(const std::string& path)>;
+
+  // Writes the clipboard's picture into the folder; tells the user when there is none or it fails.
+  void save(const std::string& folder, Saved saved);
+  void tellSaved(const std::string& folder, const std::string& path);
+  void chooseAndSaveClipImage();
+  void remember(const std::string& folder);
+  void copyCurrentClipImagePath();
+  void copyAsTag(const Image& image);
+  void copyTag(const SharedText& tag, std::int64_t replaced);
+  // Runs `work` in the background and then `then` here.
+  template <class Work, class Then>
+  void run(Work work, Then then);
+
+  Platform& platform_;
+  Shell& shell_;
+  const Overtaken overtaken_;
+  const std::function<std::string()> archiveFolder_;
+  std::map<std::uint64_t, Task> running_;
+  std::uint64_t lastRun_ = 0;
+};
+
+}  // namespace marbelot
