@@ -38,6 +38,16 @@ void Menu::addSeparator() {
   add(std::move(item));
 }
 
+bool sameItem(const MenuItem* a, const MenuItem* b) {
+  if (a == b || !a || !b) return a == b;
+  const auto textOf = [](const MenuItem& item) {
+    const auto* text = item.payload ? std::get_if<SharedText>(&item.payload->content) : nullptr;
+    return text ? *text : nullptr;
+  };
+  return a->title == b->title && a->action == b->action && a->represented == b->represented &&
+         textOf(*a) == textOf(*b);
+}
+
 std::string representedText(const Represented& represented) {
   if (const auto* number = std::get_if<std::int64_t>(&represented)) return std::to_string(*number);
   if (const auto* flag = std::get_if<bool>(&represented)) return *flag ? "true" : "false";

@@ -65,11 +65,15 @@ class MenuDelegate {
   virtual ~MenuDelegate() = default;
   // About to open: the tree may be edited here.
   virtual void menuWillOpen() = 0;
-  // None: the highlight left all items.
+  // Another item is highlighted than before. None: no item that can be chosen is.
   virtual void menuWillHighlightItem(const MenuItem* item) = 0;
   virtual void menuDidClose() = 0;
   virtual void menuItemChosen(const MenuItem& item) = 0;
 };
+
+// Whether the two read and mean the same, also when the tree was built anew in between. Null is the
+// same as null only.
+bool sameItem(const MenuItem* a, const MenuItem* b);
 
 // The text of a represented object, as the command line shows and takes it; empty for none.
 std::string representedText(const Represented& represented);

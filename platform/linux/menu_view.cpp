@@ -21,6 +21,17 @@ MenuItemRef itemOf(const QAction* action) {
   return action ? action->data().value<MenuItemRef>() : nullptr;
 }
 
+// The item that the pointer or the keys are at, null when that is none that can be chosen. A
+// submenu that has only been opened beside its item takes nothing away from that.
+MenuItemRef highlighted(const QMenu& view) {
+  const QAction* active = view.activeAction();
+  if (!active || !active->isEnabled() || active->isSeparator()) return nullptr;
+  const QMenu* submenu = active->menu();
+  const bool inSubmenu = submenu && submenu->isVisible() &&
+                         (submenu->activeAction() || submenu->geometry().contains(QCursor::pos()));
+  return inSubmenu ? highlighted(*submenu) : itemOf(active);
+}
+
 // The enabled item of that key equivalent, wherever in the tree.
 MenuItemRef itemWithKey(const Menu& menu, const std::string& key) {
   for (const MenuItemRef& item : menu.items) {
@@ -71,12 +82,14 @@ MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
   view_->installEventFilter(this);
   connect(view_.get(), &QMenu::triggered, this,
           [this](QAction* action) { choose(itemOf(action)); });
-  connect(view_.get(), &QMenu::hovered, this, [this](QAction* action) {
-    if (delegate_) delegate_->menuWillHighlightItem(itemOf(action).get());
-  });
   connect(view_.get(), &QMenu::aboutToHide, this, [this] {
+    look_.stop();
+    tell(nullptr);
     if (delegate_) delegate_->menuDidClose();
   });
+  connect(view_.get(), &QMenu::hovered, this, [this] { look_.start(0); });
+  look_.setSingleShot(true);
+  connect(&look_, &QTimer::timeout, this, [this] { tell(highlighted(*view_)); });
 }
 
 MenuView::~MenuView() = default;
@@ -96,7 +109,15 @@ void MenuView::popUpAtPointer() {
 }
 
 void MenuView::sync() {
-  if (isOpen() && menu_) fill(*view_, *menu_);
+  if (!isOpen() || !menu_) return;
+  fill(*view_, *menu_);
+  look_.start(0);
+}
+
+void MenuView::tell(const MenuItemRef& item) {
+  if (sameItem(told_.get(), item.get())) return;
+  told_ = item;
+  if (delegate_) delegate_->menuWillHighlightItem(item.get());
 }
 
 void MenuView::fill(QMenu& view, const Menu& menu) {
@@ -186,11 +207,19 @@ bool MenuView::eventFilter(QObject* watched, QEvent* event) {
     const char letter = latinLetter(*key);
     if ((key->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier && letter)
       return chooseByKey(QString(QChar(letter)));
-  } else if (event->type() == QEvent::Leave) {
-    // The menu lets its item go only after this event.
-    QTimer::singleShot(0, this, [this, menu = QPointer(qobject_cast<QMenu*>(watched))] {
-      if (menu && !menu->activeAction() && delegate_) delegate_->menuWillHighlightItem(nullptr);
-    });
+  }
+  // Whatever may move the highlight has done so once this event has been dealt with.
+  switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::MouseMove:
+    case QEvent::Enter:
+    case QEvent::Leave:
+    case QEvent::Show:
+    case QEvent::Hide:
+      look_.start(0);
+      break;
+    default:
+      break;
   }
   return QObject::eventFilter(watched, event);
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <QMenu>
-#include <QPointer>
+#include <QTimer>
 
 #include "platform/menu.h"
 
@@ -26,11 +26,14 @@ class MenuView : public QObject {
  private:
   void fill(QMenu& view, const Menu& menu);
   void dress(QAction& action, const MenuItemRef& item);
+  void tell(const MenuItemRef& item);
   void choose(const MenuItemRef& item);
   bool chooseByKey(const QString& key);
 
   std::shared_ptr<Menu> menu_;
   MenuDelegate* delegate_ = nullptr;
+  MenuItemRef told_;  // what is highlighted, as the delegate knows it
+  QTimer look_;
   std::unique_ptr<QMenu> view_;
 };
 

@@ -19,6 +19,8 @@ using marbelot::MenuItemRef;
   std::shared_ptr<marbelot::Menu> _tree;
   marbelot::MenuDelegate* _delegate;
   std::function<void(const marbelot::MenuItem&)> _chosen;
+  NSMenu* __weak _highlightedIn;
+  MenuItemRef _told;  // what is highlighted, as the delegate knows it
 }
 
 - (instancetype)init {
@@ -114,12 +116,26 @@ using marbelot::MenuItemRef;
 }
 
 - (void)menu:(NSMenu*)menu willHighlightItem:(NSMenuItem*)shown {
-  if (_delegate == nullptr) return;
-  const MenuItemRef item = shown != nil ? [self itemOf:shown] : nullptr;
-  _delegate->menuWillHighlightItem(item.get());
+  _highlightedIn = menu;
+  [self tell:shown];
 }
 
 - (void)menuDidClose:(NSMenu*)menu {
-  if (menu == _menu && _delegate != nullptr) _delegate->menuDidClose();
+  if (menu == _menu) {
+    [self tell:nil];
+    if (_delegate != nullptr) _delegate->menuDidClose();
+  } else if (NSMenu* const parent = menu.supermenu; parent != nil && menu == _highlightedIn) {
+    // The keys go back to the item beside it, which has been highlighted all the time.
+    _highlightedIn = parent;
+    const NSInteger index = [parent indexOfItemWithSubmenu:menu];
+    [self tell:index >= 0 ? [parent itemAtIndex:index] : nil];
+  }
+}
+
+- (void)tell:(NSMenuItem*)shown {
+  const MenuItemRef item = shown != nil && shown.isEnabled ? [self itemOf:shown] : nullptr;
+  if (_delegate == nullptr || marbelot::sameItem(_told.get(), item.get())) return;
+  _told = item;
+  _delegate->menuWillHighlightItem(item.get());
 }
 @end

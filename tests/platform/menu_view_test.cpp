@@ -13,10 +13,13 @@ struct MenuViewTest : testing::Test, MenuDelegate {
   std::shared_ptr<Menu> menu = std::make_shared<Menu>();
   MenuView view;
   std::string chosen;
+  std::string highlights;  // the titles, "-" for none, each with a blank
 
   void menuWillOpen() override {}
-  void menuWillHighlightItem(const MenuItem*) override {}
-  void menuDidClose() override {}
+  void menuWillHighlightItem(const MenuItem* item) override {
+    highlights += (item ? item->title : "-") + ' ';
+  }
+  void menuDidClose() override { highlights += "closed"; }
   void menuItemChosen(const MenuItem& item) override { chosen += item.title; }
 
   QMenu* open() {
@@ -54,6 +57,65 @@ TEST_F(MenuViewTest, KeyEquivalentsAreControlAndTheLetterAlone) {
   }
   QTest::keyClick(shown, Qt::Key_F, Qt::ControlModifier);
   EXPECT_TRUE(QTest::qWaitFor([&] { return chosen == "flatten"; }));
+}
+
+TEST_F(MenuViewTest, TellsEachChangeOfTheHighlightOnce) {
+  menu->add("one", "action");
+  menu->addDisabled("label");
+  menu->add("two", "action");
+  const auto inside = std::make_shared<Menu>();
+  inside->add("inner", "action");
+  inside->addDisabled("inner label");
+  menu->addSubmenu("sub", inside);
+  QMenu* shown = open();
+  ASSERT_TRUE(shown);
+  const auto pointAt = [&](QMenu* in, int row, int offset = 0) {
+    const QRect place = in->actionGeometry(in->actions()[row]);
+    QTest::mouseMove(in, place.center() + QPoint(offset, 0));
+    QTest::qWait(1);
+  };
+  const auto told = [&](const std::string& expected) {
+    const bool came = QTest::qWaitFor([&] { return highlights == expected; });
+    return came ? std::exchange(highlights, {}) : std::exchange(highlights, {}) + " and no more";
+  };
+  pointAt(shown, 0, -5);
+  for (int offset = -4; offset < 5; ++offset) pointAt(shown, 0, offset);
+  EXPECT_EQ(told("one "), "one ");
+  pointAt(shown, 1);
+  EXPECT_EQ(told("- "), "- ") << "a disabled item";
+  pointAt(shown, 2);
+  EXPECT_EQ(told("two "), "two ");
+  QTest::mouseMove(shown, QPoint(400, shown->height() + 100));
+  EXPECT_EQ(told("- "), "- ") << "left";
+  pointAt(shown, 2);
+  EXPECT_EQ(told("two "), "two ");
+  menu->items[2] = std::make_shared<MenuItem>(*menu->items[2]);
+  view.sync();
+  pointAt(shown, 2, 3);
+  menu->items[2] = std::make_shared<MenuItem>(*menu->items[2]);
+  menu->items[2]->title = "three";
+  view.sync();
+  EXPECT_EQ(told("three "), "three ") << "as soon as it is another one";
+
+  pointAt(shown, 3);
+  EXPECT_EQ(told("sub "), "sub ");
+  QMenu* submenu = shown->actions()[3]->menu();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return submenu->isVisible(); }));
+  QTest::qWait(20);
+  EXPECT_EQ(told(""), "") << "its submenu beside it";
+  pointAt(submenu, 0);
+  EXPECT_EQ(told("inner "), "inner ");
+  pointAt(submenu, 1);
+  EXPECT_EQ(told("- "), "- ");
+  pointAt(submenu, 0);
+  EXPECT_EQ(told("inner "), "inner ");
+  QTest::keyClick(submenu, Qt::Key_Left);
+  EXPECT_FALSE(submenu->isVisible());
+  EXPECT_EQ(told("sub "), "sub ") << "where the keys went back to";
+  QTest::keyClick(shown, Qt::Key_Up);
+  EXPECT_EQ(told("three "), "three ");
+  shown->close();
+  EXPECT_EQ(told("- closed"), "- closed");
 }
 
 // Another copy moves the entries while the actions of one of them are open.
