@@ -5,15 +5,14 @@
 #include <png.h>
 #include <spng.h>
 
-#include <QFont>
 #include <QGuiApplication>
 #include <QImage>
-#include <QPainter>
 #include <cmath>
 #include <cstdlib>
 #include <map>
 #include <vector>
 
+#include "bench/desktop_picture.h"
 #include "platform/image_codec.h"
 #include "platform/linux/png_reader.h"
 
@@ -24,31 +23,6 @@ constexpr int width = 3840;
 constexpr int height = 2160;
 
 enum Kind { screen, photo, translucent };
-
-// A desktop: a wallpaper, windows with text and a picture.
-QImage desktop() {
-  QImage image(width, height, QImage::Format_RGBA8888);
-  QPainter painter(&image);
-  QLinearGradient sky(0, 0, 0, height);
-  sky.setColorAt(0, QColor("#274060"));
-  sky.setColorAt(1, QColor("#7fa3c7"));
-  painter.fillRect(image.rect(), sky);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setFont(QFont("DejaVu Sans", 14));
-  for (int window = 0; window < 3; ++window) {
-    const QRect frame(150 + 1150 * window, 120 + 90 * window, 1080, 1500);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(window == 1 ? QColor("#1e1e2e") : QColor("#fbfbfb"));
-    painter.drawRoundedRect(frame, 16, 16);
-    painter.setPen(window == 1 ? QColor("#cdd6f4") : QColor("#222233"));
-    for (int line = 0; line < 44; ++line)
-      painter.drawText(frame.x() + 40, frame.y() + 70 + 32 * line,
-                       QString("%1  the quick brown fox jumps over the lazy dog, line %2 of it")
-                           .arg(line * 7919 % 1000)
-                           .arg(line));
-  }
-  return image;
-}
 
 // Smooth shapes under a sensor's noise.
 QImage photograph() {
@@ -67,8 +41,8 @@ QImage photograph() {
 }
 
 const QImage& picture(int kind) {
-  static const QImage pictures[] = {desktop(), photograph(), [] {
-                                      QImage image = desktop();
+  static const QImage pictures[] = {desktopPicture(width, height), photograph(), [] {
+                                      QImage image = desktopPicture(width, height);
                                       for (int y = 0; y < height; ++y)
                                         for (int x = 0; x < width; ++x)
                                           image.scanLine(y)[4 * x + 3] =

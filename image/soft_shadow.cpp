@@ -45,7 +45,8 @@ void mixLines(const float* line, std::int64_t length, const std::array<float, 4>
   for (std::int64_t x = 0; x < count; ++x) {
     const float level = line[x] * weights[0] + line[x + length] * weights[1] +
                         line[x + 2 * length] * weights[2] + line[x + 3 * length] * weights[3];
-    to[x] = static_cast<std::uint8_t>(std::max(level, 0.0f) + 0.5f);
+    const float above = std::max(level, 0.0f) + 0.5f;
+    to[x] = static_cast<std::uint8_t>(above);
   }
 }
 

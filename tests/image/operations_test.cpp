@@ -81,5 +81,164 @@ TEST(Operations, SizesOfResults) {
   }
 }
 
+// What is said of an action on a picture: its message, or why there is none.
+std::string said(const char* selector, const EditParameter& parameter, int width, int height) {
+  const Operation* operation = operationForSelector(selector);
+  if (!operation) return "no such action";
+  const auto edit = operation->edit(parameter);
+  if (!edit) return "wrong parameter";
+  const Result result = edit->apply(*Bitmap::makeClear(width, height));
+  return result ? edit->message : std::string(failureMessage(*operation, result, "unreadable"));
+}
+
+TEST(Operations, Messages) {
+  const std::int64_t farthest = std::numeric_limits<std::int64_t>::min();
+  const double infinity = std::numeric_limits<double>::infinity();
+  const struct {
+    const char* selector;
+    EditParameter parameter;
+    int width, height;
+    const char* message;
+  } cases[] = {
+      {"addBorderClip:", colors::red, 4, 4, "Added border"},
+      {"addBorderClip:", std::string("red"), 4, 4, "wrong parameter"},
+      {"addBorderClip:", colors::red, 1, 32768, "unreadable"},  // too long with a border
+      {"addShadowClip:", std::string("grow:small"), 4, 4, "Added rounded shadow"},
+      {"addShadowClip:", std::string("same:small"), 25, 25, "Added rounded shadow"},
+      {"addShadowClip:", std::string("same:large"), 20, 20, "Image too small for that shadow"},
+      {"addShadowClip:", std::string(":same:"), 24, 99, "Image too small for that shadow"},
+      {"addShadowClip:", std::string("grow:small"), 32760, 1, "unreadable"},
+      {"addShadowClip:", std::int64_t{1}, 4, 4, "wrong parameter"},
+      {"makeTransparentClip:", std::string("any"), 4, 4, "Made background transparent"},
+      {"makeTransparentClip:", {}, 4, 4, "wrong parameter"},
+      {"makeEmblemClip:", std::string("circle:clear"), 4, 4, "Made circular emblem"},
+      {"makeEmblemClip:", std::string("squircle:dark"), 4, 4, "Made rounded-square emblem"},
+      {"makeEmblemClip:", std::string("Circle"), 4, 4, "Made rounded-square emblem"},
+      {"makeEmblemClip:", 1.0, 4, 4, "wrong parameter"},
+      {"rotateClip:", std::int64_t{-90}, 4, 4, "Rotated -90°"},
+      {"rotateClip:", std::int64_t{450}, 4, 4, "Rotated 450°"},
+      {"rotateClip:", farthest, 4, 4, "Rotated -9223372036854775808°"},
+      {"rotateClip:", 90.0, 4, 4, "wrong parameter"},
+      {"flipClip:", std::string("h"), 4, 4, "Flipped"},
+      {"flipClip:", std::int64_t{1}, 4, 4, "wrong parameter"},
+      {"resizeClip:", 0.25, 3, 3, "Resized to 25%"},
+      {"resizeClip:", 0.29, 3, 3, "Resized to 28%"},  // 0.29 * 100 is just below 29
+      {"resizeClip:", -0.5, 3, 3, "Resized to -50%"},
+      {"resizeClip:", 32768.0, 1, 1, "unreadable"},
+      {"resizeClip:", -1e300, 1, 1, "unreadable"},
+      {"resizeClip:", infinity, 1, 1, "unreadable"},
+      {"resizeClip:", infinity - infinity, 1, 1, "unreadable"},
+      {"resizeClip:", std::int64_t{1}, 3, 3, "wrong parameter"},
+      {"cropClipImage:", {}, 3, 3, "no such action"},
+  };
+  for (const auto& [selector, parameter, width, height, message] : cases) {
+    EXPECT_EQ(said(selector, parameter, width, height), message) << selector;
+  }
+  // Memory that ran out is the operation's own failure; nothing is said of a border.
+  EXPECT_EQ(failureMessage(*operationForSelector("addBorderClip:"), Result::none(), "unreadable"),
+            "");
+  EXPECT_EQ(failureMessage(*operationForSelector("makeEmblemClip:"), Result::none(), "unreadable"),
+            "Couldn't make an emblem from that image");
+  EXPECT_EQ(failureMessage(*operationForSelector("flipClip:"), Result::none(), "unreadable"),
+            "unreadable");
+}
+
+// A parameter as text, for comparing.
+std::string textOf(const EditParameter& parameter) {
+  if (const auto* text = std::get_if<std::string>(&parameter)) return *text;
+  if (const auto* number = std::get_if<std::int64_t>(&parameter)) return std::to_string(*number);
+  if (const auto* number = std::get_if<double>(&parameter)) return std::to_string(*number);
+  const Color color = std::get<Color>(parameter);
+  return std::to_string(color.red) + "," + std::to_string(color.green) + "," +
+         std::to_string(color.blue);
+}
+
+TEST(Operations, MenuAsData) {
+  std::string menu;
+  for (const Operation& operation : operations()) {
+    if (operation.startsSection) menu += "-\n";
+    menu += std::string(operation.menuTitle) + " (" + std::string(operation.selector) + ")\n";
+    for (const EditChoice& choice : operation.choices) {
+      const bool item = !choice.arguments.empty();
+      menu += "> " + std::string(choice.title.empty() ? "-" : choice.title) +
+              (item ? " = " + textOf(operation.parameterOf(choice)) : "") + "\n";
+    }
+  }
+  EXPECT_EQ(menu, R"(Add border (addBorderClip:)
+> White = 255,255,255
+> Black = 0,0,0
+> Gray = 128,128,128
+> Red = 255,59,48
+> Blue = 0,122,255
+> Green = 52,199,89
+Add rounded shadow (addShadowClip:)
+> Grow canvas (image stays full size)
+>   Small = grow:small
+>   Medium = grow:medium
+>   Large = grow:large
+> -
+> Keep same size (fit image inside)
+>   Small = same:small
+>   Medium = same:medium
+>   Large = same:large
+Make transparent (makeTransparentClip:)
+> Remove white background = white
+> Remove black background = black
+> Remove corner color (auto) = corner
+Make emblem (makeEmblemClip:)
+> Circle
+>   Transparent background = circle:clear
+>   White badge = circle:white
+>   Dark badge = circle:dark
+> -
+> Rounded square (app-icon style)
+>   Transparent background = squircle:clear
+>   White badge = squircle:white
+>   Dark badge = squircle:dark
+-
+Rotate (rotateClip:)
+> Right 90° = 90
+> Left 90° = -90
+> 180° = 180
+Flip (flipClip:)
+> Horizontal = h
+> Vertical = v
+Resize (resizeClip:)
+> 75% = 0.750000
+> 50% = 0.500000
+> 25% = 0.250000
+)");
+}
+
+// The same words mean the same in an op string and in a menu's parameter, but for what is missing.
+TEST(Operations, DefaultsOfOpStringsAndMenus) {
+  const auto same = [](const char* op, const char* selector, const char* parameter) {
+    Bitmap picture = *Bitmap::make(60, 50);
+    for (int i = 0; i < 60 * 50 * 4; ++i)
+      picture.data()[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 255 : i * 7);
+    const auto named = marbelot::apply(op, picture);
+    const Result chosen =
+        operationForSelector(selector)->edit(std::string(parameter))->apply(picture);
+    return named && chosen && named->width() == chosen->width() &&
+           named->height() == chosen->height() &&
+           std::memcmp(named->data(), chosen->data(), named->bytesPerRow() * named->height()) == 0;
+  };
+  EXPECT_TRUE(same("emblem:circle", "makeEmblemClip:", "circle:white"));
+  EXPECT_FALSE(same("emblem:circle", "makeEmblemClip:", "circle"));
+  EXPECT_TRUE(same("emblem:circle:clear", "makeEmblemClip:", "circle"));
+  EXPECT_TRUE(same("emblem:other:any", "makeEmblemClip:", "squircle:white"));
+  EXPECT_TRUE(same("emblem", "makeEmblemClip:", "circle:white"));
+  EXPECT_TRUE(same("emblem:circle:clear", "makeEmblemClip:", ""));
+  EXPECT_TRUE(same("shadow", "addShadowClip:", "grow:medium"));
+  EXPECT_TRUE(same("shadow:same", "addShadowClip:", "same:medium"));
+  EXPECT_TRUE(same("shadow:large", "addShadowClip:", "large"));
+  EXPECT_TRUE(same("shadow::same::large:", "addShadowClip:", ":same:large"));
+  EXPECT_TRUE(same("transparent", "makeTransparentClip:", "corner"));
+  EXPECT_FALSE(same("transparent", "makeTransparentClip:", "white"));
+  EXPECT_TRUE(same("flip", "flipClip:", "v"));
+  EXPECT_TRUE(same("flip:H", "flipClip:", "v"));
+  EXPECT_FALSE(same("flip:h", "flipClip:", "v"));
+}
+
 }  // namespace
 }  // namespace marbelot
