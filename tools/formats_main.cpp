@@ -1,5 +1,6 @@
 // marbelot-formats: what marbelot-imaging leaves to the toolkit and other libraries.
 #include <libheif/heif.h>
+#include <poppler-qt6.h>
 
 #include <QBuffer>
 #include <QColorSpace>
@@ -114,6 +115,22 @@ bool writePixels(QImage image) {
   return true;
 }
 
+// The first page, at two pixels a point or as large as fits; what nothing is drawn on stays clear.
+QImage firstPage(std::string_view pdf) {
+  const auto document = Poppler::Document::loadFromData(
+      QByteArray::fromRawData(pdf.data(), static_cast<qsizetype>(pdf.size())));
+  if (!document || document->isLocked()) return {};
+  const auto page = document->page(0);
+  if (!page) return {};
+  document->setRenderHint(Poppler::Document::Antialiasing);
+  document->setRenderHint(Poppler::Document::TextAntialiasing);
+  document->setRenderHint(Poppler::Document::IgnorePaperColor);
+  constexpr double pointsPerInch = 72, pixelsPerPoint = 2, largestSide = 16384;
+  const double side = std::max(page->pageSizeF().width(), page->pageSizeF().height());
+  const double scale = std::min(pixelsPerPoint, largestSide / side);
+  return page->renderToImage(scale * pointsPerInch, scale * pointsPerInch);
+}
+
 bool writeEncoded(QImage image, std::string_view encoding, bool transparency) {
   if (!transparency) image = onWhite(image);
   QByteArray output;
@@ -138,6 +155,11 @@ int main(int argc, char** argv) {
     return std::find(names.begin(), names.end(), task) != names.end();
   };
   const bool toPixels = task == marbelot::pixelsTask;
+  if (task == marbelot::pdfTask) {
+    const QCoreApplication application(argc, argv);
+    const QImage page = firstPage(marbelot::standardInput());
+    return !page.isNull() && writePixels(page) ? 0 : 1;
+  }
   if (!toPixels && !isOneOf(marbelot::encodings)) return 2;
 
   const std::string_view bytes = marbelot::standardInput();

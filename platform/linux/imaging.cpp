@@ -137,6 +137,13 @@ SharedBytes convertedBytes(const Image& image, std::string_view encoding, int ca
   return readFully(output.get(), bytes.data(), size) ? share(std::move(bytes)) : nullptr;
 }
 
+std::optional<Image> pdfImage(const std::string& pdf, int cancel) {
+  const Descriptor output = helped(std::string(pdfTask), pdf, cancel);
+  std::optional<Bitmap> bitmap = output ? mappedPixels(output) : std::nullopt;
+  if (!bitmap) return std::nullopt;
+  return Image::fromPixels(std::make_shared<const Bitmap>(*std::move(bitmap)));
+}
+
 SharedBitmap decode(const Image& image) {
   if (SharedBitmap pixels = image.pixels()) return pixels;
   const SharedBytes input = image.bytes();

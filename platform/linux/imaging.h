@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,11 @@ inline constexpr std::string_view pixelsTask = "pixels";
 // Where that program is: beside this one, in the libexec folder of its installation, or wherever
 // PATH finds it.
 std::string helperPath(const std::string& name);
+
+// The first page of a PDF, its background transparent, at two pixels a point. None when it is
+// damaged, and as for convertedBytes.
+inline constexpr std::string_view pdfTask = "pdf";
+std::optional<Image> pdfImage(const std::string& pdf, int cancel);
 
 // The image in one of the encodings, made by the helper process; its own bytes when that is its
 // format. Takes up to 30 seconds: not for the main thread. Null when the image is damaged, when

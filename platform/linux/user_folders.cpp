@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdlib>
 
 #include "platform/files.h"
+#include "platform/linux/file_list.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/text.h"
 
@@ -46,7 +46,7 @@ std::optional<std::string> iniValue(const std::string& path, std::string_view se
   return std::nullopt;
 }
 
-std::string expandingHome(std::string path) {
+std::string expandingHome(const std::string& path) {
   return path.starts_with("$HOME") ? homeFolder() + path.substr(5) : path;
 }
 
@@ -61,22 +61,11 @@ std::optional<std::string> configuredFolder(std::string_view key) {
   return folder;
 }
 
-// A path, or a file URL with its percent signs decoded.
+// A path or a file URL, either of which may begin with $HOME.
 std::string pathFrom(const std::string& setting) {
-  if (!setting.starts_with("file://")) return setting;
-  std::string path;
-  for (std::size_t at = 7; at < setting.size(); ++at) {
-    unsigned byte = 0;
-    const char* digits = setting.data() + at + 1;
-    if (setting[at] == '%' && at + 2 < setting.size() &&
-        std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
-      path += static_cast<char>(byte);
-      at += 2;
-    } else {
-      path += setting[at];
-    }
-  }
-  return path;
+  constexpr std::string_view scheme = "file://";
+  if (!setting.starts_with(scheme)) return expandingHome(setting);
+  return pathOfFileUrl(std::string(scheme) + expandingHome(setting.substr(scheme.size())));
 }
 
 // What the screenshot tools' own settings say.
@@ -93,8 +82,7 @@ std::optional<std::string> toolsSetting() {
       {"ksnip/ksnip.conf", "Application", "SaveDirectory"},
   };
   for (const auto& [file, section, key] : settings)
-    if (auto value = iniValue(join(configFolder(), file), section, key))
-      return expandingHome(pathFrom(*value));
+    if (auto value = iniValue(join(configFolder(), file), section, key)) return pathFrom(*value);
   return std::nullopt;
 }
 

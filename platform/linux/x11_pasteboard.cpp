@@ -99,12 +99,15 @@ class X11Pasteboard::Worker {
   void serve() {
     X11SelectionOwner owner(connection_, [this] { wake(); });
     X11SelectionReader reader(
-        connection_, [this](PasteboardContents contents, const X11Announcement& announcement) {
+        connection_,
+        [this](PasteboardContents contents, const X11Announcement& announcement) {
           tell({std::move(contents), announcement});
-        });
+        },
+        [this] { wake(); });
     readPresent(reader);
     while (connection_.alive()) {
       if (!takeCommands(owner)) break;
+      reader.collect();
       handleEvents(reader, owner, X11Clock::time_point::max());
     }
     if (!owner.askToBeKept()) return;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/concealed_types.h"
+#include "platform/linux/imaging.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -290,7 +291,10 @@ X11SelectionOwner::Answer X11SelectionOwner::convertImage(const std::shared_ptr<
       const bool running = same != waiting_.end();
       const std::uint64_t ticket = running ? same->ticket : ++lastTicket_;
       waiting_.push_back({ticket, contents_, encoding, request, part});
-      if (!running) converter_.start(ticket, image, encoding);
+      if (!running)
+        converter_.start(ticket, [image, encoding](int cancel) {
+          return convertedBytes(image, encoding, cancel);
+        });
       return Answer::later;
     }
     bytes = known->second;
@@ -301,19 +305,19 @@ X11SelectionOwner::Answer X11SelectionOwner::convertImage(const std::shared_ptr<
 }
 
 void X11SelectionOwner::collect() {
-  for (const auto& result : converter_.take()) {
+  for (const auto& [ticket, bytes] : converter_.take()) {
     for (const Waiting& waiting : waiting_) {
-      if (waiting.ticket != result.ticket) continue;
-      waiting.contents->forms[waiting.encoding] = result.bytes;
+      if (waiting.ticket != ticket) continue;
+      waiting.contents->forms[waiting.encoding] = bytes;
       Request& request = *waiting.request;
       auto& part = request.parts[waiting.part];
-      if (result.bytes)
-        send(request.event.requestor, part.property, part.target, result.bytes);
+      if (bytes)
+        send(request.event.requestor, part.property, part.target, bytes);
       else
         part.property = XCB_ATOM_NONE;
       if (--request.open == 0) notify(request);
     }
-    std::erase_if(waiting_, [&](const Waiting& w) { return w.ticket == result.ticket; });
+    std::erase_if(waiting_, [done = ticket](const Waiting& w) { return w.ticket == done; });
   }
 }
 

@@ -8,8 +8,9 @@
 #include <optional>
 #include <vector>
 
+#include "platform/image.h"
 #include "platform/linux/x11_connection.h"
-#include "platform/linux/x11_image_converter.h"
+#include "platform/linux/x11_worker.h"
 
 namespace marbelot {
 
@@ -81,7 +82,7 @@ class X11SelectionOwner {
   std::list<Transfer> transfers_;
   std::vector<Waiting> waiting_;
   std::uint64_t lastTicket_ = 0;
-  X11ImageConverter converter_;
+  X11Worker<SharedBytes> converter_;
 };
 
 }  // namespace marbelot

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "platform/concealed_types.h"
+#include "platform/linux/file_list.h"
+#include "platform/linux/imaging.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -25,8 +27,12 @@ constexpr std::array<std::string_view, 6> textTypes{
     "UTF8_STRING", "text/plain;charset=utf-8", "text/plain;charset=UTF-8", "text/plain", "STRING",
     "TEXT"};
 constexpr std::array<std::string_view, 11> imageTypes{
-    "image/png",      "image/tiff", "image/jpeg", "image/jpg",  "image/bmp", "image/x-bmp",
-    "image/x-MS-bmp", "image/webp", "image/gif",  "image/heic", "image/heif"};
+    "image/png",  "image/tiff", "image/jpeg",  "image/jpg",      "image/gif", "image/heic",
+    "image/heif", "image/bmp",  "image/x-bmp", "image/x-MS-bmp", "image/webp"};
+// Then the first file of a list of files, and a document where there is no text either.
+constexpr std::array<std::string_view, 3> fileTypes{"text/uri-list", "x-special/gnome-copied-files",
+                                                    "x-special/mate-copied-files"};
+constexpr std::string_view documentType = "application/pdf";
 
 // Not contents: the protocol's own requests, and a name that Qt resolves only within one process.
 constexpr std::array<std::string_view, 10> protocolTypes{
@@ -62,7 +68,7 @@ bool after(std::uint32_t a, std::uint32_t b) { return static_cast<std::int32_t>(
 }  // namespace
 
 struct X11SelectionReader::Conversion {
-  enum class State { idle, asked, arriving, done, failed };
+  enum class State { idle, asked, arriving, loading, done, failed };
   State state = State::idle;
   // Its own: owners confuse two requests of one window, or answer only one of them.
   xcb_window_t window = XCB_WINDOW_NONE;
@@ -72,10 +78,13 @@ struct X11SelectionReader::Conversion {
   std::uint8_t bits = 0;  // of each of the answer's units
   std::uint32_t sequence = 0;
   std::string bytes;
+  std::uint64_t ticket = 0;  // while loading
   X11Clock::time_point deadline;
   bool late = false;  // open for so long without progress that nobody waits for it any more
 
-  bool open() const { return state == State::asked || state == State::arriving; }
+  bool open() const {
+    return state == State::asked || state == State::arriving || state == State::loading;
+  }
   bool free() const { return state == State::idle || state == State::failed; }
 };
 
@@ -133,8 +142,12 @@ struct X11SelectionReader::Read {
   }
 };
 
-X11SelectionReader::X11SelectionReader(X11Connection& connection, Deliver deliver)
-    : connection_(connection), deliver_(std::move(deliver)), abandoned_(connection) {}
+X11SelectionReader::X11SelectionReader(X11Connection& connection, Deliver deliver,
+                                       std::function<void()> wake)
+    : connection_(connection),
+      deliver_(std::move(deliver)),
+      abandoned_(connection),
+      loader_(std::move(wake)) {}
 
 X11SelectionReader::~X11SelectionReader() = default;
 
@@ -184,8 +197,9 @@ void X11SelectionReader::ask(Read& read, Conversion& conversion, xcb_atom_t targ
 }
 
 void X11SelectionReader::abandon(Read& read, Conversion& conversion) {
-  abandoned_.take(std::exchange(conversion.window, XCB_WINDOW_NONE), conversion.property,
-                  conversion.state == Conversion::State::arriving);
+  if (conversion.state != Conversion::State::loading)
+    abandoned_.take(std::exchange(conversion.window, XCB_WINDOW_NONE), conversion.property,
+                    conversion.state == Conversion::State::arriving);
   conversion.state = Conversion::State::failed;
   conversion.late = false;
   conversion.bytes = std::string();
@@ -263,14 +277,45 @@ void X11SelectionReader::finish(Read& read, Conversion& conversion) {
     read.contents.text = read.offers(conversion) ? textOf(conversion, std::move(bytes)) : nullptr;
     if (!read.contents.text) conversion.state = Conversion::State::failed;
   } else if (&conversion == &read.image) {
-    read.contents.image = Image::fromBytes(share(std::move(bytes)));
-    if (!read.contents.image) conversion.state = Conversion::State::failed;
+    finishImage(read, conversion, std::move(bytes));
   } else if (&conversion == &read.hint) {
     const std::vector<std::string>& types = read.contents.types;
     read.contents.concealed =
         bytes.starts_with("secret") ||
         std::any_of(types.begin(), types.end(), [](const auto& t) { return isConcealedType(t); });
   }
+}
+
+void X11SelectionReader::finishImage(Read& read, Conversion& conversion, std::string bytes) {
+  const auto names = connection_.names({&conversion.target, 1});
+  const std::string target = names.empty() ? std::string() : names.front();
+  const std::string path = contains(fileTypes, target) ? firstFile(bytes) : std::string();
+  if (!path.empty() || target == documentType) {
+    // A file may be far away, and a document has to be drawn.
+    conversion.state = Conversion::State::loading;
+    conversion.ticket = ++lastTicket_;
+    loader_.start(conversion.ticket, [path, pdf = std::move(bytes)](int cancel) {
+      return path.empty() ? pdfImage(pdf, cancel) : Image::fromFile(path);
+    });
+    return;
+  }
+  read.contents.image = Image::fromBytes(share(std::move(bytes)));
+  if (!read.contents.image) conversion.state = Conversion::State::failed;
+}
+
+void X11SelectionReader::collect() {
+  for (auto& [ticket, image] : loader_.take()) {
+    for (const auto& read : reads_) {
+      Conversion& conversion = read->image;
+      if (conversion.state != Conversion::State::loading || conversion.ticket != ticket) continue;
+      read->contents.image = std::move(image);
+      conversion.state = read->contents.image ? Conversion::State::done : Conversion::State::failed;
+      conversion.late = false;
+      advance(*read);
+      break;
+    }
+  }
+  deliverFinished();
 }
 
 // Null when the answer is no text, or in an encoding of long ago.
@@ -304,6 +349,10 @@ void X11SelectionReader::finishTargets(Read& read, const Conversion& conversion)
       read.textTargets.push_back(connection_.atom(name));
   for (const auto name : imageTypes)
     if (offered(name)) read.imageTargets.push_back(connection_.atom(name));
+  for (const auto name : fileTypes)
+    if (offered(name)) read.imageTargets.push_back(connection_.atom(name));
+  if (offered(documentType) && std::none_of(textTypes.begin(), textTypes.end(), offered))
+    read.imageTargets.push_back(connection_.atom(documentType));
   if (read.text.state == Conversion::State::done && !read.offers(read.text)) {
     read.contents.text = nullptr;
     read.text.state = Conversion::State::failed;

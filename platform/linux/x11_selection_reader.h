@@ -9,6 +9,7 @@
 
 #include "platform/linux/x11_abandoned_transfers.h"
 #include "platform/linux/x11_connection.h"
+#include "platform/linux/x11_worker.h"
 #include "platform/pasteboard.h"
 
 namespace marbelot {
@@ -30,7 +31,8 @@ class X11SelectionReader {
  public:
   using Deliver = std::function<void(PasteboardContents, const X11Announcement&)>;
 
-  X11SelectionReader(X11Connection& connection, Deliver deliver);
+  // `wake` is called on another thread when collect() has to be called on this one.
+  X11SelectionReader(X11Connection& connection, Deliver deliver, std::function<void()> wake);
   ~X11SelectionReader();
 
   void begin(const X11Announcement& announcement);
@@ -38,6 +40,8 @@ class X11SelectionReader {
   void replaceAll(std::uint32_t sequence);
 
   void handle(const xcb_generic_event_t& event);
+  // Takes the images that files and documents have turned out to hold.
+  void collect();
   // When expire() must be called; time_point::max() while nothing is being read.
   X11Clock::time_point deadline() const;
   void expire(X11Clock::time_point now);
@@ -50,6 +54,7 @@ class X11SelectionReader {
   void receive(Read& read, Conversion& conversion);
   void finish(Read& read, Conversion& conversion);
   void finishTargets(Read& read, const Conversion& conversion);
+  void finishImage(Read& read, Conversion& conversion, std::string bytes);
   SharedText textOf(const Conversion& conversion, std::string bytes);
   void advance(Read& read);
   void deliverFinished();
@@ -63,6 +68,8 @@ class X11SelectionReader {
   Deliver deliver_;
   std::deque<std::unique_ptr<Read>> reads_;  // oldest first
   X11AbandonedTransfers abandoned_;
+  std::uint64_t lastTicket_ = 0;
+  X11Worker<std::optional<Image>> loader_;
 };
 
 }  // namespace marbelot

@@ -8,41 +8,59 @@
 // An image for the pasteboard in all that the system's image object offers, but a PNG as its own
 // bytes: what AppKit would write has lost its metadata and colour profile.
 @interface MarbelotImageWriter : NSObject <NSPasteboardWriting>
-- (instancetype)initWithImage:(NSImage*)image png:(NSData*)png;
+- (instancetype)initWithImage:(const marbelot::Image&)image;
+// What the system makes of it; nil when that is nothing.
+@property(readonly) NSImage* object;
 @end
 
 @implementation MarbelotImageWriter {
-  NSImage* _image;
-  NSData* _png;  // nil when the image is not a PNG
+  std::optional<marbelot::Image> _image;
+  NSImage* _object;  // nil until it is needed
 }
 
-- (instancetype)initWithImage:(NSImage*)image png:(NSData*)png {
+- (instancetype)initWithImage:(const marbelot::Image&)image {
   self = [super init];
-  if (self != nil) {
-    _image = image;
-    _png = png;
-  }
+  if (self != nil) _image = image;
   return self;
+}
+
+- (NSData*)data {
+  const marbelot::SharedBytes bytes = _image->bytes();
+  return bytes ? marbelot::nsData(bytes) : nil;
+}
+
+- (NSImage*)object {
+  if (_object == nil) {
+    NSData* const data = [self data];
+    if (data != nil) _object = [[NSImage alloc] initWithData:data];
+  }
+  return _object;
 }
 
 - (NSArray*)writableTypesForPasteboard:(NSPasteboard*)pasteboard {
   NSMutableArray<NSString*>* types = [NSMutableArray array];
-  if (_png != nil) [types addObject:NSPasteboardTypePNG];
-  for (NSString* type in [_image writableTypesForPasteboard:pasteboard])
+  if (_image->format() == marbelot::ImageFormat::png) [types addObject:NSPasteboardTypePNG];
+  // To ask the object, pixels would have to be encoded first.
+  NSArray* const others = _image->isEncoded() ? [self.object writableTypesForPasteboard:pasteboard]
+                                              : @[ NSPasteboardTypeTIFF ];
+  for (NSString* type in others)
     if (![types containsObject:type]) [types addObject:type];
   return types;
+}
+
+- (bool)isOwnType:(NSString*)type {
+  return _image->format() == marbelot::ImageFormat::png &&
+         [type isEqualToString:NSPasteboardTypePNG];
 }
 
 // Nothing is converted until somebody pastes it.
 - (NSPasteboardWritingOptions)writingOptionsForType:(NSString*)type
                                          pasteboard:(NSPasteboard*)pasteboard {
-  const bool ready = _png != nil && [type isEqualToString:NSPasteboardTypePNG];
-  return ready ? 0 : NSPasteboardWritingPromised;
+  return [self isOwnType:type] && _image->isEncoded() ? 0 : NSPasteboardWritingPromised;
 }
 
 - (id)pasteboardPropertyListForType:(NSString*)type {
-  if (_png != nil && [type isEqualToString:NSPasteboardTypePNG]) return _png;
-  return [_image pasteboardPropertyListForType:type];
+  return [self isOwnType:type] ? [self data] : [self.object pasteboardPropertyListForType:type];
 }
 @end
 
@@ -54,21 +72,36 @@ std::optional<Image> imageOfType(NSPasteboard* pasteboard, NSString* type) {
   return bytes ? Image::fromBytes(bytes) : std::nullopt;
 }
 
-// PNG first, as it is what came; TIFF before the rest, because owners convert the others from it.
-std::optional<Image> readImage(NSPasteboard* pasteboard) {
-  NSString* const exact =
-      [pasteboard availableTypeFromArray:@[ NSPasteboardTypePNG, NSPasteboardTypeTIFF ]];
-  if (exact != nil) {
-    if (std::optional<Image> image = imageOfType(pasteboard, exact)) return image;
-  }
-  NSString* const other = [pasteboard availableTypeFromArray:NSImage.imageTypes];
-  if (other == nil) return std::nullopt;
-  if (std::optional<Image> image = imageOfType(pasteboard, other)) return image;
-  // Formats that only the system's image object knows, such as PDF.
-  NSData* const data = [pasteboard dataForType:other];
+// The first file that was copied in the file manager, when it is an image.
+std::optional<Image> firstFile(NSPasteboard* pasteboard) {
+  NSArray* const urls = [pasteboard readObjectsForClasses:@[ [NSURL class] ]
+                                                  options:@{
+                                                    NSPasteboardURLReadingFileURLsOnlyKey : @YES
+                                                  }];
+  NSURL* const url = urls.firstObject;
+  return url != nil ? Image::fromFile(url.path.fileSystemRepresentation) : std::nullopt;
+}
+
+// What only the system's image object draws, such as the first page of a PDF.
+std::optional<Image> drawing(NSData* data) {
   NSImage* const image = data != nil ? [[NSImage alloc] initWithData:data] : nil;
   const SharedBytes tiff = sharedBytes(image.TIFFRepresentation);
   return tiff ? Image::fromBytes(tiff) : std::nullopt;
+}
+
+// PNG first, as it is what came; TIFF before the rest, because owners convert the others from it.
+std::optional<Image> readImage(NSPasteboard* pasteboard, bool holdsText) {
+  NSString* const type = [pasteboard availableTypeFromArray:@[
+    NSPasteboardTypePNG, NSPasteboardTypeTIFF, @"public.jpeg", @"com.compuserve.gif",
+    @"public.heic", @"com.microsoft.bmp", @"org.webmproject.webp"
+  ]];
+  if (type != nil) {
+    if (std::optional<Image> image = imageOfType(pasteboard, type)) return image;
+  }
+  if (std::optional<Image> image = firstFile(pasteboard)) return image;
+  if (holdsText) return std::nullopt;
+  NSString* const document = [pasteboard availableTypeFromArray:@[ NSPasteboardTypePDF ]];
+  return document != nil ? drawing([pasteboard dataForType:document]) : std::nullopt;
 }
 
 PasteboardContents readContents(NSPasteboard* pasteboard) {
@@ -79,7 +112,7 @@ PasteboardContents readContents(NSPasteboard* pasteboard) {
   }
   NSString* const string = [pasteboard stringForType:NSPasteboardTypeString];
   if (string != nil) contents.text = share(utf8(string));
-  contents.image = readImage(pasteboard);
+  contents.image = readImage(pasteboard, string != nil);
   return contents;
 }
 
@@ -114,14 +147,17 @@ class GeneralPasteboard final : public Pasteboard {
 
   std::optional<std::int64_t> write(const Image& image) override {
     @autoreleasepool {
-      const SharedBytes bytes = image.bytes();
-      NSData* const data = bytes ? nsData(bytes) : nil;
-      NSImage* const object = data != nil ? [[NSImage alloc] initWithData:data] : nil;
-      if (object == nil) return std::nullopt;  // better the old contents than none
+      MarbelotImageWriter* const writer = [[MarbelotImageWriter alloc] initWithImage:image];
+      if (image.isEncoded()) {
+        if (writer.object == nil) return std::nullopt;  // better the old contents than none
+      } else {
+        // Whoever pastes will not wait for long then.
+        const Image pixels = image;
+        dispatch_async(dispatch_get_global_queue(QOS_CLASS_USER_INITIATED, 0), ^{
+          pixels.bytes();
+        });
+      }
       const std::int64_t count = [pasteboard_ clearContents];
-      NSData* const png = image.format() == ImageFormat::png ? data : nil;
-      MarbelotImageWriter* const writer = [[MarbelotImageWriter alloc] initWithImage:object
-                                                                                 png:png];
       if (![pasteboard_ writeObjects:@[ writer ]]) return std::nullopt;
       return note(count, {.text = nullptr, .image = image, .types = {}, .concealed = false});
     }

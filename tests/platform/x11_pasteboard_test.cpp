@@ -11,8 +11,10 @@
 #include <future>
 #include <optional>
 
+#include "platform/image_codec.h"
 #include "tests/platform/test_queue.h"
 #include "tests/platform/x11_test_clients.h"
+#include "tests/support/temporary_home.h"
 
 namespace marbelot {
 namespace {
@@ -446,6 +448,72 @@ TEST_F(X11PasteboardTest, ImagesKeepTheirBytesBothWays) {
   EXPECT_EQ(
       QImage::fromData(QByteArray::fromStdString(*converted)).convertToFormat(QImage::Format_RGB32),
       noise(1920, 1080));
+}
+
+TEST_F(X11PasteboardTest, ACopiedFileIsItsImage) {
+  const TemporaryHome home;
+  const std::string path = home / "a picture, 100%.png";
+  writeFile(path, encoded(noise(64, 48), "png"));
+  writeFile(home / "text.txt", "no image");
+  const auto url = [&](const std::string& name) { return "file://" + (home / name); };
+  const std::string escaped = url("a%20picture,%20100%25.png");
+  const auto bmp = encoded(noise(9, 7), "bmp");
+  const struct {
+    TestOwner::Data data;
+    int width;  // of the image; 0 for none
+  } cases[] = {
+      {{{"text/uri-list", "# copied\r\nhttps://example.org/a.png\r\n" + escaped + "\r\n"},
+        {"UTF8_STRING", path}},
+       64},
+      {{{"x-special/gnome-copied-files", "copy\n" + escaped + "\n" + url("text.txt")}}, 64},
+      {{{"text/uri-list", escaped}, {"image/bmp", bmp}}, 9},
+      {{{"text/uri-list", escaped}, {"image/bmp", "damaged"}}, 64},
+      {{{"text/uri-list", url("text.txt") + "\r\n" + escaped}, {"UTF8_STRING", "names"}}, 0},
+      {{{"text/uri-list", url("missing.png")}}, 0},
+      {{{"text/uri-list", "file://\r\nfile:///%\r\n"}}, 0},
+  };
+  for (const auto& [data, width] : cases) {
+    {
+      const TestOwner owner(display(), data);
+      const auto contents = news(1)[0].contents;
+      EXPECT_EQ(contents.image ? contents.image->width() : 0, width) << data.begin()->second;
+      EXPECT_EQ(contents.text != nullptr, data.contains("UTF8_STRING"));
+    }
+    news(1);
+  }
+}
+
+TEST_F(X11PasteboardTest, ADocumentIsItsFirstPageWhereThereIsNoText) {
+  const std::string drawing = "1 0 0 rg 0 0 30 20 re f";  // red, in the lower left corner
+  const std::string pdf =
+      "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+      "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+      "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 60 40]/Contents 4 0 R>>endobj\n"
+      "4 0 obj<</Length " +
+      std::to_string(drawing.size()) + ">>stream\n" + drawing +
+      "\nendstream endobj\ntrailer<</Root 1 0 R>>\n";
+  {
+    const TestOwner owner(display(), {{"application/pdf", pdf}});
+    const auto image = news(1)[0].contents.image;
+    ASSERT_TRUE(image);
+    const SharedBitmap page = decode(*image);
+    ASSERT_TRUE(page);
+    EXPECT_EQ(page->width(), 120) << "two pixels a point";
+    EXPECT_EQ(page->height(), 80);
+    const auto pixel = [&](int x, int y) {
+      return std::vector(page->row(y) + 4 * x, page->row(y) + 4 * x + 4);
+    };
+    EXPECT_EQ(pixel(20, 60), (std::vector<std::uint8_t>{255, 0, 0, 255}));
+    EXPECT_EQ(pixel(100, 10), (std::vector<std::uint8_t>{0, 0, 0, 0})) << "nothing is drawn there";
+  }
+  news(1);
+  {
+    const TestOwner owner(display(), {{"application/pdf", pdf}, {"UTF8_STRING", "its text"}});
+    EXPECT_FALSE(news(1)[0].contents.image);
+  }
+  news(1);
+  const TestOwner damaged(display(), {{"application/pdf", "%PDF-1.4 and no more"}});
+  EXPECT_FALSE(news(1)[0].contents.image);
 }
 
 TEST_F(X11PasteboardTest, PixelsAreEncodedWhenSomebodyPastesThem) {

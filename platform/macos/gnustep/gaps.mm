@@ -359,7 +359,14 @@ id systemStatusBar(id, SEL) {
 }
 @end
 
+NSString* const NSPasteboardURLReadingFileURLsOnlyKey = @"NSPasteboardURLReadingFileURLsOnlyKey";
+
 @implementation NSPasteboard (MarbelotGaps)
+// Files only, and only the first.
+- (NSArray*)readObjectsForClasses:(NSArray<Class>*)classes options:(NSDictionary*)options {
+  NSURL* const url = [NSURL URLFromPasteboard:self];
+  return url.isFileURL ? @[ url ] : @[];
+}
 - (NSInteger)clearContents {
   return [self declareTypes:@[] owner:nil];
 }

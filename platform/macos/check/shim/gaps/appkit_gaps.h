@@ -54,7 +54,10 @@ constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 @property(getter=isHidden) BOOL hidden;
 @end
 
+extern NSString *const NSPasteboardURLReadingFileURLsOnlyKey;
+
 @interface NSPasteboard (MarbelotGaps)
+- (NSArray *)readObjectsForClasses:(NSArray<Class> *)classes options:(NSDictionary *)options;
 - (NSInteger)clearContents;
 - (BOOL)writeObjects:(NSArray<id<NSPasteboardWriting>> *)objects;
 @end
