@@ -15,7 +15,8 @@ void StatusMenu::buildMenu() {
   menu.addDisabled("Marbelot — auto-copy screenshots");
   if (!parts_.access.screenshotFolderReadable) {
     menu.addSeparator();
-    menu.add("⚠︎ Allow screenshot access…", "openScreenshotAccessSettings");
+    menu.add("⚠︎ Allow screenshot access…", "openScreenshotAccessSettings")->toolTip =
+        parts_.access.problem;
   }
 
   clipPreviewItem.reset();

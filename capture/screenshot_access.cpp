@@ -15,14 +15,20 @@ ScreenshotAccess::ScreenshotAccess(Platform& platform, Shell& shell, ActionTable
 void ScreenshotAccess::probe() {
   if (probing_) return;  // a folder that hangs must not collect probes
   probing_ = true;
-  probe_ = platform_.queue.inBackground([] { return files::list(screenshotFolder()).has_value(); },
-                                        [this](bool readable) {
-                                          probing_ = false;
-                                          if (onProbed) onProbed();
-                                          if (readable == screenshotFolderReadable) return;
-                                          screenshotFolderReadable = readable;
-                                          shell_.rebuildMenu();
-                                        });
+  const auto whatIsWrong = [] {
+    const std::string folder = screenshotFolder();
+    std::string words;
+    const bool readable = files::list(folder, &words).has_value();
+    return readable ? std::string() : text::sanitized(folder + ": " + words);
+  };
+  probe_ = platform_.queue.inBackground(whatIsWrong, [this](const std::string& found) {
+    probing_ = false;
+    if (onProbed) onProbed();
+    if (found == problem) return;
+    problem = found;
+    screenshotFolderReadable = problem.empty();
+    shell_.rebuildMenu();
+  });
 }
 
 void ScreenshotAccess::openScreenshotAccessSettings() {
@@ -40,8 +46,11 @@ void ScreenshotAccess::openScreenshotAccessSettings() {
       "folder. Then quit and reopen Marbelot.\n\n(This is Full Disk Access / Files & Folders — not "
       "Accessibility.)";
   alert.buttons = {"Open Privacy Settings", "Later"};
+  alert.toolTip = problem;
   platform_.dialogs.present(alert, [this, folder](const AlertAnswer& answer) {
-    if (answer.button == 0) platform_.workspace.openPrivacySettings(folder);
+    if (answer.button != 0) return;
+    platform_.workspace.openPrivacySettings(
+        folder, [this](const std::string& advice) { shell_.notify(advice); });
   });
 }
 

@@ -15,6 +15,8 @@ class ScreenshotAccess {
 
   // As the last probe found it; assumed until there was one.
   bool screenshotFolderReadable = true;
+  // What is wrong, with the folder's name; empty while it is readable.
+  std::string problem;
 
   // Called after each probe.
   std::function<void()> onProbed;

@@ -13,8 +13,10 @@
 
 namespace marbelot::files {
 
-// Names in the folder, without "." and ".."; none when it cannot be listed.
-std::optional<std::vector<std::string>> list(const std::string& folder);
+// Names in the folder, without "." and ".."; none when it cannot be listed, and then `problem` says
+// why, in the system's own words.
+std::optional<std::vector<std::string>> list(const std::string& folder,
+                                             std::string* problem = nullptr);
 
 struct FileInfo {
   double modified = 0;  // seconds since 1970

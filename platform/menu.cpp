@@ -88,6 +88,10 @@ void writeMenu(JsonWriter& out, const Menu& menu) {
       out.Bool(item->hidden);
       out.Key("checked");
       out.Bool(item->checked);
+      if (!item->toolTip.empty()) {
+        out.Key("toolTip");
+        writeText(out, item->toolTip);
+      }
       out.Key("key");
       writeText(out, item->key);
       if (item->submenu) {

@@ -40,6 +40,7 @@ struct MenuItem {
   bool enabled = true;
   bool hidden = false;
   bool checked = false;
+  std::string toolTip;
   std::string key;  // key equivalent: one character with Command (Control on Linux), or empty
   std::shared_ptr<Menu> submenu;
   std::shared_ptr<const HUDPayload> payload;  // content to preview while the item is highlighted

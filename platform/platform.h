@@ -48,8 +48,10 @@ class Workspace {
   virtual void openPath(const std::string& path) = 0;
   virtual void openUrl(const std::string& url) = 0;
   // Leads the user to where access to `folder` is granted: the system's privacy settings, or the
-  // folder's properties in the file manager.
-  virtual void openPrivacySettings(const std::string& folder) = 0;
+  // folder's properties in the file manager. Calls `advise` with one line for the user when there
+  // is something to do that is not told there, or nothing that could be opened.
+  virtual void openPrivacySettings(const std::string& folder,
+                                   std::function<void(const std::string&)> advise) = 0;
   // Shows the file, selected, in the file manager.
   virtual void reveal(const std::string& path) = 0;
   // Moves the file to the trash. False when it stays where it is.

@@ -112,6 +112,7 @@ struct Alert {
   std::string message;
   std::string informative;
   std::vector<std::string> buttons;  // the first is the affirmative one
+  std::string toolTip;               // of that one
   std::vector<View> accessory;       // at most one; an editable text gets the focus
 };
 

@@ -145,6 +145,9 @@ class VirtualDesktop:
     def start_tray_host(self):
         self._start_service("tray_host.py")
 
+    def start_file_manager(self):
+        self._start_service("file_manager.py")
+
     def _start_service(self, script, *arguments):
         self.spawn("/usr/bin/python3", SCRIPTS / script, *arguments, log=script)
         until(lambda: "ready\n" in self.log(script), script, STARTUP_SECONDS)
@@ -238,6 +241,10 @@ class VirtualDesktop:
     def _records(self, script):
         lines = self.log(script).splitlines()
         return [json.loads(line) for line in lines if line.startswith("{")]
+
+    def shown_by_file_manager(self):
+        """What it was asked to show so far: dictionaries with method, urls."""
+        return self._records("file_manager.py")
 
     def tray_property(self, name):
         return self._call_item("org.freedesktop.DBus.Properties", "Get", "(ss)",

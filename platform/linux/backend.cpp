@@ -143,7 +143,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
                         [&queue](std::function<void()> work) { queue.post(std::move(work)); });
   InotifyFolderEvents folderEvents;
   DesktopNotices notices(bus);
-  DesktopWorkspace workspace(bus);
+  DesktopWorkspace workspace(queue, bus);
   TrayStatusItem statusItem(bus);
   QtWindows windows;
   QtDialogs dialogs(bus);

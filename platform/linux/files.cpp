@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <system_error>
 
 #include "platform/linux/descriptor.h"
 #include "platform/linux/user_defaults.h"
@@ -42,9 +43,12 @@ bool moveToFreeName(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-std::optional<std::vector<std::string>> list(const std::string& folder) {
+std::optional<std::vector<std::string>> list(const std::string& folder, std::string* problem) {
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), closedir);
-  if (!directory) return std::nullopt;
+  if (!directory) {
+    if (problem) *problem = std::system_category().message(errno);
+    return std::nullopt;
+  }
   std::vector<std::string> names;
   while (const dirent* entry = readdir(directory.get())) {
     const std::string_view name = entry->d_name;

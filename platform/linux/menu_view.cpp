@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <algorithm>
 
+#include "platform/linux/tool_tip.h"
 #include "platform/linux/x11_connection.h"
 #include "platform/text.h"
 
@@ -79,6 +80,7 @@ char latinLetter(const QKeyEvent& event) {
 
 MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
   view_->setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+  view_->setToolTipsVisible(true);
   view_->installEventFilter(this);
   connect(view_.get(), &QMenu::triggered, this,
           [this](QAction* action) { choose(itemOf(action)); });
@@ -174,6 +176,7 @@ void MenuView::dress(QAction& action, const MenuItemRef& item) {
     title += "\tCtrl+" + QString::fromStdString(item->key).toUpper();
   }
   if (action.text() != title) action.setText(title);
+  action.setToolTip(plainToolTip(item->toolTip));
   action.setEnabled(item->enabled && (item->submenu || !item->action.empty()));
   action.setCheckable(item->checked);
   action.setChecked(item->checked);

@@ -17,6 +17,7 @@
 
 #include "platform/linux/secondary_text.h"
 #include "platform/linux/text_view.h"
+#include "platform/linux/tool_tip.h"
 
 namespace marbelot {
 namespace {
@@ -303,6 +304,7 @@ void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answ
     row->addWidget(button);
     QObject::connect(button, &QPushButton::clicked, dialog,
                      [dialog, index] { dialog->done(static_cast<int>(index) + 1); });
+    if (index == 0) button->setToolTip(plainToolTip(alert.toolTip));
     if (index == 0 && accessory) {
       button->setToolTip(defaultButtonTip());
       auto* press = new QAction(dialog);

@@ -20,6 +20,8 @@ AlertAnswer run(const Alert& alert, OpenAlerts& open) {
   panel.informativeText = nsString(alert.informative);
   NSButton* last = nil;
   for (const std::string& title : alert.buttons) last = [panel addButtonWithTitle:nsString(title)];
+  NSButton* const first = panel.buttons.firstObject;
+  if (!alert.toolTip.empty()) first.toolTip = nsString(alert.toolTip);
   // AppKit itself does this only for a button that is called "Cancel".
   if (alert.buttons.size() > 1) last.keyEquivalent = @"\033";
   NSWindow* const window = panel.window;

@@ -80,11 +80,15 @@ std::string folderOrInHome(NSSearchPathDirectory folder, const std::string& name
 
 }  // namespace
 
-std::optional<std::vector<std::string>> list(const std::string& folder) {
+std::optional<std::vector<std::string>> list(const std::string& folder, std::string* problem) {
   @autoreleasepool {
+    NSError* error = nil;
     NSArray<NSString*>* found =
-        [NSFileManager.defaultManager contentsOfDirectoryAtPath:nsPath(folder) error:nil];
-    if (found == nil) return std::nullopt;
+        [NSFileManager.defaultManager contentsOfDirectoryAtPath:nsPath(folder) error:&error];
+    if (found == nil) {
+      if (problem != nullptr) *problem = utf8(error.localizedDescription);
+      return std::nullopt;
+    }
     std::vector<std::string> names;
     names.reserve(found.count);
     for (NSString* name in found) names.push_back(utf8(name));

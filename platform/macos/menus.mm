@@ -78,6 +78,7 @@ using marbelot::MenuItemRef;
   box->item = item;
   shown.representedObject = box;
   shown.title = marbelot::nsString(marbelot::text::shownTitle(item->title));
+  shown.toolTip = item->toolTip.empty() ? nil : marbelot::nsString(item->toolTip);
   shown.enabled = item->enabled;
   shown.state = item->checked ? NSControlStateValueOn : NSControlStateValueOff;
   shown.keyEquivalent = marbelot::nsString(item->key);

@@ -23,7 +23,7 @@ class SharedWorkspace final : public Workspace {
   }
 
   // Full disk access is granted to programs, not for folders.
-  void openPrivacySettings(const std::string&) override {
+  void openPrivacySettings(const std::string&, std::function<void(const std::string&)>) override {
     openUrl("x-apple.systempreferences:com.apple.preference.security?Privacy_AllFilesAccess");
   }
 

@@ -115,10 +115,15 @@ class Desktop : public Workspace {
  public:
   void openPath(const std::string& path) override { opened.push_back(path); }
   void openUrl(const std::string& url) override { opened.push_back(url); }
-  void openPrivacySettings(const std::string& folder) override { privacyOpened.push_back(folder); }
+  void openPrivacySettings(const std::string& folder,
+                           std::function<void(const std::string&)> advise) override {
+    privacyOpened.push_back(folder);
+    if (!advice.empty()) advise(advice);
+  }
   void reveal(const std::string& path) override { revealed.push_back(path); }
   bool trash(const std::string& path) override;
   std::vector<std::string> opened, privacyOpened, revealed, trashed;
+  std::string advice;  // to whoever opens the privacy settings
 };
 
 class Icon : public StatusItem {

@@ -167,13 +167,25 @@ TEST_F(AppDelegateTest, LeadsFromAnUnreadableFolderToAccess) {
   EXPECT_NE(alert.informative.find("saves it (to " + home_ / "Desktop" + "). It can't"),
             std::string::npos);
   EXPECT_EQ(alert.buttons, (std::vector<std::string>{"Open Privacy Settings", "Later"}));
+  const std::string words = home_ / "Desktop" + ": No such file or directory";
+  EXPECT_EQ(alert.toolTip, words);
+  EXPECT_EQ(itemAt(menu(), {"⚠︎ Allow screenshot access…"})->toolTip, words);
+  EXPECT_TRUE(desktop_.notices.posted.empty());
   desktop_.dialogs.answer(1);
   EXPECT_TRUE(desktop_.workspace.privacyOpened.empty());
   choose({"⚠︎ Allow screenshot access…"});
   choose({"⚠︎ Allow screenshot access…"});
   EXPECT_EQ(desktop_.dialogs.raised.size(), 1U) << "the open one may lie behind other windows";
+  desktop_.workspace.advice = "what to do";
   desktop_.dialogs.answer(0);
   EXPECT_EQ(desktop_.workspace.privacyOpened, std::vector<std::string>{home_ / "Desktop"});
+  EXPECT_EQ(desktop_.notices.last(), "what to do");
+  writeFile(home_ / "Desktop", "");  // another trouble
+  titles();
+  desktop_.queue.advance(0);
+  EXPECT_EQ(itemAt(menu(), {"⚠︎ Allow screenshot access…"})->toolTip,
+            home_ / "Desktop" + ": Not a directory");
+  std::filesystem::remove(home_ / "Desktop");
   std::filesystem::create_directory(home_ / "Desktop");
   const int checks = desktop_.folderEvents.checks;
   titles();  // opening the menu probes again

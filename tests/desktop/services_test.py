@@ -1,5 +1,6 @@
 """What the desktop lacks, or what hangs in it, does not hold up the program."""
 
+import shutil
 import signal
 import time
 import unittest
@@ -132,6 +133,56 @@ class ServicesTest(DesktopTest):
         self.screen.set_clipboard("an answer at last".encode())
         until(lambda: "an answer at last" in self.program.preview(), "text shown")
         self.check_copies()
+
+    def press_privacy_button(self):
+        """Opens the prompt about the folder's access and presses its first button; the notice."""
+        told = len(self.screen.notices())
+        self.program.invoke("openScreenshotAccessSettings")
+        until(lambda: b"alert" in self.program.ctl("windows").stdout, "prompt")
+
+        def pressed():
+            self.screen.run("xdotool", "key", "Return")
+            return b"alert" not in self.program.ctl("windows").stdout
+        until(pressed, "prompt answered", interval=0.2)
+        until(lambda: len(self.screen.notices()) > told, "notice")
+        self.assertEqual(len(self.screen.notices()), told + 1)
+        return self.screen.notices()[-1]["body"]
+
+    def test_folder_without_access(self):
+        self.screen = self.desktop()
+        self.program = Marbelot(self.screen, watched=False)
+        shots = self.program.shots
+        warning = until(lambda: [item for item in self.program.menu()
+                                 if item.get("title") == "⚠︎ Allow screenshot access…"], "warning")
+        self.assertEqual(warning[0]["toolTip"], f"{shots}: No such file or directory")
+        # There is neither a file manager on the bus nor anything else that could open a folder.
+        if not shutil.which("xdg-open"):
+            advice = self.press_privacy_button()
+            self.assertIn(f"{shots}: No such file or directory", advice)
+            self.assertIn(f"There is no file manager to open. Make the folder: mkdir -p '{shots}'",
+                          advice)
+
+        # The ordinary way, with an opener that knows no program for folders, and one that does.
+        opener = self.screen.folder / "bin/xdg-open"
+        opener.parent.mkdir()
+        self.screen.end(self.program.process)
+        path = f"{opener.parent}:{self.screen.env['PATH']}"
+        self.program = Marbelot(self.screen, watched=False, env={"PATH": path})
+        for script, shown in (("exit 3", False), (f'echo "$1" > {opener}.told', True)):
+            opener.write_text(f"#!/bin/sh\n{script}\n")
+            opener.chmod(0o755)
+            self.assertEqual("no file manager" not in self.press_privacy_button(), shown)
+        told = opener.with_suffix(".told").read_text()
+        self.assertEqual(told, f"{self.screen.home}\n")
+
+        # The file manager: where the folder should be, and what is in its place.
+        self.screen.start_file_manager()
+        self.press_privacy_button()
+        shots.write_text("")
+        self.assertIn(f"{shots}: Not a directory", self.press_privacy_button())
+        self.assertEqual(self.screen.shown_by_file_manager(), [
+            {"method": "ShowFolders", "urls": [self.screen.home.as_uri()]},
+            {"method": "ShowItemProperties", "urls": [shots.as_uri()]}])
 
     def test_command_line(self):
         self.start()

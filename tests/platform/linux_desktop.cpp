@@ -65,7 +65,7 @@ class LinuxDesktop : public TestDesktop {
                          [this](std::function<void()> work) { queue_.post(std::move(work)); }};
   InotifyFolderEvents folderEvents_;
   DesktopNotices notices_{bus_};
-  DesktopWorkspace workspace_{bus_};
+  DesktopWorkspace workspace_{queue_, bus_};
   TrayStatusItem statusItem_{bus_};
   QtWindows windows_;
   QtDialogs dialogs_{bus_};
