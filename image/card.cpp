@@ -26,13 +26,13 @@ Levels drawnOver(const Pixel& pixel, float shown, const Levels& below) {
   return levels;
 }
 
-// The picture as it lies on the canvas: the columns and rows that the window touches.
+// The picture as it lies on the canvas: the columns and rows that the opening touches.
 class PlacedPicture {
  public:
   PlacedPicture(const Bitmap& picture, const Card& card)
       : picture_(picture),
-        left_(firstTouched(card.width, card.window.width)),
-        top_(firstTouched(card.height, card.window.height)),
+        left_(firstTouched(card.width, card.opening.width)),
+        top_(firstTouched(card.height, card.opening.height)),
         across_(axis(card.width - 2 * left_, picture.width(), card.scale)),
         down_(axis(card.height - 2 * top_, picture.height(), card.scale)) {
     if (isWhole(across_) && isWhole(down_)) return;
@@ -55,9 +55,9 @@ class PlacedPicture {
   }
 
  private:
-  static std::int64_t firstTouched(std::int64_t canvas, double window) {
+  static std::int64_t firstTouched(std::int64_t canvas, double opening) {
     return std::max<std::int64_t>(
-        0, static_cast<std::int64_t>(std::floor((static_cast<double>(canvas) - window) / 2)));
+        0, static_cast<std::int64_t>(std::floor((static_cast<double>(canvas) - opening) / 2)));
   }
   static SampledAxis axis(std::int64_t count, int side, double scale) {
     return {static_cast<int>(count), (side - static_cast<double>(count) / scale) / 2, 1 / scale};
@@ -74,14 +74,20 @@ class PlacedPicture {
   std::vector<std::uint8_t> line_;
 };
 
-// Paints row by row. The edges of a row are the same on the right as on the left.
+// Paints row by row, from both ends towards the middle, for a row is the same on the right as on
+// the left. Edges are ramps, where a pixel is partly covered; between them all is solid:
+//
+//   shadow | ramp | badge | ramp | picture | ramp | badge | ramp | shadow
+//                                     ^ the middle of the canvas
+//
+// Near the top and the bottom rows are not solid, and the rest of them is painted as a ramp is.
 class CardPainter {
  public:
   CardPainter(const Bitmap& picture, const Card& card)
       : card_(card),
         half_(card.width / 2),
         picture_(picture, card),
-        window_(card.window, card.width, card.height),
+        opening_(card.opening, card.width, card.height),
         clear_(static_cast<std::size_t>(card.width)) {
     if (!card.badge) return;
     badge_.emplace(card.badge->shape, card.width, card.height);
@@ -92,8 +98,8 @@ class CardPainter {
     to_ = to;
     done_ = 0;
     pictureRow_ = picture_.touches(y) ? picture_.row(y) : nullptr;
-    windowRow_ = &window_.row(y);
-    badgeRow_ = badge_ ? &badge_->row(y) : windowRow_;
+    openingRow_ = &opening_.row(y);
+    badgeRow_ = badge_ ? &badge_->row(y) : openingRow_;
     const bool onBadge = badge_ && isSolid(*badgeRow_);
     shadowRow_ =
         shadow_ ? shadow_->row(y, onBadge ? badgeRow_->innerBegin() : half_ + 1) : clear_.data();
@@ -101,11 +107,11 @@ class CardPainter {
     paintSides(&CardPainter::paintShadow, badgeRow_->begin);
     if (onBadge) {
       paintSides(&CardPainter::paintAll, badgeRow_->innerBegin());
-      paintSides(&CardPainter::paintBadge, windowRow_->begin);
+      paintSides(&CardPainter::paintBadge, openingRow_->begin);
     }
     Paint middle = &CardPainter::paintAll;
-    if (isSolid(*windowRow_) && (onBadge || !badge_)) {
-      paintSides(&CardPainter::paintAll, windowRow_->innerBegin());
+    if (isSolid(*openingRow_) && (onBadge || !badge_)) {
+      paintSides(&CardPainter::paintAll, openingRow_->innerBegin());
       middle = onBadge ? &CardPainter::paintPictureOnBadge : &CardPainter::paintPicture;
     }
     (this->*middle)(done_, card_.width - done_);
@@ -114,7 +120,8 @@ class CardPainter {
  private:
   using Paint = void (CardPainter::*)(std::int64_t begin, std::int64_t end);
 
-  // Whether it covers the pixels between its edges wholly.
+  // Whether it covers the pixels between its edges wholly, but for what adding up floats loses:
+  // less than a quarter of a level.
   bool isSolid(const Coverage::Row& row) const {
     return row.inner > 0.999f && row.innerBegin() <= half_;
   }
@@ -148,7 +155,7 @@ class CardPainter {
         levels = drawnOver(std::array{color.red, color.green, color.blue, std::uint8_t{255}},
                            badgeRow_->at(x, card_.width), levels);
       }
-      const float shown = windowRow_->at(x, card_.width);
+      const float shown = openingRow_->at(x, card_.width);
       if (shown > 0) levels = drawnOver(pictureAt(x), shown, levels);
       std::transform(levels.begin(), levels.end(), to_ + 4 * x, [](float level) {
         const float above = std::min(level, 255.0f) + 0.5f;
@@ -164,7 +171,7 @@ class CardPainter {
   const Card& card_;
   std::int64_t half_;  // of the width
   PlacedPicture picture_;
-  Coverage window_;
+  Coverage opening_;
   std::optional<Coverage> badge_;
   std::optional<SoftShadow> shadow_;
   std::vector<std::uint8_t> clear_;
@@ -173,8 +180,8 @@ class CardPainter {
   std::uint8_t* to_ = nullptr;
   std::int64_t done_ = 0;  // columns from the left, and as many from the right
   const std::uint8_t* pictureRow_ = nullptr;
-  const Coverage::Row* windowRow_ = nullptr;
-  const Coverage::Row* badgeRow_ = nullptr;  // the window's when there is no badge
+  const Coverage::Row* openingRow_ = nullptr;
+  const Coverage::Row* badgeRow_ = nullptr;  // the opening's when there is no badge
   const std::uint8_t* shadowRow_ = nullptr;  // alpha levels
 };
 
@@ -185,6 +192,7 @@ Result drawCard(const Bitmap& picture, const Card& card) {
   if (!result) return result;
   CardPainter painter(picture, card);
   for (int y = 0; y < result->height(); ++y) painter.paintRow(y, result->row(y));
+  finishStreaming();
   return result;
 }
 

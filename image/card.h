@@ -12,7 +12,7 @@
 namespace marbelot {
 
 // Everything is centred on the canvas, from bottom to top: the badge's shadow, the badge, and the
-// picture, of which the window shows what is inside of it.
+// picture, of which the opening shows what is inside of it.
 struct Card {
   struct Badge {
     RoundedRect shape;
@@ -21,8 +21,8 @@ struct Card {
   };
   std::int64_t width = 0, height = 0;  // of the canvas, pixels
   std::optional<Badge> badge;
-  RoundedRect window;
-  double scale = 1;  // of the picture, which covers the window
+  RoundedRect opening;
+  double scale = 1;  // of the picture, which covers the opening
 };
 
 Result drawCard(const Bitmap& picture, const Card& card);

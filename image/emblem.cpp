@@ -18,9 +18,9 @@ Result makeEmblem(const Bitmap& picture, EmblemShape shape, EmblemStyle style) {
 
   Card card;
   card.width = card.height = side + 2 * margin;
-  card.window.width = card.window.height = length - 2 * inset;
-  card.window.radius = roundness * card.window.width;
-  card.scale = card.window.width / length;
+  card.opening.width = card.opening.height = length - 2 * inset;
+  card.opening.radius = roundness * card.opening.width;
+  card.scale = card.opening.width / length;
   if (style != EmblemStyle::clear) {
     constexpr Color dark{28, 28, 28};  // 0.11 of white's level
     const auto reach = static_cast<double>(margin);

@@ -1,8 +1,10 @@
 #include "image/resampler.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <numbers>
 
 #include "image/blend.h"
@@ -13,8 +15,9 @@ namespace marbelot {
 namespace {
 
 constexpr int lobes = 3;
-constexpr int weightBits = 14;  // of fraction; the largest weights are about 1
-// Of fraction between the passes. Overshoots reach 324 and 430 levels, so all fits 16 bits.
+constexpr int weightBits = 14;  // of fraction; the largest weights are below 1.3
+// Of fraction between the passes. The weights above 0 add up to less than 1.3, so that overshoots
+// reach 330 levels after the first pass and 427 after the second: all fits 16 bits.
 constexpr int middleBits = 6;
 constexpr int acrossShift = weightBits - middleBits, downShift = weightBits + middleBits;
 
@@ -26,6 +29,12 @@ double lanczos(double x) {
 }
 
 constexpr int rounded(int sum, int shift) { return (sum + (1 << (shift - 1))) >> shift; }
+
+// As the processor packs numbers.
+constexpr std::int16_t saturated(int number) {
+  using Limits = std::numeric_limits<std::int16_t>;
+  return static_cast<std::int16_t>(std::clamp<int>(number, Limits::min(), Limits::max()));
+}
 
 // --- Across: two old rows to a pair --------------------------------------------------------------
 
@@ -39,7 +48,7 @@ void resizeAcross(const std::uint8_t* const rows[2], const ResamplingWeights& we
         for (std::size_t tap = 0; tap < weights.taps; ++tap) {
           sum += weight[tap] * rows[row][4 * (static_cast<std::size_t>(first) + tap) + channel];
         }
-        *to++ = static_cast<std::int16_t>(rounded(sum, acrossShift));
+        *to++ = saturated(rounded(sum, acrossShift));
       }
     }
     weight += weights.taps;
@@ -48,20 +57,16 @@ void resizeAcross(const std::uint8_t* const rows[2], const ResamplingWeights& we
 
 // --- Down: pairs to a new row --------------------------------------------------------------------
 
-// For one new row: the pairs in its window, and two weights for each.
-struct Window {
-  const std::vector<const std::int16_t*>& pairs;
-  const std::int16_t* weights;
-};
+using Pairs = std::span<const std::int16_t* const>;
 
-void resizeDown(const Window& window, std::uint8_t* to, std::int64_t width) {
+void resizeDown(Pairs pairs, const std::int16_t* weights, std::uint8_t* to, std::int64_t width) {
   for (std::int64_t x = 0; x < width; ++x, to += 4) {
     int sums[4] = {};
-    for (std::size_t i = 0; i < window.pairs.size(); ++i) {
-      const std::int16_t* pixel = window.pairs[i] + 8 * x;
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+      const std::int16_t* pixel = pairs[i] + 8 * x;
       for (int channel = 0; channel < 4; ++channel) {
-        sums[channel] += window.weights[2 * i] * pixel[2 * channel] +
-                         window.weights[2 * i + 1] * pixel[2 * channel + 1];
+        sums[channel] +=
+            weights[2 * i] * pixel[2 * channel] + weights[2 * i + 1] * pixel[2 * channel + 1];
       }
     }
     const auto level = [&](int channel, int limit) {
@@ -111,20 +116,21 @@ MARBELOT_AVX2 void resizeAcrossFast(const std::uint8_t* const rows[2],
 }
 
 struct ResizedDown {
-  const Window& window;
+  Pairs pairs;
+  const std::int16_t* weights;
 
   MARBELOT_AVX2 __m256i operator()(std::int64_t x) const {
     const __m256i half = _mm256_set1_epi32(1 << (downShift - 1));
     __m256i sums[4] = {half, half, half, half};  // of two pixels each
-    for (std::size_t i = 0; i < window.pairs.size(); ++i) {
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
       int both = 0;
-      std::memcpy(&both, window.weights + 2 * i, sizeof both);
-      const __m256i weights = _mm256_set1_epi32(both);
-      const auto* pixels = reinterpret_cast<const __m256i*>(window.pairs[i] + 8 * x);
+      std::memcpy(&both, weights + 2 * i, sizeof both);
+      const __m256i twoWeights = _mm256_set1_epi32(both);
+      const auto* pixels = reinterpret_cast<const __m256i*>(pairs[i] + 8 * x);
 #pragma GCC unroll 4
       for (int two = 0; two < 4; ++two) {
-        sums[two] = _mm256_add_epi32(sums[two],
-                                     _mm256_madd_epi16(_mm256_loadu_si256(pixels + two), weights));
+        sums[two] = _mm256_add_epi32(
+            sums[two], _mm256_madd_epi16(_mm256_loadu_si256(pixels + two), twoWeights));
       }
     }
 #pragma GCC unroll 4
@@ -137,11 +143,11 @@ struct ResizedDown {
   }
 };
 
-MARBELOT_AVX2 void resizeDownFast(const Window& window, std::uint8_t* to, std::int64_t width) {
-  if (width < vectorPixels) return resizeDown(window, to, width);
-  streamPixels(to, width, ResizedDown{window});
+MARBELOT_AVX2 void resizeDownFast(Pairs pairs, const std::int16_t* weights, std::uint8_t* to,
+                                  std::int64_t width) {
+  if (width < vectorPixels) return resizeDown(pairs, weights, to, width);
+  streamPixels(to, width, ResizedDown{pairs, weights});
 }
-#endif
 
 // Of two new pixels by turns, two weights for each of four channels.
 std::vector<std::int16_t> spreadWeights(const ResamplingWeights& weights) {
@@ -158,6 +164,7 @@ std::vector<std::int16_t> spreadWeights(const ResamplingWeights& weights) {
   }
   return spread;
 }
+#endif
 
 constexpr std::size_t roundedUp(std::size_t number, std::size_t unit) {
   return (number + unit - 1) / unit * unit;
@@ -165,19 +172,22 @@ constexpr std::size_t roundedUp(std::size_t number, std::size_t unit) {
 
 }  // namespace
 
-ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side, Window window) {
+ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side, Begin where) {
   const double widening = std::max(axis.step, 1.0);
   const double reach = lobes * widening;
   const auto needed = static_cast<std::size_t>(std::ceil(2 * reach));
-  taps = window == Window::even ? roundedUp(needed + 1, 2) : roundedUp(needed, 4);
+  taps = where == Begin::even ? roundedUp(needed + 1, 2) : roundedUp(needed, 4);
   first.resize(static_cast<std::size_t>(axis.count));
   values.resize(first.size() * taps);
   std::vector<double> exact(taps);
   for (std::size_t i = 0; i < first.size(); ++i) {
-    const double middle = axis.start + (static_cast<double>(i) + 0.5) * axis.step - 0.5;
+    const double placed = axis.start + (static_cast<double>(i) + 0.5) * axis.step - 0.5;
+    // A pixel that the picture hardly touches may have its middle far outside, where all weights
+    // are so small that their shares of the sum would be huge.
+    const double middle = std::clamp(placed, -0.5, side - 0.5);
     int begin = std::max(0, static_cast<int>(std::floor(middle - reach)) + 1);
-    begin = window == Window::even ? begin / 2 * 2
-                                   : std::max(0, std::min(begin, side - static_cast<int>(taps)));
+    begin = where == Begin::even ? begin / 2 * 2
+                                 : std::max(0, std::min(begin, side - static_cast<int>(taps)));
     first[i] = begin;
     double sum = 0;
     for (std::size_t tap = 0; tap < taps; ++tap) {
@@ -189,6 +199,7 @@ ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side, Window w
     double before = 0;
     int written = 0;
     for (std::size_t tap = 0; tap < taps; ++tap) {
+      assert(std::abs(exact[tap] / sum) < 2);
       before += exact[tap] / sum;
       const int upTo = static_cast<int>(std::floor(before * (1 << weightBits) + 0.5));
       values[i * taps + tap] = static_cast<std::int16_t>(upTo - written);
@@ -199,12 +210,19 @@ ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side, Window w
 
 Resampler::Resampler(const Bitmap& picture, const SampledAxis& across, const SampledAxis& down)
     : picture_(picture),
-      across_(across, picture.width(), ResamplingWeights::Window::within),
-      down_(down, picture.height(), ResamplingWeights::Window::even),
+      across_(across, picture.width(), ResamplingWeights::Begin::within),
+      down_(down, picture.height(), ResamplingWeights::Begin::even),
+      resizeAcross_(resizeAcross),
+      resizeDown_(resizeDown),
       pairLength_(roundedUp(across_.first.size(), 2) * 8),
       pairs_(down_.taps / 2 * pairLength_),
-      window_(down_.taps / 2) {
-  if (usesFastPath()) spread_ = spreadWeights(across_);
+      inUse_(down_.taps / 2) {
+#ifdef MARBELOT_AVX2
+  if (!usesFastPath()) return;
+  resizeAcross_ = resizeAcrossFast;
+  resizeDown_ = resizeDownFast;
+  spread_ = spreadWeights(across_);
+#endif
 }
 
 const std::uint8_t* Resampler::oldRow(int y, std::vector<std::uint8_t>& padded) const {
@@ -220,19 +238,16 @@ void Resampler::row(int y, std::uint8_t* to) {
   const auto index = static_cast<std::size_t>(y);
   const auto first = static_cast<std::size_t>(down_.first[index]) / 2;
   const auto place = [&](std::size_t pair) {
-    return pairs_.data() + pair % window_.size() * pairLength_;
+    return pairs_.data() + pair % inUse_.size() * pairLength_;
   };
-  const auto across = MARBELOT_FASTEST(resizeAcross, resizeAcrossFast);
-  for (pairsDone_ = std::max(pairsDone_, first); pairsDone_ < first + window_.size();
-       ++pairsDone_) {
+  for (pairsDone_ = std::max(pairsDone_, first); pairsDone_ < first + inUse_.size(); ++pairsDone_) {
     const int old = static_cast<int>(2 * pairsDone_);
     const std::uint8_t* rows[] = {oldRow(old, padded_[0]), oldRow(old + 1, padded_[1])};
-    across(rows, across_, spread_, place(pairsDone_));
+    resizeAcross_(rows, across_, spread_, place(pairsDone_));
   }
-  for (std::size_t i = 0; i < window_.size(); ++i) window_[i] = place(first + i);
-  MARBELOT_FASTEST(resizeDown, resizeDownFast)
-  ({window_, down_.values.data() + index * down_.taps}, to,
-   static_cast<std::int64_t>(across_.first.size()));
+  for (std::size_t i = 0; i < inUse_.size(); ++i) inUse_[i] = place(first + i);
+  resizeDown_(inUse_, down_.values.data() + index * down_.taps, to,
+              static_cast<std::int64_t>(across_.first.size()));
 }
 
 }  // namespace marbelot

@@ -23,13 +23,13 @@ Result addRoundedShadow(const Bitmap& picture, ShadowCanvas canvas, double margi
     card.scale = std::min(static_cast<double>(roomAcross) / static_cast<double>(width),
                           static_cast<double>(roomDown) / static_cast<double>(height));
   }
-  card.window.width = card.scale * static_cast<double>(width);
-  card.window.height = card.scale * static_cast<double>(height);
-  card.window.radius = 0.04 * std::min(card.window.width, card.window.height);
+  card.opening.width = card.scale * static_cast<double>(width);
+  card.opening.height = card.scale * static_cast<double>(height);
+  card.opening.radius = 0.04 * std::min(card.opening.width, card.opening.height);
 
   const auto reach = static_cast<double>(margin);
   // The blur radius of the platform's drawing is two standard deviations.
-  card.badge = {card.window, colors::white, {0.8 * reach / 2, reach / 3, 0.45}};
+  card.badge = {card.opening, colors::white, {0.8 * reach / 2, reach / 3, 0.45}};
   return drawCard(picture, card);
 }
 

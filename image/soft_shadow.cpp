@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
 
 #include "image/exact_math.h"
 #include "image/fast_path.h"
@@ -26,7 +27,7 @@ struct Slab {
 };
 std::vector<Slab> slabs(const RoundedRect& rect, double sigma) {
   std::vector<Slab> slabs;
-  const double quarterArc = rect.radius * 1.5707963267948966;
+  const double quarterArc = rect.radius * std::numbers::pi / 2;
   const int arcs = static_cast<int>(std::ceil(quarterArc / sigma * arcsPerSigma));
   double top = 0;
   for (int i = 0; i < arcs; ++i) {
@@ -143,14 +144,15 @@ const std::uint8_t* SoftShadow::row(std::int64_t y, std::int64_t sides) {
   std::transform(cubic.weights.begin(), cubic.weights.end(), weights.begin(),
                  [](double weight) { return static_cast<float>(weight); });
   const std::int64_t changing = std::min(sides, columns_);
-  MARBELOT_FASTEST(mixLines, mixLinesFast)
-  (stretched_.data() + cubic.first * static_cast<std::size_t>(columns_), columns_, weights,
-   row_.data(), changing);
+  const auto mix = MARBELOT_FASTEST(mixLines, mixLinesFast);
+  const float* line = stretched_.data() + cubic.first * static_cast<std::size_t>(columns_);
+  mix(line, columns_, weights, row_.data(), changing);
   // From there to the middle nothing changes; the right half mirrors the left one.
   const auto from = row_.begin(), middle = from + std::min(sides, (width_ + 1) / 2);
   if (changing > 0)
     std::fill(from + changing, middle, row_[static_cast<std::size_t>(changing - 1)]);
-  std::reverse_copy(from, middle, row_.end() - (middle - from));
+  const auto mirrored = std::min(middle - from, static_cast<std::ptrdiff_t>(width_ / 2));
+  std::reverse_copy(from, from + mirrored, row_.end() - mirrored);
   return row_.data();
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 
@@ -45,15 +46,17 @@ Bitmap picture(int width, int height, Alpha alpha, unsigned seed = 1, std::size_
   return *Bitmap::adopt(width, height, bytesPerRow, std::move(memory));
 }
 
-// How far the worst channel is from what it should be, in levels; -1 when the sizes differ.
+// How far the worst channel is from what it should be, in levels, of the pixels that are known;
+// infinite when there is no result, or one of another size.
 double worst(const Result& result, const Picture& expected) {
   if (!result || result->width() != expected.width || result->height() != expected.height)
-    return -1;
+    return std::numeric_limits<double>::infinity();
   double most = 0;
   for (int y = 0; y < expected.height; ++y) {
     for (int x = 0; x < expected.width; ++x) {
       for (int c = 0; c < 4; ++c) {
-        most = std::max(most, std::abs(result->row(y)[4 * x + c] - expected.at(x, y)[c]));
+        const double level = expected.at(x, y)[c];
+        if (!std::isnan(level)) most = std::max(most, std::abs(result->row(y)[4 * x + c] - level));
       }
     }
   }
@@ -177,59 +180,111 @@ TEST(PixelOperations, Resize) {
   });
 }
 
+reference::Card shadowCard(const Picture& from, ShadowCanvas canvas, double share) {
+  const int w = from.width, h = from.height, p = std::max(12, int(share * std::min(w, h)));
+  const bool grown = canvas == ShadowCanvas::grown;
+  const double scale = grown ? 1 : std::min((w - 2.0 * p) / w, (h - 2.0 * p) / h);
+  const int width = grown ? w + 2 * p : w, height = grown ? h + 2 * p : h;
+  const reference::Shape shape{(width - scale * w) / 2, (height - scale * h) / 2, scale * w,
+                               scale * h, 0.04 * scale * std::min(w, h)};
+  return {width, height, true, shape, {255, 255, 255, 255}, 0.4 * p, p / 3.0, 0.45, shape, scale};
+}
+
+reference::Card emblemCard(const Picture& from, EmblemShape shape, EmblemStyle style) {
+  const int s = std::min(from.width, from.height);
+  const bool badge = style != EmblemStyle::clear;
+  const int q = !badge ? 0 : s <= 47 ? 4 : s / 12, side = s + 2 * q;
+  const double roundness = shape == EmblemShape::circle ? 0.5 : 0.22;
+  const double inset = badge ? 0.05 * s : 0, inner = s - 2 * inset;
+  const double level = style == EmblemStyle::dark ? 28 : 255;
+  return {side,
+          side,
+          badge,
+          {double(q), double(q), double(s), double(s), roundness * s},
+          {level, level, level, 255},
+          0.45 * q,
+          q / 3.0,
+          0.4,
+          {q + inset, q + inset, inner, inner, roundness * inner},
+          inner / s};
+}
+
 TEST(PixelOperations, RoundedShadow) {
   forPictures(
       [](const Bitmap& bitmap, const Picture& from) {
-        const int w = from.width, h = from.height;
-        const double p = 12;
-        const auto card = [&](int width, int height, double scale) {
-          reference::Shape shape{(width - scale * w) / 2, (height - scale * h) / 2, scale * w,
-                                 scale * h, 0.04 * scale * std::min(w, h)};
-          return reference::Card{width,   height, true, shape, {255, 255, 255, 255},
-                                 0.4 * p, p / 3,  0.45, shape, scale};
-        };
-        EXPECT_LE(worst(addRoundedShadow(bitmap, ShadowCanvas::grown, 0.09),
-                        draw(from, card(w + 24, h + 24, 1))),
-                  1);
-        const Result same = addRoundedShadow(bitmap, ShadowCanvas::sameSize, 0.09);
-        if (w < 25 || h < 25) {
-          EXPECT_FALSE(same);
-          EXPECT_FALSE(same.refused());
-        } else {
-          const double scale = std::min((w - 2 * p) / w, (h - 2 * p) / h);
-          EXPECT_LE(worst(same, draw(from, card(w, h, scale))), 1.5);
-        }
-      },
-      {Alpha::any, Alpha::mixed});
-}
-
-TEST(PixelOperations, Emblem) {
-  forPictures(
-      [](const Bitmap& bitmap, const Picture& from) {
-        const int s = std::min(from.width, from.height);
-        for (const auto shape : {EmblemShape::circle, EmblemShape::squircle}) {
-          const double roundness = shape == EmblemShape::circle ? 0.5 : 0.22;
-          for (const auto style : {EmblemStyle::clear, EmblemStyle::white, EmblemStyle::dark}) {
-            const bool badge = style != EmblemStyle::clear;
-            const int q = !badge ? 0 : s <= 47 ? 4 : s / 12, side = s + 2 * q;
-            const double inset = badge ? 0.05 * s : 0, inner = s - 2 * inset;
-            const double level = style == EmblemStyle::dark ? 28 : 255;
-            const reference::Card card{side,
-                                       side,
-                                       badge,
-                                       {double(q), double(q), double(s), double(s), roundness * s},
-                                       {level, level, level, 255},
-                                       0.45 * q,
-                                       q / 3.0,
-                                       0.4,
-                                       {q + inset, q + inset, inner, inner, roundness * inner},
-                                       inner / s};
-            EXPECT_LE(worst(makeEmblem(bitmap, shape, style), draw(from, card)), 1.5)
-                << static_cast<int>(shape) << " " << static_cast<int>(style);
+        for (const auto canvas : {ShadowCanvas::grown, ShadowCanvas::sameSize}) {
+          const Result result = addRoundedShadow(bitmap, canvas, 0.09);
+          if (canvas == ShadowCanvas::sameSize && std::min(from.width, from.height) < 25) {
+            EXPECT_FALSE(result);
+            EXPECT_FALSE(result.refused());
+          } else {
+            EXPECT_LE(worst(result, draw(from, shadowCard(from, canvas, 0.09))), 1.5);
           }
         }
       },
       {Alpha::any, Alpha::mixed});
+  // Where the margin grows with the picture.
+  const Bitmap large = picture(330, 300, Alpha::mixed);
+  const Picture from(large);
+  EXPECT_LE(worst(addRoundedShadow(large, ShadowCanvas::grown, 0.15),
+                  draw(from, shadowCard(from, ShadowCanvas::grown, 0.15), 13)),
+            1.5);
+}
+
+TEST(PixelOperations, Emblem) {
+  const auto check = [](const Bitmap& bitmap, const Picture& from, EmblemShape shape,
+                        EmblemStyle style, int every) {
+    EXPECT_LE(
+        worst(makeEmblem(bitmap, shape, style), draw(from, emblemCard(from, shape, style), every)),
+        1.5)
+        << static_cast<int>(shape) << " " << static_cast<int>(style);
+  };
+  forPictures(
+      [&](const Bitmap& bitmap, const Picture& from) {
+        for (const auto shape : {EmblemShape::circle, EmblemShape::squircle}) {
+          for (const auto style : {EmblemStyle::clear, EmblemStyle::white, EmblemStyle::dark})
+            check(bitmap, from, shape, style, 1);
+        }
+      },
+      {Alpha::any, Alpha::mixed});
+  const Bitmap large = picture(310, 330, Alpha::mixed);
+  check(large, Picture(large), EmblemShape::squircle, EmblemStyle::white, 13);
+}
+
+// On the canvas the picture begins and ends within pixels, of some of which it covers next to
+// nothing.
+TEST(PixelOperations, RimsOfPicturesOnCards) {
+  for (const auto [width, height] : {std::array{120, 111}, {157, 111}, {138, 111}}) {
+    Bitmap solid = *Bitmap::make(width, height);
+    std::memset(solid.data(), 255, solid.bytesPerRow() * height);
+    for (const Bitmap& bitmap : {std::move(solid), picture(width, height, Alpha::opaque)}) {
+      const Picture from(bitmap);
+      for (const double share : {0.05, 0.09}) {
+        EXPECT_LE(worst(addRoundedShadow(bitmap, ShadowCanvas::sameSize, share),
+                        draw(from, shadowCard(from, ShadowCanvas::sameSize, share), 5)),
+                  1.5)
+            << width << "x" << height << ", " << share;
+      }
+    }
+  }
+  // White on a white card is white wherever the card is, and mixes with the shadow like it.
+  std::vector<std::array<int, 2>> rims{{1269, 1080}};
+  for (int width = 60; width < 190; width += 3) rims.push_back({width, 111});
+  for (const auto [width, height] : rims) {
+    Bitmap white = *Bitmap::make(width, height);
+    std::memset(white.data(), 255, white.bytesPerRow() * height);
+    const Bitmap nothing = *Bitmap::makeClear(width, height);
+    for (const double share : {0.05, 0.09, 0.15}) {
+      const Result card = addRoundedShadow(nothing, ShadowCanvas::sameSize, share);
+      Picture expected(*card);
+      for (auto& pixel : expected.pixels) {
+        const double shown = pixel[0] / 255;
+        pixel = reference::over({255, 255, 255, 255}, shown, pixel);
+      }
+      EXPECT_LE(worst(addRoundedShadow(white, ShadowCanvas::sameSize, share), expected), 1.5)
+          << width << "x" << height << ", " << share;
+    }
+  }
 }
 
 TEST(Painter, EdgesCoverWhatTheyCover) {
@@ -290,29 +345,37 @@ TEST(PixelOperations, SameBytesOnEveryPath) {
       ops.push_back(std::string(operation.verb) + ':' + std::string(choice.arguments));
     }
   }
+  const auto expectSame = [](const std::string& op, const Bitmap& bitmap) {
+    const auto poisoned = [&](std::uint8_t with) {
+      if (auto before = apply(std::string_view(op), bitmap)) {
+        std::memset(before->data(), with, before->bytesPerRow() * before->height());
+      }
+      return apply(std::string_view(op), bitmap);
+    };
+    const auto fast = poisoned(0x55);
+    const PlainPathOnly plainOnly;
+    const auto plain = poisoned(0xAA);
+    ASSERT_EQ(fast.has_value(), plain.has_value()) << op;
+    if (!fast) return;
+    ASSERT_EQ(fast->width(), plain->width());
+    ASSERT_EQ(fast->height(), plain->height());
+    ASSERT_EQ(std::memcmp(fast->data(), plain->data(), fast->bytesPerRow() * fast->height()), 0)
+        << op << " of " << bitmap.width() << "x" << bitmap.height();
+  };
   std::mt19937 random(3);
   for (int round = 0; round < 40; ++round) {
     const int width = 1 + static_cast<int>(random() % (round % 2 == 0 ? 40 : 400));
     const int height = 1 + static_cast<int>(random() % (round % 3 == 0 ? 40 : 300));
     const Bitmap bitmap = picture(width, height, alphas[round % 4], round, round % 5 * 4);
-    for (const std::string& op : ops) {
-      const auto poisoned = [&](std::uint8_t with) {
-        if (auto before = apply(std::string_view(op), bitmap)) {
-          std::memset(before->data(), with, before->bytesPerRow() * before->height());
-        }
-        return apply(std::string_view(op), bitmap);
-      };
-      const auto fast = poisoned(0x55);
-      const PlainPathOnly plainOnly;
-      const auto plain = poisoned(0xAA);
-      ASSERT_EQ(fast.has_value(), plain.has_value()) << op;
-      if (!fast) continue;
-      ASSERT_EQ(fast->width(), plain->width());
-      ASSERT_EQ(fast->height(), plain->height());
-      ASSERT_EQ(std::memcmp(fast->data(), plain->data(), fast->bytesPerRow() * fast->height()), 0)
-          << op << " of " << width << "x" << height;
-    }
+    for (const std::string& op : ops) expectSame(op, bitmap);
   }
+  // Where the rims of pictures on cards are thinnest.
+  for (int width = 60; width < 190; width += 3) {
+    const Bitmap bitmap = picture(width, 111, alphas[width % 2], width);
+    for (const char* op : {"shadow:same:small", "shadow:same", "shadow:same:large", "emblem"})
+      expectSame(op, bitmap);
+  }
+  expectSame("shadow:same:medium", picture(1269, 1080, Alpha::opaque));
 }
 
 }  // namespace
