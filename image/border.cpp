@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "image/fast_path.h"
 #include "image/paint.h"
 #include "image/pixel_operations.h"
 
@@ -21,6 +22,7 @@ Result addBorder(const Bitmap& picture, Color color) {
     drawPixelsOver(color, picture.row(static_cast<int>(y - border)), row + 4 * border, width);
     fillPixels(color, row + 4 * (border + width), border);
   }
+  finishStreaming();
   return result;
 }
 

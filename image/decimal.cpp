@@ -1,5 +1,7 @@
 #include "image/decimal.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <locale>
@@ -34,20 +36,31 @@ bool isDecimal(std::string_view text) {
   return text.empty();
 }
 
+// `word` is in lower case.
+bool isWord(std::string_view text, std::string_view word) {
+  return std::equal(
+      text.begin(), text.end(), word.begin(), word.end(), [](char letter, char lower) {
+        return letter == lower || (letter >= 'A' && letter <= 'Z' && letter - 'A' + 'a' == lower);
+      });
+}
+
 }  // namespace
 
 std::optional<double> decimalNumber(std::string_view text) {
   const std::string_view unsignedText = text.substr(text.starts_with('-') || text.starts_with('+'));
-  if (unsignedText == "nan") return std::numeric_limits<double>::quiet_NaN();
-  if (unsignedText == "inf" || unsignedText == "infinity") {
-    return (text.starts_with('-') ? -1 : 1) * std::numeric_limits<double>::infinity();
-  }
+  using Limits = std::numeric_limits<double>;
+  if (isWord(unsignedText, "nan")) return Limits::quiet_NaN();
+  if (isWord(unsignedText, "inf") || isWord(unsignedText, "infinity"))
+    return text.starts_with('-') ? -Limits::infinity() : Limits::infinity();
   if (!isDecimal(text)) return std::nullopt;
-  // Libraries differ in what they call an error when a number is out of range, not in the number.
   std::istringstream stream{std::string(text)};
   stream.imbue(std::locale::classic());
   double number = 0;
   stream >> number;
+  // Of a number beyond all doubles some libraries make the largest one; one that is too small is no
+  // error to all of them.
+  if (stream.fail() && std::abs(number) >= Limits::max())
+    return std::copysign(Limits::infinity(), number);
   return number;
 }
 

@@ -6,8 +6,8 @@
 
 namespace marbelot {
 
-// The whole text as a number: "0.5", ".5", "-2", "1e3", "inf", "nan". One beyond all doubles is
-// infinite. None when it is not one.
+// The whole text as a number: "0.5", ".5", "-2", "1e3", "inf" and "nan" in any case of
+// letters. One beyond all doubles is infinite. None when it is not one.
 std::optional<double> decimalNumber(std::string_view text);
 
 }  // namespace marbelot

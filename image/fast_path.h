@@ -30,7 +30,7 @@ class PlainPathOnly {
 };
 
 // Fast paths write results past the caches, and processors may be late to show other threads what
-// was written so: to be called before the result is handed out.
+// was written so: every operation calls this before it hands out its result.
 void finishStreaming();
 
 // Copies pixels to a result, which is not looked at soon.
@@ -69,6 +69,8 @@ MARBELOT_AVX2_INLINE void streamPixels(std::uint8_t* to, std::int64_t count, con
   };
   const std::int64_t begin = before == 0 ? 0 : lineFrom(vectorPixels);
   const std::int64_t rest = (before + count) % linePixels;
+  // The last line's beginning that leaves a vector's pixels behind it: all but one pixel of a line
+  // less, rounded up, is rounded down.
   const std::int64_t end = rest == 0 ? count : lineFrom(count - vectorPixels - linePixels + 1);
   if (end <= begin) return writePixels(to, 0, count, eight);
   if (begin > 0) writePixels(to, 0, begin, eight);

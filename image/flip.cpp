@@ -15,6 +15,7 @@ Result flip(const Bitmap& picture, FlipAxis axis) {
       copyPixels(picture.row(height - 1 - y), result->row(y), picture.width());
     }
   }
+  finishStreaming();
   return result;
 }
 

@@ -1,14 +1,12 @@
 #include "image/operations.h"
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <utility>
 #include <vector>
 
 #include "image/decimal.h"
-#include "image/fast_path.h"
 #include "image/pixel_operations.h"
 
 namespace marbelot {
@@ -136,8 +134,10 @@ std::optional<Edit> flipEdit(const EditParameter& parameter) {
 
 std::optional<Edit> resizeEdit(const EditParameter& parameter) {
   return editOf<double>(parameter, [](double share) {
-    // A factor too large to tell is refused, and then nothing is said of it.
-    const double percent = std::isfinite(share) && std::abs(share) < 1e16 ? share * 100 : 0;
+    const double percent = share * 100;
+    // What cannot be told of is not done either.
+    if (!(std::abs(percent) < 0x1p63))
+      return Edit{[](const Bitmap&) { return Result::refusal(); }, ""};
     return Edit{[=](const Bitmap& picture) { return resize(picture, share); },
                 "Resized to " + std::to_string(static_cast<std::int64_t>(percent)) + "%"};
   });
@@ -192,12 +192,6 @@ constexpr Operation table[] = {
 };
 
 }  // namespace
-
-Result Edit::apply(const Bitmap& picture) const {
-  Result result = pixels(picture);
-  finishStreaming();
-  return result;
-}
 
 EditParameter Operation::parameterOf(const EditChoice& choice) const {
   return parameter(splitWords(choice.arguments));

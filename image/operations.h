@@ -20,11 +20,9 @@ using EditParameter = std::variant<std::monostate, Color, std::string, std::int6
 
 // An operation with its arguments: what it does to a picture, and what is said when it is done.
 struct Edit {
-  std::function<Result(const Bitmap&)> pixels;
-  std::string message;
-
   // May be called on any thread, any number of times.
-  Result apply(const Bitmap& picture) const;
+  std::function<Result(const Bitmap&)> apply;
+  std::string message;
 };
 
 // An item of an operation's submenu. Without arguments it is a disabled heading, or a separator

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "image/fast_path.h"
 #include "image/pixel_operations.h"
 #include "image/resampler.h"
 
@@ -19,6 +20,7 @@ Result resize(const Bitmap& picture, double factor) {
   Resampler resampler(picture, axis(picture.width(), result->width()),
                       axis(picture.height(), result->height()));
   for (int y = 0; y < result->height(); ++y) resampler.row(y, result->row(y));
+  finishStreaming();
   return result;
 }
 

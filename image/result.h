@@ -8,8 +8,8 @@
 
 namespace marbelot {
 
-// A new picture, or none. None because the picture would be too large for a bitmap, or because the
-// arguments make no sense, is a refusal; any other is the operation's own affair.
+// A new picture, or none. None because the picture would be too large for a bitmap or the memory,
+// or because the arguments make no sense, is a refusal; any other is the operation's own affair.
 class Result {
  public:
   Result(Bitmap bitmap) : bitmap_(std::move(bitmap)) {}
@@ -17,10 +17,10 @@ class Result {
   static Result refusal() { return Result(true); }
   // An empty canvas of this size in pixels: its pixels undefined, or fully transparent.
   static Result canvas(std::int64_t width, std::int64_t height) {
-    return from(Bitmap::make(width, height), width, height);
+    return from(Bitmap::make(width, height));
   }
   static Result clearCanvas(std::int64_t width, std::int64_t height) {
-    return from(Bitmap::makeClear(width, height), width, height);
+    return from(Bitmap::makeClear(width, height));
   }
 
   explicit operator bool() const { return bitmap_.has_value(); }
@@ -32,9 +32,9 @@ class Result {
 
  private:
   explicit Result(bool refused) : refused_(refused) {}
-  static Result from(std::optional<Bitmap> bitmap, std::int64_t width, std::int64_t height) {
+  static Result from(std::optional<Bitmap> bitmap) {
     if (bitmap) return *std::move(bitmap);
-    return Result(!Bitmap::fits(width, height));
+    return refusal();
   }
 
   std::optional<Bitmap> bitmap_;

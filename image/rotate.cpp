@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "image/exact_math.h"
+#include "image/fast_path.h"
 #include "image/mirror.h"
 #include "image/pixel_operations.h"
 #include "image/transpose.h"
@@ -102,6 +103,7 @@ Result rotate(const Bitmap& picture, std::int64_t degrees) {
   } else {
     turnBy(angle, picture, *result);
   }
+  finishStreaming();
   return result;
 }
 

@@ -62,6 +62,7 @@ Result makeTransparent(const Bitmap& picture, Background background) {
   for (int y = 0; y < picture.height(); ++y) {
     clear(reference, picture.row(y), result->row(y), picture.width());
   }
+  finishStreaming();
   return result;
 }
 

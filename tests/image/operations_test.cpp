@@ -2,8 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <string>
+#include <vector>
+
+#include "image/decimal.h"
+#include "image/pixel_operations.h"
 
 namespace marbelot {
 namespace {
@@ -134,7 +141,7 @@ TEST(Operations, Messages) {
   for (const auto& [selector, parameter, width, height, message] : cases) {
     EXPECT_EQ(said(selector, parameter, width, height), message) << selector;
   }
-  // Memory that ran out is the operation's own failure; nothing is said of a border.
+  // The operations' own failures; nothing is said of a border.
   EXPECT_EQ(failureMessage(*operationForSelector("addBorderClip:"), Result::none(), "unreadable"),
             "");
   EXPECT_EQ(failureMessage(*operationForSelector("makeEmblemClip:"), Result::none(), "unreadable"),
@@ -238,6 +245,139 @@ TEST(Operations, DefaultsOfOpStringsAndMenus) {
   EXPECT_TRUE(same("flip", "flipClip:", "v"));
   EXPECT_TRUE(same("flip:H", "flipClip:", "v"));
   EXPECT_FALSE(same("flip:h", "flipClip:", "v"));
+}
+
+// A picture of which no two sides, turns or colours look the same: white, black and noise.
+Bitmap unevenPicture() {
+  Bitmap picture = *Bitmap::make(48, 30);
+  for (int y = 0; y < 30; ++y) {
+    for (int x = 0; x < 48; ++x) {
+      std::uint8_t* pixel = picture.row(y) + 4 * x;
+      const bool isWhite = x > 30 && y<9, isBlack = x> 20 && y > 21;
+      for (int c = 0; c < 3; ++c)
+        pixel[c] = static_cast<std::uint8_t>(isWhite ? 255 : isBlack ? 0 : 90 + x * 3 + y * c);
+      pixel[3] = 255;
+    }
+  }
+  return picture;
+}
+
+std::vector<std::uint8_t> bytesOf(const Result& result) {
+  std::vector<std::uint8_t> bytes;
+  for (int y = 0; result && y < result->height(); ++y)
+    bytes.insert(bytes.end(), result->row(y), result->row(y) + 4 * result->width());
+  return bytes;
+}
+
+// What op strings and menus' parameters do, and what is said of it.
+TEST(Operations, DoWhatTheySay) {
+  const Bitmap picture = unevenPicture();
+  using Pixels = std::function<Result()>;
+  const auto border = [&](Color color) -> Pixels {
+    return [&, color] { return addBorder(picture, color); };
+  };
+  const auto shadow = [&](ShadowCanvas canvas, double share) -> Pixels {
+    return [&, canvas, share] { return addRoundedShadow(picture, canvas, share); };
+  };
+  const auto transparent = [&](Background background) -> Pixels {
+    return [&, background] { return makeTransparent(picture, background); };
+  };
+  const auto emblem = [&](EmblemShape shape, EmblemStyle style) -> Pixels {
+    return [&, shape, style] { return makeEmblem(picture, shape, style); };
+  };
+  const auto turn = [&](int degrees) -> Pixels {
+    return [&, degrees] { return rotate(picture, degrees); };
+  };
+  const auto mirror = [&](FlipAxis axis) -> Pixels {
+    return [&, axis] { return flip(picture, axis); };
+  };
+  const auto scale = [&](double factor) -> Pixels {
+    return [&, factor] { return resize(picture, factor); };
+  };
+  const auto grown = ShadowCanvas::grown, same = ShadowCanvas::sameSize;
+  const auto circle = EmblemShape::circle, squircle = EmblemShape::squircle;
+  const auto clear = EmblemStyle::clear, white = EmblemStyle::white, dark = EmblemStyle::dark;
+  const std::string text[] = {
+      "Added border",         "Added rounded shadow",       "Made background transparent",
+      "Made circular emblem", "Made rounded-square emblem", "Flipped"};
+  const struct {
+    std::string op, selector;
+    EditParameter parameter;
+    Pixels pixels;
+    std::string message;
+  } cases[] = {
+      {"border:white", "addBorderClip:", Color{255, 255, 255}, border({255, 255, 255}), text[0]},
+      {"border:black", "addBorderClip:", Color{0, 0, 0}, border({0, 0, 0}), text[0]},
+      {"border:gray", "addBorderClip:", Color{128, 128, 128}, border({128, 128, 128}), text[0]},
+      {"border:red", "addBorderClip:", Color{255, 59, 48}, border({255, 59, 48}), text[0]},
+      {"border:blue", "addBorderClip:", Color{0, 122, 255}, border({0, 122, 255}), text[0]},
+      {"border:green", "addBorderClip:", Color{52, 199, 89}, border({52, 199, 89}), text[0]},
+      {"border:pink", "addBorderClip:", Color{255, 255, 255}, border({255, 255, 255}), text[0]},
+      {"shadow:grow:small", "addShadowClip:", "grow:small", shadow(grown, 0.05), text[1]},
+      {"shadow:grow:large", "addShadowClip:", "grow:large", shadow(grown, 0.15), text[1]},
+      {"shadow:same:medium", "addShadowClip:", "same:medium", shadow(same, 0.09), text[1]},
+      {"shadow", "addShadowClip:", "", shadow(grown, 0.09), text[1]},
+      {"transparent:white", "makeTransparentClip:", "white", transparent(Background::white),
+       text[2]},
+      {"transparent:black", "makeTransparentClip:", "black", transparent(Background::black),
+       text[2]},
+      {"transparent:corner", "makeTransparentClip:", "corner", transparent(Background::corner),
+       text[2]},
+      {"transparent", "makeTransparentClip:", "", transparent(Background::corner), text[2]},
+      {"emblem:circle:clear", "makeEmblemClip:", "circle:clear", emblem(circle, clear), text[3]},
+      {"emblem:circle:white", "makeEmblemClip:", "circle:white", emblem(circle, white), text[3]},
+      {"emblem:circle:dark", "makeEmblemClip:", "circle:dark", emblem(circle, dark), text[3]},
+      {"emblem:squircle:clear", "makeEmblemClip:", "squircle", emblem(squircle, clear), text[4]},
+      {"emblem:squircle", "makeEmblemClip:", "squircle:white", emblem(squircle, white), text[4]},
+      {"emblem:squircle:dark", "makeEmblemClip:", "squircle:dark", emblem(squircle, dark), text[4]},
+      {"emblem", "makeEmblemClip:", "circle:white", emblem(circle, white), text[3]},
+      {"rotate:90", "rotateClip:", std::int64_t{90}, turn(90), "Rotated 90°"},
+      {"rotate:-90", "rotateClip:", std::int64_t{-90}, turn(-90), "Rotated -90°"},
+      {"rotate:30", "rotateClip:", std::int64_t{30}, turn(30), "Rotated 30°"},
+      {"rotate:x", "rotateClip:", std::int64_t{90}, turn(90), "Rotated 90°"},
+      {"flip:h", "flipClip:", "h", mirror(FlipAxis::leftRight), text[5]},
+      {"flip:v", "flipClip:", "v", mirror(FlipAxis::topBottom), text[5]},
+      {"flip", "flipClip:", "", mirror(FlipAxis::topBottom), text[5]},
+      {"resize:0.75", "resizeClip:", 0.75, scale(0.75), "Resized to 75%"},
+      {"resize:0.25", "resizeClip:", 0.25, scale(0.25), "Resized to 25%"},
+      {"resize:x", "resizeClip:", 0.5, scale(0.5), "Resized to 50%"},
+      {"resize:0.299", "resizeClip:", 0.299, scale(0.299), "Resized to 29%"},
+      {"resize:-9e16", "resizeClip:", -9e16, scale(-9e16), "Resized to -9000000000000000000%"},
+  };
+  for (const auto& [op, selector, parameter, pixels, message] : cases) {
+    SCOPED_TRACE(op);
+    const auto expected = bytesOf(pixels());
+    ASSERT_FALSE(expected.empty());
+    const auto named = namedEdit(op);
+    ASSERT_TRUE(named);
+    EXPECT_EQ(named->operation->selector, selector);
+    EXPECT_EQ(named->edit.message, message);
+    EXPECT_EQ(bytesOf(named->edit.apply(picture)), expected);
+    const auto chosen = operationForSelector(selector)->edit(parameter);
+    ASSERT_TRUE(chosen);
+    EXPECT_EQ(chosen->message, message);
+    EXPECT_EQ(bytesOf(chosen->apply(picture)), expected);
+  }
+  EXPECT_FALSE(operationForSelector("cropClipImage:"));
+}
+
+TEST(Operations, Refusals) {
+  // Results that cannot be told of in 64 bits.
+  for (const char* op :
+       {"resize:-1e17", "resize:1e17", "resize:INF", "resize:NaN", "resize:-inf"}) {
+    const auto named = namedEdit(op);
+    ASSERT_TRUE(named) << op;
+    EXPECT_TRUE(named->edit.apply(unevenPicture()).refused()) << op;
+  }
+}
+
+TEST(Decimal, NumbersBeyondAllDoubles) {
+  EXPECT_EQ(decimalNumber("1e999"), HUGE_VAL);
+  EXPECT_EQ(decimalNumber("-1e999"), -HUGE_VAL);
+  EXPECT_EQ(decimalNumber("-Infinity"), -HUGE_VAL);
+  EXPECT_EQ(decimalNumber("1.7976931348623157e308"), 1.7976931348623157e308);
+  EXPECT_EQ(decimalNumber("1e-999"), 0);
+  EXPECT_FALSE(decimalNumber("infinite"));
 }
 
 }  // namespace
