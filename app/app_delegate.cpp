@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/pixel_memory.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -12,6 +13,7 @@ constexpr const char* idleSymbol = "camera.on.rectangle.fill";
 constexpr const char* copiedSymbol = "checkmark.circle.fill";
 constexpr double flashSeconds = 0.9;
 constexpr double promptSeconds = 2.5;
+constexpr double idleSeconds = 10;  // after which the memory of pictures goes back
 // Every message of the program stands under this title, whatever its subject.
 constexpr const char* noticeTitle = "Screenshot copied to clipboard";
 constexpr const char* collectionWindow = "Collected copies";
@@ -80,6 +82,7 @@ void AppDelegate::applicationDidFinishLaunching() {
                                     [this](const MenuItem& item) { menuItemChosen(item); });
   requests_.serve();
   history_.startClipPoller();
+  tidying_ = platform_.queue.every(idleSeconds, releaseIdlePixelMemory);
 
   watched_.start();
   access_.probe();

@@ -87,6 +87,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   Task rebuild_;
   Task flash_;
   Task prompt_;
+  Task tidying_;
 };
 
 }  // namespace marbelot

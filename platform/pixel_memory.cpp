@@ -23,6 +23,7 @@ constexpr std::size_t roundedUp(std::size_t bytes, std::size_t unit) {
 struct Buffer {
   std::uint8_t* address = nullptr;
   std::size_t bytes = 0;
+  bool isIdle = false;  // kept, and not wanted for a while
 };
 
 // Mapped, so that it truly goes back to the system; aligned to huge pages.
@@ -44,6 +45,9 @@ Buffer mapped(std::size_t bytes) {
 
 class Pool {
  public:
+  // No buffer is smaller than a huge page, so that there is room for all without asking for more.
+  Pool() { kept_.reserve(keptPixelMemoryLimit / hugePage); }
+
   // The kept buffer that fits best, else a new one; never one of more than twice the size.
   Buffer take(std::size_t bytes) {
     {
@@ -63,29 +67,21 @@ class Pool {
     return mapped(bytes);
   }
 
+  // Does not throw.
   void giveBack(Buffer buffer) {
-    std::vector<Buffer> released;
-    {
-      const std::lock_guard lock(mutex_);
-      kept_.push_back(buffer);
-      keptBytes_ += buffer.bytes;
-      while (keptBytes_ > keptPixelMemoryLimit) {
-        keptBytes_ -= kept_.front().bytes;
-        released.push_back(kept_.front());
-        kept_.erase(kept_.begin());
-      }
-    }
-    unmap(released);
+    if (buffer.bytes > keptPixelMemoryLimit) return unmap(buffer);
+    const std::lock_guard lock(mutex_);
+    while (keptBytes_ + buffer.bytes > keptPixelMemoryLimit) dropOldest();
+    buffer.isIdle = false;
+    kept_.push_back(buffer);
+    keptBytes_ += buffer.bytes;
   }
 
-  void release() {
-    std::vector<Buffer> released;
-    {
-      const std::lock_guard lock(mutex_);
-      released.swap(kept_);
-      keptBytes_ = 0;
-    }
-    unmap(released);
+  void releaseIdle() {
+    const std::lock_guard lock(mutex_);
+    // In the order in which they came back, so the idle ones are in front.
+    while (!kept_.empty() && kept_.front().isIdle) dropOldest();
+    for (Buffer& buffer : kept_) buffer.isIdle = true;
   }
 
   std::size_t keptBytes() const {
@@ -94,8 +90,12 @@ class Pool {
   }
 
  private:
-  static void unmap(const std::vector<Buffer>& buffers) {
-    for (const Buffer& buffer : buffers) ::munmap(buffer.address, buffer.bytes);
+  static void unmap(const Buffer& buffer) { ::munmap(buffer.address, buffer.bytes); }
+
+  void dropOldest() {
+    unmap(kept_.front());
+    keptBytes_ -= kept_.front().bytes;
+    kept_.erase(kept_.begin());
   }
 
   mutable std::mutex mutex_;
@@ -133,6 +133,6 @@ std::shared_ptr<std::uint8_t> pixelMemory(std::size_t bytes) {
 
 std::size_t keptPixelMemory() { return pool().keptBytes(); }
 
-void releaseKeptPixelMemory() { pool().release(); }
+void releaseIdlePixelMemory() { pool().releaseIdle(); }
 
 }  // namespace marbelot

@@ -18,7 +18,8 @@ std::shared_ptr<std::uint8_t> pixelMemory(std::size_t bytes);
 // What is kept at the moment and in use by nobody, in bytes.
 std::size_t keptPixelMemory();
 
-// Gives to the system what nobody uses: for when no pictures are worked on any more. Any thread.
-void releaseKeptPixelMemory();
+// Gives to the system what is kept since before the last call: called at intervals, it leaves
+// nothing of pictures that are not worked on any more. Any thread.
+void releaseIdlePixelMemory();
 
 }  // namespace marbelot

@@ -50,16 +50,21 @@ TEST(Bitmap, AdoptsMemoryAndLetsItGo) {
   EXPECT_TRUE(watched.expired());
 }
 
+void releaseKept() {
+  releaseIdlePixelMemory();  // all that is kept now
+  releaseIdlePixelMemory();
+}
+
 // With the address sanitizer nothing is kept.
 bool keepsMemory() {
-  releaseKeptPixelMemory();
+  releaseKept();
   pixelMemory(1 << 20);
   return keptPixelMemory() > 0;
 }
 
 TEST(PixelMemory, IsReusedWithinALimit) {
   if (!keepsMemory()) GTEST_SKIP();
-  releaseKeptPixelMemory();
+  releaseKept();
   constexpr std::size_t large = std::size_t{33} << 20;
   const std::uint8_t* first = pixelMemory(large).get();
   EXPECT_EQ(pixelMemory(large - 5000).get(), first);  // a little smaller will do
@@ -77,9 +82,33 @@ TEST(PixelMemory, IsReusedWithinALimit) {
   }
   EXPECT_LE(keptPixelMemory(), keptPixelMemoryLimit);
   EXPECT_GT(keptPixelMemory(), keptPixelMemoryLimit / 2);
-  releaseKeptPixelMemory();
+  releaseKept();
   EXPECT_EQ(keptPixelMemory(), 0u);
   EXPECT_EQ(pixelMemory(std::numeric_limits<std::size_t>::max() / 4), nullptr);
+}
+
+constexpr std::size_t mebibyte = std::size_t{1} << 20;
+
+TEST(PixelMemory, GoesBackToTheSystemWhenIdle) {
+  if (!keepsMemory()) GTEST_SKIP();
+  releaseKept();
+  pixelMemory(4 * mebibyte);
+  releaseIdlePixelMemory();
+  pixelMemory(4 * mebibyte);  // used again, so it is not idle yet
+  releaseIdlePixelMemory();
+  EXPECT_EQ(keptPixelMemory(), 4 * mebibyte);
+  releaseIdlePixelMemory();
+  EXPECT_EQ(keptPixelMemory(), 0u);
+}
+
+TEST(PixelMemory, MakesRoomByDroppingTheOldest) {
+  if (!keepsMemory()) GTEST_SKIP();
+  releaseKept();
+  pixelMemory(4 * mebibyte);
+  pixelMemory(keptPixelMemoryLimit + mebibyte);  // alone too large: it drives out nothing
+  EXPECT_EQ(keptPixelMemory(), 4 * mebibyte);
+  pixelMemory(keptPixelMemoryLimit - 2 * mebibyte);
+  EXPECT_EQ(keptPixelMemory(), keptPixelMemoryLimit - 2 * mebibyte);
 }
 
 TEST(PixelMemory, IsNobodyElsesOnAnyThread) {
