@@ -51,11 +51,12 @@ class Turned {
     const auto toRight = static_cast<std::uint32_t>((x & (one - 1)) >> (fractionBits - weightBits));
     const auto toBelow = static_cast<std::uint32_t>((y & (one - 1)) >> (fractionBits - weightBits));
     const std::uint32_t toLeft = whole - toRight, toAbove = whole - toBelow;
+    const std::uint8_t* above[] = {at(column, row), at(column + 1, row)};
+    const std::uint8_t* below[] = {at(column, row + 1), at(column + 1, row + 1)};
     for (int channel = 0; channel < 4; ++channel) {
-      const std::uint32_t sum = toAbove * toLeft * at(column, row, channel) +
-                                toAbove * toRight * at(column + 1, row, channel) +
-                                toBelow * toLeft * at(column, row + 1, channel) +
-                                toBelow * toRight * at(column + 1, row + 1, channel);
+      const std::uint32_t sum =
+          toAbove * (toLeft * above[0][channel] + toRight * above[1][channel]) +
+          toBelow * (toLeft * below[0][channel] + toRight * below[1][channel]);
       to[channel] = static_cast<std::uint8_t>((sum + whole * whole / 2) / (whole * whole));
     }
   }
@@ -70,9 +71,11 @@ class Turned {
     return static_cast<std::int64_t>(std::floor(value * one + 0.5));
   }
 
-  std::uint32_t at(std::int64_t column, std::int64_t row, int channel) const {
-    if (column < 0 || row < 0 || column >= picture_.width() || row >= picture_.height()) return 0;
-    return picture_.row(static_cast<int>(row))[4 * column + channel];
+  const std::uint8_t* at(std::int64_t column, std::int64_t row) const {
+    static constexpr std::uint8_t nothing[4] = {};
+    if (column < 0 || row < 0 || column >= picture_.width() || row >= picture_.height())
+      return nothing;
+    return picture_.row(static_cast<int>(row)) + 4 * column;
   }
 
   const Bitmap& picture_;
