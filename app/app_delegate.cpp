@@ -13,7 +13,8 @@ constexpr const char* idleSymbol = "camera.on.rectangle.fill";
 constexpr const char* copiedSymbol = "checkmark.circle.fill";
 constexpr double flashSeconds = 0.9;
 constexpr double promptSeconds = 2.5;
-constexpr double idleSeconds = 10;  // after which the memory of pictures goes back
+// After which the memory of pictures goes back; seldom enough not to be felt on an idle machine.
+constexpr double idleSeconds = 60;
 // Every message of the program stands under this title, whatever its subject.
 constexpr const char* noticeTitle = "Screenshot copied to clipboard";
 constexpr const char* collectionWindow = "Collected copies";
