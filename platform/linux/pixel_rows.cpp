@@ -5,7 +5,7 @@
 #include <cstring>
 
 #if defined(__SSE2__)
-#include <emmintrin.h>
+#include <tmmintrin.h>
 #endif
 
 namespace marbelot {
@@ -30,9 +30,30 @@ void unpremultiplySimply(const std::uint8_t* from, std::uint8_t* to, int pixels)
   }
 }
 
+void addAlphaSimply(const std::uint8_t* from, std::uint8_t* to, int pixels) {
+  for (int x = 0; x < pixels; ++x, from += 3, to += 4) {
+    std::memcpy(to, from, 3);
+    to[3] = 255;
+  }
+}
+
 #if defined(__SSE2__)
 
 namespace {
+
+// Four pixels at a time, where the processor can shuffle bytes: all of the last fifteen years.
+__attribute__((target("ssse3"))) int addAlphaByShuffling(const std::uint8_t* from, std::uint8_t* to,
+                                                         int pixels) {
+  const __m128i places = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+  const __m128i opaque = _mm_set1_epi32(static_cast<int>(0xFF000000));
+  int x = 0;
+  for (; x + 6 <= pixels; x += 4) {  // sixteen bytes are read for twelve
+    const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 3 * x));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 4 * x),
+                     _mm_or_si128(_mm_shuffle_epi8(four, places), opaque));
+  }
+  return x;
+}
 
 // Two pixels in words: each colour times its alpha and alpha times 255, divided by 255.
 __m128i premultiplied(__m128i pixels) {
@@ -60,6 +81,11 @@ constexpr std::array<Factors, 256> factorsOf = [] {
 }();
 
 }  // namespace
+
+void addAlpha(const std::uint8_t* from, std::uint8_t* to, int pixels) {
+  const int x = __builtin_cpu_supports("ssse3") ? addAlphaByShuffling(from, to, pixels) : 0;
+  addAlphaSimply(from + 3 * x, to + 4 * x, pixels - x);
+}
 
 void premultiply(const std::uint8_t* from, std::uint8_t* to, int pixels) {
   const __m128i zero = _mm_setzero_si128();
@@ -91,6 +117,10 @@ void unpremultiply(const std::uint8_t* from, std::uint8_t* to, int pixels) {
 }
 
 #else
+
+void addAlpha(const std::uint8_t* from, std::uint8_t* to, int pixels) {
+  addAlphaSimply(from, to, pixels);
+}
 
 void premultiply(const std::uint8_t* from, std::uint8_t* to, int pixels) {
   premultiplySimply(from, to, pixels);

@@ -11,6 +11,9 @@ inline std::uint8_t to8(unsigned word) {
   return static_cast<std::uint8_t>((word * 255 + 32895) >> 16);
 }
 
+// Puts a full alpha behind each three bytes.
+void addAlpha(const std::uint8_t* from, std::uint8_t* to, int pixels);
+
 // Multiplies the colours by alpha, to the nearest.
 void premultiply(const std::uint8_t* from, std::uint8_t* to, int pixels);
 // Divides them by it; a colour above its alpha, which nothing has, becomes full. Premultiplying
@@ -18,6 +21,7 @@ void premultiply(const std::uint8_t* from, std::uint8_t* to, int pixels);
 void unpremultiply(const std::uint8_t* from, std::uint8_t* to, int pixels);
 
 // The same, in the obvious way.
+void addAlphaSimply(const std::uint8_t* from, std::uint8_t* to, int pixels);
 void premultiplySimply(const std::uint8_t* from, std::uint8_t* to, int pixels);
 void unpremultiplySimply(const std::uint8_t* from, std::uint8_t* to, int pixels);
 

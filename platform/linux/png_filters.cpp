@@ -75,29 +75,55 @@ void undoAverage(std::uint8_t* row, const std::uint8_t* aboveRow, std::size_t by
   });
 }
 
-// The predictor is the smaller or the larger of left and above where the other side of them is
-// beyond 3 * corner - left - above, else the corner: few steps wait for the pixel before.
+// What was filtered, of 16 bits each. The predictor is the smaller or the larger of left and above
+// where the other side of them is beyond 3 * corner - left - above, else the corner: few steps wait
+// for the pixel before.
+__m128i paethStep(__m128i now, __m128i left, __m128i above, __m128i corner) {
+  const __m128i corner3 = _mm_add_epi16(corner, _mm_add_epi16(corner, corner));
+  const __m128i limit = _mm_sub_epi16(_mm_sub_epi16(corner3, above), left);
+  const __m128i smaller = _mm_min_epi16(left, above);
+  const __m128i larger = _mm_max_epi16(left, above);
+  const __m128i notSmaller = _mm_cmpgt_epi16(larger, limit);
+  const __m128i notLarger = _mm_cmpgt_epi16(limit, smaller);
+  const __m128i best = _mm_or_si128(
+      _mm_or_si128(_mm_andnot_si128(notSmaller, smaller), _mm_andnot_si128(notLarger, larger)),
+      _mm_and_si128(_mm_and_si128(notSmaller, notLarger), corner));
+  return _mm_and_si128(_mm_add_epi16(now, best), _mm_set1_epi16(0xFF));
+}
+
+__m128i widened(__m128i bytes) { return _mm_unpacklo_epi8(bytes, _mm_setzero_si128()); }
+
 template <std::size_t pixel>
 void undoPaeth(std::uint8_t* row, const std::uint8_t* aboveRow, std::size_t bytes) {
-  const __m128i zero = _mm_setzero_si128();
-  const __m128i lowBytes = _mm_set1_epi16(0xFF);
-  __m128i left = zero;  // 16 bits each
-  __m128i corner = zero;
+  __m128i left = _mm_setzero_si128();
+  __m128i corner = left;
   forEachPixel<pixel>(row, bytes, [&](__m128i now, std::size_t i) {
-    const __m128i above = _mm_unpacklo_epi8(load(aboveRow + i), zero);
-    const __m128i corner3 = _mm_add_epi16(corner, _mm_add_epi16(corner, corner));
-    const __m128i limit = _mm_sub_epi16(_mm_sub_epi16(corner3, above), left);
-    const __m128i smaller = _mm_min_epi16(left, above);
-    const __m128i larger = _mm_max_epi16(left, above);
-    const __m128i notSmaller = _mm_cmpgt_epi16(larger, limit);
-    const __m128i notLarger = _mm_cmpgt_epi16(limit, smaller);
-    const __m128i best = _mm_or_si128(
-        _mm_or_si128(_mm_andnot_si128(notSmaller, smaller), _mm_andnot_si128(notLarger, larger)),
-        _mm_and_si128(_mm_and_si128(notSmaller, notLarger), corner));
-    left = _mm_and_si128(_mm_add_epi16(_mm_unpacklo_epi8(now, zero), best), lowBytes);
+    const __m128i above = widened(load(aboveRow + i));
+    left = paethStep(widened(now), left, above, corner);
     corner = above;
     return _mm_packus_epi16(left, left);
   });
+}
+
+// Two rows in the two halves of a register, the lower row one pixel behind: what stands above its
+// pixel is what the upper row has just become. Half the steps, as each waits for the one before.
+template <std::size_t pixel>
+void undoPaethTwice(std::uint8_t* row, std::uint8_t* below, const std::uint8_t* aboveRow,
+                    std::size_t bytes) {
+  __m128i left = _mm_setzero_si128();
+  __m128i above = left;
+  __m128i now = widened(load(row));
+  for (std::size_t i = 0; i < bytes; i += pixel) {
+    const __m128i corner = above;
+    above = _mm_unpacklo_epi64(widened(load(aboveRow + i)), left);
+    left = paethStep(now, left, above, corner);
+    const __m128i packed = _mm_packus_epi16(left, left);
+    now = _mm_unpacklo_epi64(widened(load(row + i + pixel)), widened(load(below + i)));
+    store(row + i, packed, i + pixel < bytes ? 4 : pixel);
+    if (i > 0) store(below + i - pixel, _mm_srli_si128(packed, 4), 4);
+  }
+  left = paethStep(now, left, _mm_unpacklo_epi64(above, left), above);
+  store(below + bytes - pixel, _mm_srli_si128(_mm_packus_epi16(left, left), 4), pixel);
 }
 
 template <std::size_t pixel>
@@ -148,6 +174,19 @@ bool unfilterSimply(int filter, std::uint8_t* row, const std::uint8_t* above, st
     row[i] = static_cast<std::uint8_t>(row[i] + guess);
   }
   return true;
+}
+
+bool unfilterTwo(int filter, int filterBelow, std::uint8_t* row, std::uint8_t* below,
+                 const std::uint8_t* above, std::size_t bytes, std::size_t pixel) {
+#if defined(__SSE2__)
+  if (filter == paeth && filterBelow == paeth && (pixel == 3 || pixel == 4)) {
+    pixel == 3 ? undoPaethTwice<3>(row, below, above, bytes)
+               : undoPaethTwice<4>(row, below, above, bytes);
+    return true;
+  }
+#endif
+  return unfilter(filter, row, above, bytes, pixel) &&
+         unfilter(filterBelow, below, row, bytes, pixel);
 }
 
 bool unfilter(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,

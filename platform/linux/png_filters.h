@@ -7,12 +7,16 @@
 namespace marbelot {
 
 // Turns the filtered `row` into what it was; `above` is the row above it, of zeros for the first.
-// `pixel`: bytes of one pixel, at least 1. False when there is no such filter. One byte behind each
-// row may be read.
+// `pixel`: bytes of one pixel, at least 1. False when there is no such filter. Four bytes behind
+// each row may be read.
 bool unfilter(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
               std::size_t pixel);
 
-// The same, byte by byte.
+// The same for two rows, of which the second stands below the first.
+bool unfilterTwo(int filter, int filterBelow, std::uint8_t* row, std::uint8_t* below,
+                 const std::uint8_t* above, std::size_t bytes, std::size_t pixel);
+
+// One row, byte by byte.
 bool unfilterSimply(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
                     std::size_t pixel);
 

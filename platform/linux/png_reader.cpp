@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -186,10 +185,7 @@ class RowReader {
   // Null when the data is damaged or ends. Valid until the next call.
   const std::uint8_t* next() {
     if (row_ == filled_ && !fill()) return nullptr;
-    std::uint8_t* const row = at(++row_);
-    if (!unfilter(row[0], row + 1, at(row_ - 1) + 1, stride_ - 1, pixelBytes_)) return nullptr;
-    ++y_;
-    return row + 1;
+    return at(++row_) + 1;
   }
 
  private:
@@ -215,7 +211,22 @@ class RowReader {
       if (state_.avail_out == before && state_.avail_in == 0 && !more) return false;
       if (state_.avail_out > 0 && state_.block_state == ISAL_BLOCK_FINISH) return false;
     }
-    return true;
+    y_ += filled_;
+    return unfilterPiece();
+  }
+
+  bool unfilterPiece() {
+    const std::size_t bytes = stride_ - 1;
+    std::size_t row = 1;
+    for (; row < filled_; row += 2) {
+      std::uint8_t* const first = at(row);
+      std::uint8_t* const second = at(row + 1);
+      if (!unfilterTwo(first[0], second[0], first + 1, second + 1, at(row - 1) + 1, bytes,
+                       pixelBytes_))
+        return false;
+    }
+    std::uint8_t* const last = at(filled_);
+    return row > filled_ || unfilter(last[0], last + 1, at(filled_ - 1) + 1, bytes, pixelBytes_);
   }
 
   const Png& png_;
@@ -296,14 +307,7 @@ class Converter {
   }
 
   void convertColors(const std::uint8_t* row, std::uint8_t* to) const {
-    constexpr std::uint32_t opaque =
-        std::endian::native == std::endian::little ? 0xFF000000 : 0x000000FF;
-    for (int x = 0; x < png_.width; ++x) {
-      std::uint32_t pixel = 0;
-      std::memcpy(&pixel, row + 3 * x, 4);
-      pixel |= opaque;
-      std::memcpy(to + 4 * x, &pixel, 4);
-    }
+    addAlpha(row, to, png_.width);
     if (png_.transparency.size() != 6) return;
     const Pixel key{static_cast<std::uint8_t>(png_.transparency[1]),
                     static_cast<std::uint8_t>(png_.transparency[3]),

@@ -199,6 +199,25 @@ TEST(PngFilters, TheFastOnesEqualTheSimpleOnes) {
       }
 }
 
+TEST(PngFilters, TwoRowsAtOnceEqualOneAfterTheOther) {
+  for (const std::size_t pixel : {1, 3, 4, 6})
+    for (int filters = 0; filters < 25; ++filters)
+      for (const std::size_t pixels : {1, 2, 3, 1001}) {
+        const std::size_t bytes = pixels * pixel;
+        std::vector<std::uint8_t> rows(3 * (bytes + 4));
+        for (auto& byte : rows) byte = static_cast<std::uint8_t>(anyByte());
+        auto expected = rows;
+        const auto at = [&](std::vector<std::uint8_t>& from, std::size_t row) {
+          return from.data() + row * (bytes + 4);
+        };
+        unfilterSimply(filters / 5, at(expected, 1), at(expected, 0), bytes, pixel);
+        unfilterSimply(filters % 5, at(expected, 2), at(expected, 1), bytes, pixel);
+        EXPECT_TRUE(unfilterTwo(filters / 5, filters % 5, at(rows, 1), at(rows, 2), at(rows, 0),
+                                bytes, pixel));
+        EXPECT_EQ(rows, expected) << filters << ", " << pixel << " bytes a pixel";
+      }
+}
+
 TEST(PixelRows, EveryColourAndAlpha) {
   std::vector<std::uint8_t> pixels, fast, simple;
   for (int alpha = 0; alpha < 256; ++alpha)
@@ -213,6 +232,14 @@ TEST(PixelRows, EveryColourAndAlpha) {
     slow(pixels.data(), simple.data(), count);
     EXPECT_EQ(fast, simple);
   }
+  for (int width = 0; width < 30; ++width) {
+    fast.assign(pixels.size(), 7);
+    simple = fast;
+    addAlpha(pixels.data(), fast.data(), width);
+    addAlphaSimply(pixels.data(), simple.data(), width);
+    EXPECT_EQ(fast, simple);
+  }
+  fast = pixels;
   premultiplySimply(pixels.data(), pixels.data(), count);
   unpremultiply(pixels.data(), fast.data(), count);
   premultiply(fast.data(), fast.data(), count);
