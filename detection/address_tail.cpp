@@ -3,8 +3,8 @@
 #include <string>
 
 #include "detection/address_words.h"
-#include "detection/scan.h"
 #include "detection/tokens.h"
+#include "platform/ascii.h"
 
 namespace marbelot::detection {
 namespace {
@@ -35,13 +35,6 @@ std::size_t codeNumberEnd(std::string_view text, std::size_t at, std::size_t dig
   return end;
 }
 
-std::size_t zipEnd(std::string_view text, std::size_t at) {
-  const std::size_t end = codeNumberEnd(text, at, 5);
-  if (end == 0 || end + 5 > text.size() || text[end] != '-') return end;
-  const std::size_t plus_four = codeNumberEnd(text, end + 1, 4);
-  return plus_four == end + 5 ? plus_four : end;
-}
-
 // The end of a town's name at `at`: "Frankfurt am Main", "Paris Cedex 08"; 0 for none.
 std::size_t townEnd(std::string_view text, std::size_t at) {
   std::size_t end = 0;
@@ -64,48 +57,19 @@ std::size_t townEnd(std::string_view text, std::size_t at) {
   return end;
 }
 
-// Reads the code if one starts at `at`.
-std::optional<AddressTail> codeAt(std::string_view text, std::size_t at, bool after_comma,
-                                  std::size_t separators) {
+// The end of the postcode if one starts at `at`, the state before it included; 0 for none.
+std::size_t postcodeEnd(std::string_view text, std::size_t at) {
   const Token token = read(text, at);
-  if (!token.isWord() || !token.capital || !isAscii(text[token.range.start])) return std::nullopt;
-  const auto postcode = [](std::size_t end) { return AddressTail{end, AddressCode::postcode}; };
+  if (!token.isWord() || !token.capital || !isAscii(text[token.range.start])) return 0;
   const std::string_view rest = text.substr(token.range.start);
-  if (const std::size_t length = ukPostcodeLength(rest)) {
-    return postcode(token.range.start + length);
-  }
-  const std::size_t end = token.end();
-  std::size_t state_end = 0;
-  bool named = false;
-  if (isUpperWord(text, token) && token.range.length <= 3) {
-    if (token.range.length == 2 && isUsState(token.lower)) state_end = end;
-    if (isAustralianState(token.lower)) {
-      if (const std::size_t code = codeNumberEnd(text, end, 4)) return postcode(code);
-    }
-    if (isCanadianProvince(token.lower)) {
-      Token next = read(text, end);
-      if (next.is(',')) next = read(text, next.end());
-      if (const std::size_t length = canadianPostcodeLength(text.substr(next.range.start))) {
-        return postcode(next.range.start + length);
-      }
-    }
-  } else if (rest.starts_with("D.C.")) {
-    state_end = token.range.start + 4;
-  } else if (isUsStateName(token.lower)) {
-    state_end = end;
-    named = true;
-  } else if (const Token next = startsUsStateName(token.lower) ? read(text, end) : Token{};
-             next.isWord() && isUsStateName(token.lower + '-' + next.lower)) {
-    state_end = next.end();
-    named = true;
-  }
-  if (state_end == 0) return std::nullopt;
-  if (const std::size_t zip = zipEnd(text, state_end)) return postcode(zip);
-  // "IN" and "OR" in a title are no states; "Springfield, IL" is one.
-  if (!after_comma || read(text, state_end).isWord()) return std::nullopt;
-  // "Washington" right behind the street is the town, so that the state is still to come.
-  if (named && separators < 2) return std::nullopt;
-  return AddressTail{state_end, AddressCode::state};
+  if (const std::size_t length = ukPostcodeLength(rest)) return token.range.start + length;
+  const bool state = isUpperWord(text, token) && token.range.length <= 3;
+  if (state && isAustralianState(token.lower)) return codeNumberEnd(text, token.end(), 4);
+  if (!(state && isCanadianProvince(token.lower)) && !isCanadianProvinceName(token.lower)) return 0;
+  Token next = read(text, token.end());
+  if (next.is(',')) next = read(text, next.end());
+  const std::size_t length = canadianPostcodeLength(text.substr(next.range.start));
+  return length > 0 ? next.range.start + length : 0;
 }
 
 }  // namespace
@@ -131,35 +95,27 @@ std::optional<AddressTail> readTown(std::string_view text, std::size_t at) {
   if (end == 0) return std::nullopt;
   const std::size_t town = townEnd(text, end);
   if (town == 0) return std::nullopt;
-  return AddressTail{town, AddressCode::town, separators, short_code};
+  return AddressTail{town, false, separators, short_code};
 }
 
 std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at) {
   int words = 0;
   int numbers = 0;
   std::size_t separators = 0;
-  bool after_comma = false;
   bool after_unit = false;
   std::size_t word_length = 0;
-  std::optional<AddressTail> state;
   while (words <= kMostWords) {
     const Token token = read(text, at);
     switch (token.kind) {
       case Token::Kind::word: {
-        if (words > 0 || separators > 0) {
-          if (auto tail = codeAt(text, at, after_comma, separators)) {
-            tail->separators = separators;
-            // "New York, New York 10001": a code that is yet to come says more.
-            const bool may_go_on = tail->code == AddressCode::state && !isUpperWord(text, token);
-            if (!may_go_on || state) return tail;
-            state = tail;
-          }
+        if (const std::size_t end = words + separators > 0 ? postcodeEnd(text, at) : 0) {
+          return AddressTail{end, true, separators, false};
         }
         if (!token.capital && !isCityParticle(token.lower) && !isFrenchParticle(token.lower) &&
             token.lower != "of" && token.lower != "the" && token.lower != "and" &&
             !(words == 0 && frenchStreetType(token.lower) != StreetType::none) &&
             token.range.length > 1 && token.lower.find('\'') != 1) {
-          return state;
+          return std::nullopt;
         }
         ++words;
         after_unit = isUnitWord(token.lower);
@@ -176,36 +132,35 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
         const Token next = read(text, token.end());
         const bool glued = next.isWord() && !next.spaced;
         const bool ordinal = glued && next.range.length == 2;
-        if ((!after_unit && !ordinal) || ++numbers > kMostNumbers) return state;
+        if ((!after_unit && !ordinal) || ++numbers > kMostNumbers) return std::nullopt;
         at = glued ? next.end() : token.end();
-        after_unit = after_comma = false;
+        after_unit = false;
         word_length = 0;
         ++words;
         continue;
       }
       case Token::Kind::newline:
-        if (++separators > kMostSeparators) return state;
+        if (++separators > kMostSeparators) return std::nullopt;
         after_unit = false;
         break;
       case Token::Kind::symbol:
         if (token.is(',')) {
-          if (++separators > kMostSeparators) return state;
+          if (++separators > kMostSeparators) return std::nullopt;
           after_unit = false;
         } else if (token.is('#')) {
           after_unit = true;
         } else if (!token.is('.') || token.spaced || word_length == 0 || word_length > 4) {
           // A full stop only closes abbreviations.
-          return state;
+          return std::nullopt;
         }
         word_length = 0;
         break;
       case Token::Kind::end:
-        return state;
+        return std::nullopt;
     }
-    after_comma = token.is(',') || (after_comma && token.kind == Token::Kind::newline);
     at = token.end();
   }
-  return state;
+  return std::nullopt;
 }
 
 std::size_t afterCountry(std::string_view text, std::size_t at) {
@@ -215,6 +170,7 @@ std::size_t afterCountry(std::string_view text, std::size_t at) {
     token = read(text, token.end());
   }
   if (!token.isWord() || !token.capital) return at;
+  if (text.substr(token.range.start, 6) == "U.S.A.") return token.range.start + 6;
   const Token next = read(text, token.end());
   if (next.isWord() && isCountry(token.lower + '-' + next.lower)) return next.end();
   return isCountry(token.lower) ? token.end() : at;

@@ -7,16 +7,11 @@
 
 namespace marbelot::detection {
 
-// How the code that ends an address tells a real one.
-enum class AddressCode {
-  state,     // a US state without a ZIP code
-  postcode,  // a British or Canadian postcode, or an American or Australian state with its code
-  town,      // five (or four) digits and a town, as on the Continent
-};
-
 struct AddressTail {
   std::size_t end = 0;
-  AddressCode code = AddressCode::state;
+  // A British or Canadian postcode, or an Australian state with its code; else five (or four)
+  // digits and a town, as on the Continent.
+  bool postcode = false;
   std::size_t separators = 0;  // commas and line ends before the code
   bool short_code = false;     // a town with four digits
 };

@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "detection/scan.h"
 #include "detection/tokens.h"
+#include "platform/ascii.h"
 
 namespace marbelot::detection {
 namespace {
@@ -26,16 +26,40 @@ std::size_t shapeLength(std::string_view text, std::string_view shape) {
 }  // namespace
 
 StreetType englishStreetType(const std::string& word) {
-  // The common ones of Publication 28 of the US Postal Service, appendix C1, and British ones.
+  // Publication 28 of the US Postal Service, appendix C1, and British ones.
   static const WordSet clear(
-      "street st avenue ave av road rd lane ln boulevard blvd crescent cres parkway pkwy");
+      "street st str streets avenue ave av aven avenu avn avnue road rd roads rds lane ln "
+      "boulevard blvd boul boulv parkway pkwy parkwy pkway pky parkways pkwys");
   static const WordSet vague(
-      "drive dr way court ct place pl square sq terrace ter tce close circle cir trail trl highway "
-      "hwy "
-      "expressway expy freeway fwy turnpike tpke alley loop row walk mews gardens gdns grove grv "
-      "green hill rise view park wharf quay esplanade esp parade pde plaza plz path pike ridge "
-      "run commons crossing cove cv point pt broadway embankment yard gate bypass promenade "
-      "strand heights hts circus bridge mall route");
+      "alley aly allee ally annex anx arcade arc bayou byu beach bch bend bnd bluff blf bluffs "
+      "blfs bottom btm branch br brnch bridge brg brdge brook brk brooks brks burg bg burgs bypass "
+      "byp camp cp cmp canyon cyn canyn cape cpe causeway cswy causwa center ctr cent centr centre "
+      "cntr centers ctrs circle cir circ circl crcl crcle circles cirs cliff clf cliffs clfs club "
+      "clb common cmn commons cmns corner cor corners cors course crse court ct courts cts cove cv "
+      "coves cvs creek crk crescent cres crsent crsnt crest crst crossing xing crssng crossroad "
+      "xrd crossroads xrds curve curv dale dl dam dm divide dv dvd drive dr driv drv drives drs "
+      "estate est estates ests expressway expy exp expr express expw extension ext extn extnsn "
+      "exts fall falls fls ferry fry frry field fld fields flds flat flt flats flts ford frd fords "
+      "frds forest frst forests forge frg forges frgs fork frk forks frks fort ft frt freeway fwy "
+      "frwy garden gdn gardn gardens gdns grdns gateway gtwy gatewy glen gln glens glns green grn "
+      "greens grns grove grv groves grvs harbor hbr harb harbors hbrs haven hvn heights hts ht "
+      "highway hwy highwy hiway hiwy hway hill hl hills hls hollow holw hllw hollows inlet inlt "
+      "island is islnd islands iss isle isles junction jct jctn junctn junctions jcts key ky keys "
+      "kys knoll knl knolls knls lake lk lakes lks land landing lndg lndng light lgt lights loaf "
+      "lf lock lck locks lcks lodge ldg ldge loop loops mall manor mnr manors mnrs meadow mdw "
+      "meadows mdws medows mews mill ml mills mls mission msn missn motorway mtwy mount mt mnt "
+      "mountain mtn mntn mountains mtns neck nck orchard orch oval ovl overpass opas park parks "
+      "pass passage psge path paths pike pikes pine pne pines pnes place pl plain pln plains plns "
+      "plaza plz plza point pt points pts port prt ports prairie pr prr radial radl ramp ranch "
+      "rnch ranches rapid rpd rapids rpds rest rst ridge rdg rdge ridges rdgs river riv rvr route "
+      "rte row rue run shoal shl shoals shls shore shr shores shrs skyway skwy spring spg sprng "
+      "springs spgs sprngs spur spurs square sq sqr sqre squ squares sqs station sta statn "
+      "stravenue stra stream strm summit smt sumit terrace ter terr throughway trwy trace trce "
+      "traces track trak tracks trk trafficway trfy trail trl trails trls trailer trlr tunnel tunl "
+      "turnpike tpke trnpk turnpk underpass upas union un unions valley vly valleys viaduct vdct "
+      "via view vw views vws village vlg vill villg villages ville vl vista vis vst vsta walk "
+      "walks wall way wy ways well wl wells wls broadway promenade esplanade wharf quay chase "
+      "embankment gate hospital close yard mile");
   return clear.has(word)   ? StreetType::clear
          : vague.has(word) ? StreetType::vague
                            : StreetType::none;
@@ -78,7 +102,8 @@ StreetType germanStreetType(const std::string& word, bool& standalone) {
 }
 
 bool isDirection(const std::string& word) {
-  static const WordSet words("n s e w ne nw se sw north south east west");
+  static const WordSet words(
+      "n s e w ne nw se sw north south east west northeast northwest southeast southwest");
   return words.has(word);
 }
 
@@ -103,36 +128,13 @@ bool isNoStreetName(const std::string& word) {
   static const WordSet words(
       "about a an best top most more things ways reasons tips how why what when who to for from in "
       "on at is are was with by or if we i you they this that these those my our your his her "
-      "days hours minutes years weeks months people percent times million billion");
+      "wheel hour bedroom year days hours minutes years weeks months people percent million "
+      "billion");
   return words.has(word);
 }
 
 bool isCityParticle(const std::string& word) {
   static const WordSet words("am an der im in bei ob vor upon on de la le les sur en du cedex");
-  return words.has(word);
-}
-
-bool isUsState(const std::string& word) {
-  static const WordSet words(
-      "al ak az ar ca co ct de fl ga hi id il in ia ks ky la me md ma mi mn ms mo mt ne nv nh nj "
-      "nm "
-      "ny nc nd oh ok or pa ri sc sd tn tx ut vt va wa wv wi wy dc pr gu vi");
-  return words.has(word);
-}
-
-bool isUsStateName(const std::string& words) {
-  static const WordSet names(
-      "alabama alaska arizona arkansas california colorado connecticut delaware florida georgia "
-      "hawaii idaho illinois indiana iowa kansas kentucky louisiana maine maryland massachusetts "
-      "michigan minnesota mississippi missouri montana nebraska nevada new-hampshire new-jersey "
-      "new-mexico new-york north-carolina north-dakota ohio oklahoma oregon pennsylvania "
-      "rhode-island south-carolina south-dakota tennessee texas utah vermont virginia washington "
-      "west-virginia wisconsin wyoming");
-  return names.has(words);
-}
-
-bool startsUsStateName(const std::string& word) {
-  static const WordSet words("new north rhode south west");
   return words.has(word);
 }
 
@@ -146,11 +148,19 @@ bool isCanadianProvince(const std::string& word) {
   return words.has(word);
 }
 
+bool isCanadianProvinceName(const std::string& word) {
+  static const WordSet words(
+      "alberta manitoba newfoundland ontario quebec québec saskatchewan yukon nunavut columbia "
+      "brunswick scotia");  // the last words of those that have two
+  return words.has(word);
+}
+
 bool isCountry(const std::string& words) {
   static const WordSet names(
       "usa us united-states uk united-kingdom england scotland wales ireland northern-ireland "
       "great-britain germany deutschland france australia canada austria österreich switzerland "
-      "schweiz suisse belgium belgique allemagne frankreich");
+      "schweiz suisse belgium belgique allemagne frankreich italy italia spain españa netherlands "
+      "nederland new-zealand");
   return names.has(words);
 }
 

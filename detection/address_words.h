@@ -24,12 +24,10 @@ bool isGermanParticle(const std::string& word);  // "am", "unter", "den"
 bool isNoStreetName(const std::string& word);    // capitalised in titles: "about", "best"
 bool isCityParticle(const std::string& word);    // "am" in "Frankfurt am Main"
 
-bool isUsState(const std::string& word);  // "va"
-// Names of several words are joined with hyphens: "west-virginia".
-bool isUsStateName(const std::string& words);
-bool startsUsStateName(const std::string& word);  // "west"
 bool isAustralianState(const std::string& word);
-bool isCanadianProvince(const std::string& word);
+bool isCanadianProvince(const std::string& word);      // "on"
+bool isCanadianProvinceName(const std::string& word);  // "ontario"
+// Names of several words are joined with hyphens: "great-britain".
 bool isCountry(const std::string& words);
 
 // "SW1A 2AA", "K1A 0B1": the bytes that the postcode at the start of `text` takes, 0 for none.

@@ -4,9 +4,11 @@
 
 #include "detection/address_tail.h"
 #include "detection/address_words.h"
+#include "detection/boxes.h"
 #include "detection/finder.h"
 #include "detection/scan.h"
 #include "detection/tokens.h"
+#include "detection/us_address.h"
 
 namespace marbelot::detection {
 namespace {
@@ -14,11 +16,10 @@ namespace {
 constexpr std::size_t kLongestHouseNumber = 5;
 
 struct Street {
-  std::size_t end = 0;
+  std::size_t end = 0;       // with its type
   std::size_t name_end = 0;  // of all the words that may be the street's
   StreetType type = StreetType::none;
-  bool complete = false;  // nothing follows that could belong to the name
-  bool title = false;     // holds a word that is in headings rather than in names of streets
+  bool title = false;  // holds a word that is in headings rather than in names of streets
 };
 
 class AddressFinder final : public TriggerFinder {
@@ -36,14 +37,15 @@ class AddressFinder final : public TriggerFinder {
   std::optional<Detection> numberFirstAddress(std::size_t digit) const;
 
   std::size_t houseNumberEnd(std::size_t digit) const;
+  std::size_t gridNumberEnd(std::size_t direction) const;
   std::size_t germanStreetStart(std::size_t word, bool name_follows) const;
   Street englishStreet(std::size_t at) const;
   Street frenchStreet(std::size_t at) const;
   std::size_t unitStart(std::size_t number) const;
-  std::size_t loneTownEnd(std::size_t street_end) const;
+  std::optional<Detection> spelledAddress(std::size_t zip, std::size_t zip_end) const;
 
   Token read(std::size_t at) const { return tokenAt(text(), at, Hyphens::join); }
-  char byteAt(std::size_t at) const { return at < text().size() ? text()[at] : '\0'; }
+  char byteAt(std::size_t at) const { return marbelot::byteAt(text(), at); }
   Detection address(std::size_t start, std::size_t end) const;
 };
 
@@ -52,6 +54,7 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
   while (end < text().size() && isDigit(text()[end])) ++end;
   skipTo(end);
   if (end - digit > kLongestHouseNumber) return std::nullopt;
+  std::size_t start = digit;
   if (digit > floor()) {
     const char before = text()[digit - 1];
     const char word_end = digit > 1 ? text()[digit - 2] : ' ';
@@ -59,29 +62,57 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
     if ((before == ' ' && (isAlpha(word_end) || word_end == '.')) || no_break) {
       if (auto found = germanAddress(digit)) return found;
       if (auto found = boxAddress(digit)) return found;
+      if (auto found = spelledAddress(digit, end)) return found;
     }
+    if (text()[digit - 1] == '#') {
+      if (auto found = boxAddress(digit)) return found;
+    }
+    // "W204N11912": numbers in the grid of a county.
+    constexpr std::string_view kDirections = "NSEW";
+    if (kDirections.find(before) != std::string_view::npos && !isAlnum(word_end)) --start;
     constexpr std::string_view kGlue = ".,:;/-_$#%&@+*='\\";
+    if (start < digit) return numberFirstAddress(start);
     if (isAlnum(before) || kGlue.find(before) != std::string_view::npos) return std::nullopt;
     if (!isAscii(before) && !no_break && text::isLetter(text::scalarBefore(text(), digit).value)) {
       return std::nullopt;
     }
   }
-  return numberFirstAddress(digit);
+  return numberFirstAddress(start);
 }
 
-// "12", "221B", "10-12", "12/34a"; 0 when the digits are something else, like "5th" or "3.5".
+// The end of "204N11912" behind a direction; 0 when it is something else.
+std::size_t AddressFinder::gridNumberEnd(std::size_t direction) const {
+  std::size_t at = direction;
+  std::size_t digits = 0;
+  for (int parts = 0; parts < 2; ++parts) {
+    if (std::string_view("NSEW").find(byteAt(at)) == std::string_view::npos) break;
+    for (++at; isDigit(byteAt(at)); ++at) ++digits;
+  }
+  return digits < 3 || isAlnum(byteAt(at)) ? 0 : at;
+}
+
+// "12", "221B", "123-A", "10-12", "12/34a", "12 1/2"; 0 when the digits are something else, like
+// "5th" or "3.5".
 std::size_t AddressFinder::houseNumberEnd(std::size_t digit) const {
+  if (!isDigit(byteAt(digit))) return gridNumberEnd(digit);
   std::size_t at = digit;
   for (int part = 0; part < 2; ++part) {
     const std::size_t start = at;
     while (isDigit(byteAt(at))) ++at;
     if (at == start || at - start > kLongestHouseNumber) return 0;
-    if (isAlpha(byteAt(at)) && !isAlpha(byteAt(at + 1)) && isAscii(byteAt(at + 1))) ++at;
+    const std::size_t letter = byteAt(at) == '-' ? at + 1 : at;
+    if (isAlpha(byteAt(letter)) && !isAlpha(byteAt(letter + 1)) && isAscii(byteAt(letter + 1))) {
+      at = letter + 1;
+    }
     const bool dash = text().substr(at, 3) == "\u2013";
     const std::size_t mark = dash ? 3 : byteAt(at) == '-' || byteAt(at) == '/' ? 1 : 0;
     if (mark == 0 || !isDigit(byteAt(at + mark))) break;
     if (part == 1) return 0;  // 3/5/2026
     at += mark;
+  }
+  if (text().substr(at, 4) == " 1/2") at += 4;
+  if (const std::string_view half = "½"; text().substr(at, half.size()) == half) {
+    at += half.size();
   }
   return isAlnum(byteAt(at)) || byteAt(at) == '_' ? 0 : at;
 }
@@ -140,65 +171,35 @@ std::optional<Detection> AddressFinder::germanAddress(std::size_t digit) const {
 }
 
 std::optional<Detection> AddressFinder::boxAddress(std::size_t digit) const {
-  // The last letters of "box", "bag", "postfach" and "bp".
-  constexpr std::string_view kLastLetters = "xXgGhHpP";
-  if (digit < floor() + 3 || kLastLetters.find(text()[digit - 2]) == std::string_view::npos) {
-    return std::nullopt;
-  }
-  const std::size_t from = digit - std::min<std::size_t>(digit - floor(), 12);
-  std::string before(text().substr(from, digit - from));
-  for (char& c : before) c = lower(c);
-  std::size_t length = 0;
-  for (const std::string_view intro :
-       {"po box ", "p.o. box ", "p.o.box ", "gpo box ", "locked bag ", "postfach ", "bp "}) {
-    if (before.ends_with(intro)) length = std::max(length, intro.size());
-  }
-  if (length == 0) return std::nullopt;
-  const std::size_t start = digit - length;
-  if (start > 0 && isAlnum(text()[start - 1])) return std::nullopt;
-  std::size_t end = digit;
-  // German boxes are written in pairs: "12 34 56".
-  while (isDigit(byteAt(end)) ||
-         (byteAt(end) == ' ' && end - digit < 8 && isDigit(byteAt(end + 1)) &&
-          isDigit(byteAt(end + 2)) && !isDigit(byteAt(end + 3)))) {
-    ++end;
-  }
-  std::optional<AddressTail> tail = readTown(text(), end);
-  if (!tail) tail = readAddressTail(text(), end);
+  const Range box = boxAt(text(), digit, floor());
+  if (box.length == 0) return std::nullopt;
+  const UsAddress american = readUsAddress(text(), digit, box.end(), UsStart::box);
+  if (american.whole > 0) return address(box.start, afterCountry(text(), american.whole));
+  std::optional<AddressTail> tail = readTown(text(), box.end());
+  if (!tail) tail = readAddressTail(text(), box.end());
   if (!tail) return std::nullopt;
-  return address(start, afterCountry(text(), tail->end));
+  return address(box.start, afterCountry(text(), tail->end));
 }
 
-// The words of "Main Street NW, Apt 4" up to the unit.
+// The words of "Main Street" up to what is no word of a name.
 Street AddressFinder::englishStreet(std::size_t at) const {
   Street street;
-  int words = 0;
-  std::size_t end = at;
-  while (words < 6) {
-    Token token = read(end);
+  street.name_end = at;
+  for (int words = 0; words < 6; ++words) {
+    const Token token = read(street.name_end);
     const Token next = token.isNumber() ? read(token.end()) : Token{};
     const bool ordinal = next.isWord() && !next.spaced && next.range.length == 2;
     const bool small = words > 0 && (token.lower == "of" || token.lower == "the");
     if (!(token.isWord() && (token.capital || small)) && !ordinal) break;
     if (!token.spaced) break;
     street.title = street.title || isNoStreetName(token.lower);
-    end = ordinal ? next.end() : token.end();
-    const StreetType type =
-        words > 0 && token.capital ? englishStreetType(token.lower) : StreetType::none;
-    // "St." and "E." are abbreviated; the stop of a sentence follows a longer word.
-    if (byteAt(end) == '.' && token.range.length <= 4) ++end;
-    ++words;
-    if (type != StreetType::none) {
-      street.type = std::max(street.type, type);
-      street.end = end;
-      street.complete = words <= 4;
-    } else if (street.end != 0 && isDirection(token.lower)) {
-      street.end = end;
-    } else {
-      street.complete = false;
+    street.name_end = ordinal ? next.end() : token.end();
+    if (words > 0 && token.capital) {
+      street.type = std::max(street.type, englishStreetType(token.lower));
     }
+    // "St." and "E." are abbreviated; the stop of a sentence follows a longer word.
+    if (byteAt(street.name_end) == '.' && token.range.length <= 4) ++street.name_end;
   }
-  street.name_end = end;
   return street;
 }
 
@@ -229,7 +230,6 @@ Street AddressFinder::frenchStreet(std::size_t at) const {
     if (!token.spaced) break;
   }
   if (street.end != 0) street.type = type;
-  street.complete = true;
   return street;
 }
 
@@ -252,30 +252,19 @@ std::size_t AddressFinder::unitStart(std::size_t number) const {
   return word < at && read(word).capital && isUnitWord(read(word).lower) ? word : number;
 }
 
-// The end of ", Springfield" behind a street when the line ends there.
-std::size_t AddressFinder::loneTownEnd(std::size_t street_end) const {
-  Token token = read(street_end);
-  if (!token.is(',')) return street_end;
-  std::size_t end = token.end();
-  for (int words = 0;; ++words) {
-    token = read(end);
-    if (!token.isWord() || !token.capital || words == 3) break;
-    end = token.end();
-  }
-  const bool stops = token.kind == Token::Kind::end || token.kind == Token::Kind::newline ||
-                     token.is('.') || token.is(')');
-  return stops && end > street_end + 1 ? end : street_end;
-}
-
 std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) const {
   const std::size_t number_end = houseNumberEnd(digit);
   if (number_end == 0) return std::nullopt;
   const char after = byteAt(number_end);
   if (after != ' ' && after != ',' && after != '\t' && isAscii(after)) return std::nullopt;
-  // In lower case only the French types of streets follow a number.
+  // In lower case only the French types of streets follow a number, or all is in lower case.
   const char next = byteAt(number_end + 1);
   constexpr std::string_view kFrenchInitials = "rabicpqfetvs";
-  if (isLower(next) && kFrenchInitials.find(next) == std::string_view::npos) return std::nullopt;
+  const bool small = isLower(next);
+  if (small && kFrenchInitials.find(next) == std::string_view::npos &&
+      !hasZipNear(text(), number_end)) {
+    return std::nullopt;
+  }
   // Nor does a number follow one, but for "5th".
   if (after == ' ' && isDigit(next)) {
     std::size_t end = number_end + 1;
@@ -283,43 +272,50 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
     if (!isAlpha(byteAt(end))) return std::nullopt;
   }
   Street street = frenchStreet(number_end);
-  const bool french = street.type != StreetType::none;
-  if (!french) {
-    const Token first = read(number_end);
-    const bool ordinal = first.isNumber() && isAlpha(byteAt(first.end()));
-    if (!first.spaced || !((first.isWord() && first.capital) || ordinal)) return std::nullopt;
-    street = englishStreet(number_end);
+  if (street.type != StreetType::none) {
+    std::optional<AddressTail> tail = readAddressTail(text(), street.end);
+    if (!tail) tail = readTown(text(), street.end);
+    if (tail) return address(unitStart(digit), afterCountry(text(), tail->end));
   }
+  const Token first = read(number_end);
+  const bool ordinal = first.isNumber() && isAlpha(byteAt(first.end()));
+  if (!first.spaced || !(first.isWord() || ordinal)) return std::nullopt;
+  if (small && !hasZipNear(text(), number_end)) return std::nullopt;
+  const UsAddress american = readUsAddress(text(), digit, number_end, UsStart::number);
+  if (american.whole > 0) {
+    return address(unitStart(digit), afterCountry(text(), american.whole));
+  }
+  if (small) return std::nullopt;
+  street = englishStreet(number_end);
   const bool typed = street.type != StreetType::none;
   // Without a type, "1 Broadway" must at least be a line of its own.
-  if (const Token stop = read(street.name_end);
-      !typed && !stop.is(',') && stop.kind != Token::Kind::newline) {
-    return std::nullopt;
+  const Token stop = read(street.name_end);
+  const bool line = stop.is(',') || stop.kind == Token::Kind::newline;
+  if (const auto tail = typed || line ? readAddressTail(text(), number_end) : std::nullopt;
+      tail && tail->postcode && (typed || tail->separators > 0) &&
+      !(street.title && street.type != StreetType::clear)) {
+    return address(unitStart(digit), afterCountry(text(), tail->end));
   }
-  // A French street's number may have "bis" and a comma behind it; the words begin after those.
-  const std::optional<AddressTail> tail =
-      french ? readAddressTail(text(), street.end) : readAddressTail(text(), number_end);
-  const std::optional<AddressTail> town =
-      french && !tail ? readTown(text(), street.end) : std::nullopt;
-  if (town) return address(unitStart(digit), afterCountry(text(), town->end));
-  if (tail) {
-    const bool postcode = tail->code == AddressCode::postcode;
-    const bool state = tail->code == AddressCode::state;
-    const bool credible = french || (typed && postcode) ||
-                          (typed && state && tail->separators > 0) ||
-                          (postcode && tail->separators > 0);
-    const bool heading = street.title && street.type != StreetType::clear;
-    if (credible && !heading) return address(unitStart(digit), afterCountry(text(), tail->end));
+  if (american.street == 0) return std::nullopt;
+  return address(unitStart(digit), american.street);
+}
+
+// "One Liberty Plaza, New York, NY 10006", found by its ZIP code.
+std::optional<Detection> AddressFinder::spelledAddress(std::size_t zip, std::size_t zip_end) const {
+  if (zip_end - zip != 5 || zip < floor() + 3 || !isUpper(text()[zip - 2])) return std::nullopt;
+  constexpr std::size_t kFarthest = 110;
+  static const WordSet numbers("one two three four five six seven eight nine ten");
+  const std::size_t bound = std::max(floor(), zip - std::min(zip, kFarthest));
+  const std::string_view before = text().substr(bound, zip - bound);
+  for (std::size_t at = before.size(); at-- > 0;) {
+    const bool start = isUpper(before[at]) && (at == 0 || !isAlnum(before[at - 1]));
+    if (!start || std::string_view("OTFSEN").find(before[at]) == std::string_view::npos) continue;
+    const Token word = read(bound + at);
+    if (!numbers.has(word.lower)) continue;
+    const UsAddress found = readUsAddress(text(), word.range.start, word.end(), UsStart::spelled);
+    if (found.whole > zip) return address(word.range.start, afterCountry(text(), found.whole));
   }
-  // A street alone: a year before "Wall Street" is no house.
-  const int number = numberOf(text().substr(digit, number_end - digit).substr(0, 4));
-  const bool year = number_end - digit == 4 && number >= 1900 && number < 2100;
-  if (street.type != StreetType::clear || !street.complete || street.title || year) {
-    return std::nullopt;
-  }
-  std::size_t end = loneTownEnd(street.end);
-  if (text()[end - 1] == '.') --end;
-  return address(unitStart(digit), end);
+  return std::nullopt;
 }
 
 Detection AddressFinder::address(std::size_t start, std::size_t end) const {

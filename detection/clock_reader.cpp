@@ -1,245 +1,341 @@
 #include "detection/clock_reader.h"
 
-#include <cstdio>
+#include <algorithm>
 
-#include "detection/scan.h"
-#include "detection/tokens.h"
+#include "detection/counts.h"
+#include "detection/zones.h"
 
 namespace marbelot::detection {
 namespace {
 
-char byteAt(std::string_view text, std::size_t at) { return at < text.size() ? text[at] : '\0'; }
+using Kind = DateWord::Kind;
 
-// Two digits at `at` up to `most`, not followed by a third; -1 for none.
-int twoDigits(std::string_view text, std::size_t at, int most) {
-  if (!isDigit(byteAt(text, at)) || !isDigit(byteAt(text, at + 1)) ||
-      isDigit(byteAt(text, at + 2))) {
-    return -1;
+// The hours and minutes themselves, before anything that stands behind them.
+struct Face {
+  std::size_t end = 0;
+  int hour = 0;
+  int minute = 0;
+  int second = -1;
+  bool colon = false;
+  bool dot = false;     // "14.30", which may be a number
+  bool marked = false;  // cannot be anything but a time
+  bool length = false;  // "5h" may be a length of time
+  bool spelled = false;
+};
+
+// 1 to 12 as a word or a number; 0 for none.
+int readSmallHour(const DateSource& source, const Token& token) {
+  const DateWord word = source.meaning(token);
+  const int hour = token.isNumber() && token.range.length <= 2 ? numberOf(token.lower)
+                   : word.kind == Kind::count && !word.weak    ? word.value
+                   : word.kind == Kind::noon                   ? 12
+                                                               : 0;
+  return hour >= 1 && hour <= 12 ? hour : 0;
+}
+
+// "half past six", "a quarter to nine", "ten past five", "20 minutes to 8".
+std::optional<Face> readPastOrTo(const DateSource& source, std::size_t at) {
+  Token token = source.token(at);
+  if (token.lower == "a") token = source.after(token);
+  const DateWord word = source.meaning(token);
+  const bool fraction = word.kind == Kind::fraction;
+  int minutes = word.value;
+  std::size_t end = token.end();
+  if (!fraction) {
+    if (!token.isNumber() && word.kind != Kind::count) return std::nullopt;
+    const std::optional<Count> count = readCount(source, token.range.start);
+    minutes = count ? static_cast<int>(count->value) : 0;
+    if (minutes < 1 || minutes > 29) return std::nullopt;
+    end = count->end;
   }
-  const int value = numberOf(text.substr(at, 2));
-  return value <= most ? value : -1;
+  Token joint = source.token(end);
+  const bool named = !fraction && (joint.lower == "minutes" || joint.lower == "minute");
+  if (named) joint = source.after(joint);
+  static const WordSet toWords("to before of till til");
+  const bool past = joint.lower == "past" || joint.lower == "after";
+  if (!past && !toWords.has(joint.lower)) return std::nullopt;
+  if (fraction && minutes == 30 && joint.lower != "past") return std::nullopt;
+  // "5 to 10" is a range, and "two of three" a share.
+  if (!fraction && !named && (token.isNumber() || joint.lower == "of") && joint.lower != "past") {
+    return std::nullopt;
+  }
+  const Token last = source.after(joint);
+  const int hour = readSmallHour(source, last);
+  if (hour == 0 || source.byte(last.end()) == ':') return std::nullopt;
+  Face face;
+  face.end = last.end();
+  face.hour = past ? hour : hour == 1 ? 12 : hour - 1;
+  face.minute = past ? minutes : 60 - minutes;
+  face.marked = joint.lower == "past" || (fraction && joint.lower == "to") || named;
+  face.spelled = true;
+  return face;
+}
+
+// "seven", "six thirty", "ten forty-five".
+std::optional<Face> readSpelledHour(const DateSource& source, const Token& first) {
+  const int hour = readSmallHour(source, first);
+  if (hour == 0 || first.isNumber()) return std::nullopt;
+  Face face;
+  face.end = first.end();
+  face.hour = hour;
+  face.spelled = true;
+  Token token = source.after(first);
+  if (token.is('-') && !token.spaced) token = source.after(token);
+  const DateWord word = source.meaning(token);
+  if (word.kind == Kind::count && !word.weak && word.value >= 10) {
+    const std::optional<Count> minutes = readCount(source, token.range.start);
+    if (minutes && minutes->value < 60 && static_cast<int>(minutes->value) % 5 == 0) {
+      face.minute = static_cast<int>(minutes->value);
+      face.end = minutes->end;
+    }
+  }
+  return face;
+}
+
+// "1800 hours", "0830 hrs".
+std::optional<Face> readMilitary(const DateSource& source, const Token& digits) {
+  const Token unit = source.after(digits);
+  const int hour = numberOf(digits.lower.substr(0, 2));
+  const int minute = numberOf(digits.lower.substr(2));
+  static const WordSet units("hours hrs hr h");
+  if (hour > 23 || minute > 59 || !units.has(unit.lower)) return std::nullopt;
+  Face face;
+  face.end = unit.end();
+  face.hour = hour;
+  face.minute = minute;
+  face.marked = face.colon = true;
+  return face;
+}
+
+std::optional<Face> readDigits(const DateSource& source, const Token& first) {
+  if (first.range.length == 4) return readMilitary(source, first);
+  if (first.range.length > 2) return std::nullopt;
+  Face face;
+  face.hour = numberOf(first.lower);
+  face.end = first.end();
+  if (face.hour > 24) return std::nullopt;
+  const char mark = source.byte(face.end);
+  if (mark != ':' && mark != '.' && mark != 'h' && mark != 'H') return face;
+  if (const int minute = twoDigits(source.text, face.end + 1, 59); minute >= 0) {
+    face.minute = minute;
+    face.end += 3;
+    face.colon = mark == ':';
+    face.dot = mark == '.';
+    face.marked = lower(mark) == 'h';
+  } else if (lower(mark) == 'h' && !isAlnum(source.byte(face.end + 1))) {
+    face.marked = face.length = true;
+    ++face.end;
+  } else if (mark == ':' && isDigit(source.byte(face.end + 1))) {
+    return std::nullopt;  // 16:9
+  }
+  if (!face.colon || source.byte(face.end) != ':') return face;
+  face.second = twoDigits(source.text, face.end + 1, 60);
+  if (face.second < 0) return std::nullopt;
+  face.end += 3;
+  const char point = source.byte(face.end);
+  if ((point == '.' || point == ',') && isDigit(source.byte(face.end + 1))) {
+    ++face.end;
+    while (isDigit(source.byte(face.end))) ++face.end;
+  }
+  return face;
 }
 
 enum class Half { none, am, pm };
 
 // "pm", "p.m.", "PM" at `at`, behind a blank or not.
-Half readHalf(std::string_view text, std::size_t at, std::size_t& end) {
+Half readHalf(const DateSource& source, std::size_t at, std::size_t& end) {
   std::size_t i = at;
-  if (byteAt(text, i) == ' ') ++i;
-  const char first = lower(byteAt(text, i));
+  if (source.byte(i) == ' ') ++i;
+  const char first = lower(source.byte(i));
   if (first != 'a' && first != 'p') return Half::none;
-  const bool dots = byteAt(text, i + 1) == '.';
-  const std::size_t m = i + 1 + dots;
-  if (lower(byteAt(text, m)) != 'm') return Half::none;
+  const bool dots = source.byte(i + 1) == '.';
+  std::size_t m = i + 1 + dots;
+  if (dots && source.byte(m) == ' ') ++m;
+  if (lower(source.byte(m)) != 'm') return Half::none;
   std::size_t after = m + 1;
-  if (dots && byteAt(text, after) == '.') ++after;
-  if (isAlnum(byteAt(text, after)) || byteAt(text, after) == '\'') return Half::none;
+  if (dots && source.byte(after) == '.') ++after;
+  if (isAlnum(source.byte(after)) || source.byte(after) == '\'') return Half::none;
   // "7 am Markt": in lower case and apart, it is English only when no noun follows.
-  if (first == 'a' && i > at && !dots && byteAt(text, i) == 'a') {
-    const Token next = tokenAt(text, after);
-    if (next.isWord() && next.capital && dateWord(next.lower).kind == DateWord::Kind::none) {
-      return Half::none;
+  if (first == 'a' && i > at && !dots && source.byte(i) == 'a') {
+    const Token next = source.token(after);
+    if (next.isWord() && next.capital && source.isA(next, Kind::none)) {
+      std::string zone;
+      const std::size_t zone_end = readZone(source.text, after, zone, Spaced::mayBeRange);
+      if (zone_end == after) return Half::none;
     }
   }
   end = after;
   return first == 'a' ? Half::am : Half::pm;
 }
 
-int hourOf(int hour, Half half) {
-  if (half == Half::none) return hour;
-  return hour % 12 + (half == Half::pm ? 12 : 0);
+int hourWith(int hour, Half half) {
+  return half == Half::none ? hour : hour % 12 + (half == Half::pm ? 12 : 0);
 }
 
-// Past the "–16:00" of a range, which is no time of its own.
-std::size_t afterRange(std::string_view text, std::size_t at) {
-  Token token = tokenAt(text, at);
-  const bool dash = token.is('-') || token.is(U'–') || token.is(U'—');
-  if (!dash && token.lower != "to" && token.lower != "until" && token.lower != "till" &&
-      token.lower != "bis") {
-    return at;
+bool joinsRange(const Token& token) {
+  static const WordSet words("to until till bis through thru");
+  return isDash(token) || words.has(token.lower);
+}
+
+// The time that ends a range, with whatever half it gives to both.
+struct RangeEnd {
+  std::size_t end = 0;  // 0: no range
+  int hour = 0;
+  Half half = Half::none;
+  bool enough = false;  // a time even without what stands before
+};
+
+RangeEnd readRangeEnd(const DateSource& source, std::size_t at, bool between) {
+  const Token joint = source.token(at);
+  if (!joinsRange(joint) && !(between && joint.lower == "and")) return {};
+  const Token last = source.after(joint);
+  if (source.isA(last, Kind::noon)) return {last.end(), 12, Half::none, true};
+  if (!last.isNumber() || last.range.length > 2) return {};
+  RangeEnd range{last.end(), numberOf(last.lower), Half::none, false};
+  if (source.byte(range.end) == ':' && twoDigits(source.text, range.end + 1, 59) >= 0) {
+    range.end += 3;
+    range.enough = true;
   }
-  const std::size_t number = tokenAt(text, token.end()).range.start;
-  if (!isDigit(byteAt(text, number)) || byteAt(text, number) == '\n') return at;
-  std::size_t end = number;
-  while (isDigit(byteAt(text, end)) && end - number < 3) ++end;
-  if (end - number > 2) return at;
-  const bool colon = byteAt(text, end) == ':' && twoDigits(text, end + 1, 59) >= 0;
-  if (colon) end += 3;
-  Half half = readHalf(text, end, end);
-  const Token next = tokenAt(text, end);
-  if (next.lower == "uhr") return next.end();
-  return colon || half != Half::none ? end : at;
-}
-
-enum class Hours { both, either };  // digits of an offset: "+02:00", "+2" too
-
-// Past an offset at `at`, which goes into `zone`; `at` when there is none.
-std::size_t readOffset(std::string_view text, std::size_t at, Hours hours, std::string& zone) {
-  constexpr std::string_view kMinus = "\u2212";
-  const bool minus = text.substr(at, kMinus.size()) == kMinus;
-  const char sign = minus ? '-' : byteAt(text, at);
-  if (sign != '+' && sign != '-') return at;
-  const std::size_t digits = at + (minus ? kMinus.size() : 1);
-  std::size_t end = digits;
-  while (isDigit(byteAt(text, end)) && end - digits < 5) ++end;
-  const std::size_t count = end - digits;
-  if (count != 2 && count != 4 && (count != 1 || hours == Hours::both)) return at;
-  const int hour = numberOf(text.substr(digits, count == 1 ? 1 : 2));
-  int minute = count == 4 ? numberOf(text.substr(digits + 2, 2)) : 0;
-  if (count != 4 && byteAt(text, end) == ':' && twoDigits(text, end + 1, 59) >= 0) {
-    minute = numberOf(text.substr(end + 1, 2));
-    end += 3;
-  } else if (count != 4 && hours == Hours::both) {
-    return at;
+  if (range.hour <= 12) range.half = readHalf(source, range.end, range.end);
+  range.enough = range.enough || range.half != Half::none;
+  if (const Token next = source.token(range.end); next.lower == "uhr") {
+    range.end = next.end();
+    range.enough = true;
   }
-  // The offsets in use: whole quarters of an hour.
-  if (hour > 14 || minute > 59 || minute % 15 != 0 || isAlnum(byteAt(text, end))) return at;
-  char written[32];
-  std::snprintf(written, sizeof written, "%c%02d:%02d", sign, hour, minute);
-  zone = written;
-  return end;
+  return range;
 }
 
-// The name of the zone behind its offset, as mail programs write it: "+0000 (UTC)".
-std::size_t afterZoneName(std::string_view text, std::size_t at) {
-  if (text.substr(at, 2) != " (") return at;
-  const Token name = tokenAt(text, at + 2);
-  const bool known =
-      !name.spaced &&
-      !zoneOffset(std::string(text.substr(name.range.start, name.range.length))).empty();
-  return known && byteAt(text, name.end()) == ')' ? name.end() + 1 : at;
+// "Uhr", with minutes behind it perhaps, or "o'clock".
+bool readClockWord(const DateSource& source, Face& face) {
+  const Token next = source.token(face.end);
+  if (next.lower == "o'clock" || next.lower == "o’clock" || next.lower == "oclock") {
+    face.end = next.end();
+    return true;
+  }
+  if (next.lower != "uhr") return false;
+  face.end = next.end();
+  const int minute = twoDigits(source.text, face.end + 1, 59);
+  if (minute >= 0 && !face.colon && !face.dot && source.byte(face.end) == ' ') {
+    face.minute = minute;
+    face.end += 3;
+  }
+  return true;
+}
+
+// Whether what stands behind a bare hour lets it be one: "at 5 places" counts places.
+bool endsBareHour(const DateSource& source, std::size_t end) {
+  const Token next = source.token(end);
+  if (isDash(next) || next.is('/')) return false;
+  if (next.is('%') || next.is(U'°') || next.is('$') || next.is(U'€') || next.is(U'£')) return false;
+  if (!next.isWord()) return true;
+  static const WordSet small(
+      "in on for with and or to until till but if by sharp so at this then please is we i you of "
+      "or from about he she they it when because since instead");
+  if (small.has(next.lower)) return true;
+  const DateWord word = source.meaning(next);
+  return word.kind == Kind::day || word.kind == Kind::weekday || word.kind == Kind::month ||
+         word.kind == Kind::qualifier || partOfDay(next.lower) != PartOfDay::unknown;
+}
+
+// Whether the bytes behind the time show that it is none: "14:30.5", "10:30%", "3:16:9".
+bool isCutShort(const DateSource& source, std::size_t end) {
+  const char after = source.byte(end);
+  if (after == ':') return isDigit(source.byte(end + 1));
+  if (isAlnum(after) || after == '%' || after == '_') return true;
+  return (after == '.' || after == ',' || after == '/') && isDigit(source.byte(end + 1));
+}
+
+std::optional<Clock> atNoon(const DateSource& source, const Token& word, int hour) {
+  Clock clock;
+  clock.end = word.end();
+  clock.hour = hour;
+  clock.marked = clock.settled = true;
+  clock.midnight = hour == 0;
+  clock.end = readZone(source.text, clock.end, clock.zone, Spaced::mayBeRange);
+  const RangeEnd range = readRangeEnd(source, clock.end, false);
+  if (range.enough) clock.end = range.end;
+  return clock;
 }
 
 }  // namespace
 
-std::size_t readZone(std::string_view text, std::size_t at, std::string& zone, Spaced spaced) {
-  if (byteAt(text, at) == 'Z' && !isAlnum(byteAt(text, at + 1))) {
-    zone = "Z";
-    return at + 1;
+PartOfDay readPartOfDay(const DateSource& source, std::size_t at, std::size_t& end) {
+  const Token first = source.token(at);
+  Token word = source.after(first);
+  if (first.lower == "in" && word.lower == "the") {
+    word = source.after(word);
+  } else if (!(first.lower == "at" && word.lower == "night") && first.lower != "am") {
+    return PartOfDay::unknown;
   }
-  const Token token = tokenAt(text, at);
-  if (!token.isWord()) {
-    // "10:00 -12:00" is a range unless more speaks for a stamp.
-    const std::size_t sign = token.range.start;
-    const bool colon = byteAt(text, sign + 3) == ':';
-    if (token.spaced && !token.is('+') && colon && spaced == Spaced::mayBeRange) return at;
-    const std::size_t end = readOffset(text, sign, Hours::both, zone);
-    return end > sign ? afterZoneName(text, end) : at;
-  }
-  if (!token.capital || token.range.length > 4) return at;
-  const std::string offset =
-      zoneOffset(std::string(text.substr(token.range.start, token.range.length)));
-  if (offset.empty()) return at;
-  zone = offset;
-  return offset == "Z" ? readOffset(text, token.end(), Hours::either, zone) : token.end();
+  const PartOfDay part = partOfDay(word.lower);
+  if (part != PartOfDay::unknown) end = word.end();
+  return part;
 }
 
-std::optional<Clock> readClock(std::string_view text, std::size_t at, ClockStyle style,
+std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockStyle style,
                                PartOfDay part) {
-  const Token first = tokenAt(text, at);
-  if (const DateWord word = dateWord(first.lower); word.kind == DateWord::Kind::noon) {
-    return Clock{first.end(), word.value, 0, -1, {}, false};
-  }
-  if (!first.isNumber() || first.range.length > 2) return std::nullopt;
+  const Token first = source.token(at);
+  const DateWord word = source.meaning(first);
+  if (word.kind == Kind::noon) return atNoon(source, first, word.value);
+  std::optional<Face> face = readPastOrTo(source, at);
+  if (!face) face = first.isNumber() ? readDigits(source, first) : readSpelledHour(source, first);
+  if (!face) return std::nullopt;
+
   Clock clock;
-  clock.hour = numberOf(first.lower);
-  clock.end = first.end();
-  if (clock.hour > 24) return std::nullopt;
-  bool marked = false;
-  bool colon = false;
-  bool dot = false;
-  bool length = false;
-  const char mark = byteAt(text, clock.end);
-  if (mark == ':' || mark == '.' || mark == 'h') {
-    const int minute = twoDigits(text, clock.end + 1, 59);
-    if (minute >= 0) {
-      clock.minute = minute;
-      clock.end += 3;
-      colon = mark == ':';
-      dot = mark == '.';
-      marked = mark == 'h';
-    } else if (mark == 'h' && !isAlnum(byteAt(text, clock.end + 1))) {
-      marked = length = true;  // "5h" may be a length of time
-      ++clock.end;
-    } else if (mark == ':' && isDigit(byteAt(text, clock.end + 1))) {
-      return std::nullopt;  // 16:9
-    }
-    if (colon && byteAt(text, clock.end) == ':') {
-      clock.second = twoDigits(text, clock.end + 1, 60);
-      if (clock.second < 0) return std::nullopt;
-      clock.end += 3;
-      if (byteAt(text, clock.end) == '.' && isDigit(byteAt(text, clock.end + 1))) {
-        ++clock.end;
-        while (isDigit(byteAt(text, clock.end))) ++clock.end;
-      }
+  Half half = readHalf(source, face->end, face->end);
+  const bool clock_word = half == Half::none && readClockWord(source, *face);
+  if (half != Half::none && (face->hour < 1 || face->hour > 12)) return std::nullopt;
+  std::size_t range_end = 0;
+  if (half == Half::none && !clock_word && face->hour <= 12) {
+    // "2–4 pm": both hours are of the same half, unless that would end before it starts.
+    const RangeEnd range = readRangeEnd(source, face->end, true);
+    if (range.half != Half::none) {
+      half = range.half;
+      if (face->hour % 12 > range.hour % 12 && half == Half::pm) half = Half::am;
+      range_end = range.end;
     }
   }
-  Half half = readHalf(text, clock.end, clock.end);
-  bool oclock = false;
-  if (half == Half::none) {
-    const Token next = tokenAt(text, clock.end);
-    if (next.lower == "uhr") {
-      marked = true;
-      clock.end = next.end();
-      if (const int minute = twoDigits(text, clock.end + 1, 59);
-          minute >= 0 && !colon && !dot && byteAt(text, clock.end) == ' ') {
-        clock.minute = minute;
-        clock.end += 3;
-      }
-    } else if (next.lower == "o'clock" || next.lower == "o’clock") {
-      marked = oclock = true;
-      clock.end = next.end();
-    } else if (!colon && !dot && !marked) {
-      // "2–4 pm": both hours are of the same half, unless that would end before it starts.
-      const bool dash = next.is('-') || next.is(U'–') || next.lower == "to" || next.lower == "and";
-      const Token last = dash ? tokenAt(text, next.end()) : Token{};
-      std::size_t end = 0;
-      if (last.isNumber() && last.range.length <= 2) half = readHalf(text, last.end(), end);
-      if (half != Half::none) {
-        if (clock.hour % 12 > numberOf(last.lower) % 12 && half == Half::pm) half = Half::am;
-        clock.hour = hourOf(clock.hour, half);
-        clock.end = end;
-        clock.marked = true;
-        return clock;
-      }
+  clock.hour = hourWith(face->hour, half);
+  clock.minute = face->minute;
+  clock.second = face->second;
+  clock.end = face->end;
+  clock.settled = half != Half::none || face->hour > 12 || face->hour == 0;
+  bool marked = face->marked || clock_word || half != Half::none;
+  if (!clock.settled && range_end == 0) {
+    const PartOfDay told = readPartOfDay(source, clock.end, clock.end);
+    if (told != PartOfDay::unknown) {
+      clock.hour = hourIn(told, clock.hour);
+      clock.settled = marked = true;
     }
   }
-  if (half != Half::none && (clock.hour < 1 || clock.hour > 12)) return std::nullopt;
-  clock.hour = hourOf(clock.hour, half);
-  marked = marked || half != Half::none;
   const Spaced spaced = clock.second >= 0 ? Spaced::stamp : Spaced::mayBeRange;
-  const std::size_t zone_end =
-      marked || colon ? readZone(text, clock.end, clock.zone, spaced) : clock.end;
-  marked = marked || (zone_end > clock.end && colon);
-  clock.end = zone_end;
-  const bool enough = marked || colon || (style == ClockStyle::hour && !dot);
-  if (!enough || clock.hour > 23) return std::nullopt;
-  clock.marked = marked && !length;
-  const char after = byteAt(text, clock.end);
-  if (isAlnum(after) || after == ':' || after == '%' || after == '_') {
-    if (!(after == ':' && !isDigit(byteAt(text, clock.end + 1)))) return std::nullopt;
+  if (marked || face->colon) {
+    const std::size_t end =
+        readZone(source.text, std::max(clock.end, range_end), clock.zone, spaced);
+    marked = marked || !clock.zone.empty();
+    if (!clock.zone.empty()) (range_end > 0 ? range_end : clock.end) = end;
   }
-  if ((after == '.' || after == ',' || after == '/') && isDigit(byteAt(text, clock.end + 1))) {
-    return std::nullopt;
-  }
-  if (half == Half::none && clock.hour < 12) {
+  const bool enough = marked || face->colon || (style == ClockStyle::hour && !face->dot);
+  if (!enough || clock.hour > 23 || isCutShort(source, clock.end)) return std::nullopt;
+  clock.marked = marked && !face->length;
+  const bool bare = !face->colon && (clock_word || face->spelled || !marked);
+  if (!clock.settled && clock.hour <= 12) {
     // "at 5" is in the afternoon for most people, "tonight at 8" for all.
-    const bool bare = oclock || (!marked && !colon);
-    if (part == PartOfDay::evening ||
-        (bare && part == PartOfDay::unknown && clock.hour >= 1 && clock.hour <= 6)) {
+    if (part != PartOfDay::unknown) {
+      clock.hour = hourIn(part, clock.hour);
+    } else if (bare && clock.hour >= 1 && clock.hour <= 6) {
       clock.hour += 12;
     }
   }
-  if (!marked && !colon) {
-    // "at 5 places": an hour is not followed by what it would count.
-    static const WordSet prepositions("in on for with and or to until till but if by sharp so");
-    const Token next = tokenAt(text, clock.end);
-    if (next.isWord() && !prepositions.has(next.lower)) return std::nullopt;
-    if (after == '-' || after == '/') return std::nullopt;
+  if (!marked && !face->colon && !endsBareHour(source, clock.end)) return std::nullopt;
+  if (range_end == 0) {
+    const RangeEnd range = readRangeEnd(source, clock.end, false);
+    if (range.enough) range_end = range.end;
+    if (range_end > 0 && clock.zone.empty()) {
+      range_end = readZone(source.text, range_end, clock.zone, spaced);
+    }
   }
-  if (const std::size_t end = afterRange(text, clock.end); end > clock.end) {
-    clock.end = clock.zone.empty() ? readZone(text, end, clock.zone, spaced) : end;
-  }
+  clock.end = std::max(clock.end, range_end);
   return clock;
 }
 

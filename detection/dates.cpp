@@ -1,15 +1,16 @@
 // Dates and times, reckoned from a given moment, in ISO 8601.
 #include <array>
 #include <chrono>
-#include <cmath>
-#include <ctime>
 #include <string>
 
 #include "detection/clock_reader.h"
+#include "detection/date_filter.h"
 #include "detection/day_reader.h"
+#include "detection/distances.h"
 #include "detection/finder.h"
-#include "detection/scan.h"
-#include "detection/tokens.h"
+#include "detection/zones.h"
+#include "platform/ascii.h"
+#include "platform/locale.h"
 
 namespace marbelot::detection {
 namespace {
@@ -19,17 +20,10 @@ using std::chrono::days;
 using std::chrono::local_days;
 using std::chrono::year_month_day;
 
-std::tm localTime(double seconds) {
-  const auto when = static_cast<std::time_t>(std::floor(seconds));
-  std::tm local{};
-  localtime_r(&when, &local);
-  return local;
-}
-
-local_days dayOf(const std::tm& local) {
-  return local_days(year_month_day(std::chrono::year(local.tm_year + 1900),
-                                   std::chrono::month(static_cast<unsigned>(local.tm_mon + 1)),
-                                   std::chrono::day(static_cast<unsigned>(local.tm_mday))));
+local_days dayOf(const locale::LocalTime& time) {
+  return local_days(year_month_day(std::chrono::year(time.year),
+                                   std::chrono::month(static_cast<unsigned>(time.month)),
+                                   std::chrono::day(static_cast<unsigned>(time.day))));
 }
 
 void appendDigits(std::string& text, unsigned value, std::size_t digits) {
@@ -49,7 +43,7 @@ std::string isoDate(const year_month_day& date) {
   return text;
 }
 
-std::string isoTime(const Clock& clock) {
+std::string isoTime(const year_month_day& date, const Clock& clock) {
   std::string text = "T";
   appendDigits(text, static_cast<unsigned>(clock.hour), 2);
   text += ':';
@@ -58,45 +52,84 @@ std::string isoTime(const Clock& clock) {
     text += ':';
     appendDigits(text, static_cast<unsigned>(clock.second), 2);
   }
-  return text + clock.zone;
+  return text + zoneOffset(clock.zone, local_days(date) + std::chrono::hours(clock.hour) +
+                                           std::chrono::minutes(clock.minute));
 }
+
+// What dashes and curly quotes begin with in UTF-8, and hardly a letter.
+constexpr char kPunctuation = '\xE2';
 
 constexpr std::array<bool, 256> kWordBytes = [] {
   std::array<bool, 256> table{};
   for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = table[c - 32] = true;
   for (unsigned c = 0x80; c < 0x100; ++c) table[c] = true;
+  table[static_cast<unsigned char>(kPunctuation)] = false;
   return table;
 }();
 
+// "a" or "an" before something that is counted in time: "a week ago", "an hour from now", "a
+// quarter past ten".
+bool mayBeArticle(std::string_view word, char next) {
+  constexpr std::string_view kInitials = "mhdwfycqsn";
+  return (word == "a" || word == "an" || word == "A" || word == "An") &&
+         kInitials.find(next) != std::string_view::npos;
+}
+
 class DateFinder final : public TriggerFinder {
  public:
-  DateFinder(std::string_view text, const std::string& region, double now)
+  DateFinder(std::string_view text, const DetectionContext& context)
       : TriggerFinder(text),
-        now_(now),
-        local_(localTime(now)),
-        days_(text, region, dayOf(local_)) {}
+        now_(context.now),
+        local_(locale::localTime(now_)),
+        source_{text, dateWords(context.language)},
+        days_(source_, context.region, dayOf(local_)) {}
 
  private:
   std::size_t nextTrigger(std::size_t from, std::size_t end) const override;
   std::optional<Detection> examine(std::size_t trigger) override;
 
   bool startsFreely(std::size_t at) const;
+  // The word right before `at`, in lower case, if a blank is between; its start goes to `start`.
+  std::string wordBefore(std::size_t at, std::size_t& start) const;
+  bool followsNumber(std::size_t at) const {
+    return at >= floor() + 2 && text()[at - 1] == ' ' && isDigit(text()[at - 2]);
+  }
   bool followsTimeWord(std::size_t at) const;
+  bool followsAt(std::size_t at) const;
+
+  std::optional<Detection> startingWithNumber(const Token& first) const;
   // A day and the time behind it, the time and the day behind it, the time alone.
   std::optional<Detection> dayAndTime(std::size_t at) const;
   std::optional<Detection> timeAndDay(std::size_t at) const;
-  // "in two weeks", "3 days ago".
-  std::optional<Detection> distance(const Token& first) const;
+  std::optional<Detection> timeAlone(std::size_t at, const Clock& clock) const;
+  std::optional<Detection> dayAlone(std::size_t at, const Day& day) const;
+  // "in two weeks", "3 days ago at noon".
+  std::optional<Detection> distance(std::size_t at) const;
+  // "on the 15th".
+  std::optional<Detection> numberedDay(std::size_t at) const;
   std::optional<Clock> clockAfter(const Day& day) const;
+  std::size_t pastLaterDay(std::size_t at) const;
+  std::size_t pastBetween(std::size_t at, const Clock& clock) const;
 
-  Detection date(std::size_t start, std::size_t end, std::string value) const {
-    return {DetectionKind::date, {start, end - start}, std::move(value)};
+  Detection date(std::size_t start, std::size_t end, const year_month_day& day) const {
+    return {DetectionKind::date, {start, end - start}, isoDate(day)};
   }
+  Detection date(std::size_t start, std::size_t end, const Day& day, const Clock& clock) const;
 
   double now_;
-  std::tm local_;
+  locale::LocalTime local_;
+  DateSource source_;
   DayReader days_;
 };
+
+Detection DateFinder::date(std::size_t start, std::size_t end, const Day& day,
+                           const Clock& clock) const {
+  // The midnight of a night is the end of its day.
+  local_days when(day.date);
+  if (clock.midnight && day.part >= PartOfDay::evening) when += days(1);
+  const year_month_day moved(when);
+  return {DetectionKind::date, {start, end - start}, isoDate(moved) + isoTime(moved, clock)};
+}
 
 // A digit that starts a number, or a word of the vocabulary.
 std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
@@ -111,12 +144,14 @@ std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
   while (at < end) {
     if (isDigit(text()[at])) return at;
     if (!isWordByte(text()[at])) {
-      ++at;
+      // Dashes and quotes, of three bytes, part words.
+      at += text()[at] == kPunctuation ? 3 : 1;
       continue;
     }
     std::size_t stop = at + 1;
     while (stop < text().size() && (isWordByte(text()[stop]) || text()[stop] == '\'')) ++stop;
-    if (mayStartDate(text().substr(at, stop - at))) return at;
+    const std::string_view word = text().substr(at, stop - at);
+    if (source_.words.mayStart(word) || mayBeArticle(word, byteAt(text(), stop + 1))) return at;
     at = stop;
   }
   return end;
@@ -135,176 +170,209 @@ bool DateFinder::startsFreely(std::size_t at) const {
          text()[at - 2] != ':' && isAlpha(text()[at]);
 }
 
-// Whether a date or a time may go on with this word right behind its first number: most numbers in
-// running text count something, and that is seen before anything is read twice.
-bool mayFollowNumber(std::string_view text, const Token& word) {
-  // "5 p.m."
-  if (word.range.length == 1 && (word.lower == "a" || word.lower == "p")) {
-    return text.substr(word.end(), 1) == ".";
-  }
-  static const WordSet spaced("am pm uhr o'clock o’clock to and bis of");
-  static const WordSet joined("am pm uhr h t st nd rd th er e");
-  if ((word.spaced ? spaced : joined).has(word.lower)) return true;
-  const DateWord meaning = dateWord(word.lower);
-  return meaning.kind == Kind::month || meaning.kind == Kind::unit || word.lower == "day";
+std::optional<Detection> DateFinder::startingWithNumber(const Token& first) const {
+  const std::size_t at = first.range.start;
+  if (first.range.length > 4) return std::nullopt;
+  const bool hour = first.range.length <= 2 && followsAt(at);
+  if (!hour && !mayStartDate(source_, first)) return std::nullopt;
+  if (auto found = dayAndTime(at)) return found;
+  if (auto found = distance(at)) return found;
+  if (auto found = timeAndDay(at)) return found;
+  return numberedDay(at);
 }
 
 std::optional<Detection> DateFinder::examine(std::size_t trigger) {
   if (!startsFreely(trigger)) return std::nullopt;
-  const Token first = tokenAt(text(), trigger);
-  if (first.isNumber()) {
-    // Only a few characters stand behind the number that starts a date or a time.
-    constexpr std::string_view kBehind = " -/.:haAP\t'psnrte\xC2\xE2";
-    if (first.range.length > 4 || first.end() >= text().size() ||
-        kBehind.find(text()[first.end()]) == std::string_view::npos) {
-      return std::nullopt;
-    }
-    if (const Token second = tokenAt(text(), first.end());
-        second.isNumber() || second.kind == Token::Kind::newline ||
-        (second.isWord() && !mayFollowNumber(text(), second))) {
-      return std::nullopt;
-    }
-    if (auto found = dayAndTime(trigger)) return found;
-    if (auto found = distance(first)) return found;
-    return timeAndDay(trigger);
-  }
+  const Token first = source_.token(trigger);
+  if (first.isNumber()) return startingWithNumber(first);
   if (!first.isWord()) return std::nullopt;
-  switch (dateWord(first.lower).kind) {
-    case Kind::none:
-      return std::nullopt;
+  const DateWord word = source_.meaning(first);
+  const bool hour = word.kind == Kind::count && !word.weak && followsAt(trigger);
+  if (!hour && !mayStartDate(source_, first, word)) return std::nullopt;
+  switch (word.kind) {
     case Kind::within:
-    case Kind::count:
-      return distance(first);
+      return distance(trigger);
     case Kind::noon:
       return timeAndDay(trigger);
+    case Kind::count:
+    case Kind::fraction:
+      if (!word.weak && word.kind == Kind::count) {
+        if (auto found = dayAndTime(trigger)) return found;
+      }
+      if (auto found = distance(trigger)) return found;
+      return timeAndDay(trigger);
+    case Kind::month:
+      // In "32 August 2027" the month alone is not what is meant.
+      if (followsNumber(trigger)) return std::nullopt;
+      [[fallthrough]];
     default:
       if (auto found = dayAndTime(trigger)) return found;
-      return first.lower == "sept" ? distance(first) : std::nullopt;
+      return first.lower == "sept" ? distance(trigger) : std::nullopt;
   }
 }
 
 std::optional<Clock> DateFinder::clockAfter(const Day& day) const {
-  const char mark = day.end < text().size() ? text()[day.end] : '\0';
-  if (mark == 'T' || mark == 't') return readClock(text(), day.end + 1, ClockStyle::colon);
-  Token token = tokenAt(text(), day.end);
+  const char mark = byteAt(text(), day.end);
+  if (mark == 'T' || mark == 't' || mark == ':')
+    return readClock(source_, day.end + 1, ClockStyle::colon);
+  Token token = source_.token(day.end);
   std::size_t at = day.end;
   if (token.is(',') || token.is('-') || token.is(U'–') || token.is('|')) {
     at = token.end();
-    token = tokenAt(text(), at);
+    token = source_.token(at);
   }
   static const WordSet exact("at um à");
-  static const WordSet loose("from von ab gegen by until de");
-  const bool names_hour = exact.has(token.lower) || token.is('@');
-  if (names_hour || loose.has(token.lower)) at = token.end();
-  PartOfDay part = day.part;
-  // "Monday 8 in the evening" is left to the part that is given with the day.
-  return readClock(text(), at, names_hour ? ClockStyle::hour : ClockStyle::colon, part);
+  static const WordSet loose("from von ab gegen by until de between around about after before");
+  bool names_hour = exact.has(token.lower) || token.is('@');
+  if (names_hour || loose.has(token.lower)) {
+    at = token.end();
+    token = source_.token(at);
+    if (token.lower == "about" || token.lower == "around") at = token.end();
+  }
+  names_hour = names_hour || day.part != PartOfDay::unknown;
+  return readClock(source_, at, names_hour ? ClockStyle::hour : ClockStyle::colon, day.part);
+}
+
+// Past "- Dec 9, 4pm", the end of a range from one time to another.
+std::size_t DateFinder::pastLaterDay(std::size_t at) const {
+  static const WordSet joints("to until till through bis");
+  const Token joint = source_.token(at);
+  if (!isDash(joint) && !joints.has(joint.lower)) return at;
+  const Token last = source_.after(joint);
+  if (!last.isNumber() && !last.isWord()) return at;
+  const std::optional<Day> day = days_.read(last.range.start);
+  if (!day || day->needs_time) return at;
+  const std::optional<Clock> clock = clockAfter(*day);
+  return clock ? clock->end : day->end;
+}
+
+std::optional<Detection> DateFinder::dayAlone(std::size_t at, const Day& day) const {
+  if (day.needs_time) return std::nullopt;
+  if (day.part == PartOfDay::unknown) return date(at, day.end, day.date);
+  Clock clock;
+  clock.hour = hourOf(day.part);
+  return date(at, day.end, day, clock);
 }
 
 std::optional<Detection> DateFinder::dayAndTime(std::size_t at) const {
   const std::optional<Day> day = days_.read(at);
   if (!day) return std::nullopt;
-  if (std::optional<Clock> clock = clockAfter(*day)) {
-    // "Sat Nov 21 08:00:00 2026 +0200"
-    if (day->guessed_year && clock->second >= 0) {
-      if (const std::optional<Day> dated = days_.inYearAt(clock->end, *day)) {
-        clock->end = clock->zone.empty() ? readZone(text(), dated->end, clock->zone, Spaced::stamp)
-                                         : dated->end;
-        return date(at, clock->end, isoDate(dated->date) + isoTime(*clock));
-      }
+  std::optional<Clock> clock = clockAfter(*day);
+  if (!clock) return dayAlone(at, *day);
+  // "Sat Nov 21 08:00:00 2026 +0200"
+  if (day->guessed_year && clock->second >= 0) {
+    if (const std::optional<Day> dated = days_.inYearAt(clock->end, *day)) {
+      clock->end = clock->zone.empty() ? readZone(text(), dated->end, clock->zone, Spaced::stamp)
+                                       : dated->end;
+      return date(at, clock->end, *dated, *clock);
     }
-    return date(at, clock->end, isoDate(day->date) + isoTime(*clock));
   }
-  if (day->needs_time) return std::nullopt;
-  return date(at, day->end, isoDate(day->date));
+  return date(at, pastLaterDay(clock->end), *day, *clock);
+}
+
+std::string DateFinder::wordBefore(std::size_t at, std::size_t& start) const {
+  start = at;
+  if (at <= floor() || text()[at - 1] != ' ') return {};
+  start = wordStart(text(), at - 1, floor());
+  return start < at - 1 ? source_.token(start).lower : std::string();
 }
 
 // Whether "at", "from" or the like stands before, which makes "14:30" a time and no ratio.
 bool DateFinder::followsTimeWord(std::size_t at) const {
-  static const WordSet words("at by from until till um à ab bis gegen before after since around");
-  if (at == 0 || text()[at - 1] != ' ') return at > 0 && text()[at - 1] == '@';
-  const std::size_t start = wordStart(text(), at - 1, floor());
-  return start < at - 1 && words.has(tokenAt(text(), start).lower);
+  static const WordSet words(
+      "at by from until till um à ab bis gegen before after since around about");
+  if (at > 0 && text()[at - 1] == '@') return true;
+  std::size_t start = 0;
+  return words.has(wordBefore(at, start));
+}
+
+bool DateFinder::followsAt(std::size_t at) const {
+  if (at < 1 || (text()[at - 1] != ' ' && text()[at - 1] != '@')) return false;
+  if (text()[at - 1] == '@' || (at > 1 && text()[at - 2] == '@')) return true;
+  std::size_t start = 0;
+  return at > 2 && lower(text()[at - 2]) == 't' && wordBefore(at, start) == "at";
+}
+
+std::optional<Detection> DateFinder::timeAlone(std::size_t at, const Clock& clock) const {
+  local_days day = days_.today();
+  if (clock.hour * 60 + clock.minute <= local_.hour * 60 + local_.minute) day += days(1);
+  Day when;
+  when.date = year_month_day(day);
+  return date(at, clock.end, when, clock);
+}
+
+// Past the "and 4pm" of "between 2pm and 4pm".
+std::size_t DateFinder::pastBetween(std::size_t at, const Clock& clock) const {
+  std::size_t start = 0;
+  const Token joint = source_.token(clock.end);
+  if (joint.lower != "and" || wordBefore(at, start) != "between") return clock.end;
+  const std::optional<Clock> last = readClock(source_, joint.end(), ClockStyle::colon);
+  return last ? last->end : clock.end;
 }
 
 std::optional<Detection> DateFinder::timeAndDay(std::size_t at) const {
-  const std::optional<Clock> clock = readClock(text(), at, ClockStyle::colon);
+  const bool after_at = followsAt(at);
+  ClockStyle style = after_at ? ClockStyle::hour : ClockStyle::colon;
+  std::optional<Clock> clock = readClock(source_, at, style);
+  if (!clock && !after_at) {
+    // "8 tonight", "8 tomorrow morning".
+    clock = readClock(source_, at, style = ClockStyle::hour);
+    if (!clock) return std::nullopt;
+    const std::optional<Day> day = days_.read(source_.token(clock->end).range.start);
+    if (!day || day->part == PartOfDay::unknown) return std::nullopt;
+  }
   if (!clock) return std::nullopt;
-  static const WordSet joins("on am le");
-  Token token = tokenAt(text(), clock->end);
-  if (token.is(',')) token = tokenAt(text(), token.end());
-  if (joins.has(token.lower)) token = tokenAt(text(), token.end());
+  clock->end = pastBetween(at, *clock);
+  static const WordSet joins("on am le the");
+  Token token = source_.pastComma(source_.token(clock->end));
+  if (token.lower == "sharp") token = source_.after(token);
+  while (joins.has(token.lower)) token = source_.after(token);
   if (token.isWord() || token.isNumber()) {
     // Not the day of the next time: "5pm, tomorrow 6pm".
-    const std::optional<Day> day = days_.read(token.range.start);
+    std::optional<Day> day = days_.read(token.range.start);
+    if (!day) day = days_.ofAnyMonth(token.range.start);
     if (day && !clockAfter(*day)) {
-      Clock shifted = *clock;
-      if (day->part == PartOfDay::evening && shifted.hour < 12) {
-        if (auto again = readClock(text(), at, ClockStyle::colon, day->part)) shifted = *again;
+      if (day->part != PartOfDay::unknown && !clock->settled) {
+        if (auto again = readClock(source_, at, style, day->part)) clock = again;
       }
-      return date(at, day->end, isoDate(day->date) + isoTime(shifted));
+      return date(at, day->end, *day, *clock);
     }
   }
-  if (!clock->marked && !followsTimeWord(at)) return std::nullopt;
-  local_days day = days_.today();
-  if (clock->hour * 60 + clock->minute <= local_.tm_hour * 60 + local_.tm_min) day += days(1);
-  return date(at, clock->end, isoDate(year_month_day(day)) + isoTime(*clock));
+  if (!clock->marked && (token.isWord() || !(after_at || followsTimeWord(at)))) return std::nullopt;
+  return timeAlone(at, *clock);
 }
 
-std::optional<Detection> DateFinder::distance(const Token& first) const {
-  const bool within = dateWord(first.lower).kind == Kind::within;
-  const Token count = within ? tokenAt(text(), first.end()) : first;
-  const DateWord number = dateWord(count.lower);
-  int value = 0;
-  if (count.isNumber() && count.range.length <= 3) {
-    value = numberOf(count.lower);
-  } else if (number.kind == Kind::count || count.lower == "sept") {
-    value = number.value;
-  } else {
+std::optional<Detection> DateFinder::distance(std::size_t at) const {
+  const std::optional<Moment> moment = readDistance(days_, now_, at);
+  if (!moment) return std::nullopt;
+  Day day;
+  day.end = moment->end;
+  day.date = moment->date;
+  Clock clock;
+  clock.hour = moment->hour;
+  clock.minute = moment->minute;
+  if (moment->to_the_minute) return date(at, day.end, day, clock);
+  const std::optional<Clock> told = clockAfter(day);
+  return told ? date(at, told->end, day, *told) : date(at, day.end, day.date);
+}
+
+std::optional<Detection> DateFinder::numberedDay(std::size_t at) const {
+  static const WordSet prepositions("on by until till before after from since for to");
+  std::size_t article = 0;
+  std::size_t word = 0;
+  if (wordBefore(at, article) != "the" || !prepositions.has(wordBefore(article, word))) {
     return std::nullopt;
   }
-  const Token unit = tokenAt(text(), count.end());
-  const DateWord unit_word =
-      unit.lower == "day" ? DateWord{Kind::unit, kDay} : dateWord(unit.lower);
-  if (!unit.isWord() || !unit.spaced || unit_word.kind != Kind::unit) return std::nullopt;
-  std::size_t end = unit.end();
-  if (!within) {
-    // "3 days" alone is no date; "3 days ago" and "from now" are.
-    const Token ago = tokenAt(text(), end);
-    const Token now = tokenAt(text(), ago.end());
-    if (ago.lower == "ago") {
-      value = -value;
-      end = ago.end();
-    } else if (ago.lower == "from" && (now.lower == "now" || now.lower == "today")) {
-      end = now.end();
-    } else {
-      return std::nullopt;
-    }
-  }
-  if (unit_word.value == kMinute || unit_word.value == kHour) {
-    const std::tm then = localTime(now_ + value * (unit_word.value == kHour ? 3600.0 : 60.0));
-    const Clock clock{end, then.tm_hour, then.tm_min, -1, {}, true};
-    return date(first.range.start, end, isoDate(year_month_day(dayOf(then))) + isoTime(clock));
-  }
-  year_month_day then(days_.today());
-  if (unit_word.value == kDay || unit_word.value == kWeek) {
-    then = year_month_day(days_.today() + days(value * (unit_word.value == kWeek ? 7 : 1)));
-  } else {
-    then += std::chrono::months(unit_word.value == kYear ? 12 * value : value);
-    if (!then.ok()) then = then.year() / then.month() / std::chrono::last;
-  }
-  const Day day{end, then};
-  if (const std::optional<Clock> clock = clockAfter(day)) {
-    return date(first.range.start, clock->end, isoDate(then) + isoTime(*clock));
-  }
-  return date(first.range.start, end, isoDate(then));
+  const std::optional<Day> day = days_.ofAnyMonth(at);
+  if (!day) return std::nullopt;
+  const std::optional<Clock> clock = clockAfter(*day);
+  return clock ? date(at, clock->end, *day, *clock) : dayAlone(at, *day);
 }
 
 }  // namespace
 
-std::unique_ptr<Finder> makeDateFinder(std::string_view text, const std::string& region,
-                                       double now) {
-  return std::make_unique<DateFinder>(text, region, now);
+std::unique_ptr<Finder> makeDateFinder(std::string_view text, const DetectionContext& context) {
+  return std::make_unique<DateFinder>(text, context);
 }
 
 }  // namespace marbelot::detection

@@ -1,14 +1,13 @@
-// Reads calendar days: "2026-05-03", "3/5/2026", "May 3rd", "3. Mai 2026", "next Monday".
+// Reads calendar days: "2026-05-03", "3/5/2026", "May 3rd", "3. Mai 2026", "next Monday", "the
+// first Friday of June". Of a range it is the first day.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <string_view>
 
-#include "detection/date_words.h"
-#include "detection/tokens.h"
+#include "detection/date_source.h"
 
 namespace marbelot::detection {
 
@@ -18,36 +17,71 @@ struct Day {
   PartOfDay part = PartOfDay::unknown;
   bool needs_time = false;    // too little for a date unless a time of day stands beside it
   bool guessed_year = false;  // the text gives none
+  bool weekday = false;       // nothing but the name of a weekday
+  bool weekday_told = false;  // that name and a date
+  bool period = false;        // a week or a month, which a day of it may follow
 };
 
 class DayReader {
  public:
   // `today` is what relative days are reckoned from; `region` decides the order in 3/5/2026.
-  DayReader(std::string_view text, const std::string& region, std::chrono::local_days today);
+  DayReader(DateSource source, const std::string& region, std::chrono::local_days today);
 
   std::optional<Day> read(std::size_t at) const;
   // The same day in the year at `at`, as some stamps have it behind the time.
   std::optional<Day> inYearAt(std::size_t at, const Day& day) const;
+  // "on the 15th": the next day of that number, if only that can be meant.
+  std::optional<Day> ofAnyMonth(std::size_t at) const;
+
+  const DateSource& source() const { return source_; }
   std::chrono::local_days today() const { return today_; }
 
  private:
-  std::optional<Day> numeric(const Token& first) const;
-  std::optional<Day> dayFirst(const Token& first) const;
-  std::optional<Day> monthFirst(const Token& first, const DateWord& month) const;
-  std::optional<Day> weekday(const Token& first, const DateWord& word) const;
-  std::optional<Day> qualified(const Token& first, int direction) const;
-  std::optional<Day> relative(const Token& first, const DateWord& word) const;
+  using Date = std::optional<Day>;
 
+  Date single(std::size_t at) const;
+  Date startingWithNumber(const Token& first) const;
+  Date startingWithWord(const Token& first) const;
+
+  // Dates of digits, in numeric_days.cpp.
+  Date numeric(const Token& first) const;
+  Date ideographic(const Token& first) const;
+  Date yearFirst(int year, char mark, std::size_t at) const;
+  Date dayMonthYear(int first, int second, char mark, std::size_t at, bool careful) const;
+
+  // Dates with the name of a month, in named_days.cpp.
+  Date dayFirst(std::size_t at) const;
+  Date monthFirst(const Token& first, const DateWord& month) const;
+  Date monthAndYear(int month, const Token& behind, bool of) const;
+  Date yearThenMonth(const Token& year) const;
   // A day with an optional year at `at`; without one it is the next such day.
-  std::optional<Day> withYear(int day, int month, std::size_t at, bool needs_year) const;
+  enum class Year { optional, shortToo, required };
+  Date withYear(int day, int month, std::size_t at, Year wanted) const;
+  Date upcoming(int day, int month, std::size_t end) const;
+  std::size_t pastMoreDays(std::size_t at) const;
+  int fullYear(int two_digits) const;
+
+  // Days told by others, in relative_days.cpp.
+  Date weekday(const Token& first, const DateWord& word) const;
+  Date qualified(const Token& first, int direction) const;
+  Date relative(const Token& first, const DateWord& word) const;
+  Date besideTomorrow(const Token& first) const;
+  Date nth(int which, std::size_t at) const;
+  Date feast(const Token& first, int which) const;
+  Date edge(const Token& first, bool last) const;
+  Date weekdayIn(Day period, std::size_t at) const;
+  Date someMonth(std::size_t at) const;
+
   // The day of an unnamed year that falls on `weekday`, nearest to today; as it is when none is
   // near.
   Day onWeekday(const Day& day, int weekday) const;
-  Day next(int weekday, bool after_today, std::size_t end) const;
+  Day next(int weekday, std::size_t end) const;
   Day withPart(Day day) const;
-  std::optional<Day> valid(int year, int month, int day, std::size_t end) const;
+  Day withWeekdayBehind(Day day) const;
+  Day pastRange(Day day) const;
+  Date valid(int year, int month, int day, std::size_t end) const;
 
-  std::string_view text_;
+  DateSource source_;
   bool month_first_;
   bool dotted_years_;  // "3.5.26" is a date there
   bool year_first_;    // "2026.5.3" is a date there, elsewhere a version

@@ -1,16 +1,13 @@
-#include "platform/detection.h"
+#include "detection/detection.h"
 
 #include <algorithm>
 #include <memory>
 #include <utility>
 
 #include "detection/finder.h"
-#include "platform/locale.h"
 
-namespace marbelot {
+namespace marbelot::detection {
 namespace {
-
-using detection::Finder;
 
 // One kind's walk, with its next detection taken out.
 struct Lane {
@@ -33,15 +30,13 @@ class Merger {
  public:
   Merger(std::string_view text, unsigned kinds, const DetectionContext& context)
       : size_(text.size()) {
-    const std::string& region = context.region.empty() ? locale::region() : context.region;
-    const double now = context.now == 0 ? text::now() : context.now;
     const auto wants = [&](DetectionKind kind) {
       return (kinds & static_cast<unsigned>(kind)) != 0;
     };
-    if (wants(DetectionKind::link)) add(0, detection::makeLinkFinder(text));
-    if (wants(DetectionKind::address)) add(1, detection::makeAddressFinder(text));
-    if (wants(DetectionKind::phone)) add(2, detection::makePhoneFinder(text, region));
-    if (wants(DetectionKind::date)) add(2, detection::makeDateFinder(text, region, now));
+    if (wants(DetectionKind::link)) add(0, makeLinkFinder(text));
+    if (wants(DetectionKind::address)) add(1, makeAddressFinder(text));
+    if (wants(DetectionKind::phone)) add(2, makePhoneFinder(text, context.region));
+    if (wants(DetectionKind::date)) add(2, makeDateFinder(text, context));
   }
 
   std::optional<Detection> next() {
@@ -96,17 +91,17 @@ class Merger {
 
 }  // namespace
 
-std::vector<Detection> detect(std::string_view text, unsigned kinds,
-                              const DetectionContext& context) {
+std::vector<Detection> detectAll(std::string_view text, unsigned kinds,
+                                 const DetectionContext& context) {
   std::vector<Detection> all;
   Merger merger(text, kinds, context);
   while (auto found = merger.next()) all.push_back(std::move(*found));
   return all;
 }
 
-std::optional<Detection> firstDetection(std::string_view text, unsigned kinds,
-                                        const DetectionContext& context) {
+std::optional<Detection> detectFirst(std::string_view text, unsigned kinds,
+                                     const DetectionContext& context) {
   return Merger(text, kinds, context).next();
 }
 
-}  // namespace marbelot
+}  // namespace marbelot::detection

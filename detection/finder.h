@@ -21,12 +21,11 @@ class Finder {
   virtual std::optional<Detection> next(std::size_t limit) = 0;
 };
 
-// The text must outlive the finder. `region` is an ISO 3166 code, `now` is in seconds since 1970.
+// The text must outlive the finder. `region` is an ISO 3166 code.
 std::unique_ptr<Finder> makeLinkFinder(std::string_view text);
 std::unique_ptr<Finder> makePhoneFinder(std::string_view text, std::string region);
 std::unique_ptr<Finder> makeAddressFinder(std::string_view text);
-std::unique_ptr<Finder> makeDateFinder(std::string_view text, const std::string& region,
-                                       double now);
+std::unique_ptr<Finder> makeDateFinder(std::string_view text, const DetectionContext& context);
 
 // A finder looks at triggers, the bytes without which there is nothing of its kind. No detection
 // starts further than this many bytes before its first trigger.

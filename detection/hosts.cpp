@@ -7,7 +7,7 @@
 #include <array>
 #include <memory>
 
-#include "detection/scan.h"
+#include "platform/ascii.h"
 #include "platform/text.h"
 
 namespace marbelot::detection {
@@ -27,8 +27,11 @@ constexpr std::array<bool, 256> kHostBytes = [] {
 
 bool isHostByte(char c) { return kHostBytes[static_cast<unsigned char>(c)]; }
 
+// Emoji and arrows, which registries once let into names.
+bool isSymbol(char32_t c) { return (c >= 0x2190 && c < 0x2C00) || (c >= 0x1F000 && c < 0x1FB00); }
+
 bool isHostScalar(char32_t c, bool wide) {
-  return (text::isLetter(c) || text::isNumber(c)) && (wide || !isWide(c));
+  return (text::isWordCharacter(c) || text::isNumber(c)) && (wide || !isWide(c));
 }
 
 bool isPlainHost(std::string_view host) {
@@ -90,7 +93,7 @@ std::size_t labelStart(std::string_view text, std::size_t end, std::size_t floor
   return start;
 }
 
-std::size_t hostEnd(std::string_view text, std::size_t start, bool wide) {
+std::size_t hostEnd(std::string_view text, std::size_t start, bool wide, Symbols symbols) {
   std::size_t end = start;
   std::size_t dot = std::string_view::npos;
   while (end < text.size()) {
@@ -106,7 +109,8 @@ std::size_t hostEnd(std::string_view text, std::size_t start, bool wide) {
       ++end;
     } else {
       const text::Scalar scalar = text::scalarAt(text, end);
-      if (!isHostScalar(scalar.value, wide)) break;
+      const bool symbol = symbols == Symbols::allowed && isSymbol(scalar.value);
+      if (!symbol && !isHostScalar(scalar.value, wide)) break;
       end += scalar.bytes;
     }
   }
@@ -137,14 +141,13 @@ bool isIpv6(std::string_view host) {
   return inet_pton(AF_INET6, std::string(host).c_str(), &address) == 1;
 }
 
-Tld tldOf(std::string_view host) {
+std::string lastLabel(std::string_view host) {
   const std::size_t dot = host.rfind('.');
-  if (dot == std::string_view::npos) return Tld::unknown;
-  if (!mayBeTld(host.substr(dot + 1))) return Tld::unknown;
+  if (dot == std::string_view::npos) return {};
   std::string label(host.substr(dot + 1));
-  if (label.size() > kLongestLabel || label.empty() || isDigit(label[0])) return Tld::unknown;
+  if (label.size() > kLongestLabel || label.empty() || isDigit(label[0])) return {};
   std::transform(label.begin(), label.end(), label.begin(), lower);
-  return classifyTld(label);
+  return label;
 }
 
 }  // namespace marbelot::detection

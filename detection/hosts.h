@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "detection/tlds.h"
-
 namespace marbelot::detection {
 
 // Whether the character beside a dot belongs to a script that is written without spaces, where a
@@ -19,8 +17,11 @@ bool wideAround(std::string_view text, std::size_t at);
 
 // Where the label that ends at `end` starts, not before `floor`; looks back over 64 bytes at most.
 std::size_t labelStart(std::string_view text, std::size_t end, std::size_t floor, bool wide);
-// The end of the labels joined by single dots that start at `start`.
-std::size_t hostEnd(std::string_view text, std::size_t start, bool wide);
+// The end of the labels joined by single dots that start at `start`. Symbols are part of a name
+// only where a scheme says that one is to come.
+enum class Symbols { excluded, allowed };
+std::size_t hostEnd(std::string_view text, std::size_t start, bool wide,
+                    Symbols symbols = Symbols::excluded);
 
 // The host in ASCII, other scripts in punycode; nothing when it is no valid name of labels with a
 // letter in one of them, and no IPv4 address.
@@ -29,7 +30,7 @@ std::optional<std::string> asciiHost(std::string_view host);
 bool isIpv4(std::string_view host);
 bool isIpv6(std::string_view host);  // without brackets
 
-// The class of the last label.
-Tld tldOf(std::string_view host);
+// The last of several labels, in lower case; empty when there is none that could be a domain.
+std::string lastLabel(std::string_view host);
 
 }  // namespace marbelot::detection

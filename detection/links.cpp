@@ -6,6 +6,8 @@
 #include "detection/finder.h"
 #include "detection/hosts.h"
 #include "detection/scan.h"
+#include "detection/tlds.h"
+#include "detection/tokens.h"
 #include "platform/text.h"
 
 namespace marbelot::detection {
@@ -60,6 +62,21 @@ std::string percentEncoded(std::string_view tail) {
   return result;
 }
 
+// As RFC 6068, 2, wants it in a URL.
+std::string quotedLocalPart(std::string_view local) {
+  std::string result;
+  for (const char c : local) {
+    if (c == '"') {
+      result += "%22";
+    } else if (c == ' ') {
+      result += "%20";
+    } else {
+      result += c;
+    }
+  }
+  return percentEncoded(result);
+}
+
 class LinkFinder final : public TriggerFinder {
  public:
   using TriggerFinder::TriggerFinder;
@@ -84,10 +101,11 @@ class LinkFinder final : public TriggerFinder {
   std::optional<Detection> hostLink(Range scheme, std::size_t authority);
   std::optional<Detection> opaqueLink(Range scheme);
   std::optional<Detection> mailLink(std::size_t at);
+  std::size_t localPartStart(std::size_t at) const;
   std::optional<Detection> bareLink(std::size_t dot);
   bool isCredibleHost(std::string_view host, Tld tld, std::size_t end) const;
 
-  char byteAt(std::size_t at) const { return at < text().size() ? text()[at] : '\0'; }
+  char byteAt(std::size_t at) const { return marbelot::byteAt(text(), at); }
   char byteBefore(std::size_t at) const { return at > 0 ? text()[at - 1] : '\0'; }
 
   // "example..com": what stood before the dots is no name of a host. An ellipsis ends a sentence.
@@ -95,10 +113,16 @@ class LinkFinder final : public TriggerFinder {
     return slice(host_end, host_end + 2) == ".." && isAlnum(byteAt(host_end + 2));
   }
   std::size_t portEnd(std::size_t at) const;
+  bool hasBadPort(std::size_t at) const;
   std::size_t tailEnd(std::size_t start, std::size_t from) const;
-  // Past the port, path, query and fragment that follow a host.
+  // Whether the next link of a list begins here.
+  bool startsAnother(std::size_t at) const {
+    return text().substr(at, 7) == "http://" || text().substr(at, 8) == "https://";
+  }
+  // Past the port, path, query and fragment that follow a host; 0 when there is no such port.
   std::size_t afterHost(std::size_t start, std::size_t host_end) const {
     const std::size_t port = portEnd(host_end);
+    if (port == host_end && hasBadPort(host_end)) return 0;
     const char next = byteAt(port);
     return next == '/' || next == '?' || next == '#' ? tailEnd(start, port) : port;
   }
@@ -115,7 +139,17 @@ std::size_t LinkFinder::portEnd(std::size_t at) const {
   if (byteAt(at) != ':') return at;
   std::size_t end = at + 1;
   while (end < at + 6 && isDigit(byteAt(end))) ++end;
-  return end == at + 1 || isAlnum(byteAt(end)) ? at : end;
+  if (end == at + 1 || isAlnum(byteAt(end))) return at;
+  constexpr int kLargest = 65535;
+  return numberOf(slice(at + 1, end)) > kLargest ? at : end;
+}
+
+// Whether five digits or more stand where a port should, and are none.
+bool LinkFinder::hasBadPort(std::size_t at) const {
+  if (byteAt(at) != ':') return false;
+  std::size_t end = at + 1;
+  while (end < at + 7 && isDigit(byteAt(end))) ++end;
+  return end > at + 5;
 }
 
 // The end of a URL that started at `start` and goes on freely at `from`: brackets stay when they
@@ -124,6 +158,8 @@ std::size_t LinkFinder::tailEnd(std::size_t start, std::size_t from) const {
   constexpr std::string_view kOpeners = "([{";
   constexpr std::string_view kClosers = ")]}";
   const char before = byteBefore(start);
+  // In a text without spaces the words around a link touch it.
+  const bool running = start > 0 && isWide(text::scalarBefore(text(), start).value);
   std::array<std::size_t, 3> open{};
   std::size_t end = from;
   while (end < text().size()) {
@@ -131,9 +167,11 @@ std::size_t LinkFinder::tailEnd(std::size_t start, std::size_t from) const {
     if (!isAscii(c)) {
       const text::Scalar scalar = text::scalarAt(text(), end);
       if (!isUrlScalar(scalar.value)) break;
+      if (running && isWide(scalar.value) && isAlnum(text()[end - 1])) break;
       end += scalar.bytes;
       continue;
     }
+    if ((c == ',' || c == ';' || c == '|') && startsAnother(end + 1)) break;
     if (!isUrlByte(c) || (c == '\'' && before == '\'')) break;
     if (const std::size_t i = kOpeners.find(c); i != std::string_view::npos) ++open[i];
     if (const std::size_t i = kClosers.find(c); i != std::string_view::npos && open[i]-- == 0)
@@ -159,7 +197,9 @@ std::optional<Detection> LinkFinder::schemeLink(std::size_t colon) {
     --start;
   }
   while (start < colon && !isAlpha(text()[start])) ++start;
-  if (colon - start < 2 || byteBefore(start) == '_') return std::nullopt;
+  if (colon - start < 2) return std::nullopt;
+  // "_http://example.com_" is emphasised, "a_http://" is some identifier's.
+  if (byteBefore(start) == '_' && isAlnum(byteBefore(start - 1))) return std::nullopt;
   const Range scheme{start, colon - start};
   return hierarchical ? hostLink(scheme, colon + 3) : opaqueLink(scheme);
 }
@@ -171,6 +211,7 @@ std::optional<Detection> LinkFinder::hostLink(Range scheme, std::size_t authorit
     // "$scheme://" and "a.scheme://" are hardly links of a scheme nobody knows.
     const char before = byteBefore(scheme.start);
     if (before == '.' || before == '$') return std::nullopt;
+    if (name.ends_with("http") || name.ends_with("https")) return std::nullopt;
     const std::size_t end = tailEnd(scheme.start, authority);
     const std::string_view rest = slice(authority, end);
     if (std::none_of(rest.begin(), rest.end(), isAlnum)) return std::nullopt;
@@ -193,11 +234,12 @@ std::optional<Detection> LinkFinder::hostLink(Range scheme, std::size_t authorit
     ascii = std::string(slice(host, end));
   } else {
     const bool wide = host < text().size() && isWide(text::scalarAt(text(), host).value);
-    end = hostEnd(text(), host, wide);
+    end = hostEnd(text(), host, wide, Symbols::allowed);
     ascii = asciiHost(slice(host, end));
   }
   if (!ascii || isBrokenAt(end)) return std::nullopt;
   const std::size_t link_end = afterHost(scheme.start, end);
+  if (link_end == 0) return std::nullopt;
   return link(scheme.start, link_end,
               prefix + percentEncoded(slice(authority, host)) + *ascii +
                   percentEncoded(slice(end, link_end)));
@@ -237,9 +279,18 @@ std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
   return link(scheme.start, end, name + ':' + percentEncoded(slice(rest, end)));
 }
 
-std::optional<Detection> LinkFinder::mailLink(std::size_t at) {
-  if (!isAlnum(byteAt(at + 1)) && isAscii(byteAt(at + 1))) return std::nullopt;
+// The start of the local part that ends at `at`, in quotes or not; `at` when there is none.
+std::size_t LinkFinder::localPartStart(std::size_t at) const {
   std::size_t start = at;
+  if (byteBefore(at) == '"') {
+    for (--start; start > floor() && at - start < kLongestLocalPart; --start) {
+      const char c = text()[start - 1];
+      if (c == '\n') break;
+      if (c != '"') continue;
+      return at - start > 1 && !isAlnum(byteBefore(start - 1)) ? start - 1 : at;
+    }
+    return at;
+  }
   while (start > floor() && at - start <= kLongestLocalPart) {
     const char c = text()[start - 1];
     if (isAscii(c)) {
@@ -256,12 +307,17 @@ std::optional<Detection> LinkFinder::mailLink(std::size_t at) {
   while (start < at && isAscii(text()[start]) && !isAlnum(text()[start]) && text()[start] != '_') {
     ++start;
   }
-  if (start == at || at - start > kLongestLocalPart || byteBefore(at) == '.') return std::nullopt;
+  return at - start > kLongestLocalPart || byteBefore(at) == '.' ? at : start;
+}
 
+std::optional<Detection> LinkFinder::mailLink(std::size_t at) {
+  if (!isAlnum(byteAt(at + 1)) && isAscii(byteAt(at + 1))) return std::nullopt;
+  const std::size_t start = localPartStart(at);
+  if (start == at || byteBefore(start) == '@') return std::nullopt;
   const std::size_t host = at + 1;
   const std::size_t end = hostEnd(text(), host, isWide(text::scalarAt(text(), host).value));
   const std::string_view name = slice(host, end);
-  if (tldOf(name) == Tld::unknown || byteAt(end) == '@') return std::nullopt;
+  if (byteAt(end) == '@' || !isTld(lastLabel(name))) return std::nullopt;
   // "user@host:path" is a file on another machine.
   if (const char c = byteAt(end + 1);
       byteAt(end) == ':' && (isAlnum(c) || c == '/' || c == '~' || c == '.')) {
@@ -269,7 +325,9 @@ std::optional<Detection> LinkFinder::mailLink(std::size_t at) {
   }
   const std::optional<std::string> ascii = asciiHost(name);
   if (!ascii || isBrokenAt(end)) return std::nullopt;
-  return link(start, end, "mailto:" + std::string(slice(start, host)) + *ascii);
+  std::string local(slice(start, host));
+  if (local.front() == '"') local = quotedLocalPart(local);
+  return link(start, end, "mailto:" + local + *ascii);
 }
 
 // Whether a host without a scheme is meant as one: much in programs, file names and hurried
@@ -298,8 +356,6 @@ bool LinkFinder::isCredibleHost(std::string_view host, Tld tld, std::size_t end)
   }
   if (www || registry) return true;
   switch (tld) {
-    case Tld::unknown:
-      return false;
     case Tld::word:
       return path && !upper;
     case Tld::shortWord:
@@ -337,12 +393,16 @@ std::optional<Detection> LinkFinder::bareLink(std::size_t dot) {
     if (portEnd(end) == end && !(byteAt(end) == '/' && isAlpha(byteAt(end + 1)))) {
       return std::nullopt;
     }
-  } else if (const Tld tld = tldOf(host); tld == Tld::unknown || !isCredibleHost(host, tld, end)) {
-    return std::nullopt;
+  } else {
+    const std::string label = lastLabel(host);
+    if (label.empty() || !isCredibleHost(host, classifyTld(label), end) || !isTld(label)) {
+      return std::nullopt;
+    }
   }
   const std::optional<std::string> ascii = asciiHost(host);
   if (!ascii || isBrokenAt(end)) return std::nullopt;
   const std::size_t link_end = afterHost(start, end);
+  if (link_end == 0) return std::nullopt;
   return link(start, link_end, "http://" + *ascii + percentEncoded(slice(end, link_end)));
 }
 

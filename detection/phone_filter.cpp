@@ -4,14 +4,12 @@
 #include <optional>
 #include <string>
 
-#include "detection/scan.h"
 #include "detection/tokens.h"
+#include "platform/ascii.h"
 #include "platform/text.h"
 
 namespace marbelot::detection {
 namespace {
-
-char byteAt(std::string_view text, std::size_t at) { return at < text.size() ? text[at] : '\0'; }
 
 // The length of one dash or blank that may stand in a phone number, and the ASCII it stands for.
 struct Mark {

@@ -23,7 +23,11 @@ int marbelot_phone_find(const char* stretch, std::size_t length, const char* reg
 
 namespace marbelot::detection {
 
+#ifdef __APPLE__
+constexpr const char* kPhoneModule = "@rpath/libmarbelot-phone.so";
+#else
 constexpr const char* kPhoneModule = "libmarbelot-phone.so";
+#endif
 constexpr const char* kPhoneFunction = "marbelot_phone_find";
 using PhoneFunction = decltype(&marbelot_phone_find);
 

@@ -1,7 +1,6 @@
 // Phone numbers: a walk over the digits of the text, and libphonenumber behind a loadable module.
 #include <dlfcn.h>
 
-#include <filesystem>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -11,28 +10,14 @@
 #include "detection/phone_module.h"
 #include "detection/scan.h"
 
-#ifndef MARBELOT_LIBRARY_DIR
-#define MARBELOT_LIBRARY_DIR "/usr/lib/marbelot"
-#endif
-
 namespace marbelot::detection {
 namespace {
 
 PhoneFunction loadPhoneFunction() {
-  std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  for (const std::filesystem::path& folder :
-       {program.parent_path().parent_path() / "lib",
-        program.parent_path().parent_path() / "lib" / "marbelot",
-        std::filesystem::path(MARBELOT_LIBRARY_DIR)}) {
-    // Never closed: the library keeps its tables for the life of the process.
-    void* module = dlopen((folder / kPhoneModule).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (module == nullptr) continue;
-    if (void* function = dlsym(module, kPhoneFunction)) {
-      return reinterpret_cast<PhoneFunction>(function);
-    }
-  }
-  return nullptr;
+  // Found by the program's search path; never closed, as the library keeps its tables for the life
+  // of the process.
+  void* module = dlopen(kPhoneModule, RTLD_NOW | RTLD_LOCAL);
+  return module ? reinterpret_cast<PhoneFunction>(dlsym(module, kPhoneFunction)) : nullptr;
 }
 
 PhoneFunction phoneFunction() {

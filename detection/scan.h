@@ -6,19 +6,13 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/ascii.h"
+
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
 
 namespace marbelot::detection {
-
-inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
-inline bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-inline bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-inline bool isAlpha(char c) { return isLower(c) || isUpper(c); }
-inline bool isAlnum(char c) { return isAlpha(c) || isDigit(c); }
-inline bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
-inline char lower(char c) { return isUpper(c) ? static_cast<char>(c + 32) : c; }
 
 struct DigitClass {
   static bool has(char c) { return isDigit(c); }

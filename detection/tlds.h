@@ -2,21 +2,18 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace marbelot::detection {
 
 enum class Tld {
-  unknown,
   word,       // only believed with a further sign, such as "www." or a path
   shortWord,  // believed after a domain name of some length
   plain,
 };
 
-// `label` is the last label of a host name in lower case, as Unicode or in punycode.
+// `label` is the last label of a host name in lower case, as Unicode or in punycode. Its class if
+// it is a top-level domain, which takes longer to tell and hardly any label is.
 Tld classifyTld(const std::string& label);
-
-// A quick look: false when no top-level domain has this length and these first letters.
-bool mayBeTld(std::string_view label);
+bool isTld(const std::string& label);
 
 }  // namespace marbelot::detection

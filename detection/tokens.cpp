@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "detection/scan.h"
+#include "platform/ascii.h"
 
 namespace marbelot::detection {
 namespace {
@@ -130,6 +130,15 @@ int numberOf(std::string_view digits) {
   int value = 0;
   for (const char c : digits.substr(0, 9)) value = value * 10 + (c - '0');
   return value;
+}
+
+int twoDigits(std::string_view text, std::size_t at, int most) {
+  if (!isDigit(byteAt(text, at)) || !isDigit(byteAt(text, at + 1)) ||
+      isDigit(byteAt(text, at + 2))) {
+    return -1;
+  }
+  const int value = numberOf(text.substr(at, 2));
+  return value <= most ? value : -1;
 }
 
 }  // namespace marbelot::detection

@@ -53,5 +53,7 @@ class WordSet {
 
 // The value of up to nine digits.
 int numberOf(std::string_view digits);
+// Two digits at `at` up to `most`, not followed by a third; -1 for none.
+int twoDigits(std::string_view text, std::size_t at, int most);
 
 }  // namespace marbelot::detection

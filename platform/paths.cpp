@@ -1,4 +1,5 @@
 // Paths as strings; nothing here asks the file system.
+#include "platform/ascii.h"
 #include "platform/files.h"
 
 namespace marbelot::files {
@@ -21,8 +22,7 @@ std::string lowercasedExtension(const std::string& name) {
   if (dot == std::string::npos || dot == 0) return {};
   std::string extension = name.substr(dot + 1);
   // Extensions that mean anything are ASCII, and a folder may have very many files.
-  for (char& c : extension)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  for (char& c : extension) c = lower(c);
   return extension;
 }
 

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <memory>
 
+#include "platform/ascii.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -37,8 +38,6 @@ const UCollator* userCollator() {
   }();
   return collator.get();
 }
-
-bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
 
 // The territory in a locale's name, as in "de_AT.UTF-8".
 std::string localeRegion(std::string_view locale) {

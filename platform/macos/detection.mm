@@ -1,9 +1,14 @@
-// Data detection by NSDataDetector. It reckons dates from the wall clock and numbers from the
-// user's region; both are the system's and cannot be set.
+// Data detection by NSDataDetector, which says where something is. What it means in the forms that
+// the seam promises, it does not always say; that comes from the program's own detectors. It
+// reckons dates from the wall clock and numbers from the user's region; both are the system's and
+// cannot be set.
 #include "platform/detection.h"
 
 #import <Foundation/Foundation.h>
 
+#include "detection/detection.h"
+#include "platform/ascii.h"
+#include "platform/locale.h"
 #include "platform/macos/conversions.h"
 #include "platform/macos/utf16.h"
 
@@ -35,11 +40,20 @@ NSDataDetector* detectorFor(unsigned kinds) {
   }
 }
 
-// Digits with a leading plus; letters that stand for digits are left to the dialler.
-std::string dialled(NSString* number) {
+// What our own detectors make of a piece in which the system has found something.
+std::optional<std::string> ownValue(NSString* matched, DetectionKind kind) {
+  std::optional<Detection> found =
+      detection::detectFirst(utf8(matched), static_cast<unsigned>(kind),
+                             {text::now(), locale::region(), locale::language()});
+  return found ? std::optional(std::move(found->value)) : std::nullopt;
+}
+
+// E.164; else the digits as they would be dialled.
+std::string numberValue(NSString* number) {
+  if (auto known = ownValue(number, DetectionKind::phone)) return *known;
   std::string digits;
   for (const char c : utf8(number))
-    if ((c >= '0' && c <= '9') || (c == '+' && digits.empty())) digits += c;
+    if (isDigit(c) || (c == '+' && digits.empty())) digits += c;
   return digits;
 }
 
@@ -54,12 +68,22 @@ std::string onOneLine(NSString* address) {
   return utf8([lines componentsJoinedByString:@", "]);
 }
 
-std::string isoDate(NSDate* date, NSTimeZone* zone) {
+// The system's moment, in the form that suits what stands in the text: it gives days without a time
+// as their noon.
+std::string dateValue(NSDate* date, NSTimeZone* zone, NSString* matched) {
   NSDateFormatter* formatter = [[NSDateFormatter alloc] init];
   formatter.locale = [NSLocale localeWithLocaleIdentifier:@"en_US_POSIX"];
   formatter.timeZone = zone != nil ? zone : NSTimeZone.localTimeZone;
   formatter.dateFormat = @"yyyy-MM-dd'T'HH:mm:ss";
-  return utf8([formatter stringFromDate:date]);
+  const std::string iso = utf8([formatter stringFromDate:date]);
+  constexpr std::size_t kDay = 10, kMinute = 16;
+  const std::optional<std::string> own = ownValue(matched, DetectionKind::date);
+  const bool whole_day = own ? own->size() == kDay : iso.ends_with("T12:00:00");
+  if (whole_day) return iso.substr(0, kDay);
+  std::string value = iso.ends_with(":00") ? iso.substr(0, kMinute) : iso;
+  if (zone == nil) return value;
+  formatter.dateFormat = @"XXX";
+  return value + utf8([formatter stringFromDate:date]);
 }
 
 // None for results that carry nothing to act on.
@@ -71,13 +95,13 @@ std::optional<Detection> detectionOf(NSTextCheckingResult* result, NSString* tex
     detection.value = utf8(result.URL.absoluteString);
   } else if (result.resultType == NSTextCheckingTypePhoneNumber && result.phoneNumber != nil) {
     detection.kind = DetectionKind::phone;
-    detection.value = dialled(result.phoneNumber);
+    detection.value = numberValue(result.phoneNumber);
   } else if (result.resultType == NSTextCheckingTypeAddress) {
     detection.kind = DetectionKind::address;
     detection.value = onOneLine(matched);
   } else if (result.resultType == NSTextCheckingTypeDate && result.date != nil) {
     detection.kind = DetectionKind::date;
-    detection.value = isoDate(result.date, result.timeZone);
+    detection.value = dateValue(result.date, result.timeZone, matched);
   } else {
     return std::nullopt;
   }

@@ -1,0 +1,23 @@
+// Bytes of text that are ASCII, and nothing else: no locale, no Unicode. Bytes outside ASCII belong
+// to none of the classes.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace marbelot {
+
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
+constexpr bool isLower(char c) { return c >= 'a' && c <= 'z'; }
+constexpr bool isAlpha(char c) { return isLower(c) || isUpper(c); }
+constexpr bool isAlnum(char c) { return isAlpha(c) || isDigit(c); }
+constexpr bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+constexpr char lower(char c) { return isUpper(c) ? static_cast<char>(c + 32) : c; }
+
+// The byte at `at`, or '\0' behind the end.
+constexpr char byteAt(std::string_view text, std::size_t at) {
+  return at < text.size() ? text[at] : '\0';
+}
+
+}  // namespace marbelot
