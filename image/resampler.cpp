@@ -104,9 +104,11 @@ MARBELOT_AVX2 void resizeAcrossFast(const std::uint8_t* const rows[2],
                 _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * left))),
             _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * right)), 1);
         sums[row] = _mm256_add_epi32(
-            sums[row], _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, firstTwo), weight[0]));
-        sums[row] = _mm256_add_epi32(
-            sums[row], _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, lastTwo), weight[1]));
+            sums[row],
+            _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, firstTwo), _mm256_loadu_si256(weight)));
+        sums[row] =
+            _mm256_add_epi32(sums[row], _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, lastTwo),
+                                                          _mm256_loadu_si256(weight + 1)));
       }
     }
     const __m256i packed = _mm256_packs_epi32(_mm256_srai_epi32(sums[0], acrossShift),
