@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <mutex>
+#include <span>
 
 #include "detection/tokens.h"
 #include "platform/ascii.h"
@@ -110,10 +111,12 @@ void DateWords::addNames(const std::string& language) {
   UErrorCode error = U_ZERO_ERROR;
   const icu::DateFormatSymbols symbols(icu::Locale(language.c_str()), error);
   if (U_FAILURE(error)) return;
-  const auto addAll = [&](const icu::UnicodeString* names, int count, Kind kind, bool weak) {
-    for (int i = 0; i < count; ++i) {
+  const auto addAll = [&](std::span<const icu::UnicodeString> names, Kind kind, bool weak) {
+    int i = -1;
+    for (const icu::UnicodeString& symbol : names) {
+      ++i;
       std::string name;
-      names[i].toUTF8String(name);
+      symbol.toUTF8String(name);
       while (name.ends_with('.')) name.pop_back();
       // Names of several words, and single letters, are no words of their own.
       const Token token = tokenAt(name, 0);
@@ -128,9 +131,9 @@ void DateWords::addNames(const std::string& language) {
       std::int32_t count = 0;
       const bool weak = width == Symbols::ABBREVIATED;
       const icu::UnicodeString* months = symbols.getMonths(count, context, width);
-      addAll(months, count, Kind::month, weak);
+      addAll({months, static_cast<std::size_t>(count)}, Kind::month, weak);
       const icu::UnicodeString* weekdays = symbols.getWeekdays(count, context, width);
-      addAll(weekdays, count, Kind::weekday, weak);
+      addAll({weekdays, static_cast<std::size_t>(count)}, Kind::weekday, weak);
     }
   }
 }

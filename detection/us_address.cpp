@@ -188,9 +188,7 @@ bool Walk::takeUnit(const Token& token, UnitWord unit) {
       if (more.spaced || !(more.isNumber() || (more.isWord() && more.range.length <= 2))) break;
       end = more.end();
     }
-  } else if (unit == UnitWord::everyday && !separate) {
-    return false;
-  } else if (unit == UnitWord::numbered && !separate) {
+  } else if (!separate && (unit == UnitWord::everyday || unit == UnitWord::numbered)) {
     return false;
   } else if (separate) {
     end = token.end();

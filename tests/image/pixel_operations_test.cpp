@@ -68,7 +68,7 @@ constexpr std::array<int, 2> sizes[] = {{1, 1},  {2, 1},  {1, 7},   {8, 8},
                                         {33, 9}, {9, 33}, {57, 64}, {61, 70}};
 
 template <typename Test>
-void forPictures(Test test, std::vector<Alpha> kinds = {alphas, alphas + 4}) {
+void forPictures(Test test, const std::vector<Alpha>& kinds = {alphas, alphas + 4}) {
   for (const auto [width, height] : sizes) {
     for (const Alpha alpha : kinds) {
       SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height) + ", alpha " +

@@ -325,7 +325,7 @@ TEST(Decode, TurnsPhotosUpright) {
   std::string jpeg = encoded(image, "JPEG", 95);
   // "Turn me by 90 degrees to the right": the left half comes to the top.
   const std::string exif =
-      std::string("Exif\0\0MM\0\x2A\0\0\0\x08\0\1\x01\x12\0\3\0\0\0\1\0\6\0\0", 30) + big(0);
+      std::string("Exif\0\0MM\0\x2A\0\0\0\x08\0\1\x01\x12\0\3\0\0\0\1\0\6\0\0", 28) + big(0);
   jpeg.insert(2, "\xFF\xE1" + big(exif.size() + 2, 2) + exif);
   const auto bitmap = decoded(jpeg);
   ASSERT_TRUE(bitmap);
@@ -374,7 +374,7 @@ TEST(Decode, FailsCleanly) {
   damaged[good.size() / 2] ^= 0x55;
   EXPECT_FALSE(decoded(damaged));
   EXPECT_FALSE(decoded(anyPng({2, 8, 3}, 33000, 1))) << "more than a bitmap's side";
-  EXPECT_FALSE(decoded("GIF89a\x10\0\x10\0" + std::string(30, '\xFF')));
+  EXPECT_FALSE(decoded(std::string("GIF89a\x10\0\x10\0", 10) + std::string(30, '\xFF')));
   EXPECT_FALSE(decoded("\xFF\xD8\xFF\xC0" + big(17, 2) + "\b" + big(100, 2) + big(100, 2) + "\3" +
                        std::string(300, '\x11')));
   // Sixteen thousand by sixteen thousand pixels in a few bytes.
