@@ -37,9 +37,11 @@ class AppDelegate : private Shell, private MenuDelegate {
   void applicationDidFinishLaunching();
 
  private:
-  void registerAndReadSettings();
+  void readSettings();
+  void wireActions();
   void screenshotCopied(const std::string& fileName);
   void watchedFolderChanged();
+  void toggleClipPreview();
 
   // Shell
   void notify(const std::string& message) override;
@@ -58,6 +60,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   ActionTable actions_;
 
   MenuState state_;
+  const std::string showClipboardPreviewKey = "showClipboardPreview";
 
   ScreenshotAccess access_;
   WatchedFolder watched_;

@@ -54,8 +54,12 @@ SharedText UserDefaults::textFor(std::string_view key) const {
 }
 
 std::vector<SharedText> UserDefaults::textListFor(std::string_view key) const {
+  std::vector<SharedText> texts;
   const auto found = valueOfType(key, [](const Value& value) { return value.asList() != nullptr; });
-  return found ? *found->asTexts() : std::vector<SharedText>();
+  if (!found) return texts;
+  for (const Value& entry : *found->asList())
+    if (const SharedText text = entry.asText()) texts.push_back(text);
+  return texts;
 }
 
 void UserDefaults::setProblemHandler(std::function<void(const std::string&)> handler) {

@@ -107,7 +107,7 @@ class VirtualDesktop:
         self._start_display()
         if self._bus:
             self._start_bus(runtime / "bus")
-        self.spawn("openbox", "--sm-disable", "--config-file", "/etc/xdg/openbox/rc.xml")
+        self._start_window_manager()
         if self._notices and self._bus:
             mute = ["--mute"] if self._notices == "mute" else []
             self._start_service("notification_recorder.py", *mute)
@@ -117,6 +117,9 @@ class VirtualDesktop:
             self.start_embedding_tray()
         until(lambda: "_NET_SUPPORTING_WM_CHECK(WINDOW)" in self.root_properties(),
               "window manager", STARTUP_SECONDS)
+
+    def _start_window_manager(self):
+        self.spawn("openbox", "--sm-disable", "--config-file", "/etc/xdg/openbox/rc.xml")
 
     def _start_display(self):
         read_end, write_end = os.pipe()

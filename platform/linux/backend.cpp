@@ -16,6 +16,7 @@
 
 #include "platform/files.h"
 #include "platform/linux/descriptor.h"
+#include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
 #include "platform/linux/notices.h"
 #include "platform/linux/qt_main_queue.h"
@@ -25,8 +26,9 @@
 #include "platform/linux/symbols.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
+#include "platform/linux/wayland_clipboard.h"
 #include "platform/linux/workspace.h"
-#include "platform/linux/x11_pasteboard.h"
+#include "platform/linux/x11_clipboard.h"
 
 namespace marbelot {
 namespace {
@@ -104,6 +106,13 @@ void darkenDisabledText() {
   QApplication::setPalette(palette);
 }
 
+// The compositor's own clipboard where it lets us have it, else the X server's; never both, whose
+// copies of each other would each count.
+std::unique_ptr<ClipboardConnection> connectClipboard() {
+  if (auto wayland = connectWaylandClipboard()) return wayland;
+  return connectX11Clipboard();
+}
+
 // Images and long texts go back to the system when they are done with. By itself the C library
 // keeps blocks of up to 32 MB for the next time, once for each thread that had one.
 void returnLargeBlocks() {
@@ -138,7 +147,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   SessionBus bus(queue);
   RemoteControl remote;
   QtApplication quitter(remote);
-  X11Pasteboard pasteboard(queue);
+  DesktopPasteboard pasteboard(queue, connectClipboard());
   JsonDefaults defaults(defaultsPath("org.marbelot.Marbelot"),
                         [&queue](std::function<void()> work) { queue.post(std::move(work)); });
   InotifyFolderEvents folderEvents;

@@ -4,9 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "platform/concealed_types.h"
-#include "platform/linux/imaging.h"
-#include "platform/text.h"
+#include "platform/linux/clipboard_types.h"
 
 namespace marbelot {
 namespace {
@@ -16,66 +14,11 @@ constexpr auto transferLimit = std::chrono::seconds(30);
 constexpr std::size_t largestPiece = std::size_t{4} << 20;
 constexpr std::size_t largestPart = std::size_t{1} << 20;
 
-constexpr std::array<std::string_view, 5> textTypes{"UTF8_STRING", "text/plain;charset=utf-8",
-                                                    "text/plain", "STRING", "TEXT"};
-
-// The names under which programs ask for images: those of the toolkits, the likely ones first.
-struct ImageType {
-  std::string_view name;
-  std::string_view encoding;
-};
-constexpr ImageType imageTypes[] = {
-    {"image/png", "png"},      {"image/bmp", "bmp"},          {"image/jpeg", "jpeg"},
-    {"image/tiff", "tiff"},    {"image/webp", "webp"},        {"image/x-bmp", "bmp"},
-    {"image/x-MS-bmp", "bmp"}, {"image/x-win-bitmap", "bmp"}, {"image/jpg", "jpeg"},
-    {"image/tif", "tiff"},     {"image/ico", "ico"},          {"image/x-icon", "ico"},
-    {"image/cur", "cur"},      {"image/icns", "icns"},        {"image/ppm", "ppm"},
-    {"image/pgm", "pgm"},      {"image/pbm", "pbm"},          {"image/xpm", "xpm"},
-    {"image/xbm", "xbm"},      {"image/wbmp", "wbmp"},
-};
-
-std::string_view encodingOf(std::string_view type) {
-  for (const ImageType& known : imageTypes)
-    if (known.name == type) return known.encoding;
-  return type.substr(std::string_view("image/").size());
-}
-
-std::string toLatin1(std::string_view text) {
-  std::string bytes;
-  bytes.reserve(text.size());
-  for (std::size_t at = 0; at < text.size();) {
-    const auto scalar = text::scalarAt(text, at);
-    bytes.push_back(scalar.value < 256 ? static_cast<char>(scalar.value) : '?');
-    at += scalar.bytes;
-  }
-  return bytes;
-}
-
 SharedBytes raw(const void* data, std::size_t bytes) {
   return share(std::string(static_cast<const char*>(data), bytes));
 }
 
 }  // namespace
-
-std::vector<std::string> offeredTypes(const X11Offer& offer) {
-  if (!offer.image) {
-    std::vector<std::string> types{textTypes.begin(), textTypes.end()};
-    if (offer.concealed) types.emplace_back(passwordHint);
-    return types;
-  }
-  const std::string_view own = mimeType(offer.image->format());
-  std::vector<std::string> types{std::string(own)};
-  for (const ImageType& type : imageTypes)
-    if (type.name != own) types.emplace_back(type.name);
-  return types;
-}
-
-// Kept alive by the requests that still wait for a form of it.
-struct X11SelectionOwner::Contents {
-  X11Offer offer;
-  SharedBytes original;  // the image's own bytes; null while they are still to be encoded
-  std::map<std::string_view, SharedBytes> forms;  // by encoding; null where that failed
-};
 
 struct X11SelectionOwner::Request {
   struct Part {
@@ -85,16 +28,8 @@ struct X11SelectionOwner::Request {
   xcb_selection_request_event_t event;
   std::vector<Part> parts;
   bool multiple = false;
-  std::size_t open = 0;  // parts that still wait for a conversion
+  std::size_t open = 0;  // parts that are still to be answered
   bool refused = false;  // the only part, when it is not MULTIPLE
-};
-
-struct X11SelectionOwner::Waiting {
-  std::uint64_t ticket;
-  std::shared_ptr<Contents> contents;
-  std::string_view encoding;
-  std::shared_ptr<Request> request;
-  std::size_t part;
 };
 
 // Bytes on their way to a window in parts; the next one goes when the window has taken the last.
@@ -108,7 +43,7 @@ struct X11SelectionOwner::Transfer {
 };
 
 X11SelectionOwner::X11SelectionOwner(X11Connection& connection, std::function<void()> wake)
-    : connection_(connection), window_(connection.createWindow()), converter_(std::move(wake)) {
+    : connection_(connection), window_(connection.createWindow()), forms_(std::move(wake)) {
   const std::size_t room = std::size_t{xcb_get_maximum_request_length(connection.get())} * 4 - 1024;
   pieceSize_ = std::min(largestPiece, room);
   partSize_ = std::min(largestPart, room);
@@ -116,14 +51,12 @@ X11SelectionOwner::X11SelectionOwner(X11Connection& connection, std::function<vo
 
 X11SelectionOwner::~X11SelectionOwner() = default;
 
-void X11SelectionOwner::claim(X11Offer offer, std::uint64_t write) {
-  contents_ = std::make_shared<Contents>();
-  contents_->offer = std::move(offer);
+void X11SelectionOwner::claim(ClipboardOffer offer, std::uint64_t write) {
+  forms_.set(std::move(offer));
   wanted_ = write;
   stampClaim();
   xcb_flush(connection_.get());
-  const auto& image = contents_->offer.image;
-  if (image && image->isEncoded()) contents_->original = image->bytes();
+  forms_.preload();
 }
 
 // Appending nothing to a property makes the server tell its time.
@@ -143,18 +76,16 @@ void X11SelectionOwner::takeClipboard(xcb_timestamp_t time) {
 
 // https://www.freedesktop.org/wiki/ClipboardManager/
 bool X11SelectionOwner::askToBeKept() {
-  if (!contents_ || claimed_ != wanted_) return false;
+  if (!forms_.offer() || claimed_ != wanted_) return false;
   const xcb_atom_t manager = connection_.atom("CLIPBOARD_MANAGER");
   const auto cookie = xcb_get_selection_owner(connection_.get(), manager);
   const X11Reply<xcb_get_selection_owner_reply_t> reply(
       xcb_get_selection_owner_reply(connection_.get(), cookie, nullptr));
   if (!reply || reply->owner == XCB_WINDOW_NONE) return false;
-  // The forms to keep. Of an image its own and PNG: making all the others could take a minute.
+  // Making all the other forms of an image could take a minute.
   std::vector<xcb_atom_t> atoms;
-  for (const std::string& type : offeredTypes(contents_->offer))
-    if (!contents_->offer.image || type == "image/png" ||
-        type == mimeType(contents_->offer.image->format()))
-      atoms.push_back(connection_.atom(type));
+  for (const std::string& type : keptTypes(*forms_.offer()))
+    atoms.push_back(connection_.atom(type));
   const xcb_atom_t property = connection_.atom("MARBELOT_KEEP");
   xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_ATOM,
                       32, static_cast<std::uint32_t>(atoms.size()), atoms.data());
@@ -170,7 +101,7 @@ bool X11SelectionOwner::ownerChanged(xcb_window_t owner) {
     return true;
   }
   beingKept_ = false;
-  if (claimed_ == wanted_) contents_.reset();
+  if (claimed_ == wanted_) forms_.clear();
   return false;
 }
 
@@ -228,97 +159,48 @@ void X11SelectionOwner::answer(const xcb_selection_request_event_t& event) {
   } else {
     request->parts.push_back({event.target, request->event.property});
   }
-  for (std::size_t part = 0; part < request->parts.size(); ++part) {
-    const Answer given = convert(request, part);
-    if (given == Answer::refused) request->parts[part].property = XCB_ATOM_NONE;
-    if (given == Answer::later) ++request->open;
-  }
-  if (request->open == 0) notify(*request);
+  // One more than there are, so that no answer is the last one before all have been asked for.
+  request->open = request->parts.size() + 1;
+  for (std::size_t part = 0; part < request->parts.size(); ++part) convert(request, part);
+  if (--request->open == 0) notify(*request);
 }
 
-X11SelectionOwner::Answer X11SelectionOwner::convert(const std::shared_ptr<Request>& request,
-                                                     std::size_t part) {
-  const auto [target, property] = request->parts[part];
-  const xcb_window_t window = request->event.requestor;
-  if (!contents_ || request->event.owner != window_) return Answer::refused;
-  if (target == connection_.atom("TIMESTAMP")) {
-    send(window, property, XCB_ATOM_INTEGER, raw(&claimTime_, sizeof claimTime_));
-    return Answer::sent;
-  }
-  if (target == connection_.atom("SAVE_TARGETS")) {
-    send(window, property, connection_.atom("NULL"), share({}));
-    return Answer::sent;
-  }
-  const auto types = offeredTypes(contents_->offer);
+void X11SelectionOwner::convert(const std::shared_ptr<Request>& request, std::size_t part) {
+  const xcb_atom_t target = request->parts[part].target;
+  const ClipboardOffer* offer = forms_.offer();
+  if (!offer || request->event.owner != window_) return answerPart(*request, part, target, nullptr);
+  if (target == connection_.atom("TIMESTAMP"))
+    return answerPart(*request, part, XCB_ATOM_INTEGER, raw(&claimTime_, sizeof claimTime_));
+  if (target == connection_.atom("SAVE_TARGETS"))
+    return answerPart(*request, part, connection_.atom("NULL"), share({}));
+  const auto types = offeredTypes(*offer);
   if (target == connection_.atom("TARGETS")) {
     std::vector<xcb_atom_t> atoms;
     for (const char* name : {"TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS"})
       atoms.push_back(connection_.atom(name));
     for (const auto& name : types) atoms.push_back(connection_.atom(name));
-    send(window, property, XCB_ATOM_ATOM, raw(atoms.data(), atoms.size() * sizeof(xcb_atom_t)));
-    return Answer::sent;
+    return answerPart(*request, part, XCB_ATOM_ATOM,
+                      raw(atoms.data(), atoms.size() * sizeof(xcb_atom_t)));
   }
   const auto type = std::find_if(types.begin(), types.end(), [&](const std::string& name) {
     return connection_.atom(name) == target;
   });
-  if (type == types.end()) return Answer::refused;
-  if (contents_->offer.image) return convertImage(request, part, *type);
-  const SharedText& text = contents_->offer.text;
-  if (*type == passwordHint)
-    send(window, property, target, share("secret"));
-  else if (target == XCB_ATOM_STRING)
-    send(window, property, target, share(toLatin1(*text)));
+  if (type == types.end()) return answerPart(*request, part, target, nullptr);
+  const xcb_atom_t answered = *type == "TEXT" ? connection_.atom("UTF8_STRING") : target;
+  forms_.request(*type, [this, request, part, answered](const SharedBytes& bytes) {
+    answerPart(*request, part, answered, bytes);
+  });
+}
+
+// Null bytes: it is refused.
+void X11SelectionOwner::answerPart(Request& request, std::size_t part, xcb_atom_t type,
+                                   const SharedBytes& bytes) {
+  xcb_atom_t& property = request.parts[part].property;
+  if (bytes)
+    send(request.event.requestor, property, type, bytes);
   else
-    send(window, property, *type == "TEXT" ? connection_.atom("UTF8_STRING") : target, text);
-  return Answer::sent;
-}
-
-X11SelectionOwner::Answer X11SelectionOwner::convertImage(const std::shared_ptr<Request>& request,
-                                                          std::size_t part, std::string_view type) {
-  const auto [target, property] = request->parts[part];
-  const Image& image = *contents_->offer.image;
-  const std::string_view encoding = encodingOf(type);
-  SharedBytes bytes;
-  if (encoding == encodingOf(mimeType(image.format())) && image.isEncoded()) {
-    if (!contents_->original) contents_->original = image.bytes();
-    bytes = contents_->original;
-  } else {
-    const auto known = contents_->forms.find(encoding);
-    if (known == contents_->forms.end()) {
-      const auto same = std::find_if(waiting_.begin(), waiting_.end(), [&](const Waiting& w) {
-        return w.contents == contents_ && w.encoding == encoding;
-      });
-      const bool running = same != waiting_.end();
-      const std::uint64_t ticket = running ? same->ticket : ++lastTicket_;
-      waiting_.push_back({ticket, contents_, encoding, request, part});
-      if (!running)
-        converter_.start(ticket, [image, encoding](int cancel) {
-          return convertedBytes(image, encoding, cancel);
-        });
-      return Answer::later;
-    }
-    bytes = known->second;
-  }
-  if (!bytes) return Answer::refused;
-  send(request->event.requestor, property, target, std::move(bytes));
-  return Answer::sent;
-}
-
-void X11SelectionOwner::collect() {
-  for (const auto& [ticket, bytes] : converter_.take()) {
-    for (const Waiting& waiting : waiting_) {
-      if (waiting.ticket != ticket) continue;
-      waiting.contents->forms[waiting.encoding] = bytes;
-      Request& request = *waiting.request;
-      auto& part = request.parts[waiting.part];
-      if (bytes)
-        send(request.event.requestor, part.property, part.target, bytes);
-      else
-        part.property = XCB_ATOM_NONE;
-      if (--request.open == 0) notify(request);
-    }
-    std::erase_if(waiting_, [done = ticket](const Waiting& w) { return w.ticket == done; });
-  }
+    property = XCB_ATOM_NONE;
+  if (--request.open == 0) notify(request);
 }
 
 void X11SelectionOwner::notify(const Request& request) {

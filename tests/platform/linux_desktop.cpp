@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QProcess>
 
+#include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
 #include "platform/linux/notices.h"
 #include "platform/linux/qt_main_queue.h"
@@ -8,10 +9,12 @@
 #include "platform/linux/session_bus.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
+#include "platform/linux/wayland_clipboard.h"
 #include "platform/linux/workspace.h"
-#include "platform/linux/x11_pasteboard.h"
+#include "platform/linux/x11_clipboard.h"
 #include "tests/platform/conformance.h"
 #include "tests/platform/qt_wait.h"
+#include "tests/platform/wayland_test_clients.h"
 #include "tests/platform/x11_test_clients.h"
 #include "tests/support/temporary_home.h"
 
@@ -52,6 +55,8 @@ class PrivateBus {
 
 class LinuxDesktop : public TestDesktop {
  public:
+  explicit LinuxDesktop(std::unique_ptr<ClipboardConnection> clipboard)
+      : pasteboard_(queue_, std::move(clipboard)) {}
   Platform& platform() override { return platform_; }
   bool wait(const std::function<bool()>& done) override { return waitWithQt(done); }
 
@@ -60,7 +65,7 @@ class LinuxDesktop : public TestDesktop {
   NoApplication application_;
   QtMainQueue queue_;
   SessionBus bus_{queue_};
-  X11Pasteboard pasteboard_{queue_};
+  DesktopPasteboard pasteboard_;
   JsonDefaults defaults_{home_ / "settings.json",
                          [this](std::function<void()> work) { queue_.post(std::move(work)); }};
   InotifyFolderEvents folderEvents_;
@@ -73,9 +78,22 @@ class LinuxDesktop : public TestDesktop {
                      notices_,     workspace_, statusItem_, windows_,  dialogs_};
 };
 
-std::unique_ptr<TestDesktop> makeDesktop() { return std::make_unique<LinuxDesktop>(); }
+std::unique_ptr<TestDesktop> makeDesktop() {
+  return std::make_unique<LinuxDesktop>(connectX11Clipboard());
+}
+
+// As on a desktop with XWayland: only the clipboard is the compositor's.
+class WaylandDesktop : private PrivateCompositor, public LinuxDesktop {
+ public:
+  WaylandDesktop()
+      : PrivateCompositor(waylandDesktops().front()),
+        LinuxDesktop(connectWaylandClipboard(display())) {}
+};
+
+std::unique_ptr<TestDesktop> makeWaylandDesktop() { return std::make_unique<WaylandDesktop>(); }
 
 INSTANTIATE_TEST_SUITE_P(Linux, Conformance, testing::Values(&makeDesktop));
+INSTANTIATE_TEST_SUITE_P(Wayland, Conformance, testing::Values(&makeWaylandDesktop));
 
 }  // namespace
 }  // namespace marbelot

@@ -1,5 +1,3 @@
-#include "platform/linux/x11_pasteboard.h"
-
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +10,8 @@
 #include <optional>
 
 #include "platform/image_codec.h"
+#include "platform/linux/desktop_pasteboard.h"
+#include "platform/linux/x11_clipboard.h"
 #include "tests/platform/test_queue.h"
 #include "tests/platform/x11_test_clients.h"
 #include "tests/support/temporary_home.h"
@@ -57,7 +57,7 @@ class X11PasteboardTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_FALSE(server.display().empty()) << "Xvfb is needed for these tests";
-    board.emplace(queue, server.display());
+    board.emplace(queue, connectX11Clipboard(server.display()));
     // Its thread is up when it serves what we write.
     takeClipboard();
     board->changesSince(0);
@@ -101,7 +101,7 @@ class X11PasteboardTest : public testing::Test {
 
   PrivateServer server;
   TestQueue queue;
-  std::optional<X11Pasteboard> board;
+  std::optional<DesktopPasteboard> board;
   std::int64_t seen = 0;
 };
 
@@ -378,7 +378,7 @@ TEST_F(X11PasteboardTest, ACopyOvertakenByAnOwnWriteIsStillTold) {
 
 TEST_F(X11PasteboardTest, TheContentsAtTheStartAreNoChange) {
   const TestOwner owner(display(), {{"UTF8_STRING", "already there"}});
-  X11Pasteboard late(queue, display());
+  DesktopPasteboard late(queue, connectX11Clipboard(display()));
   int announced = 0;
   late.setChangeHandler([&] { ++announced; });
   const auto start = late.changeCount();
@@ -551,7 +551,7 @@ TEST_F(X11PasteboardTest, LeavesItsContentsToTheClipboardManager) {
   const auto jpeg = encoded(noise(64, 48), "jpeg");
   for (const std::string& bytes : {text, png, jpeg}) {
     TestManager manager(display());
-    if (!board) board.emplace(queue, display());
+    if (!board) board.emplace(queue, connectX11Clipboard(display()));
     const auto image = Image::fromBytes(share(bytes));
     const std::string type = image ? std::string(mimeType(image->format())) : "UTF8_STRING";
     EXPECT_TRUE(image ? board->write(*image) : board->write(share(bytes)));
@@ -565,14 +565,14 @@ TEST_F(X11PasteboardTest, LeavesItsContentsToTheClipboardManager) {
 
   // What is not ours is not ours to leave, and a manager that does not answer keeps nobody.
   TestManager manager(display());
-  board.emplace(queue, display());
+  board.emplace(queue, connectX11Clipboard(display()));
   takeClipboard();
   const TestOwner owner(display(), {{"UTF8_STRING", "theirs"}});
   newText();
   board.reset();
   EXPECT_TRUE(manager.kept().empty());
   const TestManager deaf(display(), true);
-  board.emplace(queue, display());
+  board.emplace(queue, connectX11Clipboard(display()));
   takeClipboard();
   board.reset();
 }
@@ -591,7 +591,7 @@ TEST_F(X11PasteboardTest, WritesFailAfterTheEndOfTheServer) {
 
 TEST(X11PasteboardWithoutDisplay, WritesFail) {
   TestQueue queue;
-  X11Pasteboard board(queue, ":987");
+  DesktopPasteboard board(queue, connectX11Clipboard(":987"));
   queue.pumpUntil([&] { return !board.write(share("lost")); });
   const auto count = board.changeCount();
   EXPECT_FALSE(board.write(share("lost, too")));

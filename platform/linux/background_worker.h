@@ -21,17 +21,17 @@ namespace marbelot {
 
 // One job after the other, each with a ticket by which its result is known again.
 template <class Result>
-class X11Worker {
+class BackgroundWorker {
  public:
   // Ends early when the descriptor becomes readable.
   using Job = std::function<Result(int cancel)>;
   using Finished = std::vector<std::pair<std::uint64_t, Result>>;
 
   // `finished` is called on the worker's thread when take() has something new.
-  explicit X11Worker(std::function<void()> finished)
+  explicit BackgroundWorker(std::function<void()> finished)
       : shared_(std::make_shared<Shared>(std::move(finished))) {}
   // Cancels a running job. One that does not end – a file on a network that hangs – is left behind.
-  ~X11Worker() {
+  ~BackgroundWorker() {
     std::unique_lock lock(shared_->mutex);
     shared_->quit = true;
     ::eventfd_write(shared_->cancel.get(), 1);

@@ -1,17 +1,14 @@
-// The clipboard of an X11 desktop, read and served by a thread of its own: neither a program that
-// does not answer nor a busy main thread holds up the other side.
+// The clipboard of a desktop, X11's or Wayland's, as the main thread sees it.
 #pragma once
 
 #include <deque>
 #include <memory>
-#include <string>
 
+#include "platform/linux/clipboard_thread.h"
 #include "platform/main_queue.h"
 #include "platform/pasteboard.h"
 
 namespace marbelot {
-
-struct X11Offer;
 
 // The count starts at 1, which stands for whatever the clipboard held at the start; that becomes
 // the contents as soon as it has been read, without being told as a change. What another program
@@ -19,14 +16,13 @@ struct X11Offer;
 // the present contents and is not told again. A copy whose owner pauses for long while it is being
 // read is told without what is missing, and once more when that comes.
 // Without a display, or when the connection has broken, no write succeeds and nothing changes.
-class X11Pasteboard final : public Pasteboard {
+class DesktopPasteboard final : public Pasteboard {
  public:
-  // `queue` must live longer. An empty `display` means the one of the environment.
-  explicit X11Pasteboard(MainQueue& queue, const std::string& display = {});
-  // An own write is first given to the desktop's clipboard manager, where there is one; for that
-  // may take a third of a second, and up to five while it is fetching. Else takes no time, whatever
-  // other programs do.
-  ~X11Pasteboard() override;
+  // `queue` must live longer.
+  DesktopPasteboard(MainQueue& queue, std::unique_ptr<ClipboardConnection> connection);
+  // An own write is first left to whoever keeps it on this desktop, which may take a third of a
+  // second, and up to five. Else takes no time, whatever other programs do.
+  ~DesktopPasteboard() override;
 
   std::int64_t changeCount() override;
   PasteboardContents contents() override;
@@ -38,14 +34,13 @@ class X11Pasteboard final : public Pasteboard {
   void setChangeHandler(std::function<void()> handler) override;
 
  private:
-  class Worker;
   struct Change : PasteboardChange {
     std::int64_t firstCount = 0;  // before other changes turned out to come before it
   };
 
   void takeNews();
   void announce();
-  std::optional<std::int64_t> write(X11Offer offer);
+  std::optional<std::int64_t> write(ClipboardOffer offer);
   void announceSoon();
   std::int64_t record(PasteboardContents contents);
   void recordOvertaken(PasteboardContents contents);
@@ -56,7 +51,7 @@ class X11Pasteboard final : public Pasteboard {
   bool unannounced_ = false;
   std::function<void()> handler_;
   std::shared_ptr<char> alive_ = std::make_shared<char>();
-  std::unique_ptr<Worker> worker_;
+  std::unique_ptr<ClipboardThread> thread_;
 };
 
 }  // namespace marbelot

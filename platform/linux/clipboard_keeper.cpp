@@ -1,0 +1,72 @@
+#include "platform/linux/clipboard_keeper.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <utility>
+
+#include "platform/linux/imaging.h"
+
+namespace marbelot {
+namespace {
+
+// The first byte in the memory file; the rest is the text, or the image as it is encoded.
+constexpr char plainText = 't', concealedText = 's', encodedImage = 'i';
+
+}  // namespace
+
+Descriptor startClipboardKeeper(const ClipboardOffer& offer, const std::string& mark,
+                                const std::string& display) {
+  const SharedBytes bytes = offer.image ? offer.image->bytes() : offer.text;
+  const char kind = offer.image ? encodedImage : offer.concealed ? concealedText : plainText;
+  const Descriptor memory(::memfd_create("marbelot-kept", MFD_CLOEXEC));
+  std::array<int, 2> ends{};
+  if (!bytes || !memory || !writeFully(memory.get(), {&kind, 1}) ||
+      !writeFully(memory.get(), *bytes) || ::pipe2(ends.data(), O_CLOEXEC) != 0)
+    return {};
+  Descriptor ours(ends[0]);
+  const Descriptor theirs(ends[1]);
+
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, memory.get(), STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, theirs.get(), STDOUT_FILENO);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t none;
+  sigemptyset(&none);
+  posix_spawnattr_setsigmask(&attributes, &none);
+  // Of a session of its own: it outlives the terminal that we were started from.
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID);
+  std::string path = helperPath("marbelot-keeper"), marked = mark, name = display;
+  std::array<char*, 4> arguments{path.data(), marked.data(), name.data(), nullptr};
+  pid_t child = -1;
+  const bool started =
+      ::posix_spawnp(&child, path.c_str(), &actions, &attributes, arguments.data(), environ) == 0;
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  return started ? std::move(ours) : Descriptor();
+}
+
+std::optional<ClipboardOffer> keptOffer(int from) {
+  struct stat status {};
+  if (::fstat(from, &status) != 0 || status.st_size < 1 || ::lseek(from, 0, SEEK_SET) != 0)
+    return std::nullopt;
+  char kind = 0;
+  std::string bytes(static_cast<std::size_t>(status.st_size - 1), '\0');
+  if (!readFully(from, &kind, 1) || !readFully(from, bytes.data(), bytes.size()))
+    return std::nullopt;
+  if (kind != encodedImage)
+    return ClipboardOffer{share(std::move(bytes)), {}, kind == concealedText};
+  std::optional<Image> image = Image::fromBytes(share(std::move(bytes)));
+  if (!image) return std::nullopt;
+  return ClipboardOffer{nullptr, std::move(image), false};
+}
+
+}  // namespace marbelot

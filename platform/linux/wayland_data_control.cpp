@@ -1,0 +1,215 @@
+#include "platform/linux/wayland_data_control.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <wayland-client.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <utility>
+
+#include "wlr-data-control-unstable-v1.h"
+
+namespace marbelot {
+namespace {
+
+constexpr auto answerLimit = std::chrono::seconds(2);
+constexpr std::size_t typeLimit = 512;
+constexpr int pipeSize = 1 << 20;  // bytes; refused quietly where the user has too many
+
+// Only the manager's name goes over the wire; what it makes is told apart by numbers.
+const wl_interface extManager = [] {
+  wl_interface copy = zwlr_data_control_manager_v1_interface;
+  copy.name = "ext_data_control_manager_v1";
+  copy.version = 1;
+  return copy;
+}();
+
+}  // namespace
+
+// What the compositor tells, as functions that C can call.
+struct WaylandDataControl::Listeners {
+  static WaylandDataControl& of(void* self) { return *static_cast<WaylandDataControl*>(self); }
+
+  static void global(void* self, wl_registry* registry, std::uint32_t name, const char* interface,
+                     std::uint32_t version) {
+    WaylandDataControl& control = of(self);
+    const std::string_view kind = interface;
+    if (kind == wl_seat_interface.name && !control.seat_)
+      control.seat_ =
+          static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
+    const bool ext = kind == extManager.name;
+    if (!ext && (kind != zwlr_data_control_manager_v1_interface.name || control.manager_)) return;
+    if (control.manager_) zwlr_data_control_manager_v1_destroy(control.manager_);
+    const wl_interface& type = ext ? extManager : zwlr_data_control_manager_v1_interface;
+    control.manager_ = static_cast<zwlr_data_control_manager_v1*>(wl_registry_bind(
+        registry, name, &type, std::min(version, static_cast<std::uint32_t>(type.version))));
+  }
+  static void globalGone(void*, wl_registry*, std::uint32_t) {}
+  static constexpr wl_registry_listener registry{&global, &globalGone};
+
+  static void described(void* self, zwlr_data_control_offer_v1*, const char* type) {
+    auto& types = static_cast<WaylandOffer*>(self)->types_;
+    if (types.size() < typeLimit) types.emplace_back(type);
+  }
+  static constexpr zwlr_data_control_offer_v1_listener offer{&described};
+
+  static void offered(void* self, zwlr_data_control_device_v1*, zwlr_data_control_offer_v1* proxy) {
+    auto& offers = of(self).offers_;
+    offers.push_back(std::make_unique<WaylandOffer>(proxy));
+    zwlr_data_control_offer_v1_add_listener(proxy, &offer, offers.back().get());
+  }
+  static void selected(void* self, zwlr_data_control_device_v1*,
+                       zwlr_data_control_offer_v1* proxy) {
+    WaylandDataControl& control = of(self);
+    control.handlers_.announced(control.take(proxy), control.initial_);
+  }
+  // The seat has gone; its successor, if any, has to be asked for.
+  static void finished(void* self, zwlr_data_control_device_v1*) {
+    WaylandDataControl& control = of(self);
+    zwlr_data_control_device_v1_destroy(std::exchange(control.device_, nullptr));
+    control.makeDevice();
+  }
+  // What the middle mouse button pastes is nothing to us.
+  static void selectedPrimary(void* self, zwlr_data_control_device_v1*,
+                              zwlr_data_control_offer_v1* proxy) {
+    of(self).take(proxy);
+  }
+  static constexpr zwlr_data_control_device_v1_listener device{&offered, &selected, &finished,
+                                                               &selectedPrimary};
+
+  static void asked(void* self, zwlr_data_control_source_v1*, const char* type, int to) {
+    of(self).handlers_.asked(type, Descriptor(to));
+  }
+  static void cancelled(void* self, zwlr_data_control_source_v1* source) {
+    WaylandDataControl& control = of(self);
+    std::erase(control.sources_, source);
+    zwlr_data_control_source_v1_destroy(source);
+    if (control.sources_.empty()) control.handlers_.replaced();
+  }
+  static constexpr zwlr_data_control_source_v1_listener source{&asked, &cancelled};
+
+  static void presentTold(void* self, wl_callback* callback, std::uint32_t) {
+    wl_callback_destroy(callback);
+    of(self).initial_ = false;
+  }
+  static constexpr wl_callback_listener present{&presentTold};
+
+  static void answered(void* done, wl_callback* callback, std::uint32_t) {
+    wl_callback_destroy(callback);
+    *static_cast<bool*>(done) = true;
+  }
+  static constexpr wl_callback_listener answer{&answered};
+};
+
+WaylandOffer::WaylandOffer(zwlr_data_control_offer_v1* proxy) : proxy_(proxy) {}
+
+WaylandOffer::~WaylandOffer() { zwlr_data_control_offer_v1_destroy(proxy_); }
+
+Descriptor WaylandOffer::receive(const std::string& type) {
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return {};
+  Descriptor ours(ends[0]);
+  const Descriptor theirs(ends[1]);
+  // Only this end: the owner may not expect it of the other.
+  ::fcntl(ours.get(), F_SETFL, O_NONBLOCK);
+  ::fcntl(theirs.get(), F_SETPIPE_SZ, pipeSize);
+  zwlr_data_control_offer_v1_receive(proxy_, type.c_str(), theirs.get());
+  return ours;
+}
+
+std::unique_ptr<WaylandDataControl> WaylandDataControl::connect(const std::string& display) {
+  std::unique_ptr<WaylandDataControl> control(new WaylandDataControl);
+  control->display_ = wl_display_connect(display.empty() ? nullptr : display.c_str());
+  return control->display_ && control->bind() ? std::move(control) : nullptr;
+}
+
+WaylandDataControl::~WaylandDataControl() {
+  if (!display_) return;
+  offers_.clear();
+  for (auto* source : sources_) zwlr_data_control_source_v1_destroy(source);
+  if (device_) zwlr_data_control_device_v1_destroy(device_);
+  if (manager_) zwlr_data_control_manager_v1_destroy(manager_);
+  if (seat_) wl_seat_destroy(seat_);
+  if (registry_) wl_registry_destroy(registry_);
+  wl_display_disconnect(display_);
+}
+
+bool WaylandDataControl::bind() {
+  registry_ = wl_display_get_registry(display_);
+  wl_registry_add_listener(registry_, &Listeners::registry, this);
+  return roundTrip() && manager_ && seat_;
+}
+
+// The library's own would wait forever for a compositor that hangs.
+bool WaylandDataControl::roundTrip() {
+  bool done = false;
+  wl_callback_add_listener(wl_display_sync(display_), &Listeners::answer, &done);
+  const auto deadline = std::chrono::steady_clock::now() + answerLimit;
+  while (!done) {
+    prepare();
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    pollfd watched{descriptor(), events(), 0};
+    const int ready =
+        ::poll(&watched, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+    if (!dispatch(watched.revents) || (ready == 0 && left.count() <= 0)) return false;
+  }
+  return true;
+}
+
+void WaylandDataControl::watch(Handlers handlers) {
+  handlers_ = std::move(handlers);
+  makeDevice();
+  wl_callback_add_listener(wl_display_sync(display_), &Listeners::present, this);
+}
+
+void WaylandDataControl::makeDevice() {
+  device_ = zwlr_data_control_manager_v1_get_data_device(manager_, seat_);
+  zwlr_data_control_device_v1_add_listener(device_, &Listeners::device, this);
+}
+
+std::unique_ptr<WaylandOffer> WaylandDataControl::take(zwlr_data_control_offer_v1* proxy) {
+  const auto found = std::find_if(offers_.begin(), offers_.end(),
+                                  [&](const auto& offer) { return offer->proxy_ == proxy; });
+  if (found == offers_.end()) return nullptr;
+  std::unique_ptr<WaylandOffer> offer = std::move(*found);
+  offers_.erase(found);
+  return offer;
+}
+
+// The source before is destroyed when its end is confirmed: until then it may still be asked.
+void WaylandDataControl::offer(const std::vector<std::string>& types) {
+  zwlr_data_control_source_v1* source = zwlr_data_control_manager_v1_create_data_source(manager_);
+  sources_.push_back(source);
+  zwlr_data_control_source_v1_add_listener(source, &Listeners::source, this);
+  for (const std::string& type : types) zwlr_data_control_source_v1_offer(source, type.c_str());
+  zwlr_data_control_device_v1_set_selection(device_, source);
+}
+
+void WaylandDataControl::flush() { wl_display_flush(display_); }
+
+void WaylandDataControl::prepare() {
+  while (wl_display_prepare_read(display_) != 0) wl_display_dispatch_pending(display_);
+  const bool full = wl_display_flush(display_) < 0 && errno == EAGAIN;
+  events_ = static_cast<short>(full ? POLLIN | POLLOUT : POLLIN);
+}
+
+int WaylandDataControl::descriptor() const { return wl_display_get_fd(display_); }
+
+bool WaylandDataControl::dispatch(short came) {
+  if ((came & POLLIN) != 0) {
+    if (wl_display_read_events(display_) < 0) return false;
+  } else {
+    wl_display_cancel_read(display_);
+    if ((came & (POLLERR | POLLHUP | POLLNVAL)) != 0) return false;
+  }
+  return wl_display_dispatch_pending(display_) >= 0;
+}
+
+void WaylandDataControl::interrupt() { ::shutdown(descriptor(), SHUT_RDWR); }
+
+}  // namespace marbelot

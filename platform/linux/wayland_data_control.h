@@ -1,0 +1,100 @@
+// The protocol by which a program without a window watches and owns a Wayland desktop's clipboard:
+// ext-data-control-v1, and wlr-data-control-unstable-v1 where there is only that. The two differ in
+// the name of their manager alone.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/linux/descriptor.h"
+
+struct wl_display;
+struct wl_registry;
+struct wl_seat;
+struct zwlr_data_control_device_v1;
+struct zwlr_data_control_manager_v1;
+struct zwlr_data_control_offer_v1;
+struct zwlr_data_control_source_v1;
+
+namespace marbelot {
+
+// What a program has on the clipboard. Stays valid after the clipboard has another owner, but then
+// nothing comes of it.
+class WaylandOffer {
+ public:
+  explicit WaylandOffer(zwlr_data_control_offer_v1* proxy);
+  ~WaylandOffer();
+  WaylandOffer(const WaylandOffer&) = delete;
+  WaylandOffer& operator=(const WaylandOffer&) = delete;
+
+  const std::vector<std::string>& types() const { return types_; }
+  // The end from which to read, without blocking, what the owner writes; none when there are no
+  // more descriptors. An owner that does not have the type closes it at once.
+  Descriptor receive(const std::string& type);
+
+ private:
+  friend class WaylandDataControl;
+  zwlr_data_control_offer_v1* const proxy_;
+  std::vector<std::string> types_;
+};
+
+class WaylandDataControl {
+ public:
+  struct Handlers {
+    // The clipboard has a new owner; null when it has none. `initial`: found at the start.
+    std::function<void(std::unique_ptr<WaylandOffer>, bool initial)> announced;
+    // Somebody pastes what we offer, or did offer a moment ago.
+    std::function<void(const std::string& type, Descriptor to)> asked;
+    // All that we have offered has been replaced.
+    std::function<void()> replaced;
+  };
+
+  // An empty name means the display of the environment. Null when there is none or when it has
+  // neither protocol; waits up to two seconds for its answer.
+  static std::unique_ptr<WaylandDataControl> connect(const std::string& display = {});
+  ~WaylandDataControl();
+  WaylandDataControl(const WaylandDataControl&) = delete;
+  WaylandDataControl& operator=(const WaylandDataControl&) = delete;
+
+  // Starts the announcements. The handlers are called by dispatch().
+  void watch(Handlers handlers);
+  // Whether all has been announced that was there at the start.
+  bool presentIsKnown() const { return !initial_; }
+  // Takes the clipboard.
+  void offer(const std::vector<std::string>& types);
+  void flush();
+
+  // To wait: prepare() first; then poll descriptor() for events(); then dispatch() with what came.
+  // All three on one thread; false from dispatch() when the connection has ended.
+  void prepare();
+  int descriptor() const;
+  short events() const { return events_; }
+  bool dispatch(short came);
+  // Any thread: ends the connection.
+  void interrupt();
+
+ private:
+  struct Listeners;
+
+  WaylandDataControl() = default;
+  bool bind();
+  bool roundTrip();
+  void makeDevice();
+  std::unique_ptr<WaylandOffer> take(zwlr_data_control_offer_v1* proxy);
+
+  wl_display* display_ = nullptr;
+  wl_registry* registry_ = nullptr;
+  wl_seat* seat_ = nullptr;
+  zwlr_data_control_manager_v1* manager_ = nullptr;
+  zwlr_data_control_device_v1* device_ = nullptr;
+  std::vector<zwlr_data_control_source_v1*> sources_;  // not yet replaced, the last one last
+  std::vector<std::unique_ptr<WaylandOffer>> offers_;  // described, not yet announced
+  Handlers handlers_;
+  bool initial_ = true;
+  short events_ = 0;
+};
+
+}  // namespace marbelot

@@ -1,0 +1,81 @@
+"""The main job on a Wayland desktop, beside its native programs."""
+
+import hashlib
+import pathlib
+import unittest
+
+from desktop_case import BIN, DesktopTest, Marbelot, NOTICE_TITLE, png, screenshot_name, until
+from wayland_desktop import WaylandDesktop, installed
+
+COPIES = 40
+
+
+class WaylandTest(DesktopTest):
+    def start(self, **options):
+        if not installed("sway"):
+            self.skipTest("sway is not installed")
+        self.screen = self.enterContext(WaylandDesktop("sway", **options))
+        self.program = Marbelot(self.screen)
+
+    def keepers(self):
+        """The process ids of marbelot-keeper on this desktop."""
+        listed = self.screen.run("pgrep", "-f", f"^{BIN}/marbelot-keeper ").stdout.split()
+        ours = f"XDG_RUNTIME_DIR={self.screen.env['XDG_RUNTIME_DIR']}\0".encode()
+        return [int(number) for number in listed
+                if ours in pathlib.Path(f"/proc/{int(number)}/environ").read_bytes()]
+
+    def test_screenshots_can_be_pasted_and_copies_are_recorded(self):
+        self.start()
+        data = png(800, 600)
+        self.program.save(screenshot_name(1), data)
+        self.assert_on_clipboard(self.screen, data)
+        until(self.screen.notices, "notice")
+        self.assertEqual(self.screen.notices()[0]["title"], NOTICE_TITLE)
+        self.assertEqual(self.program.copied(), 1)
+
+        texts = [f"native copy {number}" for number in range(COPIES)]
+        for number, text in enumerate(texts):
+            self.screen.set_clipboard(text.encode())
+            if number % 2:  # some follow each other at once, and some in peace
+                until(lambda: text in self.program.stored_texts(), "copy recorded")
+        recorded = until(lambda: texts[-1] in self.program.stored_texts() and
+                         self.program.stored_texts(), "last copy recorded")
+        kept = [text for text in reversed(recorded) if text in texts]
+        self.assertEqual(kept, [text for text in texts if text in kept], "in their order")
+        self.assertTrue(set(texts[1::2][-5:]) <= set(kept))
+        self.assertEqual(self.program.preview(), f"“{texts[-1]}”")
+
+        big = b"line of a large text\n" * (1 << 20)
+        self.screen.set_clipboard(big)
+        until(lambda: len(big) in self.program.stored_bytes(), "large text recorded")
+        self.program.save(screenshot_name(2), data)
+        self.assert_on_clipboard(self.screen, data)
+
+    def test_secrets_stay_out_of_the_history(self):
+        self.start()
+        self.screen.set_clipboard(b"secret", "x-kde-passwordManagerHint")
+        self.screen.set_clipboard(b"org.nspasteboard", "org.nspasteboard.ConcealedType")
+        self.screen.set_clipboard(b"afterwards")
+        until(lambda: "afterwards" in self.program.stored_texts(), "copy recorded")
+        self.assertEqual(self.program.stored_texts(), ["afterwards"])
+
+    def test_what_was_copied_outlives_the_program(self):
+        self.start()
+        data = png(800, 600, seed=3)
+        self.program.save(screenshot_name(1), data)
+        self.assert_on_clipboard(self.screen, data)
+        self.program.invoke("quit")
+        self.program.process.wait(10)
+        self.assert_on_clipboard(self.screen, data)
+        self.assertEqual(len(self.keepers()), 1)
+        # The next run finds it there, and what is copied then ends the keeper.
+        self.program = Marbelot(self.screen)
+        digest = hashlib.sha256(self.screen.clipboard("image/png")).hexdigest()
+        self.assertEqual(digest, hashlib.sha256(data).hexdigest())
+        self.screen.set_clipboard(b"something else")
+        until(lambda: "something else" in self.program.stored_texts(), "copy recorded")
+        until(lambda: not self.keepers(), "keeper ended")
+
+
+if __name__ == "__main__":
+    unittest.main()
