@@ -1,5 +1,6 @@
 #include "app/app_delegate.h"
 
+#include <array>
 #include <cstdlib>
 #include <utility>
 
@@ -49,10 +50,21 @@ AppDelegate::AppDelegate(Platform& platform)
           [this](const SharedText& text) { editor_.openEditor(text, collectionWindow); }),
       cannedResponses_(platform, *this, actions_,
                        [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
-      menu_(platform.pasteboard, {state_, access_, watched_, history_, analyses_, historyMenus_,
-                                  imageHistory_, flattenTrim_, collectCopies_, cannedResponses_}),
+      menu_(platform, *this, actions_,
+            {
+                .state = state_,
+                .access = access_,
+                .watched = watched_,
+                .history = history_,
+                .analyses = analyses_,
+                .historyMenus = historyMenus_,
+                .imageHistory = imageHistory_,
+                .flattenTrim = flattenTrim_,
+                .collectCopies = collectCopies_,
+                .cannedResponses = cannedResponses_,
+            }),
       requests_(platform, actions_, menu_.menu(), [this] { menuWillOpen(); }) {
-  wireActions();
+  actions_.add("quit", [this](const MenuItem&) { platform_.application.terminate(); });
   history_.onTextRecorded = [this](const SharedText& text) {
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
   };
@@ -64,19 +76,12 @@ AppDelegate::AppDelegate(Platform& platform)
 
 AppDelegate::~AppDelegate() { history_.finishSaving(); }
 
-void AppDelegate::wireActions() {
-  actions_.add("toggleClipPreview", [this](const MenuItem&) { toggleClipPreview(); });
-  actions_.add("quit", [this](const MenuItem&) { platform_.application.terminate(); });
-}
-
 void AppDelegate::applicationDidFinishLaunching() {
   if (!platform_.statusItem.setSymbol(idleSymbol, "Marbelot"))
     platform_.statusItem.setTitle("📸");
-  cannedResponses_.readSettings();
+  cannedResponses_.cannedResponses.read();
   history_.loadClipHistory();
-  platform_.defaults.registerDefaults(
-      {{history_.autoSaveClipImagesKey, true}, {showClipboardPreviewKey, true}});
-  readSettings();
+  registerAndReadSettings();
   menu_.buildMenu();
   platform_.statusItem.setMenu(menu_.menu(), this);
   platform_.application.setDockMenu([this] { return menu_.dockMenu(); },
@@ -97,13 +102,20 @@ void AppDelegate::applicationDidFinishLaunching() {
   });
 }
 
-void AppDelegate::readSettings() {
-  const UserDefaults& defaults = platform_.defaults;
-  history_.autoSaveClipImages = defaults.boolFor(history_.autoSaveClipImagesKey);
-  state_.showClipboardPreview = defaults.boolFor(showClipboardPreviewKey);
-  imageExport_.readSettings();
-  history_.archiveToPictures = defaults.boolFor(history_.archiveToPicturesKey);
-  collectCopies_.readSettings();
+// The settings that are read at launch, in this order. Others are read when they are first asked
+// for.
+void AppDelegate::registerAndReadSettings() {
+  const auto settings = std::to_array<LaunchSetting*>({
+      &history_.autoSaveClipImages,
+      &menu_.showClipboardPreview,
+      &imageExport_.favoriteSaveDirs,
+      &history_.archiveToPictures,
+      &collectCopies_.concatEnabled,
+      &collectCopies_.concatBuffer,
+      &collectCopies_.concatSeparator,
+  });
+  for (LaunchSetting* setting : settings) setting->registerDefault();
+  for (LaunchSetting* setting : settings) setting->read();
 }
 
 void AppDelegate::screenshotCopied(const std::string& fileName) {
@@ -122,12 +134,6 @@ void AppDelegate::watchedFolderChanged() {
   notify(
       "The system has no means left to tell of new screenshots. Until it has, Marbelot looks for "
       "them every second.");
-}
-
-void AppDelegate::toggleClipPreview() {
-  state_.showClipboardPreview = !state_.showClipboardPreview;
-  platform_.defaults.set(showClipboardPreviewKey, state_.showClipboardPreview);
-  rebuildMenu();
 }
 
 void AppDelegate::notify(const std::string& message) {

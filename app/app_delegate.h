@@ -37,11 +37,9 @@ class AppDelegate : private Shell, private MenuDelegate {
   void applicationDidFinishLaunching();
 
  private:
-  void readSettings();
-  void wireActions();
+  void registerAndReadSettings();
   void screenshotCopied(const std::string& fileName);
   void watchedFolderChanged();
-  void toggleClipPreview();
 
   // Shell
   void notify(const std::string& message) override;
@@ -60,7 +58,6 @@ class AppDelegate : private Shell, private MenuDelegate {
   ActionTable actions_;
 
   MenuState state_;
-  const std::string showClipboardPreviewKey = "showClipboardPreview";
 
   ScreenshotAccess access_;
   WatchedFolder watched_;

@@ -6,8 +6,10 @@
 
 namespace marbelot {
 
-StatusMenu::StatusMenu(Pasteboard& pasteboard, MenuParts parts)
-    : pasteboard_(pasteboard), parts_(parts) {}
+StatusMenu::StatusMenu(Platform& platform, Shell& shell, ActionTable& actions, MenuParts parts)
+    : platform_(platform), parts_(parts) {
+  showClipboardPreview.offerToggle(actions, shell);
+}
 
 void StatusMenu::buildMenu() {
   Menu& menu = *menu_;
@@ -20,7 +22,7 @@ void StatusMenu::buildMenu() {
   }
 
   clipPreviewItem.reset();
-  if (parts_.state.showClipboardPreview) {
+  if (showClipboardPreview) {
     menu.addSeparator();
     menu.addDisabled("On clipboard:");
     clipPreviewItem = menu.add(previewTitle(), "showClipboardViewer");
@@ -61,10 +63,8 @@ void StatusMenu::buildMenu() {
 std::shared_ptr<Menu> StatusMenu::settingsMenu() const {
   const ClipboardHistory& history = parts_.history;
   auto menu = std::make_shared<Menu>();
-  menu->add("Show clipboard preview at top", "toggleClipPreview")->checked =
-      parts_.state.showClipboardPreview;
-  menu->add("Auto-save copied images to a file", "toggleAutoSaveClipImages")->checked =
-      history.autoSaveClipImages;
+  showClipboardPreview.addToggle(*menu);
+  history.autoSaveClipImages.addToggle(*menu);
   menu->addDisabled("Save copied images to:");
   const auto addLocation = [&](const char* title, bool archive) {
     const MenuItemRef item = menu->add(title, "setArchiveLocation:", archive);
@@ -79,12 +79,12 @@ std::shared_ptr<Menu> StatusMenu::settingsMenu() const {
 }
 
 std::string StatusMenu::previewTitle() {
-  const PasteboardContents contents = pasteboard_.contents();
+  const PasteboardContents contents = platform_.pasteboard.contents();
   return clipPreviewTitle(contents, parts_.history.withheld(contents), parts_.analyses);
 }
 
 void StatusMenu::refreshImageItems() {
-  const bool none = !pasteboard_.contents().image;
+  const bool none = !platform_.pasteboard.contents().image;
   editImageItem->hidden = none;
   imgTagClipItem->hidden = none;
 }

@@ -13,6 +13,9 @@
 #include "clipboard/image_history.h"
 #include "clipboard/text_analysis.h"
 #include "platform/menu.h"
+#include "platform/platform.h"
+#include "shell/setting.h"
+#include "shell/shell.h"
 #include "text/canned_responses.h"
 #include "text/collect_copies.h"
 #include "text/flatten_trim_menus.h"
@@ -23,7 +26,6 @@ namespace marbelot {
 struct MenuState {
   std::int64_t count = 0;                 // screenshots copied since launch
   std::optional<std::string> lastCopied;  // file name of the last one
-  bool showClipboardPreview = true;
 };
 
 // The features whose items the menu holds. They outlive it.
@@ -41,8 +43,16 @@ struct MenuParts {
 };
 
 class StatusMenu {
+  Platform& platform_;
+
  public:
-  StatusMenu(Pasteboard& pasteboard, MenuParts parts);
+  StatusMenu(Platform& platform, Shell& shell, ActionTable& actions, MenuParts parts);
+
+  Setting<bool> showClipboardPreview{
+      platform_.defaults,
+      "showClipboardPreview",
+      true,
+      {.registered = true, .toggle = {"Show clipboard preview at top", "toggleClipPreview"}}};
 
   // One tree for the life of the program; building replaces its items.
   const std::shared_ptr<Menu>& menu() const { return menu_; }
@@ -59,7 +69,6 @@ class StatusMenu {
   std::string previewTitle();
   void refreshImageItems();
 
-  Pasteboard& pasteboard_;
   const MenuParts parts_;
   const std::shared_ptr<Menu> menu_ = std::make_shared<Menu>();
 

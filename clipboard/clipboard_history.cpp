@@ -29,16 +29,11 @@ constexpr auto endWait = std::chrono::seconds(5);
 ClipboardHistory::ClipboardHistory(Platform& platform, Shell& shell, ActionTable& actions)
     : platform_(platform), shell_(shell) {
   actions.add("clearClipHistory", [this](const MenuItem&) { clearClipHistory(); });
-  actions.add("toggleAutoSaveClipImages", [this](const MenuItem&) {
-    autoSaveClipImages = !autoSaveClipImages;
-    platform_.defaults.set(autoSaveClipImagesKey, autoSaveClipImages);
-    shell_.rebuildMenu();
-  });
+  autoSaveClipImages.offerToggle(actions, shell);
   actions.add("setArchiveLocation:", [this](const MenuItem& sender) {
     const auto* pictures = std::get_if<bool>(&sender.represented);
     if (!pictures) return;
     archiveToPictures = *pictures;
-    platform_.defaults.set(archiveToPicturesKey, archiveToPictures);
     shell_.rebuildMenu();
   });
   actions.add("openClipImagesFolder",
@@ -74,7 +69,7 @@ void ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
 }
 
 bool ClipboardHistory::withheld(const PasteboardContents& contents) const {
-  return contents.concealed && !platform_.defaults.boolFor("recordConcealedCopies");
+  return contents.concealed && !recordConcealedCopies.stored().value_or(false);
 }
 
 bool ClipboardHistory::record(const PasteboardContents& contents) {

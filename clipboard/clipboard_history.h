@@ -14,12 +14,15 @@
 #include "image/image_file.h"
 #include "platform/platform.h"
 #include "platform/text.h"
+#include "shell/setting.h"
 #include "shell/shell.h"
 
 namespace marbelot {
 
 // Main thread only; the platform and the shell outlive it.
 class ClipboardHistory {
+  Platform& platform_;
+
  public:
   ClipboardHistory(Platform& platform, Shell& shell, ActionTable& actions);
   ~ClipboardHistory();
@@ -32,10 +35,15 @@ class ClipboardHistory {
   std::optional<Task> clipPoller;
   std::int64_t lastChangeCount = -1;  // of the change that was handled last
   std::optional<ClipCategory> clipTypeFilter;
-  bool archiveToPictures = false;
-  const std::string archiveToPicturesKey = "archiveClipImagesToPictures";
-  bool autoSaveClipImages = true;
-  const std::string autoSaveClipImagesKey = "autoSaveClipImages";
+  Setting<bool> archiveToPictures{platform_.defaults, "archiveClipImagesToPictures"};
+  Setting<bool> autoSaveClipImages{
+      platform_.defaults,
+      "autoSaveClipImages",
+      true,
+      {.registered = true,
+       .toggle = {"Auto-save copied images to a file", "toggleAutoSaveClipImages"}}};
+  // Looked at with every copy that its owner wants kept out.
+  Setting<bool> recordConcealedCopies{platform_.defaults, "recordConcealedCopies"};
 
   // A new text was recorded; called before it is stored.
   std::function<void(const SharedText&)> onTextRecorded;
@@ -97,7 +105,6 @@ class ClipboardHistory {
   void fileArrived(std::uint64_t id, const std::string& path, Image image);
   std::optional<ClipItem> loadedItem(const Value& entry);
 
-  Platform& platform_;
   Shell& shell_;
   std::uint64_t lastId_ = 0;
   std::map<std::uint64_t, PendingSave> saves_;  // by the item's id

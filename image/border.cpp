@@ -6,7 +6,7 @@
 
 namespace marbelot {
 
-Result addBorder(const Bitmap& picture, Color color) {
+Result addBorder(const Bitmap& picture, PixelColor color) {
   const std::int64_t width = picture.width(), height = picture.height();
   const std::int64_t shorter = std::min(width, height);
   const std::int64_t border = shorter < 240 ? 6 : shorter / 40;

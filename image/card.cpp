@@ -151,7 +151,7 @@ class CardPainter {
     for (std::int64_t x = begin; x < end; ++x) {
       Levels levels{0, 0, 0, static_cast<float>(shadowRow_[x])};
       if (badge_) {
-        const Color color = card_.badge->color;
+        const PixelColor color = card_.badge->color;
         levels = drawnOver(std::array{color.red, color.green, color.blue, std::uint8_t{255}},
                            badgeRow_->at(x, card_.width), levels);
       }

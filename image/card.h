@@ -16,7 +16,7 @@ namespace marbelot {
 struct Card {
   struct Badge {
     RoundedRect shape;
-    Color color;
+    PixelColor color;
     Shadow shadow;
   };
   std::int64_t width = 0, height = 0;  // of the canvas, pixels

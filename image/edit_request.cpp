@@ -22,7 +22,7 @@ std::string textOf(const EditParameter& param) {
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), *number).ptr;
     return {buffer.data(), end};
   }
-  if (const auto* color = std::get_if<Color>(&param)) {
+  if (const auto* color = std::get_if<PixelColor>(&param)) {
     std::snprintf(buffer.data(), buffer.size(), "#%02x%02x%02x", color->red, color->green,
                   color->blue);
     return buffer.data();

@@ -22,7 +22,7 @@ Result makeEmblem(const Bitmap& picture, EmblemShape shape, EmblemStyle style) {
   card.opening.radius = roundness * card.opening.width;
   card.scale = card.opening.width / length;
   if (style != EmblemStyle::clear) {
-    constexpr Color dark{28, 28, 28};  // 0.11 of white's level
+    constexpr PixelColor dark{28, 28, 28};  // 0.11 of white's level
     const auto reach = static_cast<double>(margin);
     // The blur radius of the platform's drawing is two standard deviations.
     card.badge = {{length, length, roundness * length},

@@ -47,15 +47,6 @@ ImageExport::ImageExport(Platform& platform, Shell& shell, ActionTable& actions,
               });
 }
 
-void ImageExport::readSettings() {
-  favoriteSaveDirs.clear();
-  const auto stored = platform_.defaults.value(favoriteSaveDirsKey);
-  const Value::List* entries = stored ? stored->asList() : nullptr;
-  if (!entries) return;
-  for (const Value& entry : *entries)
-    if (const SharedText path = entry.asText()) favoriteSaveDirs.push_back(*path);
-}
-
 void ImageExport::addSaveItems(Menu& menu) const {
   const auto addFolder = [&](const std::string& name, const std::string& folder) {
     menu.add("Save image to " + name, "saveClipImageTo:", folder);
@@ -63,7 +54,7 @@ void ImageExport::addSaveItems(Menu& menu) const {
   addFolder("Desktop", files::desktopFolder());
   addFolder("Downloads", files::downloadsFolder());
   addFolder("Pictures/Marbelot", files::join(files::picturesFolder(), "Marbelot"));
-  for (const std::string& folder : favoriteSaveDirs) addFolder(shownName(folder), folder);
+  for (const std::string& folder : *favoriteSaveDirs) addFolder(shownName(folder), folder);
   menu.add("Save image to folder…", "chooseAndSaveClipImage");
   menu.add("Reveal in Finder", "revealCurrentClipImage");
   menu.add("Copy image file path", "copyCurrentClipImagePath");
@@ -100,12 +91,11 @@ void ImageExport::chooseAndSaveClipImage() {
 }
 
 void ImageExport::remember(const std::string& folder) {
-  std::erase(favoriteSaveDirs, folder);
-  favoriteSaveDirs.insert(favoriteSaveDirs.begin(), folder);
-  favoriteSaveDirs.resize(std::min(favoriteSaveDirs.size(), rememberedFolders));
-  Value::List stored;
-  for (const std::string& path : favoriteSaveDirs) stored.emplace_back(path);
-  platform_.defaults.set(favoriteSaveDirsKey, std::move(stored));
+  std::vector<std::string> folders = *favoriteSaveDirs;
+  std::erase(folders, folder);
+  folders.insert(folders.begin(), folder);
+  folders.resize(std::min(folders.size(), rememberedFolders));
+  favoriteSaveDirs = std::move(folders);
 }
 
 // What somebody has copied while the file was being written is newer than this path.

@@ -11,12 +11,15 @@
 #include "image/image_file.h"
 #include "platform/platform.h"
 #include "platform/text.h"
+#include "shell/setting.h"
 #include "shell/shell.h"
 
 namespace marbelot {
 
 // Main thread only; everything it is given outlives it. Files are made in the background.
 class ImageExport {
+  Platform& platform_;
+
  public:
   // The picture in the history entry that the sender was made for; none when it is no picture.
   using HistoryImage = std::function<std::optional<Image>(const MenuItem& sender)>;
@@ -28,12 +31,9 @@ class ImageExport {
               Overtaken overtaken, std::function<std::string()> archiveFolder);
 
   // Paths of the folders that the user chose, the last one first, without duplicates.
-  std::vector<std::string> favoriteSaveDirs;
-  const std::string favoriteSaveDirsKey = "favoriteSaveDirs";
+  Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, "favoriteSaveDirs"};
   // The wall clock, seconds since 1970.
   std::function<double()> clock = text::now;
-
-  void readSettings();
 
   // The items for the menus of pieces of content on the screen.
   void addSaveItems(Menu& menu) const;
@@ -53,7 +53,6 @@ class ImageExport {
   template <class Work, class Then>
   void run(Work work, Then then);
 
-  Platform& platform_;
   Shell& shell_;
   const Overtaken overtaken_;
   const std::function<std::string()> archiveFolder_;

@@ -78,7 +78,7 @@ std::optional<Edit> editOf(const EditParameter& parameter, Make make) {
 }
 
 std::optional<Edit> borderEdit(const EditParameter& parameter) {
-  return editOf<Color>(parameter, [](Color color) {
+  return editOf<PixelColor>(parameter, [](PixelColor color) {
     return Edit{[=](const Bitmap& picture) { return addBorder(picture, color); }, "Added border"};
   });
 }

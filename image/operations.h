@@ -16,7 +16,7 @@
 namespace marbelot {
 
 // The argument that a menu item carries for an operation.
-using EditParameter = std::variant<std::monostate, Color, std::string, std::int64_t, double>;
+using EditParameter = std::variant<std::monostate, PixelColor, std::string, std::int64_t, double>;
 
 // An operation with its arguments: what it does to a picture, and what is said when it is done.
 struct Edit {

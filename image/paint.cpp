@@ -8,7 +8,7 @@
 namespace marbelot {
 namespace {
 
-void fillPlain(Color color, std::uint8_t* to, std::int64_t count) {
+void fillPlain(PixelColor color, std::uint8_t* to, std::int64_t count) {
   for (; count > 0; --count, to += 4) {
     to[0] = color.red;
     to[1] = color.green;
@@ -18,7 +18,8 @@ void fillPlain(Color color, std::uint8_t* to, std::int64_t count) {
 }
 
 // Pixels as they look on the colour.
-void drawOverPlain(Color color, const std::uint8_t* from, std::uint8_t* to, std::int64_t count) {
+void drawOverPlain(PixelColor color, const std::uint8_t* from, std::uint8_t* to,
+                   std::int64_t count) {
   for (; count > 0; --count, from += 4, to += 4) {
     const unsigned showing = 255u - from[3];
     to[0] = sum(from[0], scaled(color.red, showing));
@@ -36,7 +37,7 @@ void shadePlain(const std::uint8_t* levels, std::uint8_t* to, std::int64_t count
 }
 
 #ifdef MARBELOT_AVX2
-MARBELOT_AVX2_INLINE __m256i spread(Color color) {
+MARBELOT_AVX2_INLINE __m256i spread(PixelColor color) {
   const std::uint8_t bytes[] = {color.red, color.green, color.blue, 255};
   int pixel = 0;
   std::memcpy(&pixel, bytes, 4);
@@ -48,7 +49,7 @@ struct Filled {
   MARBELOT_AVX2_INLINE __m256i operator()(std::int64_t) const { return color; }
 };
 
-MARBELOT_AVX2 void fillFast(Color color, std::uint8_t* to, std::int64_t count) {
+MARBELOT_AVX2 void fillFast(PixelColor color, std::uint8_t* to, std::int64_t count) {
   if (count < vectorPixels) return fillPlain(color, to, count);
   streamPixels(to, count, Filled{spread(color)});
 }
@@ -65,7 +66,7 @@ struct DrawnOver {
   }
 };
 
-MARBELOT_AVX2 void drawOverFast(Color color, const std::uint8_t* from, std::uint8_t* to,
+MARBELOT_AVX2 void drawOverFast(PixelColor color, const std::uint8_t* from, std::uint8_t* to,
                                 std::int64_t count) {
   if (count < vectorPixels) return drawOverPlain(color, from, to, count);
   streamPixels(to, count, DrawnOver{spread(color), from});
@@ -87,11 +88,12 @@ MARBELOT_AVX2 void shadeFast(const std::uint8_t* levels, std::uint8_t* to, std::
 
 }  // namespace
 
-void fillPixels(Color color, std::uint8_t* to, std::int64_t count) {
+void fillPixels(PixelColor color, std::uint8_t* to, std::int64_t count) {
   MARBELOT_FASTEST(fillPlain, fillFast)(color, to, count);
 }
 
-void drawPixelsOver(Color color, const std::uint8_t* from, std::uint8_t* to, std::int64_t count) {
+void drawPixelsOver(PixelColor color, const std::uint8_t* from, std::uint8_t* to,
+                    std::int64_t count) {
   MARBELOT_FASTEST(drawOverPlain, drawOverFast)(color, from, to, count);
 }
 

@@ -11,7 +11,7 @@ namespace marbelot {
 
 // A frame of one colour around the picture, 6 pixels wide, and wider for pictures from 240 pixels
 // on. The colour also fills what is transparent in the picture.
-Result addBorder(const Bitmap& picture, Color color);
+Result addBorder(const Bitmap& picture, PixelColor color);
 
 enum class ShadowCanvas { grown, sameSize };
 // A white card with rounded corners, its shadow, and the picture on it. The margin for the shadow

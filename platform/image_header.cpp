@@ -76,8 +76,45 @@ std::optional<Size> pngSize(const Reader& in) {
   return std::nullopt;
 }
 
+struct Directory {
+  Size size;
+  bool turned = false;  // shown after a quarter turn
+};
+
+// TIFF 6.0: the first directory's ImageWidth (256), ImageLength (257) and Orientation (274), SHORT
+// or LONG. Offsets in it count from `start`.
+Directory firstDirectory(const Reader& in, std::uint64_t start) {
+  const bool bigEndian = in.matches(start, "MM");
+  const auto number = [&](std::uint64_t offset, std::size_t bytes) {
+    return bigEndian ? in.big(start + offset, bytes) : in.little(start + offset, bytes);
+  };
+  const std::uint64_t begin = number(4, 4);
+  const auto entries = number(begin, 2);
+  Directory directory;
+  for (std::uint64_t i = 0; i < entries && !in.failed(); ++i) {
+    const std::uint64_t entry = begin + 2 + 12 * i;
+    const auto tag = number(entry, 2);
+    const auto type = number(entry + 2, 2);
+    if (type != 3 && type != 4) continue;
+    const auto value = number(entry + 8, type == 3 ? 2 : 4);
+    if (tag == 256) directory.size.width = value;
+    if (tag == 257) directory.size.height = value;
+    if (tag == 274) directory.turned = value >= 5 && value <= 8;
+  }
+  number(begin + 2 + 12 * std::uint64_t{entries}, 4);  // the directory must be whole
+  return directory;
+}
+
+Size shown(Size size, bool turned) { return turned ? Size{size.height, size.width} : size; }
+
+std::optional<Size> tiffSize(const Reader& in) {
+  const Directory directory = firstDirectory(in, 0);
+  return shown(directory.size, directory.turned);
+}
+
 // ITU-T T.81, annex B: segments up to the start of a frame.
 std::optional<Size> jpegSize(const Reader& in) {
+  bool turned = false;
   for (std::uint64_t at = 2; !in.failed();) {
     if (in.big(at, 1) != 0xFF) return std::nullopt;
     const auto marker = in.big(at + 1, 1);
@@ -95,32 +132,18 @@ std::optional<Size> jpegSize(const Reader& in) {
       const std::uint64_t components = in.big(at + 9, 1);
       if (in.big(at + 2, 2) != 8 + 3 * components) return std::nullopt;
       in.big(at + 9 + 3 * components, 1);
-      return Size{in.big(at + 7, 2), in.big(at + 5, 2)};
+      return shown({in.big(at + 7, 2), in.big(at + 5, 2)}, turned);
+    }
+    if (marker == 0xE1 && in.matches(at + 4, std::string_view("Exif\0\0", 6))) {
+      // Damage in there is no damage to the picture.
+      const Reader exif = in;
+      turned = firstDirectory(exif, at + 10).turned;
     }
     const auto length = in.big(at + 2, 2);
     if (marker == 0xD9 || marker == 0xDA || length < 2) return std::nullopt;
     at += 2 + length;
   }
   return std::nullopt;
-}
-
-// TIFF 6.0: the first directory's ImageWidth (256) and ImageLength (257), SHORT or LONG.
-std::optional<Size> tiffSize(const Reader& in, bool bigEndian) {
-  const auto number = [&](std::uint64_t offset, std::size_t bytes) {
-    return bigEndian ? in.big(offset, bytes) : in.little(offset, bytes);
-  };
-  const std::uint64_t directory = number(4, 4);
-  const auto entries = number(directory, 2);
-  Size size;
-  for (std::uint64_t i = 0; i < entries && !in.failed(); ++i) {
-    const std::uint64_t entry = directory + 2 + 12 * i;
-    const auto tag = number(entry, 2);
-    const auto type = number(entry + 2, 2);
-    if ((tag != 256 && tag != 257) || (type != 3 && type != 4)) continue;
-    (tag == 256 ? size.width : size.height) = number(entry + 8, type == 3 ? 2 : 4);
-  }
-  number(directory + 2 + 12 * std::uint64_t{entries}, 4);  // the directory must be whole
-  return size;
 }
 
 std::optional<Size> bmpSize(const Reader& in) {
@@ -234,9 +257,9 @@ std::optional<ImageHeader> imageHeader(const ByteSource& source) {
   if (in.matches(0, "\x89PNG\r\n\x1A\n")) return checked(ImageFormat::png, pngSize(in), in);
   if (in.matches(0, "\xFF\xD8\xFF")) return checked(ImageFormat::jpeg, jpegSize(in), in);
   if (in.matches(0, std::string_view("II*\0", 4)))
-    return checked(ImageFormat::tiff, tiffSize(in, false), in);
+    return checked(ImageFormat::tiff, tiffSize(in), in);
   if (in.matches(0, std::string_view("MM\0*", 4)))
-    return checked(ImageFormat::tiff, tiffSize(in, true), in);
+    return checked(ImageFormat::tiff, tiffSize(in), in);
   if (in.matches(0, "GIF87a") || in.matches(0, "GIF89a")) {
     in.big(12, 1);  // the screen descriptor must be whole
     return checked(ImageFormat::gif, Size{in.little(6, 2), in.little(8, 2)}, in);

@@ -88,6 +88,10 @@ void writeMenu(JsonWriter& out, const Menu& menu) {
       out.Bool(item->hidden);
       out.Key("checked");
       out.Bool(item->checked);
+      if (item->image) {
+        out.Key("image");
+        out.Bool(true);
+      }
       if (!item->toolTip.empty()) {
         out.Key("toolTip");
         writeText(out, item->toolTip);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -42,6 +43,9 @@ struct MenuItem {
   bool checked = false;
   std::string toolTip;
   std::string key;  // key equivalent: one character with Command (Control on Linux), or empty
+  // Shown before the title at 16 × 16 points, whatever its size. Only an image that has its pixels
+  // at hand (Image::fromPixels) is shown: menus wait for no codec.
+  std::optional<Image> image;
   std::shared_ptr<Menu> submenu;
   std::shared_ptr<const HUDPayload> payload;  // content to preview while the item is highlighted
 

@@ -54,12 +54,8 @@ SharedText UserDefaults::textFor(std::string_view key) const {
 }
 
 std::vector<SharedText> UserDefaults::textListFor(std::string_view key) const {
-  std::vector<SharedText> texts;
   const auto found = valueOfType(key, [](const Value& value) { return value.asList() != nullptr; });
-  if (!found) return texts;
-  for (const Value& entry : *found->asList())
-    if (const SharedText text = entry.asText()) texts.push_back(text);
-  return texts;
+  return found ? *found->asTexts() : std::vector<SharedText>();
 }
 
 void UserDefaults::setProblemHandler(std::function<void(const std::string&)> handler) {

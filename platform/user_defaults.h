@@ -37,6 +37,7 @@ class UserDefaults {
   void setProblemHandler(std::function<void(const std::string&)> handler);
 
   // Typed reading. A stored value of another type counts as absent, and the user is told of it.
+  std::optional<Value> valueOfType(std::string_view key, bool (*fits)(const Value&)) const;
   bool boolFor(std::string_view key) const;
   SharedText textFor(std::string_view key) const;  // null when there is none
   // The texts of a list; entries of other types are left out.
@@ -47,8 +48,6 @@ class UserDefaults {
   void report(const std::string& message) const;
 
  private:
-  std::optional<Value> valueOfType(std::string_view key, bool (*fits)(const Value&)) const;
-
   std::map<std::string, Value, std::less<>> registered_;
   std::function<void(const std::string&)> problem_;
   // What was found before there was anybody to tell.

@@ -13,9 +13,24 @@ std::optional<std::int64_t> Value::asInteger() const {
   return std::nullopt;
 }
 
+std::optional<double> Value::asDouble() const {
+  if (const auto* number = std::get_if<double>(&data)) return *number;
+  if (const auto* number = std::get_if<std::int64_t>(&data)) return static_cast<double>(*number);
+  return std::nullopt;
+}
+
 SharedText Value::asText() const {
   const auto* text = std::get_if<SharedText>(&data);
   return text ? *text : nullptr;
+}
+
+std::optional<std::vector<SharedText>> Value::asTexts() const {
+  const List* entries = asList();
+  if (!entries) return std::nullopt;
+  std::vector<SharedText> texts;
+  for (const Value& entry : *entries)
+    if (const SharedText text = entry.asText()) texts.push_back(text);
+  return texts;
 }
 
 const Value::List* Value::asList() const { return std::get_if<List>(&data); }

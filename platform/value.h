@@ -37,10 +37,14 @@ struct Value {
   Value(List value) : data(std::move(value)) {}
   Value(Dictionary value) : data(std::move(value)) {}
 
-  // Each gives none when the value is of another type; a whole number also reads as a bool.
+  // Each gives none when the value is of another type; a whole number also reads as a bool and as
+  // a double.
   std::optional<bool> asBool() const;
   std::optional<std::int64_t> asInteger() const;
+  std::optional<double> asDouble() const;
   SharedText asText() const;
+  // The texts of a list; entries of other types are left out.
+  std::optional<std::vector<SharedText>> asTexts() const;
   const List* asList() const;
   const Dictionary* asDictionary() const;
 };

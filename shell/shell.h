@@ -1,6 +1,8 @@
 // What every feature may ask of the application as a whole.
 #pragma once
 
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <map>
 #include <string>
@@ -45,8 +47,12 @@ class ActionTable {
  public:
   using Action = std::function<void(const MenuItem& sender)>;
 
+  // Nobody else may offer the action: the program ends otherwise.
   void add(std::string selector, Action action) {
-    actions_[std::move(selector)] = std::move(action);
+    const auto [place, added] = actions_.try_emplace(std::move(selector), std::move(action));
+    if (added) return;
+    std::fprintf(stderr, "the action %s is offered twice\n", place->first.c_str());
+    std::abort();
   }
   // False when nobody offers the sender's action.
   bool perform(const MenuItem& sender) const {

@@ -23,15 +23,11 @@ CannedResponses::CannedResponses(Platform& platform, Shell& shell, ActionTable& 
   });
 }
 
-void CannedResponses::readSettings() {
-  cannedResponses = platform_.defaults.textListFor(cannedKey);
-}
-
 std::shared_ptr<Menu> CannedResponses::menu() const {
   auto menu = std::make_shared<Menu>();
   auto remove = std::make_shared<Menu>();
-  for (std::size_t i = 0; i < cannedResponses.size(); ++i) {
-    const SharedText& snippet = cannedResponses[i];
+  for (std::size_t i = 0; i < cannedResponses->size(); ++i) {
+    const SharedText& snippet = cannedResponses.get()[i];
     // What looks like a password in the user's own text is as a rule a name or an ending.
     const std::string title = maskedPreview(*snippet, titleLimit, maskApiKeys);
     const auto index = static_cast<std::int64_t>(i);
@@ -39,26 +35,26 @@ std::shared_ptr<Menu> CannedResponses::menu() const {
         std::make_shared<const HUDPayload>(HUDPayload{snippet});
     remove->add(title, "removeCanned:", index);
   }
-  if (cannedResponses.empty()) menu->addDisabled("No canned responses yet");
+  if (cannedResponses->empty()) menu->addDisabled("No canned responses yet");
   menu->addSeparator();
   menu->add("Add canned response…", "addCanned");
-  if (!cannedResponses.empty()) menu->addSubmenu("Remove", std::move(remove));
+  if (!cannedResponses->empty()) menu->addSubmenu("Remove", std::move(remove));
   return menu;
 }
 
 void CannedResponses::changed() {
-  platform_.defaults.set(cannedKey, Value::List(cannedResponses.begin(), cannedResponses.end()));
+  cannedResponses.store();
   shell_.rebuildMenu();
 }
 
 void CannedResponses::append(std::string text) {
-  cannedResponses.push_back(share(std::move(text)));
+  cannedResponses.edit().push_back(share(std::move(text)));
   changed();
 }
 
 std::optional<std::size_t> CannedResponses::indexOf(const MenuItem& sender) const {
   const auto* index = std::get_if<std::int64_t>(&sender.represented);
-  if (!index || *index < 0 || static_cast<std::size_t>(*index) >= cannedResponses.size())
+  if (!index || *index < 0 || static_cast<std::size_t>(*index) >= cannedResponses->size())
     return std::nullopt;
   return static_cast<std::size_t>(*index);
 }
@@ -67,7 +63,7 @@ std::optional<std::size_t> CannedResponses::indexOf(const MenuItem& sender) cons
 void CannedResponses::copyCanned(const MenuItem& sender) {
   const auto index = indexOf(sender);
   if (!index) return;
-  shell_.confirmCopy(platform_.pasteboard.write(cannedResponses[*index]).has_value(),
+  shell_.confirmCopy(platform_.pasteboard.write(cannedResponses.get()[*index]).has_value(),
                      "Copied canned response");
 }
 
@@ -96,14 +92,15 @@ void CannedResponses::addCanned() {
 void CannedResponses::removeCanned(const MenuItem& sender) {
   const auto index = indexOf(sender);
   if (!index) return;
-  cannedResponses.erase(cannedResponses.begin() + static_cast<std::ptrdiff_t>(*index));
+  auto& responses = cannedResponses.edit();
+  responses.erase(responses.begin() + static_cast<std::ptrdiff_t>(*index));
   changed();
 }
 
 void CannedResponses::saveText(const SharedText& text) {
   const std::string_view trimmed = text::trimmedBlanks(*text);
   const bool known =
-      std::any_of(cannedResponses.begin(), cannedResponses.end(),
+      std::any_of(cannedResponses->begin(), cannedResponses->end(),
                   [trimmed](const SharedText& snippet) { return *snippet == trimmed; });
   if (known) {
     shell_.notify("Already a canned response");

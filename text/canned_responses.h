@@ -9,22 +9,24 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "shell/setting.h"
 #include "shell/shell.h"
 
 namespace marbelot {
 
 // Main thread only; the platform and the shell outlive it.
 class CannedResponses {
+  Platform& platform_;
+
  public:
   // The text of the history entry that a menu item stands for, null when there is none.
   using HistoryText = std::function<SharedText(const MenuItem& sender)>;
 
   CannedResponses(Platform& platform, Shell& shell, ActionTable& actions, HistoryText historyText);
 
-  std::vector<SharedText> cannedResponses;  // oldest first
-  const std::string cannedKey = "cannedResponses";
+  // Oldest first.
+  Setting<std::vector<SharedText>> cannedResponses{platform_.defaults, "cannedResponses"};
 
-  void readSettings();
   // The submenu of "Canned responses".
   std::shared_ptr<Menu> menu() const;
   // Appends the text, trimmed of blanks, unless it is there already, and says which.
@@ -38,7 +40,6 @@ class CannedResponses {
   void addCanned();
   void removeCanned(const MenuItem& sender);
 
-  Platform& platform_;
   Shell& shell_;
   const HistoryText historyText_;
 };

@@ -23,18 +23,10 @@ CollectCopies::CollectCopies(Platform& platform, Shell& shell, ActionTable& acti
   actions.add("dropLastConcat", [this](const MenuItem&) { dropLastConcat(); });
 }
 
-void CollectCopies::readSettings() {
-  concatEnabled = platform_.defaults.boolFor(concatEnabledKey);
-  concatBuffer = Collection(platform_.defaults.textListFor(concatBufferKey));
-  const SharedText separator = platform_.defaults.textFor(concatSeparatorKey);
-  concatSeparator = separator ? *separator : "newline";
-}
-
 void CollectCopies::persist() {
-  const auto& pieces = concatBuffer.pieces();
-  platform_.defaults.set(concatBufferKey, Value::List(pieces.begin(), pieces.end()));
-  platform_.defaults.set(concatEnabledKey, concatEnabled);
-  platform_.defaults.set(concatSeparatorKey, concatSeparator);
+  concatBuffer.store();
+  concatEnabled.store();
+  concatSeparator.store();
 }
 
 void CollectCopies::changed() {
@@ -48,7 +40,7 @@ void CollectCopies::addStatusItem(Menu& menu) {
 }
 
 void CollectCopies::dressItem() {
-  concatItem->title = collectionTitle(concatBuffer.size());
+  concatItem->title = collectionTitle(concatBuffer->size());
   concatItem->submenu = submenu();
 }
 
@@ -63,36 +55,36 @@ std::shared_ptr<Menu> CollectCopies::submenu() {
   menu->add(concatEnabled ? "Stop collecting copies" : "Start collecting copies", "toggleConcat")
       ->checked = concatEnabled;
   menu->addSeparator();
-  if (!concatBuffer.empty()) {
-    menu->add(collectionSummary(concatBuffer.size(), characters()), "viewConcat");
+  if (!concatBuffer->empty()) {
+    menu->add(collectionSummary(concatBuffer->size(), characters()), "viewConcat");
     menu->add("Copy collection", "copyConcat");
     menu->add("Copy collection & reset", "copyConcatAndReset");
     menu->add("Remove last piece", "dropLastConcat");
   }
   menu->add("Reset collection", "resetConcat");
-  if (concatBuffer.empty()) menu->addDisabled(nothingCollected);
+  if (concatBuffer->empty()) menu->addDisabled(nothingCollected);
   menu->addSeparator();
   auto separators = std::make_shared<Menu>();
   for (const SeparatorDef& def : separatorDefs)
     separators->add(std::string(def.title), "setConcatSeparator:", std::string(def.key))->checked =
-        def.key == concatSeparator;
+        def.key == *concatSeparator;
   menu->addSubmenu("Join pieces with", std::move(separators));
   return menu;
 }
 
 std::optional<std::size_t> CollectCopies::characters() {
-  if (concatBuffer.uncountedBytes() <= largeTextBytes)
-    return concatBuffer.characterCount(concatSeparator);
+  if (concatBuffer->uncountedBytes() <= largeTextBytes)
+    return concatBuffer->characterCount(*concatSeparator);
   if (!busyCounting_) {
     busyCounting_ = true;
     counting_ = platform_.queue.inBackground(
-        [copy = concatBuffer, key = concatSeparator] {
+        [copy = *concatBuffer, key = *concatSeparator] {
           copy.characterCount(key);
           return copy;
         },
         [this](const Collection& counted) {
           busyCounting_ = false;
-          concatBuffer.adoptCounts(counted);
+          concatBuffer.edit().adoptCounts(counted);
           refreshMenu();
         });
   }
@@ -100,33 +92,33 @@ std::optional<std::size_t> CollectCopies::characters() {
 }
 
 void CollectCopies::append(const SharedText& text, bool quiet) {
-  if (!concatBuffer.append(text)) return;
+  if (!concatBuffer.edit().append(text)) return;
   changed();
   if (quiet) return;
   shell_.flashStatusIcon();
-  const std::size_t pieces = concatBuffer.size();
+  const std::size_t pieces = concatBuffer->size();
   shell_.notify("Collected " + std::to_string(pieces) + (pieces == 1 ? " piece" : " pieces"));
 }
 
 void CollectCopies::toggleConcat() {
-  concatEnabled = !concatEnabled;
+  concatEnabled.edit() = !concatEnabled;
   changed();
   shell_.notify(concatEnabled ? "Collecting copies" : "Stopped collecting");
 }
 
 bool CollectCopies::tellWhenEmpty() {
-  if (concatBuffer.empty()) shell_.notify(nothingCollected);
-  return concatBuffer.empty();
+  if (concatBuffer->empty()) shell_.notify(nothingCollected);
+  return concatBuffer->empty();
 }
 
 void CollectCopies::withJoined(Task& task, std::function<void(const SharedText&)> then) {
-  if (concatBuffer.joinedBytes(concatSeparator) <= largeTextBytes) {
+  if (concatBuffer->joinedBytes(*concatSeparator) <= largeTextBytes) {
     task.cancel();
-    then(share(concatBuffer.joined(concatSeparator)));
+    then(share(concatBuffer->joined(*concatSeparator)));
     return;
   }
   task = platform_.queue.inBackground(
-      [copy = concatBuffer, key = concatSeparator] { return share(copy.joined(key)); },
+      [copy = *concatBuffer, key = *concatSeparator] { return share(copy.joined(key)); },
       std::move(then));
 }
 
@@ -135,7 +127,7 @@ void CollectCopies::copy(bool reset) {
   // A copy that is superseded while its pieces are being joined still resets.
   resetAfterCopy_ = resetAfterCopy_ || reset;
   const std::int64_t count = platform_.pasteboard.changeCount();
-  withJoined(copying_, [this, count, copied = concatBuffer.pieces()](const SharedText& text) {
+  withJoined(copying_, [this, count, copied = concatBuffer->pieces()](const SharedText& text) {
     // Joining much takes a while; what the user copied since is what is wanted now.
     if (platform_.pasteboard.changeCount() != count) {
       resetAfterCopy_ = false;
@@ -146,9 +138,9 @@ void CollectCopies::copy(bool reset) {
     const bool resets = std::exchange(resetAfterCopy_, false);
     if (written && resets) {
       // Pieces collected meanwhile are not in the copy and stay.
-      const auto& now = concatBuffer.pieces();
+      const auto& now = concatBuffer->pieces();
       const auto rest = std::mismatch(now.begin(), now.end(), copied.begin(), copied.end()).first;
-      concatBuffer = Collection(std::vector<SharedText>(rest, now.end()));
+      concatBuffer.edit() = Collection(std::vector<SharedText>(rest, now.end()));
     }
     changed();
     shell_.confirmCopy(written, "Copied " + std::to_string(copied.size()) +
@@ -157,7 +149,7 @@ void CollectCopies::copy(bool reset) {
 }
 
 void CollectCopies::resetConcat() {
-  concatBuffer.clear();
+  concatBuffer.edit().clear();
   changed();
   shell_.notify("Collection reset");
 }
@@ -165,7 +157,7 @@ void CollectCopies::resetConcat() {
 void CollectCopies::setConcatSeparator(const MenuItem& sender) {
   const auto* key = std::get_if<std::string>(&sender.represented);
   if (!key) return;
-  concatSeparator = *key;
+  concatSeparator.edit() = *key;
   changed();
 }
 
@@ -175,9 +167,9 @@ void CollectCopies::viewConcat() {
 
 void CollectCopies::dropLastConcat() {
   if (tellWhenEmpty()) return;
-  concatBuffer.removeLast();
+  concatBuffer.edit().removeLast();
   changed();
-  shell_.notify("Removed the last piece (" + std::to_string(concatBuffer.size()) + " left)");
+  shell_.notify("Removed the last piece (" + std::to_string(concatBuffer->size()) + " left)");
 }
 
 }  // namespace marbelot

@@ -7,28 +7,38 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "shell/setting.h"
 #include "shell/shell.h"
 #include "text/collection.h"
 
 namespace marbelot {
 
+template <>
+struct SettingForm<Collection> {
+  static std::optional<Collection> from(const Value& value) {
+    auto texts = value.asTexts();
+    return texts ? std::optional(Collection(*std::move(texts))) : std::nullopt;
+  }
+  static Value to(const Collection& collection) {
+    return SettingForm<std::vector<SharedText>>::to(collection.pieces());
+  }
+};
+
 // Main thread only; the platform and the shell outlive it.
 class CollectCopies {
+  Platform& platform_;
+
  public:
   // Shows a text of several pieces to the user.
   using View = std::function<void(const SharedText& text)>;
 
   CollectCopies(Platform& platform, Shell& shell, ActionTable& actions, View view);
 
-  bool concatEnabled = false;
-  const std::string concatEnabledKey = "concatEnabled";
-  Collection concatBuffer;
-  const std::string concatBufferKey = "concatBuffer";
-  std::string concatSeparator = "newline";
-  const std::string concatSeparatorKey = "concatSeparator";
+  Setting<bool> concatEnabled{platform_.defaults, "concatEnabled"};
+  Setting<Collection> concatBuffer{platform_.defaults, "concatBuffer"};
+  Setting<std::string> concatSeparator{platform_.defaults, "concatSeparator", "newline"};
   MenuItemRef concatItem;  // the status menu's; empty until it is built
 
-  void readSettings();
   // Adds the item with its submenu to the status menu.
   void addStatusItem(Menu& menu);
   // Sets the item's title and submenu, also while the menu is open.
@@ -54,7 +64,6 @@ class CollectCopies {
   void viewConcat();
   void dropLastConcat();
 
-  Platform& platform_;
   Shell& shell_;
   const View view_;
   Task copying_, viewing_;

@@ -6,8 +6,10 @@
 #include <QColorSpace>
 #include <QCoreApplication>
 #include <QImage>
+#include <QImageIOHandler>
 #include <QImageReader>
 #include <QImageWriter>
+#include <QTransform>
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -19,6 +21,7 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/imaging.h"
 #include "platform/linux/pixel_rows.h"
+#include "tools/cmyk_jpeg.h"
 #include "tools/imaging_process.h"
 
 namespace {
@@ -66,6 +69,14 @@ QImage decodedHeic(std::string_view bytes) {
   return image;
 }
 
+QImage upright(const QImage& image, QImageIOHandler::Transformations how) {
+  const QImage mirrored = image.mirrored(how.testFlag(QImageIOHandler::TransformationMirror),
+                                         how.testFlag(QImageIOHandler::TransformationFlip));
+  return how.testFlag(QImageIOHandler::TransformationRotate90)
+             ? mirrored.transformed(QTransform().rotate(90))
+             : mirrored;
+}
+
 QImage decoded(std::string_view bytes, marbelot::ImageFormat format) {
   if (format == marbelot::ImageFormat::heic) return decodedHeic(bytes);
   QByteArray view = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
@@ -74,6 +85,9 @@ QImage decoded(std::string_view bytes, marbelot::ImageFormat format) {
   // Megabytes: the largest picture that its header may claim, at eight bytes a pixel.
   QImageReader::setAllocationLimit(static_cast<int>(marbelot::maximumImagePixels * 8 >> 20));
   QImageReader reader(&device);
+  if (format == marbelot::ImageFormat::jpeg)
+    if (const QImage inks = decodedCmykJpeg(bytes); !inks.isNull())
+      return upright(inks, reader.transformation());
   reader.setAutoTransform(true);
   return reader.read();
 }

@@ -49,6 +49,15 @@ QString menuTitle(const std::string& title) {
   return QString::fromStdString(text::shownTitle(title)).replace('&', "&&");
 }
 
+SharedBitmap pixelsOf(const MenuItem& item) { return item.image ? item.image->pixels() : nullptr; }
+
+QIcon iconOf(const Bitmap& pixels) {
+  return QPixmap::fromImage(QImage(pixels.data(), pixels.width(), pixels.height(),
+                                   static_cast<qsizetype>(pixels.bytesPerRow()),
+                                   QImage::Format_RGBA8888_Premultiplied)
+                                .copy());
+}
+
 // What the key would type on the Latin layout that the user has beside a Cyrillic, Greek or other
 // one, or else on the American one. 0 when that is no letter.
 char latinLetter(const QKeyEvent& event) {
@@ -166,6 +175,7 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
 }
 
 void MenuView::dress(QAction& action, const MenuItemRef& item) {
+  const MenuItemRef before = itemOf(&action);
   action.setData(QVariant::fromValue(item));
   action.setVisible(!item->hidden);
   if (item->separator) return;
@@ -176,6 +186,10 @@ void MenuView::dress(QAction& action, const MenuItemRef& item) {
     title += "\tCtrl+" + QString::fromStdString(item->key).toUpper();
   }
   if (action.text() != title) action.setText(title);
+  if (const SharedBitmap pixels = pixelsOf(*item); !before || pixelsOf(*before) != pixels) {
+    action.setIcon(pixels ? iconOf(*pixels) : QIcon());
+    action.setIconVisibleInMenu(true);  // also on desktops whose menus have none as a rule
+  }
   action.setToolTip(plainToolTip(item->toolTip));
   action.setEnabled(item->enabled && (item->submenu || !item->action.empty()));
   action.setCheckable(item->checked);

@@ -1,5 +1,7 @@
 #import "platform/macos/menus.h"
 
+#include <cstring>
+
 #include "platform/macos/conversions.h"
 #include "platform/text.h"
 
@@ -14,6 +16,36 @@ using marbelot::MenuItemRef;
 
 @implementation MarbelotItemBox
 @end
+
+namespace {
+
+// Nil where the pixels are not at hand.
+NSImage* menuImage(const marbelot::Image& image) {
+  const marbelot::SharedBitmap pixels = image.pixels();
+  if (pixels == nullptr) return nil;
+  NSBitmapImageRep* const copy = [[NSBitmapImageRep alloc]
+      initWithBitmapDataPlanes:nullptr
+                    pixelsWide:pixels->width()
+                    pixelsHigh:pixels->height()
+                 bitsPerSample:8
+               samplesPerPixel:4
+                      hasAlpha:YES
+                      isPlanar:NO
+                colorSpaceName:NSDeviceRGBColorSpace
+                   bytesPerRow:pixels->width() * marbelot::Bitmap::pixelBytes
+                  bitsPerPixel:32];
+  if (copy == nil) return nil;
+  const auto bytesPerRow = static_cast<std::size_t>(copy.bytesPerRow);
+  for (int y = 0; y < pixels->height(); ++y)
+    std::memcpy(copy.bitmapData + bytesPerRow * static_cast<std::size_t>(y), pixels->row(y),
+                bytesPerRow);
+  constexpr CGFloat points = 16;
+  NSImage* const shown = [[NSImage alloc] initWithSize:NSMakeSize(points, points)];
+  [shown addRepresentation:copy];
+  return shown;
+}
+
+}  // namespace
 
 @implementation MarbelotMenuRenderer {
   std::shared_ptr<marbelot::Menu> _tree;
@@ -79,6 +111,7 @@ using marbelot::MenuItemRef;
   shown.representedObject = box;
   shown.title = marbelot::nsString(marbelot::text::shownTitle(item->title));
   shown.toolTip = item->toolTip.empty() ? nil : marbelot::nsString(item->toolTip);
+  shown.image = item->image ? menuImage(*item->image) : nil;
   shown.enabled = item->enabled;
   shown.state = item->checked ? NSControlStateValueOn : NSControlStateValueOff;
   shown.keyEquivalent = marbelot::nsString(item->key);

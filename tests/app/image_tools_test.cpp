@@ -112,7 +112,7 @@ TEST_F(ImageToolsTest, TheMenuOffersWhatTheTableHolds) {
   EXPECT_EQ(left->action, "rotateClip:");
   EXPECT_EQ(representedText(left->represented), "clipboard:-90");
   EXPECT_EQ(std::get<std::int64_t>(editRequest(*left)->param), -90);
-  EXPECT_EQ(std::get<Color>(editRequest(*item({"Edit image", "Add border", "Red"}))->param),
+  EXPECT_EQ(std::get<PixelColor>(editRequest(*item({"Edit image", "Add border", "Red"}))->param),
             colors::red);
   EXPECT_EQ(representedText(item({"Edit image", "Resize", "75%"})->represented), "clipboard:0.75");
   EXPECT_FALSE(item({"Edit image", "Make emblem", "Circle"})->enabled) << "a heading";

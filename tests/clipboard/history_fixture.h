@@ -87,6 +87,7 @@ class HistoryTest : public testing::Test {
   memory::MemoryPlatform desktop;
   MemoryShell shell{desktop};
   ActionTable actions;
+  ActionTable others;  // of a second history
   ClipboardHistory history{desktop.platform, shell, actions};
   std::string folder_;
 };

@@ -19,7 +19,7 @@ TEST_F(HistoryTest, RecordsWhatIsCopiedAfterTheStartNewestFirst) {
   poll();
   EXPECT_EQ(desktop.defaults.writes, 1) << "nothing new, nothing written";
 
-  ClipboardHistory second(desktop.platform, shell, actions);
+  ClipboardHistory second(desktop.platform, shell, others);
   second.startClipPoller();
   second.tick();
   EXPECT_TRUE(second.clipHistory.empty()) << "what was there at the launch is not recorded";
@@ -178,7 +178,7 @@ TEST_F(HistoryTest, LoadsWhatItStoredAndTheOlderForm) {
   copy("first");
   now = 1732183268;
   copyImage(png(7));
-  ClipboardHistory restarted(desktop.platform, shell, actions);
+  ClipboardHistory restarted(desktop.platform, shell, others);
   restarted.loadClipHistory();
   ASSERT_EQ(restarted.clipHistory.size(), 2u);
   EXPECT_EQ(restarted.clipHistory[0].kind.image()->width(), 7);

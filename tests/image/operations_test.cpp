@@ -155,7 +155,7 @@ std::string textOf(const EditParameter& parameter) {
   if (const auto* text = std::get_if<std::string>(&parameter)) return *text;
   if (const auto* number = std::get_if<std::int64_t>(&parameter)) return std::to_string(*number);
   if (const auto* number = std::get_if<double>(&parameter)) return std::to_string(*number);
-  const Color color = std::get<Color>(parameter);
+  const PixelColor color = std::get<PixelColor>(parameter);
   return std::to_string(color.red) + "," + std::to_string(color.green) + "," +
          std::to_string(color.blue);
 }
@@ -273,7 +273,7 @@ std::vector<std::uint8_t> bytesOf(const Result& result) {
 TEST(Operations, DoWhatTheySay) {
   const Bitmap picture = unevenPicture();
   using Pixels = std::function<Result()>;
-  const auto border = [&](Color color) -> Pixels {
+  const auto border = [&](PixelColor color) -> Pixels {
     return [&, color] { return addBorder(picture, color); };
   };
   const auto shadow = [&](ShadowCanvas canvas, double share) -> Pixels {
@@ -306,13 +306,16 @@ TEST(Operations, DoWhatTheySay) {
     Pixels pixels;
     std::string message;
   } cases[] = {
-      {"border:white", "addBorderClip:", Color{255, 255, 255}, border({255, 255, 255}), text[0]},
-      {"border:black", "addBorderClip:", Color{0, 0, 0}, border({0, 0, 0}), text[0]},
-      {"border:gray", "addBorderClip:", Color{128, 128, 128}, border({128, 128, 128}), text[0]},
-      {"border:red", "addBorderClip:", Color{255, 59, 48}, border({255, 59, 48}), text[0]},
-      {"border:blue", "addBorderClip:", Color{0, 122, 255}, border({0, 122, 255}), text[0]},
-      {"border:green", "addBorderClip:", Color{52, 199, 89}, border({52, 199, 89}), text[0]},
-      {"border:pink", "addBorderClip:", Color{255, 255, 255}, border({255, 255, 255}), text[0]},
+      {"border:white", "addBorderClip:", PixelColor{255, 255, 255}, border({255, 255, 255}),
+       text[0]},
+      {"border:black", "addBorderClip:", PixelColor{0, 0, 0}, border({0, 0, 0}), text[0]},
+      {"border:gray", "addBorderClip:", PixelColor{128, 128, 128}, border({128, 128, 128}),
+       text[0]},
+      {"border:red", "addBorderClip:", PixelColor{255, 59, 48}, border({255, 59, 48}), text[0]},
+      {"border:blue", "addBorderClip:", PixelColor{0, 122, 255}, border({0, 122, 255}), text[0]},
+      {"border:green", "addBorderClip:", PixelColor{52, 199, 89}, border({52, 199, 89}), text[0]},
+      {"border:pink", "addBorderClip:", PixelColor{255, 255, 255}, border({255, 255, 255}),
+       text[0]},
       {"shadow:grow:small", "addShadowClip:", "grow:small", shadow(grown, 0.05), text[1]},
       {"shadow:grow:large", "addShadowClip:", "grow:large", shadow(grown, 0.15), text[1]},
       {"shadow:same:medium", "addShadowClip:", "same:medium", shadow(same, 0.09), text[1]},

@@ -107,7 +107,7 @@ TEST(PixelOperations, MoveWholePixels) {
 
 TEST(PixelOperations, Border) {
   forPictures([](const Bitmap& bitmap, const Picture& from) {
-    for (const Color color : {colors::white, colors::black, colors::green}) {
+    for (const PixelColor color : {colors::white, colors::black, colors::green}) {
       const reference::Pixel fill{double(color.red), double(color.green), double(color.blue), 255};
       Picture expected(from.width + 12, from.height + 12);
       for (int y = 0; y < expected.height; ++y) {

@@ -4,6 +4,7 @@
 #include <QBuffer>
 #include <QColorSpace>
 #include <QImage>
+#include <cmath>
 #include <cstring>
 #include <random>
 
@@ -279,6 +280,48 @@ TEST(PngWriter, WritesWhatEveryReaderReads) {
       const QImage image = QImage::fromData(QByteArray::fromStdString(*bytes));
       EXPECT_EQ(image.hasAlphaChannel(), !opaque);
       EXPECT_TRUE(image.colorSpace() == QColorSpace::SRgb);
+    }
+}
+
+// A stripe of each colour in turn; of one more than a palette holds, too.
+TEST(PngWriter, KeepsFewColours) {
+  for (const int colours : {1, 2, 3, 4, 5, 16, 17, 256, 257})
+    for (const int width : {1, 7, 8, 300}) {
+      Bitmap bitmap = *Bitmap::make(width, 300);
+      for (int y = 0; y < 300; ++y)
+        for (int x = 0; x < width; ++x) {
+          const int colour = (x / 3 + y) % colours;
+          const auto high = static_cast<std::uint8_t>(colour >> 4);
+          const std::uint8_t pixel[] = {static_cast<std::uint8_t>(colour), high, 77, 255};
+          std::copy_n(pixel, 4, bitmap.row(y) + 4 * x);
+        }
+      const SharedBytes bytes = encodePng(bitmap);
+      ASSERT_TRUE(bytes);
+      EXPECT_EQ(difference(bitmap, toolkit(*bytes)), 0) << colours << " colours, width " << width;
+      const auto back = read(*bytes);
+      ASSERT_TRUE(back) << colours;
+      for (int y = 0; y < 300; ++y)
+        ASSERT_EQ(std::memcmp(back->row(y), bitmap.row(y), 4 * static_cast<std::size_t>(width)), 0)
+            << colours << " colours, width " << width << ", row " << y;
+    }
+}
+
+// Whatever filter the picture asks for.
+TEST(PngWriter, FiltersWithoutLoss) {
+  const auto wave = [](int at) { return static_cast<std::uint8_t>(128 + 90 * std::sin(at / 9.0)); };
+  for (const bool opaque : {true, false})
+    for (const int slope : {0, 1, 2, 3}) {
+      Bitmap bitmap = *Bitmap::make(401, 203);
+      for (int y = 0; y < 203; ++y)
+        for (int x = 0; x < 401; ++x) {
+          const std::uint8_t at = wave(slope == 0 ? x : slope == 1 ? y * 7 : x * slope + y * 5);
+          const auto noisy = static_cast<std::uint8_t>(at + below(slope == 3 ? 9 : 2));
+          const std::uint8_t pixel[] = {at, noisy, static_cast<std::uint8_t>(255 - at), 255};
+          std::copy_n(pixel, 4, bitmap.row(y) + 4 * x);
+          if (!opaque) bitmap.row(y)[4 * x + 3] = wave(x + y);
+        }
+      for (int y = 0; y < 203; ++y) premultiplySimply(bitmap.row(y), bitmap.row(y), 401);
+      EXPECT_EQ(difference(bitmap, toolkit(*encodePng(bitmap))), 0) << slope << opaque;
     }
 }
 

@@ -44,6 +44,14 @@ std::string tiff(bool bigEndian, std::uint32_t width, std::uint32_t height) {
   return (bigEndian ? "MM" : "II") + n(42, 2) + n(10, 4) + "??" + n(2, 2) + n(256, 2) + n(3, 2) +
          n(1, 4) + n(width, 2) + n(0, 2) + n(257, 2) + n(4, 2) + n(1, 4) + n(height, 4) + n(0, 4);
 }
+// The camera was held upright. The directory that follows it lies beyond the file.
+std::string turnedJpeg(std::uint32_t width, std::uint32_t height) {
+  const std::string exif = "Exif" + zeros(2) + "MM" + big(42, 2) + big(8, 4) + big(1, 2) +
+                           big(274, 2) + big(3, 2) + big(1, 4) + big(6, 2) + zeros(2) +
+                           big(9999, 4);
+  std::string bytes = jpeg(width, height);
+  return bytes.insert(2, "\xFF\xE1" + big(static_cast<std::uint32_t>(exif.size()) + 2, 2) + exif);
+}
 std::string bmp(std::uint32_t width, std::uint32_t height) {
   return "BM" + zeros(12) + little(40, 4) + little(width, 4) + little(height, 4);
 }
@@ -74,6 +82,7 @@ TEST(ImageHeader, ReadsEveryFormatAndNothingThatIsCutOff) {
   } cases[] = {
       {ImageFormat::png, png(3840, 2160), 3840, 2160},
       {ImageFormat::jpeg, jpeg(4000, 3000), 4000, 3000},
+      {ImageFormat::jpeg, turnedJpeg(4000, 3000), 3000, 4000},
       {ImageFormat::tiff, tiff(true, 640, 70000), 640, 70000},
       {ImageFormat::tiff, tiff(false, 640, 70000), 640, 70000},
       {ImageFormat::heic, heic(4032, 3024), 3024, 4032},

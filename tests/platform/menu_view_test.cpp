@@ -46,6 +46,31 @@ TEST_F(MenuViewTest, TitlesShowNothingThatQtWouldActUpon) {
     EXPECT_EQ(shownMenu->actions()[i]->text().toStdString(), cases[i].shown);
 }
 
+TEST_F(MenuViewTest, AnImageStandsBeforeItsTitleAndGoesWithIt) {
+  const auto filled = [](std::uint8_t red) {
+    Bitmap bitmap = *Bitmap::makeClear(32, 32);
+    for (std::size_t at = 0; at < bitmap.bytesPerRow() * 32; at += 4) {
+      bitmap.data()[at] = red;
+      bitmap.data()[at + 3] = 255;
+    }
+    return Image::fromPixels(std::make_shared<const Bitmap>(std::move(bitmap)));
+  };
+  menu->add("browser", "action")->image = filled(200);
+  menu->add("editor", "action");
+  const QMenu* shown = open();
+  ASSERT_TRUE(shown);
+  const auto redOf = [&](qsizetype at) {
+    return QColor(shown->actions()[at]->icon().pixmap(16).toImage().pixel(8, 8)).red();
+  };
+  EXPECT_EQ(redOf(0), 200);
+  EXPECT_TRUE(shown->actions()[1]->icon().isNull());
+  menu->items = {std::make_shared<MenuItem>(), std::make_shared<MenuItem>()};
+  menu->items[1]->image = filled(90);
+  view.sync();
+  EXPECT_TRUE(shown->actions()[0]->icon().isNull());
+  EXPECT_EQ(redOf(1), 90);
+}
+
 TEST_F(MenuViewTest, KeyEquivalentsAreControlAndTheLetterAlone) {
   menu->add("flatten", "action")->key = "f";
   QMenu* shown = open();

@@ -181,7 +181,7 @@ TEST_F(TextTools, AWriteThatFailsIsNotAnnouncedAndChangesNothing) {
     EXPECT_EQ(last(), "Couldn't write to the clipboard") << action;
   }
   EXPECT_EQ(flashes, 0);
-  EXPECT_EQ(collect.concatBuffer.size(), 1U);
+  EXPECT_EQ(collect.concatBuffer->size(), 1U);
   EXPECT_EQ(clipboard(), "a\nb");
 }
 
@@ -326,20 +326,18 @@ TEST_F(TextTools, StoredListsAreKeptAndReadWithCare) {
   desk.defaults.set("concatSeparator", 3);
   desk.defaults.set("concatEnabled", "yes");
   desk.defaults.set("cannedResponses", Value::List{1.5, "snippet"});
-  collect.readSettings();
-  canned.readSettings();
-  EXPECT_EQ(collect.concatBuffer.joined(collect.concatSeparator), "a\nb");
-  EXPECT_EQ(collect.concatSeparator, "newline");
+  EXPECT_EQ(collect.concatBuffer->joined(*collect.concatSeparator), "a\nb");
+  EXPECT_EQ(*collect.concatSeparator, "newline");
   EXPECT_FALSE(collect.concatEnabled);
-  ASSERT_EQ(canned.cannedResponses.size(), 1u);
+  ASSERT_EQ(canned.cannedResponses->size(), 1u);
 
   perform("toggleConcat");
   perform("setConcatSeparator:", std::string("blank"));
   collect.append(share("c"), true);
-  CollectCopies later(desk.platform, *this, actions, nullptr);
-  later.readSettings();
+  ActionTable others;
+  CollectCopies later(desk.platform, *this, others, nullptr);
   EXPECT_TRUE(later.concatEnabled);
-  EXPECT_EQ(later.concatBuffer.joined(later.concatSeparator), "a\n\nb\n\nc");
+  EXPECT_EQ(later.concatBuffer->joined(*later.concatSeparator), "a\n\nb\n\nc");
 }
 
 TEST_F(TextTools, LargePiecesAreCountedAndJoinedInTheBackground) {
@@ -368,7 +366,7 @@ TEST_F(TextTools, LargePiecesAreCountedAndJoinedInTheBackground) {
   EXPECT_EQ(clipboard().size(), (3u << 20) + 4);
   EXPECT_EQ(desk.windows.find("editor")->text("editTextView")->size(), (3u << 20) + 4);
   EXPECT_EQ(last(), "Copied 2 pieces — collection reset");
-  EXPECT_EQ(collect.concatBuffer.joined(""), "late");
+  EXPECT_EQ(collect.concatBuffer->joined(""), "late");
 }
 
 TEST_F(TextTools, CannedResponses) {
@@ -383,7 +381,7 @@ TEST_F(TextTools, CannedResponses) {
   desk.dialogs.answer(0, " \n ");
   perform("addCanned");
   desk.dialogs.answer(1, "text");
-  EXPECT_TRUE(canned.cannedResponses.empty());
+  EXPECT_TRUE(canned.cannedResponses->empty());
   perform("addCanned");
   desk.dialogs.answer(0, " one\r\ntwo\n");
   const std::string long44(44, 'x');
@@ -411,11 +409,11 @@ TEST_F(TextTools, CannedResponses) {
     perform("removeCanned:", represented);
   }
   EXPECT_EQ(clipboard(), "before");
-  EXPECT_EQ(canned.cannedResponses.size(), 5u);
+  EXPECT_EQ(canned.cannedResponses->size(), 5u);
   perform("copyCanned:", std::int64_t{0});
   EXPECT_EQ(clipboard(), "one\r\ntwo");
   perform("removeCanned:", std::int64_t{0});
-  EXPECT_EQ(*canned.cannedResponses[0], long44);
+  EXPECT_EQ(*canned.cannedResponses.get()[0], long44);
 }
 
 TEST_F(TextTools, Editor) {
