@@ -32,7 +32,7 @@ struct ClipItem {
   Kind kind;
   double date = 0;                       // seconds since 1970: when it was recorded
   std::optional<std::string> savedPath;  // the file of an image that was saved
-  // Tells items of one run apart, for work that ends after the history has moved on.
+  // Names the item for as long as the program runs, wherever in the history it is by then; never 0.
   std::uint64_t id = 0;
 };
 

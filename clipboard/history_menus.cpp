@@ -130,8 +130,7 @@ MenuItem HistoryMenus::entryItem(const Entry& entry) {
   MenuItem item;
   item.title = entry.title;
   item.represented = static_cast<std::int64_t>(entry.index);
-  item.payload = std::make_shared<const HUDPayload>(HUDPayload{clip.kind.payload});
-  shown_.emplace_back(item.payload, clip.id);
+  item.payload = std::make_shared<const HUDPayload>(HUDPayload{clip.kind.payload, clip.id});
   item.submenu = entryMenu(item, entry);
   return item;
 }
@@ -162,7 +161,6 @@ std::shared_ptr<Menu> HistoryMenus::entryMenu(const MenuItem& item, const Entry&
 
 std::shared_ptr<Menu> HistoryMenus::clipboardHistoryMenu() {
   if (history_.clipHistory.empty()) return emptyMenu();
-  std::erase_if(shown_, [](const auto& payload) { return payload.first.expired(); });
   const std::vector<Entry> all = entries();
   auto menu = std::make_shared<Menu>();
   menu->add(filterItem(all));
@@ -175,7 +173,6 @@ std::shared_ptr<Menu> HistoryMenus::clipboardHistoryMenu() {
 
 std::shared_ptr<Menu> HistoryMenus::clipboardByTypeMenu() {
   if (history_.clipHistory.empty()) return emptyMenu();
-  std::erase_if(shown_, [](const auto& payload) { return payload.first.expired(); });
   std::array<std::shared_ptr<Menu>, clipCategoryCount> menus;
   for (const Entry& entry : entries()) {
     auto& ofCategory = menus[static_cast<std::size_t>(entry.category)];
@@ -193,9 +190,9 @@ std::shared_ptr<Menu> HistoryMenus::clipboardByTypeMenu() {
 std::optional<std::size_t> HistoryMenus::indexFor(const MenuItem& sender) const {
   const auto index = representedIndex(sender);
   if (!index) return std::nullopt;
-  if (sender.payload)
-    for (const auto& [payload, id] : shown_)
-      if (payload.lock() == sender.payload) return history_.indexOf(id);
+  // A menu may be open while the history changes under it: "Delete" must not hit the entry that has
+  // moved to the same index.
+  if (sender.payload && sender.payload->clipId) return history_.indexOf(sender.payload->clipId);
   if (*index < 0 || *index >= static_cast<std::int64_t>(history_.clipHistory.size()))
     return std::nullopt;
   return static_cast<std::size_t>(*index);

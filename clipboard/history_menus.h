@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "clipboard/clipboard_history.h"
@@ -65,9 +64,6 @@ class HistoryMenus {
   Shell& shell_;
   ClipboardHistory& history_;
   TextAnalyses& analyses_;
-  // Which item the payloads of the menus that still exist show. A menu may be open while the
-  // history changes under it: "Delete" must not hit the entry that has moved to the same index.
-  std::vector<std::pair<std::weak_ptr<const HUDPayload>, std::uint64_t>> shown_;
 };
 
 // "Image 640 × 480", in pixels.

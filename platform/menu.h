@@ -17,6 +17,7 @@ namespace marbelot {
 using Content = std::variant<SharedText, Image>;
 struct HUDPayload {
   Content content;
+  std::uint64_t clipId = 0;  // of the history entry that it shows (ClipItem::id); 0: of none
 };
 
 // What an action takes that is more than a number or a text.
