@@ -13,6 +13,7 @@ class ScreenshotAccess {
  public:
   ScreenshotAccess(Platform& platform, Shell& shell, ActionTable& actions);
 
+  // The application's state, open to its menus and its tests.
   // As the last probe found it; assumed until there was one.
   bool screenshotFolderReadable = true;
   // What is wrong, with the folder's name; empty while it is readable.

@@ -18,11 +18,11 @@ namespace marbelot {
 
 class ScreenshotWatcher {
  public:
-  // `onCopy` is given the file name of each screenshot that was put on the clipboard. Files that
+  // `copied` is given the file name of each screenshot that was put on the clipboard. Files that
   // are in the folder already, now or when it comes to be there, are never copied. `clock` is the
   // wall clock, asked on any thread.
-  ScreenshotWatcher(Platform& platform, std::string path,
-                    std::function<void(const std::string&)> onCopy,
+  ScreenshotWatcher(Platform& platform, std::string folder,
+                    std::function<void(const std::string&)> copied,
                     std::function<double()> clock = text::now);
 
   // A folder that cannot be watched is not reported: the readability probe tells the user.

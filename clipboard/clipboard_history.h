@@ -29,6 +29,7 @@ class ClipboardHistory {
   ClipboardHistory(const ClipboardHistory&) = delete;
   ClipboardHistory& operator=(const ClipboardHistory&) = delete;
 
+  // The application's state, open to its menus and its tests.
   std::vector<ClipItem> clipHistory;  // newest first
   const std::size_t clipHistoryLimit = 40;
   const std::string clipHistoryKey = "clipTextHistory";

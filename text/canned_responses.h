@@ -24,7 +24,7 @@ class CannedResponses {
 
   CannedResponses(Platform& platform, Shell& shell, ActionTable& actions, HistoryText historyText);
 
-  // Oldest first.
+  // The application's state, open to its menus and its tests. Oldest first.
   Setting<std::vector<SharedText>> cannedResponses{platform_.defaults, "cannedResponses"};
 
   // The submenu of "Canned responses".

@@ -19,6 +19,7 @@ class ClipboardViewer {
   // Shows a text that is not the clipboard's.
   void showText(const SharedText& text, const std::string& title);
 
+  // The application's state, open to its menus and its tests.
   std::unique_ptr<Window> viewerWindow;  // made on first use
   const std::string viewerTextView = "viewerTextView";
 

@@ -65,9 +65,10 @@ std::shared_ptr<Menu> CollectCopies::submenu() {
   if (concatBuffer->empty()) menu->addDisabled(nothingCollected);
   menu->addSeparator();
   auto separators = std::make_shared<Menu>();
-  for (const SeparatorDef& def : separatorDefs)
+  for (const SeparatorDef& def : separatorDefs) {
     separators->add(std::string(def.title), "setConcatSeparator:", std::string(def.key))->checked =
         def.key == *concatSeparator;
+  }
   menu->addSubmenu("Join pieces with", std::move(separators));
   return menu;
 }

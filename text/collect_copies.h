@@ -34,6 +34,7 @@ class CollectCopies {
 
   CollectCopies(Platform& platform, Shell& shell, ActionTable& actions, View view);
 
+  // The application's state, open to its menus and its tests.
   Setting<bool> concatEnabled{platform_.defaults, "concatEnabled"};
   Setting<Collection> concatBuffer{platform_.defaults, "concatBuffer"};
   Setting<std::string> concatSeparator{platform_.defaults, "concatSeparator", "newline"};

@@ -42,10 +42,11 @@ FlattenTrim::Items FlattenTrim::addItems(Menu& menu, bool keys) {
   }
   items.flatten = menu.addSubmenu("Flatten newlines", std::move(flattenMenu));
   auto trimMenu = std::make_shared<Menu>();
-  for (const TrimDef& def : trimDefs)
-    items.trimVariants.push_back(
-        {trimMenu->add(std::string(def.title), "trimClipboard:", std::string(def.mode)), def.title,
-         def.mode});
+  for (const TrimDef& def : trimDefs) {
+    const MenuItemRef item =
+        trimMenu->add(std::string(def.title), "trimClipboard:", std::string(def.mode));
+    items.trimVariants.push_back({item, def.title, def.mode});
+  }
   items.trim = menu.addSubmenu("Trim clipboard", std::move(trimMenu));
   return items;
 }

@@ -32,6 +32,7 @@ class FlattenTrim {
     std::string_view title;
     std::string_view mode;
   };
+  // The application's state, open to its menus and its tests.
   // The status menu's, kept to be refreshed; empty until it is built.
   MenuItemRef flattenItem;
   MenuItemRef trimItem;

@@ -21,6 +21,7 @@ class TextEditor {
   // Replaces what the window shows. What is made of a `concealed` text is saved as concealed.
   void openEditor(const SharedText& text, const std::string& title, bool concealed = false);
 
+  // The application's state, open to its menus and its tests.
   std::unique_ptr<Window> editTextWindow;  // made on first use
   const std::string editTextView = "editTextView";
 

@@ -91,9 +91,10 @@ int runTextCommand(Arguments& arguments, bool& known) {
   if (arguments.hasUnknownOptions() || arguments.rest().size() > 1) return wrongUsage;
 
   const auto input = readInput(arguments.rest());
-  if (!input)
+  if (!input) {
     return fail("cannot read " +
                 (arguments.rest().empty() ? std::string("standard input") : arguments.rest()[0]));
+  }
   if (command == "classify") {
     printLine(rawValue(classify(*input)));
   } else if (command == "language") {

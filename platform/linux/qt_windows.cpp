@@ -72,8 +72,11 @@ class HintLabel : public QLabel {
 }  // namespace
 
 ViewPane::ViewPane(Size designed, std::vector<View> views,
-                   std::function<void(const std::string&)> pressed)
-    : designed_(designed), views_(std::move(views)), pressed_(std::move(pressed)) {
+                   std::function<void(const std::string&)> pressed, std::function<void()> closed)
+    : designed_(designed),
+      views_(std::move(views)),
+      pressed_(std::move(pressed)),
+      closed_(std::move(closed)) {
   for (const View& view : views_) {
     QWidget* widget = make(view);
     widget->setParent(this);
@@ -166,7 +169,7 @@ SharedText ViewPane::text(const std::string& viewId) const {
 
 void ViewPane::closeEvent(QCloseEvent* event) {
   QWidget::closeEvent(event);
-  if (closed) closed();
+  if (closed_) closed_();
 }
 
 namespace {
@@ -175,7 +178,8 @@ class QtWindow : public Window {
  public:
   explicit QtWindow(WindowDescription description)
       : pane_({description.contentSize.width, description.contentSize.height},
-              std::move(description.views), std::move(description.pressed)) {
+              std::move(description.views), std::move(description.pressed),
+              std::move(description.closed)) {
     const QSize size(static_cast<int>(description.contentSize.width),
                      static_cast<int>(description.contentSize.height));
     Qt::WindowFlags flags =
@@ -183,7 +187,6 @@ class QtWindow : public Window {
     if (description.closable) flags |= Qt::WindowCloseButtonHint;
     if (description.miniaturizable) flags |= Qt::WindowMinimizeButtonHint;
     if (description.resizable) flags |= Qt::WindowMaximizeButtonHint;
-    pane_.closed = std::move(description.closed);
     pane_.setWindowFlags(flags);
     pane_.setProperty(windowIdProperty, QString::fromStdString(description.id));
     pane_.setWindowTitle(QString::fromStdString(description.title));
@@ -285,7 +288,7 @@ void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answ
   ViewPane* accessory = nullptr;
   if (!alert.accessory.empty()) {
     const Rect frame = alert.accessory.front().frame;
-    accessory = new ViewPane({frame.width, frame.height}, alert.accessory, nullptr);
+    accessory = new ViewPane({frame.width, frame.height}, alert.accessory);
     accessory->setFixedHeight(static_cast<int>(frame.height));
     accessory->setMinimumWidth(static_cast<int>(frame.width));
     column->addWidget(accessory);

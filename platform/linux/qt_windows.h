@@ -14,14 +14,15 @@ namespace marbelot {
 // view following the growth of the pane on the sides that are flexible.
 class ViewPane : public QWidget {
  public:
-  // `designed` is the size that the frames are meant for.
-  ViewPane(Size designed, std::vector<View> views, std::function<void(const std::string&)> pressed);
+  // `designed` is the size that the frames are meant for; `closed` is called when the pane, as a
+  // window, was closed.
+  ViewPane(Size designed, std::vector<View> views,
+           std::function<void(const std::string&)> pressed = nullptr,
+           std::function<void()> closed = nullptr);
 
   QWidget* find(const std::string& viewId) const;
   void setText(const std::string& viewId, const SharedText& text, bool concealed);
   SharedText text(const std::string& viewId) const;
-
-  std::function<void()> closed;  // called when the pane, as a window, was closed
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -33,6 +34,7 @@ class ViewPane : public QWidget {
   const Size designed_;
   const std::vector<View> views_;
   const std::function<void(const std::string&)> pressed_;
+  const std::function<void()> closed_;
   std::map<std::string, QWidget*> widgets_;
 };
 

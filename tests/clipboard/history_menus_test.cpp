@@ -224,11 +224,12 @@ TEST_F(HistoryMenusTest, ABadSenderDoesNothing) {
   for (const char* action :
        {"copyClipHistory:", "revealClipValue:", "revealClipHistory:", "copyClipHistoryPath:",
         "deleteClipHistory:", "copyPath:", "copyHistory:", "openHistory:", "revealHistory:",
-        "deleteHistory:", "setArchiveLocation:"})
+        "deleteHistory:", "setArchiveLocation:"}) {
     for (const Represented& bad :
          {Represented(), Represented(std::int64_t{1}), Represented(std::int64_t{-1}),
           Represented(std::int64_t{1} << 40)})
       perform(action, bad);
+  }
   perform("deleteClipHistory:", "0");
   perform("revealClipHistory:", std::int64_t{0});  // a text has no file
   perform("copyClipHistoryPath:", std::int64_t{0});

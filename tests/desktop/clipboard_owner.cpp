@@ -147,8 +147,9 @@ void copyFiles(int count, char** arguments) {
 
 int main(int argc, char** argv) {
   using namespace marbelot::desktop_test;
-  if (argc == 5 && std::string(argv[1]) == "--series")
+  if (argc == 5 && std::string(argv[1]) == "--series") {
     copySeries(argv[2], std::atoi(argv[3]), std::chrono::milliseconds(std::atoi(argv[4])));
-  else
+  } else {
     copyFiles(argc - 1, argv + 1);
+  }
 }

@@ -85,9 +85,10 @@ TEST(QtWindows, SecondaryTextIsReadableInEveryTheme) {
     EXPECT_GE(contrast(secondaryText(palette), behind), 3) << behind;
     const QImage image = shown("made up")->grab(label->geometry()).toImage();
     double most = 0;
-    for (int y = 0; y < image.height(); ++y)
+    for (int y = 0; y < image.height(); ++y) {
       for (int x = 0; x < image.width(); ++x)
         most = std::max(most, contrast(image.pixelColor(x, y), behind));
+    }
     EXPECT_GE(most, 3) << behind;
   }
 }

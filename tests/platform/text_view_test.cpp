@@ -8,6 +8,7 @@
 #include <QScrollBar>
 #include <QTest>
 #include <algorithm>
+#include <functional>
 #include <random>
 
 #include "platform/linux/selected_text.h"
@@ -190,114 +191,129 @@ struct Model {
   }
 };
 
-// The same edits in the view and in the model, mostly where a line is cut or a break is not the
-// text's ordinary one. Nothing may appear in the text that was not typed.
-TEST_F(TextViewTest, EditsLikeAnUncutText) {
+// Makes the same edits in the view and in the model.
+struct SideBySideTest : TextViewTest {
+  Model model{""};
+  std::mt19937 random;
+
+  void begin(const std::string& text, unsigned seed) {
+    show(text);
+    model = Model(text);
+    random.seed(seed);
+  }
+  // The model's position becomes the view's.
+  void place(bool keepsAnchor) {
+    const QTextCursor cursor = view.textCursor();
+    int cuts = 0;
+    for (QTextBlock block = view.document()->begin();
+         block.isValid() && block.position() <= cursor.position(); block = block.next())
+      cuts += DocumentText::continuesLine(block);
+    model.position = static_cast<std::size_t>(cursor.position() - cuts);
+    if (!keepsAnchor) model.anchor = model.position;
+  }
+  void jump() {
+    QTextCursor cursor = view.textCursor();
+    const auto block = static_cast<int>(random() % view.document()->blockCount());
+    cursor.setPosition(view.document()->findBlockByNumber(block).position());
+    if (random() % 2) cursor.movePosition(QTextCursor::EndOfBlock);
+    view.setTextCursor(cursor);
+    place(false);
+  }
+  void move(bool back, bool selects) {
+    const bool selected = model.position != model.anchor;
+    press(back ? Qt::Key_Left : Qt::Key_Right, selects ? Qt::ShiftModifier : Qt::NoModifier);
+    if (selects || !selected) {
+      model.step(back);
+    } else {
+      model.position =
+          back ? std::min(model.position, model.anchor) : std::max(model.position, model.anchor);
+    }
+    if (!selects) model.anchor = model.position;
+  }
+  void erase(bool back) {
+    press(back ? Qt::Key_Backspace : Qt::Key_Delete);
+    if (model.position == model.anchor) model.step(back);
+    model.replace("");
+  }
+  // What a word is, Qt knows best.
+  void eraseWord(bool back) {
+    const std::size_t size = model.units.size(), at = model.position;
+    const bool selected = at != model.anchor;
+    press(back ? Qt::Key_Backspace : Qt::Key_Delete, Qt::ControlModifier);
+    if (!selected) {
+      place(true);
+      const std::size_t gone = size - Model(contents()).units.size();
+      EXPECT_TRUE(gone > 0 || at == (back ? 0 : size));
+      model.position = back ? at - gone : at + gone;
+      model.anchor = at;
+    }
+    model.replace("");
+  }
+  void cut() {
+    press(Qt::Key_X, Qt::ControlModifier);
+    if (model.position == model.anchor) return;
+    EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), model.selected());
+    model.replace("");
+  }
+  void paste() {
+    const std::string pasted = random() % 2 ? "p\r\nq\nr" : std::string(5000, 'p');
+    QGuiApplication::clipboard()->setText(QString::fromStdString(pasted));
+    press(Qt::Key_V, Qt::ControlModifier);
+    model.replace(pasted);
+  }
+  void undoAndRedo() {
+    if (!view.document()->isUndoAvailable()) return;
+    view.undo();
+    contents();
+    view.redo();
+    place(false);
+  }
+  void selectInLine(bool back) {  // which line that is depends on the width
+    press(back ? Qt::Key_Home : Qt::Key_End, Qt::ShiftModifier);
+    place(true);
+  }
+  void type(Qt::Key key, const std::string& text) {
+    press(key);
+    model.replace(text);
+  }
+  // One edit; its letter.
+  char edit() {
+    const std::function<void()> edits[] = {
+        [this] { move(true, false); },
+        [this] { move(false, false); },
+        [this] { move(true, true); },
+        [this] { move(false, true); },
+        [this] { erase(true); },
+        [this] { erase(false); },
+        [this] { type(Qt::Key_Return, model.lineBreak); },
+        [this] { selectInLine(true); },
+        [this] { selectInLine(false); },
+        [this] { eraseWord(true); },
+        [this] { eraseWord(false); },
+        [this] { cut(); },
+        [this] { paste(); },
+        [this] { undoAndRedo(); },
+        [this] { type(Qt::Key_Y, "y"); },
+    };
+    const auto chosen = random() % std::size(edits);
+    edits[chosen]();
+    return static_cast<char>('a' + chosen);
+  }
+};
+
+// Mostly where a line is cut or a break is not the text's ordinary one. Nothing may appear in the
+// text that was not typed.
+TEST_F(SideBySideTest, EditsLikeAnUncutText) {
   std::string words;
   while (words.size() < 4096 * 2 + 100) words += "seven. ";
   const std::string texts[] = {words, "a\r\nb\nc\nd\r\n\r\ne", "x\n" + words + "\r\ny\n" + words};
   for (unsigned seed = 0; seed < 60; ++seed) {
-    std::mt19937 random(seed);
     const std::string& text = texts[seed % std::size(texts)];
-    show(text);
-    Model model(text);
-    const auto place = [&](bool keep) {  // the model's position is the view's
-      const QTextCursor cursor = view.textCursor();
-      int cuts = 0;
-      for (QTextBlock block = view.document()->begin();
-           block.isValid() && block.position() <= cursor.position(); block = block.next())
-        cuts += DocumentText::continuesLine(block);
-      model.position = static_cast<std::size_t>(cursor.position() - cuts);
-      if (!keep) model.anchor = model.position;
-    };
+    begin(text, seed);
     std::string done;
-    for (int edit = 0; edit < 40; ++edit) {
-      if (edit % 8 == 0) {
-        QTextCursor cursor = view.textCursor();
-        const auto block = static_cast<int>(random() % view.document()->blockCount());
-        cursor.setPosition(view.document()->findBlockByNumber(block).position());
-        if (random() % 2) cursor.movePosition(QTextCursor::EndOfBlock);
-        view.setTextCursor(cursor);
-        place(false);
-      }
-      const bool selected = model.position != model.anchor;
-      const auto action = static_cast<int>(random() % 15);
-      done += static_cast<char>('a' + action);
-      switch (action) {
-        case 0:
-        case 1: {
-          const bool back = action == 0;
-          press(back ? Qt::Key_Left : Qt::Key_Right);
-          if (selected) {
-            model.position = back ? std::min(model.position, model.anchor)
-                                  : std::max(model.position, model.anchor);
-          } else {
-            model.step(back);
-          }
-          model.anchor = model.position;
-          break;
-        }
-        case 2:
-        case 3:
-          press(action == 2 ? Qt::Key_Left : Qt::Key_Right, Qt::ShiftModifier);
-          model.step(action == 2);
-          break;
-        case 4:
-        case 5:
-          press(action == 4 ? Qt::Key_Backspace : Qt::Key_Delete);
-          if (!selected) model.step(action == 4);
-          model.replace("");
-          break;
-        case 6:
-          press(Qt::Key_Return);
-          model.replace(model.lineBreak);
-          break;
-        case 7:
-        case 8:  // which line that is depends on the width
-          press(action == 7 ? Qt::Key_Home : Qt::Key_End, Qt::ShiftModifier);
-          place(true);
-          break;
-        case 9:
-        case 10: {  // what a word is, Qt knows best
-          const std::size_t size = model.units.size(), at = model.position;
-          press(action == 9 ? Qt::Key_Backspace : Qt::Key_Delete, Qt::ControlModifier);
-          if (selected) {
-            model.replace("");
-            break;
-          }
-          place(true);
-          std::size_t gone = size - Model(contents()).units.size();
-          model.position = action == 9 ? at - gone : at + gone;
-          model.anchor = at;
-          EXPECT_TRUE(gone > 0 || at == (action == 9 ? 0 : size)) << seed << " " << done;
-          model.replace("");
-          break;
-        }
-        case 11: {
-          press(Qt::Key_X, Qt::ControlModifier);
-          if (!selected) break;
-          EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), model.selected());
-          model.replace("");
-          break;
-        }
-        case 12: {
-          const std::string pasted = random() % 2 ? "p\r\nq\nr" : std::string(5000, 'p');
-          QGuiApplication::clipboard()->setText(QString::fromStdString(pasted));
-          press(Qt::Key_V, Qt::ControlModifier);
-          model.replace(pasted);
-          break;
-        }
-        case 13:
-          if (!view.document()->isUndoAvailable()) break;
-          view.undo();
-          contents();
-          view.redo();
-          place(false);
-          break;
-        default:
-          press(Qt::Key_Y);
-          model.replace("y");
-      }
+    for (int count = 0; count < 40; ++count) {
+      if (count % 8 == 0) jump();
+      done += edit();
       // Asking ends a step of undoing, so not every time.
       if (random() % 4 == 0) {
         ASSERT_EQ(contents(), model.text()) << "seed " << seed << " after " << done;

@@ -128,20 +128,22 @@ class TestOwner::Service {
       const std::array<xcb_atom_t, 1> asked{request.target};
       const auto names = x_.names(asked);
       const std::string name = names.empty() ? "" : names.front();
-      if (manners_.ignored.contains(name))
+      if (manners_.ignored.contains(name)) {
         ignored_.push_back(std::move(event));
-      else
+      } else {
         answer(request, name);
+      }
       xcb_flush(x_.get());
       if (name != "TARGETS") owner_.asked_ = true;
     } else if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
       const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
       const auto transfer = sending_.find({change.window, change.atom});
       if (change.state != XCB_PROPERTY_DELETE || transfer == sending_.end()) return;
-      if (transfer->second.sent >= manners_.stallAfter)
+      if (transfer->second.sent >= manners_.stallAfter) {
         stalled_.insert(transfer->first);
-      else
+      } else {
         sendPart(transfer->first);
+      }
     }
   }
 
@@ -217,10 +219,11 @@ void TestOwner::run(const std::string& display) {
     eventfd_t resumed = 0;
     if (::eventfd_read(resume_, &resumed) == 0) service.resume();
     auto event = nextEvent(x);
-    if (event)
+    if (event) {
       service.handle(std::move(event));
-    else
+    } else {
       waitFor(x, {quit_, resume_}, -1);
+    }
   }
 }
 
