@@ -17,16 +17,16 @@
 
 namespace {
 
-constexpr std::size_t kLarge = std::size_t{50} << 20;
-constexpr std::size_t kAdversarial = std::size_t{8} << 20;
+constexpr std::size_t large = std::size_t{50} << 20;
+constexpr std::size_t adversarial = std::size_t{8} << 20;
 
-constexpr std::string_view kProse =
+constexpr std::string_view proseText =
     "The harbour lay quiet under a sky the colour of slate. A few boats had come in before the "
     "wind rose,\nand their crews stood about on the quay, smoking and talking of the week's catch "
     "as if nothing were amiss.\nNobody noticed the stranger until he asked, in a voice that "
     "carried further than he meant it to, for the ferry.\n";
 
-constexpr std::string_view kSource =
+constexpr std::string_view source =
     "  for (std::size_t row = 0; row < rows.size(); ++row) {\n"
     "    const auto& cells = rows[row].cells();\n"
     "    if (cells.empty()) continue;  // a gap in the sheet\n"
@@ -34,7 +34,7 @@ constexpr std::string_view kSource =
     "  }\n\n";
 
 // Source that no language claims, so that its lines are looked at, too.
-constexpr std::string_view kPlainSource =
+constexpr std::string_view plainSource =
     "  while (row < rows) {\n    widths[row] = measure(cells[row], font);\n    row = row + 1;\n  "
     "}\n";
 
@@ -101,24 +101,24 @@ void add(const std::string& name, void (*run)(benchmark::State&, const std::stri
          const std::string& text) {
   benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
     run(state, text);
-  })->Unit(text.size() < 10'000 ? benchmark::kMicrosecond : benchmark::kMillisecond);
+  })->Unit(text.size() < 10'000 ? benchmark::microsecond : benchmark::millisecond);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  add("classify/60 characters", classifyText, std::string(kProse.substr(0, 60)));
-  add("classify/1 kB prose", classifyText, repeated(kProse, 1000));
-  add("classify/1 kB source", classifyText, repeated(kSource, 1000));
+  add("classify/60 characters", classifyText, std::string(proseText.substr(0, 60)));
+  add("classify/1 kB prose", classifyText, repeated(proseText, 1000));
+  add("classify/1 kB source", classifyText, repeated(source, 1000));
 
-  const std::string prose = repeated(kProse, kLarge);
+  const std::string prose = repeated(proseText, large);
   add("classify/50 MB prose", classifyText, prose);
-  add("classify/50 MB source", classifyText, repeated(kSource, kLarge));
-  add("classify/50 MB source of no language", classifyText, repeated(kPlainSource, kLarge));
+  add("classify/50 MB source", classifyText, repeated(source, large));
+  add("classify/50 MB source of no language", classifyText, repeated(plainSource, large));
   add("lines/50 MB prose", countTheLines, prose);
   add("memcpy/50 MB", copyText, prose);
-  add("ICU word boundaries/1 MB prose", countWordsWithIcu, repeated(kProse, 1 << 20));
-  add("ICU regex calls/1 MB source", findCallsWithIcu, repeated(kPlainSource, 1 << 20));
+  add("ICU word boundaries/1 MB prose", countWordsWithIcu, repeated(proseText, 1 << 20));
+  add("ICU regex calls/1 MB source", findCallsWithIcu, repeated(plainSource, 1 << 20));
 
   for (const std::string_view piece :
        {"a",     "A",    " ",         "\n",      "0",      "f",        "(",        ")",
@@ -128,15 +128,15 @@ int main(int argc, char** argv) {
         "a:",    ".A"}) {
     std::string name = "adversarial/";
     for (const char c : piece) {
-      constexpr char kHex[] = "0123456789abcdef";
+      constexpr char hex[] = "0123456789abcdef";
       const auto byte = static_cast<unsigned char>(c);
       if (byte > 0x20 && byte < 0x7F) {
         name += c;
       } else {
-        name += {'<', kHex[byte >> 4], kHex[byte & 15], '>'};
+        name += {'<', hex[byte >> 4], hex[byte & 15], '>'};
       }
     }
-    add(name, classifyText, repeated(piece, kAdversarial));
+    add(name, classifyText, repeated(piece, adversarial));
   }
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

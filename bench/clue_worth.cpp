@@ -28,23 +28,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::map<std::string, Language> kLabels = {{"php", Language::php},
-                                                 {"cpp", Language::cpp},
-                                                 {"c", Language::c},
-                                                 {"swift", Language::swift},
-                                                 {"python", Language::python},
-                                                 {"typescript", Language::typeScript},
-                                                 {"javascript", Language::javaScript},
-                                                 {"csharp", Language::cSharp},
-                                                 {"java", Language::java},
-                                                 {"go", Language::go},
-                                                 {"rust", Language::rust},
-                                                 {"ruby", Language::ruby},
-                                                 {"json", Language::json},
-                                                 {"shell", Language::shell},
-                                                 {"html", Language::html},
-                                                 {"css", Language::css},
-                                                 {"sql", Language::sql}};
+const std::map<std::string, Language> labels = {{"php", Language::php},
+                                                {"cpp", Language::cpp},
+                                                {"c", Language::c},
+                                                {"swift", Language::swift},
+                                                {"python", Language::python},
+                                                {"typescript", Language::typeScript},
+                                                {"javascript", Language::javaScript},
+                                                {"csharp", Language::cSharp},
+                                                {"java", Language::java},
+                                                {"go", Language::go},
+                                                {"rust", Language::rust},
+                                                {"ruby", Language::ruby},
+                                                {"json", Language::json},
+                                                {"shell", Language::shell},
+                                                {"html", Language::html},
+                                                {"css", Language::css},
+                                                {"sql", Language::sql}};
 
 struct Sample {
   std::string path, label, text;
@@ -62,9 +62,8 @@ Sample readSample(const fs::path& path) {
   Sample sample{path.string(), path.parent_path().filename().string(), {}, {}, {}, false, {}};
   sample.text = text::sanitized({std::istreambuf_iterator<char>(file), {}});
   const std::string_view trimmed = sample.trimmed();
-  const auto label = kLabels.find(sample.label);
-  if (label != kLabels.end() && carriesSignal(label->second, trimmed))
-    sample.wanted = label->second;
+  const auto label = labels.find(sample.label);
+  if (label != labels.end() && carriesSignal(label->second, trimmed)) sample.wanted = label->second;
   sample.named = detectLanguage(sample.text);
   sample.counts = countClues(leadingLines(trimmed));
   const auto likely = likeliest(sample.counts, weighClues(sample.counts), trimmed);

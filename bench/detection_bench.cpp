@@ -22,12 +22,12 @@ namespace {
 using marbelot::DetectionKind;
 using marbelot::operator|;
 
-constexpr std::size_t kSize = 50'000'000;
-constexpr double kNow = 1795255200;
+constexpr std::size_t textSize = 50'000'000;
+constexpr double now = 1795255200;
 
 // Sentences of words in a fixed pseudo-random order, with the numbers and capitals of plain prose.
 std::string prose(std::size_t size) {
-  constexpr const char* kWords[] = {
+  constexpr const char* plainWords[] = {
       "the",     "morning", "and",      "of",      "water",  "she",    "had",     "never", "London",
       "seen",    "before",  "a",        "house",   "with",   "twelve", "windows", "which", "in",
       "may",     "have",    "belonged", "to",      "Mrs",    "Gray",   "whose",   "son",   "went",
@@ -38,7 +38,7 @@ std::string prose(std::size_t size) {
   int words = 0;
   while (text.size() < size) {
     state = state * 1664525u + 1013904223u;
-    text += kWords[(state >> 16) % std::size(kWords)];
+    text += plainWords[(state >> 16) % std::size(plainWords)];
     ++words;
     text += words % 90 == 0 ? ".\n\n" : words % 14 == 0 ? ". " : words % 9 == 0 ? ", " : " ";
   }
@@ -48,7 +48,7 @@ std::string prose(std::size_t size) {
 
 // C++ over and over, with the dots, colons and digits that programs have.
 std::string code(std::size_t size) {
-  constexpr const char* kCode =
+  constexpr const char* codeText =
       "#include <vector>\n"
       "// Sums the values from 1 to 10; see the notes in table 3.\n"
       "static int total(const std::vector<int>& values, int limit = 255) {\n"
@@ -61,22 +61,22 @@ std::string code(std::size_t size) {
       "  return options.scale == 1.5 ? sum : node.next->total(3, 4);\n"
       "}\n\n";
   std::string text;
-  while (text.size() < size) text += kCode;
+  while (text.size() < size) text += codeText;
   text.resize(size);
   return text;
 }
 
 std::string repeated(const std::string& piece) {
   std::string text;
-  text.reserve(kSize + piece.size());
-  while (text.size() < kSize) text += piece;
+  text.reserve(textSize + piece.size());
+  while (text.size() < textSize) text += piece;
   return text;
 }
 
 void search(benchmark::State& state, const std::string& text, unsigned kinds, const char* region) {
   std::size_t found = 0;
   for (auto _ : state) {
-    found += marbelot::firstDetection(text, kinds, {kNow, region}).has_value();
+    found += marbelot::firstDetection(text, kinds, {now, region}).has_value();
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
   state.counters["found"] = found > 0;
@@ -84,7 +84,7 @@ void search(benchmark::State& state, const std::string& text, unsigned kinds, co
 
 void searchAll(benchmark::State& state, const std::string& text, unsigned kinds) {
   std::size_t found = 0;
-  for (auto _ : state) found = marbelot::detect(text, kinds, {kNow, "DE"}).size();
+  for (auto _ : state) found = marbelot::detect(text, kinds, {now, "DE"}).size();
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
   state.counters["found"] = static_cast<double>(found);
 }
@@ -117,13 +117,13 @@ int main(int argc, char** argv) {
   const auto address = static_cast<unsigned>(DetectionKind::address);
   const auto date = static_cast<unsigned>(DetectionKind::date);
   const unsigned all = link_phone | address | date;
-  const std::string texts[] = {prose(kSize), code(kSize)};
+  const std::string texts[] = {prose(textSize), code(textSize)};
   const char* names[] = {"prose", "code"};
 
   for (std::size_t i = 0; i < 2; ++i) {
     const auto add = [&](const std::string& name, auto function) {
       benchmark::RegisterBenchmark((name + "/" + names[i]).c_str(), function)
-          ->Unit(benchmark::kMillisecond);
+          ->Unit(benchmark::millisecond);
     };
     const std::string& text = texts[i];
     add("memcpy", [&text](auto& state) { copy(state, text); });
@@ -161,10 +161,10 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark(("hostile, first/" + name).c_str(), [piece, link_phone,
                                                                       address](auto& state) {
       search(state, repeated(piece), link_phone | address, "DE");
-    })->Unit(benchmark::kMillisecond);
+    })->Unit(benchmark::millisecond);
     benchmark::RegisterBenchmark(("hostile, all/" + name).c_str(), [piece, all](auto& state) {
       searchAll(state, repeated(piece), all);
-    })->Unit(benchmark::kMillisecond);
+    })->Unit(benchmark::millisecond);
   }
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

@@ -184,7 +184,7 @@ void decodeLibpng(benchmark::State& state, const std::string& png) {
 
 void registerAll() {
   const auto add = [](const std::string& name, auto run) {
-    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::millisecond);
   };
   const std::pair<Kind, const char*> kinds[] = {
       {screen, "screen"}, {photo, "photo"}, {translucent, "translucent"}};

@@ -305,7 +305,7 @@ void add(const std::string& text, const Scanner& scanner, std::function<std::str
     if (keptName != text) kept = make(), keptName = text;
     for (auto _ : state) benchmark::DoNotOptimize(scanner.scan(kept));
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kept.size()));
-  })->Unit(benchmark::kMicrosecond);
+  })->Unit(benchmark::microsecond);
 }
 
 }  // namespace

@@ -51,7 +51,7 @@ const std::string& corpus(std::int64_t kind) {
   return corpora[kind];
 }
 
-enum { kProse, kCrLf, kMixed, kDevanagari };
+enum { prose, crLf, mixed, devanagari };
 
 void setBytes(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() *
@@ -156,18 +156,18 @@ void CollectionSummary(benchmark::State& state) {
   }
 }
 
-#define EVERY_CORPUS ->Arg(kProse)->Arg(kCrLf)->Arg(kMixed)->Arg(kDevanagari)
+#define EVERY_CORPUS ->Arg(prose)->Arg(crLf)->Arg(mixed)->Arg(devanagari)
 BENCHMARK(Copy) EVERY_CORPUS;
 BENCHMARK(CharacterCount) EVERY_CORPUS;
 BENCHMARK(CharacterCountByIcu) EVERY_CORPUS;
 BENCHMARK(Sanitized) EVERY_CORPUS;
-BENCHMARK(HasLineBreak)->Arg(kCrLf);
-BENCHMARK(LineCount)->Arg(kProse);
+BENCHMARK(HasLineBreak)->Arg(crLf);
+BENCHMARK(LineCount)->Arg(prose);
 BENCHMARK(Flatten) EVERY_CORPUS;
 BENCHMARK(Trim) EVERY_CORPUS;
 BENCHMARK(TrimByIcu) EVERY_CORPUS;
 BENCHMARK(MenuTitles) EVERY_CORPUS;
-BENCHMARK(CollectionSummary)->Arg(kProse);
+BENCHMARK(CollectionSummary)->Arg(prose);
 
 }  // namespace
 }  // namespace marbelot

@@ -23,7 +23,7 @@ const SharedText& corpus(std::int64_t kind) {
   return corpora[kind];
 }
 
-enum { kLines, kOneLine };
+enum { lines, oneLine };
 
 struct Editor {
   Editor()
@@ -99,9 +99,9 @@ void SaveWhatWasTyped(benchmark::State& state) {
   }
 }
 
-#define EVERY_CORPUS ->Arg(kLines)->Arg(kOneLine)->Unit(benchmark::kMillisecond)
+#define EVERY_CORPUS ->Arg(lines)->Arg(oneLine)->Unit(benchmark::millisecond)
 // The long line keeps it busy for more than ten minutes.
-BENCHMARK(SetPlainText)->Arg(kLines)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(SetPlainText)->Arg(lines)->Unit(benchmark::millisecond)->Iterations(1);
 BENCHMARK(BringIn) EVERY_CORPUS->Iterations(3);
 BENCHMARK(SelectAllAndCopy) EVERY_CORPUS;
 BENCHMARK(Type) EVERY_CORPUS;

@@ -28,8 +28,8 @@ int wordCount(std::string_view text, int limit) {
 }
 
 bool holdsPassword(std::string_view text) {
-  constexpr int kFewWords = 3;
-  const bool mayHold = wordCount(text, kFewWords + 1) <= kFewWords || mentionsSecret(text);
+  constexpr int fewWords = 3;
+  const bool mayHold = wordCount(text, fewWords + 1) <= fewWords || mentionsSecret(text);
   return mayHold && hasPasswordToken(text);
 }
 
@@ -59,10 +59,10 @@ std::optional<ClipCategory> detected(std::string_view text) {
 }  // namespace
 
 std::string_view rawValue(ClipCategory category) {
-  constexpr std::array<std::string_view, clipCategoryCount> kNames = {
+  constexpr std::array<std::string_view, clipCategoryCount> names = {
       "apiKey", "password", "url",  "email", "phone", "address",
       "number", "terminal", "code", "text",  "image"};
-  return kNames[static_cast<std::size_t>(category)];
+  return names[static_cast<std::size_t>(category)];
 }
 
 ClipCategory classify(std::string_view text) {

@@ -11,9 +11,9 @@
 namespace marbelot {
 namespace {
 
-constexpr std::uint8_t kCountsAtMost = 3;
+constexpr std::uint8_t countsAtMost = 3;
 
-void countOne(std::uint8_t& count) { count = std::min<std::uint8_t>(count + 1, kCountsAtMost); }
+void countOne(std::uint8_t& count) { count = std::min<std::uint8_t>(count + 1, countsAtMost); }
 
 // Where a comment ends that fills the rest of the line behind the blanks at `at`.
 bool beginsComment(std::string_view line, std::size_t at) {
@@ -88,10 +88,10 @@ class ClueScanner {
   }
 
   void readShapes(std::string_view line, std::size_t indent) {
-    if (colonIndent_ != kNoIndent && indent >= colonIndent_ + 2) {
+    if (colonIndent_ != noIndent && indent >= colonIndent_ + 2) {
       countShape(indent % 4 == 0 ? Shape::fourDeepBlock : Shape::colonBlock);
     }
-    colonIndent_ = opensColonBlock(line) ? indent : kNoIndent;
+    colonIndent_ = opensColonBlock(line) ? indent : noIndent;
     if (isBareStatement(line)) countShape(Shape::bareStatement);
     if (isSelector(line)) countShape(Shape::selector);
     if (holdsPascalCall(line)) countShape(Shape::pascalCall);
@@ -152,14 +152,14 @@ class ClueScanner {
 
   void countShape(Shape shape) { countOne(counts_.shapes[static_cast<std::size_t>(shape)]); }
 
-  static constexpr std::size_t kNoIndent = static_cast<std::size_t>(-1);
+  static constexpr std::size_t noIndent = static_cast<std::size_t>(-1);
 
   const ClueIndex& index_ = ClueIndex::shared();
   CommentReader comments_;
   ClueCounts counts_;
-  std::size_t codeEnd_ = 0;              // of the line that is read, before a comment
-  std::size_t colonIndent_ = kNoIndent;  // of the last line, if it ended in a colon
-  bool metStartClue_ = false;            // on this line
+  std::size_t codeEnd_ = 0;             // of the line that is read, before a comment
+  std::size_t colonIndent_ = noIndent;  // of the last line, if it ended in a colon
+  bool metStartClue_ = false;           // on this line
 };
 
 void add(ClueScores& scores, const ClueWeights& weights, int count) {

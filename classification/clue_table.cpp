@@ -12,7 +12,7 @@ constexpr Language Php = Language::php, Cpp = Language::cpp, C = Language::c,
                    Sql = Language::sql;
 
 // clang-format off
-constexpr Clue kClues[] = {
+constexpr Clue clues[] = {
     // Statements and blocks
     {";$", {{{C, 2}, {Java, 2}, {Rust, 2}, {Css, 2}, {Sql, 2}, {Cpp, 2},
         {Cs, 2}, {Swift, -2}, {Go, -2}, {Sh, -2}, {Py, -3}, {Rb, -3}}}},
@@ -482,7 +482,7 @@ constexpr Clue kClues[] = {
 };
 // clang-format on
 
-constexpr ShapeClue kShapeClues[] = {
+constexpr ShapeClue shapeClueTable[] = {
     {Shape::bareStatement, {{{Py, 1}, {Rb, 1}}}},
     {Shape::colonBlock, {{{Py, 1}}}},
     {Shape::fourDeepBlock, {{{Py, 3}}}},
@@ -492,7 +492,7 @@ constexpr ShapeClue kShapeClues[] = {
 
 }  // namespace
 
-std::span<const Clue> languageClues() { return kClues; }
-std::span<const ShapeClue> shapeClues() { return kShapeClues; }
+std::span<const Clue> languageClues() { return clues; }
+std::span<const ShapeClue> shapeClues() { return shapeClueTable; }
 
 }  // namespace marbelot

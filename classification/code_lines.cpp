@@ -8,7 +8,7 @@
 namespace marbelot {
 namespace {
 
-constexpr std::array<std::string_view, 17> kLeadingWords = {
+constexpr std::array<std::string_view, 17> leadingWords = {
     "if",    "for",    "while",   "else",  "return", "switch", "case",   "func",   "def",
     "class", "public", "private", "const", "let",    "var",    "import", "package"};
 
@@ -18,7 +18,7 @@ bool endsAtWord(std::string_view line, std::size_t at) {
 
 bool startsWithLeadingWord(std::string_view line) {
   if (line.front() < 'c' || line.front() > 'w') return false;
-  return std::any_of(kLeadingWords.begin(), kLeadingWords.end(), [line](std::string_view word) {
+  return std::any_of(leadingWords.begin(), leadingWords.end(), [line](std::string_view word) {
     return line.starts_with(word) && endsAtWord(line, word.size());
   });
 }
@@ -58,8 +58,8 @@ bool isCodeLine(std::string_view line) {
 }
 
 bool looksLikeCode(const LineCounts& lines) {
-  constexpr std::size_t kFewestLines = 3;
-  return lines.nonBlank >= kFewestLines && lines.code * 2 >= lines.nonBlank;
+  constexpr std::size_t fewestLines = 3;
+  return lines.nonBlank >= fewestLines && lines.code * 2 >= lines.nonBlank;
 }
 
 }  // namespace marbelot

@@ -10,7 +10,7 @@ namespace {
 // First words that make a line a command. Sorted; the second list holds those that are everyday
 // words too, which need more to be believed.
 // clang-format off
-constexpr std::string_view kCommands[] = {
+constexpr std::string_view commands[] = {
     "adb", "addgroup", "adduser", "ansible", "ansible-playbook", "apk", "apt", "apt-cache", "apt-get",
     "apt-key", "aptitude", "arp", "awk", "aws", "az", "base64", "basename", "bash", "bazel", "blkid",
     "bower", "brew", "bun", "bundle", "bunzip2", "bzip2", "cargo", "cd", "certbot", "chgrp",
@@ -41,7 +41,7 @@ constexpr std::string_view kCommands[] = {
     "uptime", "useradd", "userdel", "usermod", "uv", "vagrant", "valgrind", "vi", "vim", "virtualenv",
     "visudo", "vite", "vmstat", "wc", "wget", "whereis", "whoami", "xargs", "xcodebuild", "xcrun",
     "xxd", "xz", "yarn", "yum", "zcat", "zfs", "zip", "zpool", "zsh", "zypper"};
-constexpr std::string_view kEverydayCommands[] = {
+constexpr std::string_view everydayCommands[] = {
     "alias", "cat", "clear", "code", "cut", "date", "export", "fetch", "file", "find", "free", "go",
     "groups", "halt", "head", "history", "host", "id", "install", "join", "kill", "last", "less",
     "locate", "login", "mail", "make", "man", "more", "mount", "open", "paste", "patch", "ping",
@@ -49,12 +49,12 @@ constexpr std::string_view kEverydayCommands[] = {
     "sync", "tail", "test", "time", "top", "touch", "tree", "type", "view", "wait", "watch", "which",
     "who"};
 // clang-format on
-static_assert(std::is_sorted(std::begin(kCommands), std::end(kCommands)));
-static_assert(std::is_sorted(std::begin(kEverydayCommands), std::end(kEverydayCommands)));
+static_assert(std::is_sorted(std::begin(commands), std::end(commands)));
+static_assert(std::is_sorted(std::begin(everydayCommands), std::end(everydayCommands)));
 
-constexpr std::string_view kPathStarts[] = {"./",    "../",   "~/",    "/usr/",  "/bin/", "/sbin/",
-                                            "/opt/", "/lib/", "/etc/", "/home/", "/var/", "/tmp/",
-                                            "/dev/", "/mnt/", "/srv/", "/root/"};
+constexpr std::string_view pathStarts[] = {"./",    "../",   "~/",    "/usr/",  "/bin/", "/sbin/",
+                                           "/opt/", "/lib/", "/etc/", "/home/", "/var/", "/tmp/",
+                                           "/dev/", "/mnt/", "/srv/", "/root/"};
 
 template <std::size_t size>
 bool isOneOf(std::string_view word, const std::string_view (&words)[size]) {
@@ -108,8 +108,8 @@ bool mayNameProgram(std::string_view word) {
 }  // namespace
 
 Words::Words(std::string_view line) {
-  constexpr std::size_t kLookAt = 1000;
-  line = line.substr(0, kLookAt);
+  constexpr std::size_t lookAt = 1000;
+  line = line.substr(0, lookAt);
   while (count_ < words_.size() && !line.empty()) {
     const std::string_view word = line.substr(0, line.find_first_of(" \t"));
     line.remove_prefix(std::min(line.size(), word.size() + 1));
@@ -119,43 +119,43 @@ Words::Words(std::string_view line) {
 
 FirstWord judgeFirstWord(std::string_view word) {
   if (word.empty()) return FirstWord::unlikely;
-  constexpr std::string_view kControl = "ctl";  // "systemctl", "loginctl" …
-  const bool controls = word.size() > kControl.size() && word.ends_with(kControl);
-  if (controls || startsAsPath(word) || isOneOfSorted(word, kCommands)) return FirstWord::command;
-  if (isOneOfSorted(word, kEverydayCommands) || isAssignment(word)) return FirstWord::everyday;
+  constexpr std::string_view control = "ctl";  // "systemctl", "loginctl" …
+  const bool controls = word.size() > control.size() && word.ends_with(control);
+  if (controls || startsAsPath(word) || isOneOfSorted(word, commands)) return FirstWord::command;
+  if (isOneOfSorted(word, everydayCommands) || isAssignment(word)) return FirstWord::everyday;
   return mayNameProgram(word) ? FirstWord::possible : FirstWord::unlikely;
 }
 
 bool startsAsPath(std::string_view word) {
-  return std::any_of(std::begin(kPathStarts), std::end(kPathStarts),
+  return std::any_of(std::begin(pathStarts), std::end(pathStarts),
                      [word](std::string_view start) { return word.starts_with(start); });
 }
 
 bool isTerse(std::string_view command) {
-  constexpr std::string_view kTerse[] = {
+  constexpr std::string_view terse[] = {
       "adduser",  "cd",      "chgrp",   "chkconfig", "chmod",    "chown",   "cp",
       "delgroup", "deluser", "df",      "du",        "groupadd", "ifdown",  "ifup",
       "insmod",   "killall", "ln",      "ls",        "mkdir",    "mkfs",    "mktemp",
       "modprobe", "mv",      "npx",     "passwd",    "pgrep",    "pkill",   "printenv",
       "ps",       "rm",      "rmdir",   "rmmod",     "su",       "swapoff", "swapon",
       "umount",   "useradd", "userdel", "usermod",   "wc",       "whereis"};
-  return command.ends_with("ctl") || isOneOf(command, kTerse);
+  return command.ends_with("ctl") || isOneOf(command, terse);
 }
 
 bool isWrapper(std::string_view command) {
-  constexpr std::string_view kWrappers[] = {"env",  "gdb",      "man",   "nohup", "strace", "sudo",
-                                            "time", "valgrind", "watch", "which", "xargs"};
-  return isOneOf(command, kWrappers);
+  constexpr std::string_view wrappers[] = {"env",  "gdb",      "man",   "nohup", "strace", "sudo",
+                                           "time", "valgrind", "watch", "which", "xargs"};
+  return isOneOf(command, wrappers);
 }
 
 bool showsFile(std::string_view command) {
-  constexpr std::string_view kShowers[] = {"awk",  "cat", "diff", "egrep", "fgrep", "git", "grep",
-                                           "head", "hg",  "less", "more",  "sed",   "svn", "tail"};
-  return isOneOf(command, kShowers);
+  constexpr std::string_view showers[] = {"awk",  "cat", "diff", "egrep", "fgrep", "git", "grep",
+                                          "head", "hg",  "less", "more",  "sed",   "svn", "tail"};
+  return isOneOf(command, showers);
 }
 
 bool isSubcommand(std::string_view word) {
-  constexpr std::string_view kSubcommands[] = {
+  constexpr std::string_view subcommands[] = {
       "add",          "addr",    "apply",  "attach",   "auth",    "branch",   "build",
       "checkout",     "ci",      "clean",  "clone",    "commit",  "compose",  "config",
       "create",       "delete",  "deploy", "describe", "dev",     "diff",     "disable",
@@ -166,24 +166,24 @@ bool isSubcommand(std::string_view word) {
       "remove",       "renew",   "reset",  "restart",  "run",     "search",   "serve",
       "show",         "start",   "stash",  "status",   "stop",    "switch",   "test",
       "uninstall",    "up",      "update", "upgrade",  "version"};
-  return isOneOf(word, kSubcommands);
+  return isOneOf(word, subcommands);
 }
 
 bool isFunctionWord(std::string_view word) {
-  constexpr std::string_view kWords[] = {
+  constexpr std::string_view wordTable[] = {
       "a",    "also", "and", "are", "as",   "at",   "be",   "but",  "can",   "did", "does",
       "for",  "from", "had", "has", "have", "i",    "in",   "is",   "it",    "me",  "my",
       "not",  "of",   "on",  "or",  "our",  "out",  "so",   "sure", "that",  "the", "then",
       "this", "to",   "up",  "was", "we",   "were", "will", "with", "works", "you", "your"};
-  return isOneOf(word, kWords);
+  return isOneOf(word, wordTable);
 }
 
 bool holdsOperator(const Words& words) {
-  constexpr std::string_view kOperators[] = {"|", "||", "&&", ">>", "<<", "2>&1", "&>", "\\"};
+  constexpr std::string_view operators[] = {"|", "||", "&&", ">>", "<<", "2>&1", "&>", "\\"};
   for (std::size_t i = 1; i < words.size(); ++i) {
     const std::string_view word = words[i], next = words[i + 1];
     const bool isVariable = word.size() > 1 && word.front() == '$' && !isDigit(word[1]);
-    if (isVariable || isOneOf(word, kOperators)) return true;
+    if (isVariable || isOneOf(word, operators)) return true;
     if ((word == ">" || word == "<") && (isPath(next) || isFileName(next))) return true;
   }
   return false;
@@ -196,12 +196,12 @@ bool holdsFileName(const Words& words) { return words.anyBehindFirst(isFileName)
 bool holdsTechnicalWord(const Words& words) { return words.anyBehindFirst(isTechnical); }
 
 bool holdsShellWords(const Words& words) {
-  constexpr std::size_t kFewWords = 3;
+  constexpr std::size_t fewWords = 3;
   const auto isOperand = [](std::string_view word) {
     return isOption(word) || isPath(word) || isAssignment(word);
   };
   if (isOperand(words[1]) || (words.size() == 2 && isFileName(words[1]))) return true;
-  if (words.size() <= kFewWords && words.anyBehindFirst(isOperand)) return true;
+  if (words.size() <= fewWords && words.anyBehindFirst(isOperand)) return true;
   return holdsOperator(words);
 }
 

@@ -15,7 +15,7 @@
 namespace marbelot {
 namespace {
 
-constexpr std::array<std::string_view, languageCount> kNames = {
+constexpr std::array<std::string_view, languageCount> names = {
     "PHP", "C++",  "C",    "Swift", "Python", "TypeScript", "JavaScript", "C#", "Java",
     "Go",  "Rust", "Ruby", "JSON",  "Shell",  "HTML",       "CSS",        "SQL"};
 
@@ -28,9 +28,9 @@ bool isPage(const ClueCounts& counts) {
 // What it takes to be named: more for longer texts, which hold more chance clues, and more when
 // much of the text is running text or looks like a list.
 int neededPoints(const ClueCounts& counts, Language language) {
-  constexpr int kLeast = 4, kMost = 11;
-  const auto perLines = static_cast<int>(std::min<std::size_t>(counts.lines / 4, kMost - kLeast));
-  int needed = kLeast + perLines;
+  constexpr int least = 4, most = 11;
+  const auto perLines = static_cast<int>(std::min<std::size_t>(counts.lines / 4, most - least));
+  int needed = least + perLines;
   if (language == Language::html && isPage(counts)) return needed;
   const std::size_t plain = counts.proseLines + counts.foreignLines;
   if (plain * 3 > counts.lines) needed *= 2;
@@ -61,15 +61,15 @@ std::optional<Language> interpreted(std::string_view script) {
   constexpr struct {
     std::string_view program;
     Language language;
-  } kPrograms[] = {{"python", Language::python},
-                   {"node", Language::javaScript},
-                   {"ruby", Language::ruby},
-                   {"php", Language::php}};
+  } programs[] = {{"python", Language::python},
+                  {"node", Language::javaScript},
+                  {"ruby", Language::ruby},
+                  {"php", Language::php}};
   std::string_view line = text::trimmedBlanks(LineReader(script).next()->substr(2));
-  constexpr std::string_view kEnv = "/usr/bin/env ";
-  line = line.starts_with(kEnv) ? line.substr(kEnv.size()) : line.substr(0, line.find(' '));
+  constexpr std::string_view env = "/usr/bin/env ";
+  line = line.starts_with(env) ? line.substr(env.size()) : line.substr(0, line.find(' '));
   line = line.substr(line.rfind('/') + 1);
-  for (const auto& [program, language] : kPrograms) {
+  for (const auto& [program, language] : programs) {
     if (line.starts_with(program)) return language;
   }
   return std::nullopt;
@@ -78,15 +78,15 @@ std::optional<Language> interpreted(std::string_view script) {
 }  // namespace
 
 std::string_view languageName(Language language) {
-  return kNames[static_cast<std::size_t>(language)];
+  return names[static_cast<std::size_t>(language)];
 }
 
 std::string_view leadingLines(std::string_view text) {
   // A language shows early; of longer texts this many bytes are looked at, to the end of a line.
-  constexpr std::size_t kLookAt = std::size_t{64} << 10;
-  if (text.size() <= kLookAt) return text;
-  const std::size_t lineEnd = text.rfind('\n', kLookAt);
-  return text.substr(0, lineEnd == text.npos ? kLookAt : lineEnd);
+  constexpr std::size_t lookAt = std::size_t{64} << 10;
+  if (text.size() <= lookAt) return text;
+  const std::size_t lineEnd = text.rfind('\n', lookAt);
+  return text.substr(0, lineEnd == text.npos ? lookAt : lineEnd);
 }
 
 std::optional<std::string_view> languageOf(std::string_view trimmed, const LineCounts& headLines) {

@@ -112,13 +112,13 @@ bool hasPythonImport(std::string_view text) {
              at += text::scalarAt(text, at).bytes;
            }
            const std::size_t keyword = skipSpace(text, at);
-           constexpr std::string_view kImport = "import";
+           constexpr std::string_view importKeyword = "import";
            if (module == end || at == module || keyword == at ||
-               !text.substr(keyword).starts_with(kImport)) {
+               !text.substr(keyword).starts_with(importKeyword)) {
              return false;
            }
-           const std::size_t name = skipSpace(text, keyword + kImport.size());
-           return name > keyword + kImport.size() && isWordAt(text, name);
+           const std::size_t name = skipSpace(text, keyword + importKeyword.size());
+           return name > keyword + importKeyword.size() && isWordAt(text, name);
          });
 }
 
@@ -167,9 +167,10 @@ bool hasJavaMember(std::string_view text) {
   const auto test = [&](std::size_t, std::size_t end) {
     std::size_t what = skipSpace(text, end);
     if (what == end) return false;
-    constexpr std::string_view kStatic = "static";
-    if (text.substr(what).starts_with(kStatic) && isSpaceAt(text, what + kStatic.size())) {
-      what = skipSpace(text, what + kStatic.size());
+    constexpr std::string_view staticKeyword = "static";
+    if (text.substr(what).starts_with(staticKeyword) &&
+        isSpaceAt(text, what + staticKeyword.size())) {
+      what = skipSpace(text, what + staticKeyword.size());
     }
     for (const std::string_view word : {"class", "void", "int", "String"}) {
       if (text.substr(what).starts_with(word) && !isWordAt(text, what + word.size())) return true;

@@ -12,15 +12,15 @@ namespace {
 
 // A line of running text: some words, begun as a sentence is or ended as one.
 bool isSentence(std::string_view line) {
-  constexpr int kFewWords = 4, kManyWords = 8;
-  constexpr std::size_t kLookAt = 400;  // a longer line needs no more to be known
-  if (line.size() <= 2 * kFewWords) return false;
-  const std::string_view head = line.substr(0, kLookAt);
+  constexpr int fewWords = 4, manyWords = 8;
+  constexpr std::size_t lookAt = 400;  // a longer line needs no more to be known
+  if (line.size() <= 2 * fewWords) return false;
+  const std::string_view head = line.substr(0, lookAt);
   const auto gaps = std::count(head.begin(), head.end(), ' ');
-  if (gaps < kFewWords) return false;
+  if (gaps < fewWords) return false;
   const char last = line.back();
   const bool ends = last == '.' || last == '!' || last == '?' || last == ',' || last == ':';
-  return (isUpper(line.front()) && (ends || gaps >= kManyWords)) || (ends && gaps >= kManyWords);
+  return (isUpper(line.front()) && (ends || gaps >= manyWords)) || (ends && gaps >= manyWords);
 }
 
 bool isMarkup(std::string_view line) {

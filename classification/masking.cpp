@@ -24,18 +24,18 @@ std::vector<Range> merged(std::vector<Range> ranges) {
 }
 
 void appendMask(std::string& to, std::string_view secret) {
-  constexpr std::string_view kMask = "***";
-  constexpr std::size_t kShort = 7, kLong = 12;  // characters
+  constexpr std::string_view mask = "***";
+  constexpr std::size_t shortLength = 7, longLength = 12;  // characters
   const auto hasAtLeast = [secret](std::size_t characters) {
     return text::prefixBytes(secret, characters - 1) < secret.size();
   };
-  if (!hasAtLeast(kShort)) {
-    to += kMask;
+  if (!hasAtLeast(shortLength)) {
+    to += mask;
     return;
   }
-  const std::size_t edge = hasAtLeast(kLong) ? 4 : 2;
+  const std::size_t edge = hasAtLeast(longLength) ? 4 : 2;
   to += secret.substr(0, text::prefixBytes(secret, edge));
-  to += kMask;
+  to += mask;
   to += secret.substr(secret.size() - text::suffixBytes(secret, edge));
 }
 

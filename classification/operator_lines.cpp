@@ -11,12 +11,12 @@ namespace {
 // How much the shell operators of a line speak for a command: an operator that prose uses too,
 // as the stroke in "and/or", counts half of one that stands as in a shell.
 int operatorPoints(std::string_view line) {
-  constexpr int kEnough = 12;
-  constexpr std::size_t kLookAt = 1000;  // a longer line has shown its operators by then
-  line = line.substr(0, kLookAt);
+  constexpr int enough = 12;
+  constexpr std::size_t lookAt = 1000;  // a longer line has shown its operators by then
+  line = line.substr(0, lookAt);
   int points = 0;
   const auto at = [line](std::size_t i) { return i < line.size() ? line[i] : ' '; };
-  for (std::size_t i = 0; i < line.size() && points < kEnough; ++i) {
+  for (std::size_t i = 0; i < line.size() && points < enough; ++i) {
     const char before = i > 0 ? line[i - 1] : ' ', after = at(i + 1);
     switch (line[i]) {
       case '-':
@@ -56,8 +56,8 @@ int operatorPoints(std::string_view line) {
 
 // One word, a path and nothing else: copied to name a file. A blank in it is behind a backslash.
 bool isPathAlone(std::string_view line) {
-  constexpr std::size_t kLongestPath = 4096;
-  if (line.size() > kLongestPath || !startsAsPath(line)) return false;
+  constexpr std::size_t longestPath = 4096;
+  if (line.size() > longestPath || !startsAsPath(line)) return false;
   if (line.find_first_of("|&;<>$`(\t") != line.npos) return false;
   for (std::size_t at = line.find(' '); at != line.npos; at = line.find(' ', at + 1)) {
     if (at == 0 || line[at - 1] != '\\') return false;
@@ -71,8 +71,8 @@ bool endsStatement(std::string_view line) {
 
 // No command's name is longer than what this looks at.
 std::string_view firstWord(std::string_view line) {
-  constexpr std::size_t kLookAt = 100;
-  line = line.substr(0, kLookAt);
+  constexpr std::size_t lookAt = 100;
+  line = line.substr(0, lookAt);
   return line.substr(0, line.find_first_of(" \t"));
 }
 
@@ -119,8 +119,8 @@ bool isShellBlock(std::string_view line) {
 }
 
 bool isCommandLine(std::string_view line, bool isCode) {
-  constexpr std::size_t kShortest = 4;  // "a -b"
-  if (line.size() < kShortest || endsAsSentence(line)) return false;
+  constexpr std::size_t shortest = 4;  // "a -b"
+  if (line.size() < shortest || endsAsSentence(line)) return false;
   if (isShellBlock(line)) return true;
   const bool endsFind = line.ends_with("\\;");  // its -exec, not a statement
   if (isCode && !endsFind && endsStatement(line)) return false;

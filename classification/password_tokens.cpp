@@ -13,31 +13,31 @@
 namespace marbelot {
 namespace {
 
-constexpr std::size_t kLongestSecret = 128;
-constexpr std::string_view kEdgePunctuation = "\"'`.,;:()[]{}<>=";
+constexpr std::size_t longestSecret = 128;
+constexpr std::string_view edgePunctuation = "\"'`.,;:()[]{}<>=";
 
-constexpr std::array<bool, 256> kIsEdge = [] {
+constexpr std::array<bool, 256> isEdge = [] {
   std::array<bool, 256> edges{};
-  for (const char c : kEdgePunctuation) edges[static_cast<unsigned char>(c)] = true;
+  for (const char c : edgePunctuation) edges[static_cast<unsigned char>(c)] = true;
   return edges;
 }();
 
-bool isEdgePunctuation(char c) { return kIsEdge[static_cast<unsigned char>(c)]; }
+bool isEdgePunctuation(char c) { return isEdge[static_cast<unsigned char>(c)]; }
 
 // What a character is to the tests.
-enum : std::uint8_t { kLower = 1, kUpper = 2, kDigit = 4, kSymbol = 8, kLetter = 16 };
+enum : std::uint8_t { lowerBit = 1, upperBit = 2, digitBit = 4, symbolBit = 8, letterBit = 16 };
 
-constexpr std::array<std::uint8_t, 128> kAsciiTraits = [] {
+constexpr std::array<std::uint8_t, 128> asciiTraits = [] {
   std::array<std::uint8_t, 128> traits{};
   for (unsigned c = 0; c < 128; ++c) {
     if (c >= 'a' && c <= 'z') {
-      traits[c] = kLower | kLetter;
+      traits[c] = lowerBit | letterBit;
     } else if (c >= 'A' && c <= 'Z') {
-      traits[c] = kUpper | kLetter;
+      traits[c] = upperBit | letterBit;
     } else if (c >= '0' && c <= '9') {
-      traits[c] = kDigit;
+      traits[c] = digitBit;
     } else {
-      traits[c] = kSymbol;
+      traits[c] = symbolBit;
     }
   }
   return traits;
@@ -46,29 +46,29 @@ constexpr std::array<std::uint8_t, 128> kAsciiTraits = [] {
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 std::uint8_t traitsOf(char32_t c) {
-  if (c < 128) return kAsciiTraits[c];
+  if (c < 128) return asciiTraits[c];
   const bool letter = text::isLetter(c), number = text::isNumber(c);
   unsigned traits = 0;
   if (letter) {
-    traits |= kLetter;
-    if (text::isLowercase(c)) traits |= kLower;
-    if (text::isUppercase(c)) traits |= kUpper;
+    traits |= letterBit;
+    if (text::isLowercase(c)) traits |= lowerBit;
+    if (text::isUppercase(c)) traits |= upperBit;
   }
-  if (number) traits |= kDigit;
-  if (!letter && !number) traits |= kSymbol;
+  if (number) traits |= digitBit;
+  if (!letter && !number) traits |= symbolBit;
   return static_cast<std::uint8_t>(traits);
 }
 
 // The scalars of two bytes (Latin, Greek, Cyrillic, Hebrew, Arabic …), so that prose in these
 // scripts costs a look-up per letter.
 std::uint8_t quickTraitsOf(char32_t c) {
-  constexpr char32_t kEnd = 0x800;
-  static const std::array<std::uint8_t, kEnd> table = [] {
-    std::array<std::uint8_t, kEnd> traits{};
-    for (char32_t scalar = 0; scalar < kEnd; ++scalar) traits[scalar] = traitsOf(scalar);
+  constexpr char32_t tableEnd = 0x800;
+  static const std::array<std::uint8_t, tableEnd> table = [] {
+    std::array<std::uint8_t, tableEnd> traits{};
+    for (char32_t scalar = 0; scalar < tableEnd; ++scalar) traits[scalar] = traitsOf(scalar);
     return traits;
   }();
-  return c < kEnd ? table[c] : traitsOf(c);
+  return c < tableEnd ? table[c] : traitsOf(c);
 }
 
 // What both tests want to know about the characters of a trimmed token.
@@ -87,9 +87,9 @@ class CharacterReader {
   void add(std::uint8_t traits, bool vowel) {
     ++seen_.count;
     seen_.present |= traits;
-    const bool letter = traits & kLetter;
+    const bool letter = traits & letterBit;
     if (letter && afterNumber_) seen_.letterAfterNumber = true;
-    afterNumber_ = traits & kDigit;
+    afterNumber_ = traits & digitBit;
     run_ = letter && !vowel ? run_ + 1 : 0;
     if (run_ >= 4) seen_.consonantRun = true;
   }
@@ -107,7 +107,7 @@ Characters readAscii(std::string_view token) {
   CharacterReader reader;
   std::bitset<128> distinct;
   for (const char c : token) {
-    reader.add(kAsciiTraits[static_cast<unsigned char>(c)], isVowel(c));
+    reader.add(asciiTraits[static_cast<unsigned char>(c)], isVowel(c));
     distinct.set(static_cast<unsigned char>(c));
   }
   Characters seen = reader.seen();
@@ -118,7 +118,7 @@ Characters readAscii(std::string_view token) {
 // Reads at most one character more than a secret can have.
 Characters readClusters(std::string_view token) {
   CharacterReader reader;
-  std::array<std::string_view, kLongestSecret + 1> clusters;
+  std::array<std::string_view, longestSecret + 1> clusters;
   std::size_t count = 0;
   while (!token.empty() && count < clusters.size()) {
     const std::size_t bytes = text::prefixBytes(token, 1);
@@ -135,14 +135,13 @@ Characters readClusters(std::string_view token) {
 }
 
 bool isStrongPassword(const Characters& seen) {
-  return seen.count >= 8 && seen.count <= kLongestSecret && seen.classes() >= 3 &&
-         seen.distinct > 5;
+  return seen.count >= 8 && seen.count <= longestSecret && seen.classes() >= 3 && seen.distinct > 5;
 }
 
 bool isRandomString(const Characters& seen) {
-  if (seen.count < 10 || seen.count > kLongestSecret) return false;
-  if (!(seen.present & kLetter)) return false;
-  if (!(seen.present & kSymbol) && !(seen.present & kDigit)) return false;
+  if (seen.count < 10 || seen.count > longestSecret) return false;
+  if (!(seen.present & letterBit)) return false;
+  if (!(seen.present & symbolBit) && !(seen.present & digitBit)) return false;
   return seen.distinct * 2 >= seen.count && (seen.consonantRun || seen.letterAfterNumber);
 }
 
@@ -166,22 +165,22 @@ bool isAsciiLetter(char32_t c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c
 bool cannotBeSecret(std::string_view token) {
   if (token.size() < 8) return true;
   // Every character takes one scalar at least, and at most two of ASCII (CR LF).
-  constexpr std::size_t kTooLong = 2 * kLongestSecret;
+  constexpr std::size_t tooLong = 2 * longestSecret;
   unsigned present = 0;
   std::size_t scalars = 0, ascii = 0;
   for (std::size_t at = 0; at < token.size();) {
     if (isAscii(token[at])) {
-      present |= kAsciiTraits[static_cast<unsigned char>(token[at++])];
-      if (++ascii > kTooLong) return true;
+      present |= asciiTraits[static_cast<unsigned char>(token[at++])];
+      if (++ascii > tooLong) return true;
     } else {
       const text::Scalar scalar = text::scalarAt(token, at);
       present |= quickTraitsOf(scalar.value);
       at += scalar.bytes;
     }
     // Long tokens show their classes early.
-    if (++scalars >= kLongestSecret && (present & (kDigit | kSymbol))) return false;
+    if (++scalars >= longestSecret && (present & (digitBit | symbolBit))) return false;
   }
-  return scalars < 8 || !(present & kLetter) || !(present & (kDigit | kSymbol));
+  return scalars < 8 || !(present & letterBit) || !(present & (digitBit | symbolBit));
 }
 
 // The token less the punctuation at its edges. A mark that combines with a punctuation character
@@ -233,7 +232,7 @@ bool isSecretRange(std::string_view text, Range token, Range& found) {
 }
 
 // Which of the words start with these three letters, one bit each word.
-constexpr std::array<std::string_view, 13> kSecretWords = {
+constexpr std::array<std::string_view, 13> secretWords = {
     "password", "passwd",  "passphrase", "pwd",        "secret",      "token", "apikey",
     "api key",  "api-key", "credential", "access key", "private key", "pin"};
 
@@ -241,11 +240,11 @@ struct WordStarts {
   std::array<std::array<std::uint16_t, 256>, 3> at{};
 };
 
-constexpr WordStarts kWordStarts = [] {
+constexpr WordStarts wordStarts = [] {
   WordStarts starts;
-  for (std::size_t word = 0; word < kSecretWords.size(); ++word) {
+  for (std::size_t word = 0; word < secretWords.size(); ++word) {
     for (std::size_t letter = 0; letter < 3; ++letter) {
-      const auto c = static_cast<unsigned char>(kSecretWords[word][letter]);
+      const auto c = static_cast<unsigned char>(secretWords[word][letter]);
       const auto bit = static_cast<std::uint16_t>(1u << word);
       starts.at[letter][c] |= bit;
       starts.at[letter][c & ~0x20u] |= bit;
@@ -266,11 +265,11 @@ bool mentionsSecretInAscii(std::string_view text) {
   if (text.size() < 3) return false;
   const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
   for (std::size_t at = 0; at + 2 < text.size(); ++at) {
-    unsigned candidates = kWordStarts.at[0][bytes[at]] & kWordStarts.at[1][bytes[at + 1]] &
-                          kWordStarts.at[2][bytes[at + 2]];
+    unsigned candidates = wordStarts.at[0][bytes[at]] & wordStarts.at[1][bytes[at + 1]] &
+                          wordStarts.at[2][bytes[at + 2]];
     for (; candidates; candidates &= candidates - 1) {
       const auto word = static_cast<std::size_t>(__builtin_ctz(candidates));
-      if (startsWithLowercased(text.substr(at), kSecretWords[word])) return true;
+      if (startsWithLowercased(text.substr(at), secretWords[word])) return true;
     }
   }
   return false;
@@ -313,9 +312,9 @@ bool looksLikeSecretToken(std::string_view token) {
   const bool ascii = std::all_of(
       trimmed.begin(),
       trimmed.begin() +
-          std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(trimmed.size()), kLongestSecret + 1),
+          std::min<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(trimmed.size()), longestSecret + 1),
       isAscii);
-  if (ascii && trimmed.size() > kLongestSecret) return false;
+  if (ascii && trimmed.size() > longestSecret) return false;
   const Characters seen = ascii ? readAscii(trimmed) : readClusters(trimmed);
   if (!isStrongPassword(seen) && !isRandomString(seen)) return false;
   return token.find_first_of(" \n\t") == token.npos && token.find('@') == token.npos &&
@@ -342,8 +341,8 @@ bool hasPasswordToken(std::string_view text) {
 bool mentionsSecret(std::string_view text) {
   if (mentionsSecretInAscii(text)) return true;
   // The one character outside ASCII that lower-casing brings into these words.
-  constexpr std::string_view kKelvinSign = "\u212A";
-  return text.find(kKelvinSign) != text.npos && mentionsSecretInAscii(text::lowercased(text));
+  constexpr std::string_view kelvinSign = "\u212A";
+  return text.find(kelvinSign) != text.npos && mentionsSecretInAscii(text::lowercased(text));
 }
 
 }  // namespace marbelot

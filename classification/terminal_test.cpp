@@ -47,9 +47,9 @@ bool startsWithPowerShellPrompt(std::string_view line) {
 bool startsWithErrorName(std::string_view line) {
   std::size_t end = 0;
   while (end < line.size() && isName(line[end])) ++end;
-  constexpr std::string_view kError = "Error";
-  return end > kError.size() && end < line.size() && line[end] == ':' &&
-         line.substr(0, end).ends_with(kError);
+  constexpr std::string_view error = "Error";
+  return end > error.size() && end < line.size() && line[end] == ':' &&
+         line.substr(0, end).ends_with(error);
 }
 
 bool endsAsCode(std::string_view line) {
@@ -73,24 +73,23 @@ bool isInQuotes(std::string_view before) {
 
 // The phrases of failing tools; in a sentence they are only talked about.
 Phrase errorPhrase(std::string_view line) {
-  constexpr std::string_view kShortest = "Permission denied";
-  constexpr std::size_t kLookAt = 4096;
-  constexpr std::ptrdiff_t kFewGaps = 5;
-  if (line.size() < kShortest.size()) return Phrase::none;
-  line = line.substr(0, kLookAt);
-  constexpr std::string_view kTraceback = "Traceback (most recent call last)";
-  if (line.starts_with(kTraceback)) return Phrase::printed;
-  if (line.find(kTraceback) != line.npos) return Phrase::quoted;
+  constexpr std::string_view shortest = "Permission denied";
+  constexpr std::size_t lookAt = 4096;
+  constexpr std::ptrdiff_t fewGaps = 5;
+  if (line.size() < shortest.size()) return Phrase::none;
+  line = line.substr(0, lookAt);
+  constexpr std::string_view traceback = "Traceback (most recent call last)";
+  if (line.starts_with(traceback)) return Phrase::printed;
+  if (line.find(traceback) != line.npos) return Phrase::quoted;
   for (const std::string_view phrase :
        {"command not found", "Permission denied", "No such file or directory"}) {
     const std::size_t at = line.find(phrase);
     if (at == line.npos) continue;
     const std::string_view before = line.substr(0, at), after = line.substr(at + phrase.size());
-    const bool printed =
-        before.empty() || before.ends_with(": ") || before.ends_with(" - ") ||
-        before.ends_with("] ") || before.ends_with(", ") || before.ends_with('(') ||
-        after.starts_with(':') ||
-        (after.empty() && std::count(before.begin(), before.end(), ' ') < kFewGaps);
+    const bool printed = before.empty() || before.ends_with(": ") || before.ends_with(" - ") ||
+                         before.ends_with("] ") || before.ends_with(", ") ||
+                         before.ends_with('(') || after.starts_with(':') ||
+                         (after.empty() && std::count(before.begin(), before.end(), ' ') < fewGaps);
     if (!printed) return Phrase::talkedAbout;
     return isInQuotes(before) || endsAsCode(line) ? Phrase::quoted : Phrase::printed;
   }
@@ -127,7 +126,7 @@ bool talks(const Words& words) {
 
 // What stands behind a mark that is a prompt, but that quotes and comments begin with, too.
 Behind judgeBehindMark(char mark, std::string_view line) {
-  constexpr std::size_t kFewWords = 4;
+  constexpr std::size_t fewWords = 4;
   if (line.empty() || endsAsSentence(line) || line.back() == '{') return Behind::remark;
   if (isShellBlock(line)) return Behind::command;
   const Words words(line);
@@ -137,7 +136,7 @@ Behind judgeBehindMark(char mark, std::string_view line) {
   if (known && holdsShellWords(words)) return Behind::command;
   if (talks(words)) return Behind::remark;
   if (first == FirstWord::command && holdsOption(words)) return Behind::command;
-  if (words.size() > kFewWords) return Behind::remark;
+  if (words.size() > fewWords) return Behind::remark;
   if (!known) {
     return holdsOption(words) || holdsOperator(words) ? Behind::command : Behind::remark;
   }
@@ -157,8 +156,8 @@ bool isPrompt(const MarkCounts& mark) {
 
 // Compilers show a few lines of a source between what they say.
 bool isToolOutput(const LineCounts& lines) {
-  constexpr std::size_t kFewest = 2;
-  return lines.terminal.toolLines >= kFewest && lines.terminal.toolLines * 4 >= lines.nonBlank;
+  constexpr std::size_t fewest = 2;
+  return lines.terminal.toolLines >= fewest && lines.terminal.toolLines * 4 >= lines.nonBlank;
 }
 
 }  // namespace
@@ -207,8 +206,8 @@ TerminalLine TerminalReader::read(std::string_view line, std::string_view trimme
   }
   isFirst_ = false;
   if (first == '>' && (line.size() == 1 || line[1] == '>')) return TerminalLine::quotation;
-  constexpr std::size_t kShortest = 4;  // no prompt, failure or command is shorter
-  if (line.size() < kShortest) return TerminalLine::none;
+  constexpr std::size_t shortest = 4;  // no prompt, failure or command is shorter
+  if (line.size() < shortest) return TerminalLine::none;
   if (startsWithHostPrompt(line) || startsWithPowerShellPrompt(line)) {
     ++counts_.prompts;
     return TerminalLine::session;

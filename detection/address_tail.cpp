@@ -9,9 +9,9 @@
 namespace marbelot::detection {
 namespace {
 
-constexpr int kMostWords = 14;
-constexpr int kMostNumbers = 2;
-constexpr std::size_t kMostSeparators = 5;
+constexpr int mostWords = 14;
+constexpr int mostNumbers = 2;
+constexpr std::size_t mostSeparators = 5;
 
 Token read(std::string_view text, std::size_t at) { return tokenAt(text, at, Hyphens::join); }
 
@@ -104,7 +104,7 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
   std::size_t separators = 0;
   bool after_unit = false;
   std::size_t word_length = 0;
-  while (words <= kMostWords) {
+  while (words <= mostWords) {
     const Token token = read(text, at);
     switch (token.kind) {
       case Token::Kind::word: {
@@ -132,7 +132,7 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
         const Token next = read(text, token.end());
         const bool glued = next.isWord() && !next.spaced;
         const bool ordinal = glued && next.range.length == 2;
-        if ((!after_unit && !ordinal) || ++numbers > kMostNumbers) return std::nullopt;
+        if ((!after_unit && !ordinal) || ++numbers > mostNumbers) return std::nullopt;
         at = glued ? next.end() : token.end();
         after_unit = false;
         word_length = 0;
@@ -140,12 +140,12 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
         continue;
       }
       case Token::Kind::newline:
-        if (++separators > kMostSeparators) return std::nullopt;
+        if (++separators > mostSeparators) return std::nullopt;
         after_unit = false;
         break;
       case Token::Kind::symbol:
         if (token.is(',')) {
-          if (++separators > kMostSeparators) return std::nullopt;
+          if (++separators > mostSeparators) return std::nullopt;
           after_unit = false;
         } else if (token.is('#')) {
           after_unit = true;

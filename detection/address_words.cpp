@@ -80,7 +80,7 @@ StreetType germanStreetType(const std::string& word, bool& standalone) {
     std::string_view text;
     StreetType type;
   };
-  static constexpr std::array<Ending, 19> kEndings = {{
+  static constexpr std::array<Ending, 19> endings = {{
       {"straße", StreetType::clear},    {"strasse", StreetType::clear},
       {"str", StreetType::clear},       {"allee", StreetType::clear},
       {"gasse", StreetType::clear},     {"chaussee", StreetType::clear},
@@ -92,7 +92,7 @@ StreetType germanStreetType(const std::string& word, bool& standalone) {
       {"promenade", StreetType::vague}, {"zeile", StreetType::vague},
       {"wall", StreetType::vague},
   }};
-  for (const Ending& ending : kEndings) {
+  for (const Ending& ending : endings) {
     if (!word.ends_with(ending.text)) continue;
     standalone = word.size() == ending.text.size();
     // "str" alone ends nothing but an abbreviated street of some name.

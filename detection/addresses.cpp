@@ -13,7 +13,7 @@
 namespace marbelot::detection {
 namespace {
 
-constexpr std::size_t kLongestHouseNumber = 5;
+constexpr std::size_t longestHouseNumber = 5;
 
 struct Street {
   std::size_t end = 0;       // with its type
@@ -53,7 +53,7 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
   std::size_t end = digit;
   while (end < text().size() && isDigit(text()[end])) ++end;
   skipTo(end);
-  if (end - digit > kLongestHouseNumber) return std::nullopt;
+  if (end - digit > longestHouseNumber) return std::nullopt;
   std::size_t start = digit;
   if (digit > floor()) {
     const char before = text()[digit - 1];
@@ -68,11 +68,11 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
       if (auto found = boxAddress(digit)) return found;
     }
     // "W204N11912": numbers in the grid of a county.
-    constexpr std::string_view kDirections = "NSEW";
-    if (kDirections.find(before) != std::string_view::npos && !isAlnum(word_end)) --start;
-    constexpr std::string_view kGlue = ".,:;/-_$#%&@+*='\\";
+    constexpr std::string_view directions = "NSEW";
+    if (directions.find(before) != std::string_view::npos && !isAlnum(word_end)) --start;
+    constexpr std::string_view glue = ".,:;/-_$#%&@+*='\\";
     if (start < digit) return numberFirstAddress(start);
-    if (isAlnum(before) || kGlue.find(before) != std::string_view::npos) return std::nullopt;
+    if (isAlnum(before) || glue.find(before) != std::string_view::npos) return std::nullopt;
     if (!isAscii(before) && !no_break && text::isLetter(text::scalarBefore(text(), digit).value)) {
       return std::nullopt;
     }
@@ -99,7 +99,7 @@ std::size_t AddressFinder::houseNumberEnd(std::size_t digit) const {
   for (int part = 0; part < 2; ++part) {
     const std::size_t start = at;
     while (isDigit(byteAt(at))) ++at;
-    if (at == start || at - start > kLongestHouseNumber) return 0;
+    if (at == start || at - start > longestHouseNumber) return 0;
     const std::size_t letter = byteAt(at) == '-' ? at + 1 : at;
     if (isAlpha(byteAt(letter)) && !isAlpha(byteAt(letter + 1)) && isAscii(byteAt(letter + 1))) {
       at = letter + 1;
@@ -259,16 +259,16 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
   if (after != ' ' && after != ',' && after != '\t' && isAscii(after)) return std::nullopt;
   // In lower case only the French types of streets follow a number, or all is in lower case.
   const char next = byteAt(number_end + 1);
-  constexpr std::string_view kFrenchInitials = "rabicpqfetvs";
+  constexpr std::string_view frenchInitials = "rabicpqfetvs";
   const bool small = isLower(next);
-  if (small && kFrenchInitials.find(next) == std::string_view::npos &&
+  if (small && frenchInitials.find(next) == std::string_view::npos &&
       !hasZipNear(text(), number_end)) {
     return std::nullopt;
   }
   // Nor does a number follow one, but for "5th".
   if (after == ' ' && isDigit(next)) {
     std::size_t end = number_end + 1;
-    while (isDigit(byteAt(end)) && end - number_end <= kLongestHouseNumber) ++end;
+    while (isDigit(byteAt(end)) && end - number_end <= longestHouseNumber) ++end;
     if (!isAlpha(byteAt(end))) return std::nullopt;
   }
   Street street = frenchStreet(number_end);
@@ -303,9 +303,9 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
 // "One Liberty Plaza, New York, NY 10006", found by its ZIP code.
 std::optional<Detection> AddressFinder::spelledAddress(std::size_t zip, std::size_t zip_end) const {
   if (zip_end - zip != 5 || zip < floor() + 3 || !isUpper(text()[zip - 2])) return std::nullopt;
-  constexpr std::size_t kFarthest = 110;
+  constexpr std::size_t farthest = 110;
   static const WordSet numbers("one two three four five six seven eight nine ten");
-  const std::size_t bound = std::max(floor(), zip - std::min(zip, kFarthest));
+  const std::size_t bound = std::max(floor(), zip - std::min(zip, farthest));
   const std::string_view before = text().substr(bound, zip - bound);
   for (std::size_t at = before.size(); at-- > 0;) {
     const bool start = isUpper(before[at]) && (at == 0 || !isAlnum(before[at - 1]));

@@ -28,9 +28,9 @@ std::size_t routeLength(std::string_view before) {
   const std::size_t behind = rest.size();
   while (!rest.empty() && isDigit(rest.back())) rest.remove_suffix(1);
   if (rest.size() == behind || !rest.ends_with(' ')) return 0;
-  constexpr std::string_view kRoutes[] = {"rr ", "r.r. ", "r r ", "rural route ", "rte ",
-                                          "hc ", "hcr ",  "psc ", "cmr ",         "unit "};
-  const std::size_t length = endingLength(rest, kRoutes);
+  constexpr std::string_view routes[] = {"rr ", "r.r. ", "r r ", "rural route ", "rte ",
+                                         "hc ", "hcr ",  "psc ", "cmr ",         "unit "};
+  const std::size_t length = endingLength(rest, routes);
   return length == 0 ? 0 : before.size() - rest.size() + length;
 }
 
@@ -52,10 +52,10 @@ Range boxAt(std::string_view text, std::size_t digit, std::size_t floor) {
   std::string before(text.substr(from, digit - from));
   for (char& c : before) c = lower(c);
   if (before.ends_with('#')) before.pop_back();
-  constexpr std::string_view kBoxes[] = {
+  constexpr std::string_view boxes[] = {
       "po box ",  "p.o. box ", "p.o.box ",     "p. o. box ",  "p o box ",  "post office box ",
       "gpo box ", "pobox ",    "private bag ", "locked bag ", "postfach ", "bp "};
-  std::size_t length = endingLength(before, kBoxes);
+  std::size_t length = endingLength(before, boxes);
   if (length == 0 && before.ends_with("box ")) {
     const std::string_view further = std::string_view(before).substr(0, before.size() - 4);
     const std::size_t route = routeLength(further);

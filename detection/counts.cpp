@@ -99,19 +99,19 @@ std::optional<Unit> readUnit(const DateSource& source, std::size_t at) {
   if (!token.isWord()) return std::nullopt;
   const DateWord word = source.meaning(token);
   if (word.kind == Kind::unit) return Unit{token.end(), static_cast<TimeUnit>(word.value)};
-  if (token.lower == "second") return Unit{token.end(), kSecond};
+  if (token.lower == "second") return Unit{token.end(), TimeUnit::second};
   if (token.spaced || token.range.length != 1) return std::nullopt;
   switch (token.lower[0]) {
     case 's':
-      return Unit{token.end(), kSecond};
+      return Unit{token.end(), TimeUnit::second};
     case 'm':
-      return Unit{token.end(), kMinute};
+      return Unit{token.end(), TimeUnit::minute};
     case 'd':
-      return Unit{token.end(), kDay};
+      return Unit{token.end(), TimeUnit::day};
     case 'w':
-      return Unit{token.end(), kWeek};
+      return Unit{token.end(), TimeUnit::week};
     case 'y':
-      return Unit{token.end(), kYear};
+      return Unit{token.end(), TimeUnit::year};
     default:
       return std::nullopt;
   }

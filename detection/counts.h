@@ -26,7 +26,7 @@ std::optional<Ordinal> readOrdinal(const DateSource& source, std::size_t at);
 
 struct Unit {
   std::size_t end = 0;
-  TimeUnit unit = kDay;
+  TimeUnit unit = TimeUnit::day;
 };
 
 // "weeks", "hrs", and right behind a number "h", "m", "d", "w" and "s".

@@ -44,9 +44,9 @@ bool mayFollowNumber(const DateSource& source, const Token& number, const Token&
 
 bool mayStartDate(const DateSource& source, const Token& first) {
   // Only a few characters stand behind such a number.
-  constexpr std::string_view kBehind = " -/.:\t'AFJMNOSDUaefhjmnoprstudwy&P\xC2\xE2\xE5";
+  constexpr std::string_view mayStandBehind = " -/.:\t'AFJMNOSDUaefhjmnoprstudwy&P\xC2\xE2\xE5";
   const char behind = source.byte(first.end());
-  if (behind == '\0' || kBehind.find(behind) == std::string_view::npos) return false;
+  if (behind == '\0' || mayStandBehind.find(behind) == std::string_view::npos) return false;
   const Token second = source.after(first);
   if (second.isWord()) return mayFollowNumber(source, second);
   return second.kind == Token::Kind::symbol && mayFollowNumber(source, first, second);

@@ -71,7 +71,7 @@ Table makeTable() {
   add(table, Kind::ordinal, 30, "thirtieth");
   add(table, Kind::within, 1, "in within dans");
   add(table, Kind::within, -1, "vor");
-  add(table, Kind::unit, kSecond,
+  add(table, Kind::unit, TimeUnit::second,
       "seconds sec secs sekunden secondes|minute minutes min mins minuten|hour hours hr hrs h "
       "stunde stunden heure heures|day days tag tagen jour jours|week weeks wk wks woche wochen "
       "semaine semaines|fortnight fortnights|month months monat monaten mois|year years yr yrs "
@@ -81,7 +81,8 @@ Table makeTable() {
   add(table, Kind::fraction, 15, "quarter");
   add(table, Kind::fraction, 30, "half");
   add(table, Kind::edge, 0, "start beginning|end");
-  add(table, Kind::feast, kNewYear, "new|christmas|valentine's valentine’s valentines|boxing");
+  add(table, Kind::feast, Feast::newYear,
+      "new|christmas|valentine's valentine’s valentines|boxing");
   return table;
 }
 

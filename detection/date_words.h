@@ -32,8 +32,15 @@ struct DateWord {
   bool weak = false;
 };
 
-enum TimeUnit : int { kSecond, kMinute, kHour, kDay, kWeek, kFortnight, kMonth, kYear };
-enum Feast : int { kNewYear, kChristmas, kValentine, kBoxing };
+// Their numbers are what the table of words holds.
+struct TimeUnits {
+  enum Unit : int { second, minute, hour, day, week, fortnight, month, year };
+};
+using TimeUnit = TimeUnits::Unit;
+struct Feasts {
+  enum Feast : int { newYear, christmas, valentine, boxing };
+};
+using Feast = Feasts::Feast;
 
 // The part of the day that a word names, with which "at 5" is read.
 enum class PartOfDay { unknown, morning, afternoon, evening, night };

@@ -57,22 +57,22 @@ std::string isoTime(const year_month_day& date, const Clock& clock) {
 }
 
 // What dashes and curly quotes begin with in UTF-8, and hardly a letter.
-constexpr char kPunctuation = '\xE2';
+constexpr char punctuation = '\xE2';
 
-constexpr std::array<bool, 256> kWordBytes = [] {
+constexpr std::array<bool, 256> wordBytes = [] {
   std::array<bool, 256> table{};
   for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = table[c - 32] = true;
   for (unsigned c = 0x80; c < 0x100; ++c) table[c] = true;
-  table[static_cast<unsigned char>(kPunctuation)] = false;
+  table[static_cast<unsigned char>(punctuation)] = false;
   return table;
 }();
 
 // "a" or "an" before something that is counted in time: "a week ago", "an hour from now", "a
 // quarter past ten".
 bool mayBeArticle(std::string_view word, char next) {
-  constexpr std::string_view kInitials = "mhdwfycqsn";
+  constexpr std::string_view initials = "mhdwfycqsn";
   return (word == "a" || word == "an" || word == "A" || word == "An") &&
-         kInitials.find(next) != std::string_view::npos;
+         initials.find(next) != std::string_view::npos;
 }
 
 class DateFinder final : public TriggerFinder {
@@ -133,7 +133,7 @@ Detection DateFinder::date(std::size_t start, std::size_t end, const Day& day,
 
 // A digit that starts a number, or a word of the vocabulary.
 std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
-  const auto isWordByte = [](char c) { return kWordBytes[static_cast<unsigned char>(c)]; };
+  const auto isWordByte = [](char c) { return wordBytes[static_cast<unsigned char>(c)]; };
   std::size_t at = from;
   // In the middle of a word or a number nothing starts.
   if (at > 0 && isWordByte(text()[at - 1])) {
@@ -145,7 +145,7 @@ std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
     if (isDigit(text()[at])) return at;
     if (!isWordByte(text()[at])) {
       // Dashes and quotes, of three bytes, part words.
-      at += text()[at] == kPunctuation ? 3 : 1;
+      at += text()[at] == punctuation ? 3 : 1;
       continue;
     }
     std::size_t stop = at + 1;
@@ -160,9 +160,9 @@ std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
 bool DateFinder::startsFreely(std::size_t at) const {
   if (at == 0) return true;
   const char before = text()[at - 1];
-  constexpr std::string_view kGlue = "_@/\\-$#%&+*=.:,";
+  constexpr std::string_view glue = "_@/\\-$#%&+*=.:,";
   if (isAlnum(before)) return false;
-  if (kGlue.find(before) == std::string_view::npos) {
+  if (glue.find(before) == std::string_view::npos) {
     return isAscii(before) || !text::isLetter(text::scalarBefore(text(), at).value);
   }
   // "Date:tomorrow", but not "10:30" or "a.today".

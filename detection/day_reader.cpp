@@ -103,11 +103,11 @@ std::optional<Day> DayReader::inYearAt(std::size_t at, const Day& day) const {
 
 Day DayReader::onWeekday(const Day& day, int weekday) const {
   // Within six years most days fall on each weekday.
-  constexpr int kNear = 6;
+  constexpr int near = 6;
   const year this_year = year_month_day(today_).year();
   std::optional<Day> nearest;
   days distance{};
-  for (int y = kNear; y >= -kNear; --y) {
+  for (int y = near; y >= -near; --y) {
     const year_month_day date =
         (this_year + std::chrono::years(y)) / day.date.month() / day.date.day();
     if (!date.ok()) continue;

@@ -45,7 +45,7 @@ class Merger {
       Lane* first = earliest();
       if (first == nullptr) {
         if (horizon_ >= size_) return std::nullopt;
-        horizon_ += kStep;
+        horizon_ += step;
         continue;
       }
       const Range range = first->head->range;
@@ -64,7 +64,7 @@ class Merger {
   }
 
  private:
-  static constexpr std::size_t kStep = 64 * 1024;
+  static constexpr std::size_t step = 64 * 1024;
 
   void add(int rank, std::unique_ptr<Finder> finder) {
     lanes_.push_back({rank, std::move(finder), std::nullopt});
@@ -84,7 +84,7 @@ class Merger {
   }
 
   std::size_t size_;
-  std::size_t horizon_ = kStep;
+  std::size_t horizon_ = step;
   std::size_t taken_ = 0;
   std::vector<Lane> lanes_;
 };

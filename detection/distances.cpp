@@ -25,15 +25,15 @@ struct Span {
 bool addTo(Span& span, double value, TimeUnit unit) {
   const auto whole = static_cast<int>(std::lround(value));
   const bool is_whole = value == whole;
-  span.seconds_only = span.seconds_only && unit == kSecond;
+  span.seconds_only = span.seconds_only && unit == TimeUnit::second;
   switch (unit) {
-    case kSecond:
-    case kMinute:
-    case kHour:
-      span.seconds += value * (unit == kSecond ? 1 : unit == kMinute ? 60 : 3600);
+    case TimeUnit::second:
+    case TimeUnit::minute:
+    case TimeUnit::hour:
+      span.seconds += value * (unit == TimeUnit::second ? 1 : unit == TimeUnit::minute ? 60 : 3600);
       span.fine = true;
       return true;
-    case kDay:
+    case TimeUnit::day:
       if (is_whole) {
         span.days += whole;
       } else {
@@ -41,14 +41,14 @@ bool addTo(Span& span, double value, TimeUnit unit) {
         span.fine = true;
       }
       return true;
-    case kWeek:
-    case kFortnight:
-      span.days += static_cast<int>(std::lround(value * (unit == kWeek ? 7 : 14)));
+    case TimeUnit::week:
+    case TimeUnit::fortnight:
+      span.days += static_cast<int>(std::lround(value * (unit == TimeUnit::week ? 7 : 14)));
       return true;
-    case kMonth:
+    case TimeUnit::month:
       span.months += whole;
       return is_whole;
-    case kYear:
+    case TimeUnit::year:
       span.months += static_cast<int>(std::lround(value * 12));
       return true;
   }
@@ -67,7 +67,7 @@ std::size_t halfEnd(const DateSource& source, std::size_t at) {
 // "2 days", "an hour and a half", "1h 30m", "2 hours and 20 minutes".
 std::optional<Span> readSpan(const DateSource& source, std::size_t at) {
   Span span;
-  TimeUnit last = kYear;
+  TimeUnit last = TimeUnit::year;
   for (int parts = 0; parts < 3; ++parts) {
     std::size_t start = at;
     if (parts > 0) {
@@ -87,7 +87,7 @@ std::optional<Span> readSpan(const DateSource& source, std::size_t at) {
       value += 0.5;
       at = half;
     }
-    span.letter = span.letter || (unit->end - count->end == 1 && unit->unit != kHour);
+    span.letter = span.letter || (unit->end - count->end == 1 && unit->unit != TimeUnit::hour);
     if (!addTo(span, value, unit->unit)) return std::nullopt;
     span.end = at;
   }
@@ -161,7 +161,7 @@ std::optional<Moment> readDistance(const DayReader& days, double now, std::size_
   if (token.lower == "the" && (first.lower == "within" || coming)) {
     const Token name = coming ? source.after(next) : next;
     const std::optional<Unit> unit = readUnit(source, name.range.start);
-    if (unit && unit->unit >= kHour && unit->unit <= kYear) {
+    if (unit && unit->unit >= TimeUnit::hour && unit->unit <= TimeUnit::year) {
       Span span;
       addTo(span, 1, unit->unit);
       return fromNow(days, now, span, 1, unit->end);

@@ -29,7 +29,7 @@ std::unique_ptr<Finder> makeDateFinder(std::string_view text, const DetectionCon
 
 // A finder looks at triggers, the bytes without which there is nothing of its kind. No detection
 // starts further than this many bytes before its first trigger.
-constexpr std::size_t kReach = 512;
+constexpr std::size_t reach = 512;
 
 // A finder whose kind can be told from single trigger bytes.
 class TriggerFinder : public Finder {
@@ -38,7 +38,7 @@ class TriggerFinder : public Finder {
 
   std::optional<Detection> next(std::size_t limit) final {
     const std::size_t end =
-        limit < text_.size() ? std::min(text_.size(), limit + kReach) : text_.size();
+        limit < text_.size() ? std::min(text_.size(), limit + reach) : text_.size();
     while (at_ < end && (at_ = nextTrigger(at_, end)) < end) {
       const std::size_t trigger = at_++;
       if (auto found = examine(trigger)) {

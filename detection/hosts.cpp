@@ -14,10 +14,10 @@ namespace marbelot::detection {
 namespace {
 
 // RFC 1035, 2.3.4.
-constexpr std::size_t kLongestLabel = 63;
-constexpr std::size_t kLongestHost = 253;
+constexpr std::size_t longestLabel = 63;
+constexpr std::size_t longestHost = 253;
 
-constexpr std::array<bool, 256> kHostBytes = [] {
+constexpr std::array<bool, 256> hostBytes = [] {
   std::array<bool, 256> table{};
   for (unsigned char c = '0'; c <= '9'; ++c) table[c] = true;
   for (unsigned char c = 'a'; c <= 'z'; ++c) table[c] = table[c - 32u] = true;
@@ -25,7 +25,7 @@ constexpr std::array<bool, 256> kHostBytes = [] {
   return table;
 }();
 
-bool isHostByte(char c) { return kHostBytes[static_cast<unsigned char>(c)]; }
+bool isHostByte(char c) { return hostBytes[static_cast<unsigned char>(c)]; }
 
 // Emoji and arrows, which registries once let into names.
 bool isSymbol(char32_t c) { return (c >= 0x2190 && c < 0x2C00) || (c >= 0x1F000 && c < 0x1FB00); }
@@ -44,11 +44,11 @@ bool isPlainHost(std::string_view host) {
       continue;
     }
     const std::size_t length = i - label;
-    if (length == 0 || length > kLongestLabel) return false;
+    if (length == 0 || length > longestLabel) return false;
     if (host[label] == '-' || host[i - 1] == '-') return false;
     label = i + 1;
   }
-  return letter && host.size() <= kLongestHost;
+  return letter && host.size() <= longestHost;
 }
 
 std::optional<std::string> toAscii(std::string_view host) {
@@ -57,7 +57,7 @@ std::optional<std::string> toAscii(std::string_view host) {
     return std::unique_ptr<icu::IDNA>(icu::IDNA::createUTS46Instance(
         UIDNA_NONTRANSITIONAL_TO_ASCII | UIDNA_CHECK_BIDI | UIDNA_CHECK_CONTEXTJ, error));
   }();
-  if (!idna || host.size() > 4 * kLongestHost) return std::nullopt;
+  if (!idna || host.size() > 4 * longestHost) return std::nullopt;
   std::string ascii;
   icu::StringByteSink<std::string> sink(&ascii);
   icu::IDNAInfo info;
@@ -78,7 +78,7 @@ bool wideAround(std::string_view text, std::size_t at) {
 }
 
 std::size_t labelStart(std::string_view text, std::size_t end, std::size_t floor, bool wide) {
-  const std::size_t bound = std::max(floor, end - std::min(end, kLongestLabel + 1));
+  const std::size_t bound = std::max(floor, end - std::min(end, longestLabel + 1));
   std::size_t start = end;
   while (start > bound) {
     if (isAscii(text[start - 1])) {
@@ -145,7 +145,7 @@ std::string lastLabel(std::string_view host) {
   const std::size_t dot = host.rfind('.');
   if (dot == std::string_view::npos) return {};
   std::string label(host.substr(dot + 1));
-  if (label.size() > kLongestLabel || label.empty() || isDigit(label[0])) return {};
+  if (label.size() > longestLabel || label.empty() || isDigit(label[0])) return {};
   std::transform(label.begin(), label.end(), label.begin(), lower);
   return label;
 }

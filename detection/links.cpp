@@ -13,11 +13,11 @@
 namespace marbelot::detection {
 namespace {
 
-constexpr std::size_t kLongestScheme = 32;
-constexpr std::size_t kLongestLocalPart = 64;  // RFC 5321, 4.5.3.1.1
+constexpr std::size_t longestScheme = 32;
+constexpr std::size_t longestLocalPart = 64;  // RFC 5321, 4.5.3.1.1
 
 // Schemes that name a host after "//"; others only need something to follow.
-constexpr std::array<std::string_view, 18> kHostSchemes = {
+constexpr std::array<std::string_view, 18> hostSchemes = {
     "http", "https", "ftp",   "ftps", "sftp", "ssh",  "ws",  "wss", "git",
     "svn",  "ldap",  "ldaps", "smb",  "nfs",  "rtsp", "vnc", "irc", "telnet"};
 
@@ -48,7 +48,7 @@ bool isUrlScalar(char32_t c) {
 }
 
 std::string percentEncoded(std::string_view tail) {
-  constexpr std::string_view kHex = "0123456789ABCDEF";
+  constexpr std::string_view hex = "0123456789ABCDEF";
   std::string result;
   result.reserve(tail.size());
   for (const char c : tail) {
@@ -56,7 +56,7 @@ std::string percentEncoded(std::string_view tail) {
       result += c;
     } else {
       const auto byte = static_cast<unsigned char>(c);
-      result += {'%', kHex[byte >> 4], kHex[byte & 15]};
+      result += {'%', hex[byte >> 4], hex[byte & 15]};
     }
   }
   return result;
@@ -140,8 +140,8 @@ std::size_t LinkFinder::portEnd(std::size_t at) const {
   std::size_t end = at + 1;
   while (end < at + 6 && isDigit(byteAt(end))) ++end;
   if (end == at + 1 || isAlnum(byteAt(end))) return at;
-  constexpr int kLargest = 65535;
-  return numberOf(slice(at + 1, end)) > kLargest ? at : end;
+  constexpr int largest = 65535;
+  return numberOf(slice(at + 1, end)) > largest ? at : end;
 }
 
 // Whether five digits or more stand where a port should, and are none.
@@ -155,8 +155,8 @@ bool LinkFinder::hasBadPort(std::size_t at) const {
 // The end of a URL that started at `start` and goes on freely at `from`: brackets stay when they
 // are balanced inside it, closing punctuation of the sentence around it does not belong to it.
 std::size_t LinkFinder::tailEnd(std::size_t start, std::size_t from) const {
-  constexpr std::string_view kOpeners = "([{";
-  constexpr std::string_view kClosers = ")]}";
+  constexpr std::string_view openers = "([{";
+  constexpr std::string_view closers = ")]}";
   const char before = byteBefore(start);
   // In a text without spaces the words around a link touch it.
   const bool running = start > 0 && isWide(text::scalarBefore(text(), start).value);
@@ -173,14 +173,13 @@ std::size_t LinkFinder::tailEnd(std::size_t start, std::size_t from) const {
     }
     if ((c == ',' || c == ';' || c == '|') && startsAnother(end + 1)) break;
     if (!isUrlByte(c) || (c == '\'' && before == '\'')) break;
-    if (const std::size_t i = kOpeners.find(c); i != std::string_view::npos) ++open[i];
-    if (const std::size_t i = kClosers.find(c); i != std::string_view::npos && open[i]-- == 0)
-      break;
+    if (const std::size_t i = openers.find(c); i != std::string_view::npos) ++open[i];
+    if (const std::size_t i = closers.find(c); i != std::string_view::npos && open[i]-- == 0) break;
     ++end;
   }
   const auto isTrailing = [&](char c) {
-    constexpr std::string_view kPunctuation = ".,;:!?'|([{";
-    return kPunctuation.find(c) != std::string_view::npos ||
+    constexpr std::string_view punctuation = ".,;:!?'|([{";
+    return punctuation.find(c) != std::string_view::npos ||
            (c == before && (c == '*' || c == '_' || c == '~'));
   };
   while (end > from && isTrailing(text()[end - 1])) --end;
@@ -193,7 +192,7 @@ std::optional<Detection> LinkFinder::schemeLink(std::size_t colon) {
   const char next = byteAt(colon + 1);
   if (!hierarchical && !(isAlnum(next) || next == '+' || next == '?')) return std::nullopt;
   std::size_t start = colon;
-  while (start > floor() && colon - start < kLongestScheme && isSchemeByte(text()[start - 1])) {
+  while (start > floor() && colon - start < longestScheme && isSchemeByte(text()[start - 1])) {
     --start;
   }
   while (start < colon && !isAlpha(text()[start])) ++start;
@@ -207,7 +206,7 @@ std::optional<Detection> LinkFinder::schemeLink(std::size_t colon) {
 std::optional<Detection> LinkFinder::hostLink(Range scheme, std::size_t authority) {
   const std::string name = lowered(slice(scheme.start, scheme.end()));
   const std::string prefix = name + "://";
-  if (!contains(kHostSchemes, name)) {
+  if (!contains(hostSchemes, name)) {
     // "$scheme://" and "a.scheme://" are hardly links of a scheme nobody knows.
     const char before = byteBefore(scheme.start);
     if (before == '.' || before == '$') return std::nullopt;
@@ -246,14 +245,14 @@ std::optional<Detection> LinkFinder::hostLink(Range scheme, std::size_t authorit
 }
 
 std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
-  constexpr std::array<std::string_view, 6> kMail = {"mailto", "sip",    "sips",
-                                                     "xmpp",   "jabber", "im"};
-  constexpr std::array<std::string_view, 4> kNumber = {"tel", "sms", "facetime", "geo"};
+  constexpr std::array<std::string_view, 6> mail = {"mailto", "sip",    "sips",
+                                                    "xmpp",   "jabber", "im"};
+  constexpr std::array<std::string_view, 4> numberBit = {"tel", "sms", "facetime", "geo"};
   const std::string name = lowered(slice(scheme.start, scheme.end()));
   const std::size_t rest = scheme.end() + 1;
   std::size_t from = rest;
-  if (contains(kMail, name)) {
-    while (from - rest <= kLongestLocalPart && isLocalByte(byteAt(from))) ++from;
+  if (contains(mail, name)) {
+    while (from - rest <= longestLocalPart && isLocalByte(byteAt(from))) ++from;
     if (from == rest || byteAt(from) != '@') return std::nullopt;
     const std::size_t host = from + 1;
     const std::size_t end = hostEnd(text(), host, wideAround(text(), from));
@@ -264,7 +263,7 @@ std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
                 name + ':' + std::string(slice(rest, host)) + *ascii +
                     percentEncoded(slice(end, link_end)));
   }
-  if (contains(kNumber, name)) {
+  if (contains(numberBit, name)) {
     std::size_t digits = 0;
     for (char c = byteAt(from);
          isDigit(c) || (c != '\0' && std::string_view("+-.,()").find(c) != std::string_view::npos);
@@ -283,7 +282,7 @@ std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
 std::size_t LinkFinder::localPartStart(std::size_t at) const {
   std::size_t start = at;
   if (byteBefore(at) == '"') {
-    for (--start; start > floor() && at - start < kLongestLocalPart; --start) {
+    for (--start; start > floor() && at - start < longestLocalPart; --start) {
       const char c = text()[start - 1];
       if (c == '\n') break;
       if (c != '"') continue;
@@ -291,7 +290,7 @@ std::size_t LinkFinder::localPartStart(std::size_t at) const {
     }
     return at;
   }
-  while (start > floor() && at - start <= kLongestLocalPart) {
+  while (start > floor() && at - start <= longestLocalPart) {
     const char c = text()[start - 1];
     if (isAscii(c)) {
       if (!isLocalByte(c) || (c == '.' && text()[start] == '.')) break;
@@ -307,7 +306,7 @@ std::size_t LinkFinder::localPartStart(std::size_t at) const {
   while (start < at && isAscii(text()[start]) && !isAlnum(text()[start]) && text()[start] != '_') {
     ++start;
   }
-  return at - start > kLongestLocalPart || byteBefore(at) == '.' ? at : start;
+  return at - start > longestLocalPart || byteBefore(at) == '.' ? at : start;
 }
 
 std::optional<Detection> LinkFinder::mailLink(std::size_t at) {
@@ -340,10 +339,10 @@ bool LinkFinder::isCredibleHost(std::string_view host, Tld tld, std::size_t end)
   const std::size_t second_dot = dot == 0 ? std::string_view::npos : host.rfind('.', dot - 1);
   const std::size_t name_start = second_dot == std::string_view::npos ? 0 : second_dot + 1;
   const std::string_view name = host.substr(name_start, dot - name_start);
-  constexpr std::array<std::string_view, 7> kRegistries = {"co",  "com", "org", "net",
-                                                           "edu", "gov", "ac"};
+  constexpr std::array<std::string_view, 7> registries = {"co",  "com", "org", "net",
+                                                          "edu", "gov", "ac"};
   const bool www = second_dot != std::string_view::npos && lowered(host.substr(0, 4)) == "www.";
-  const bool registry = second_dot != std::string_view::npos && contains(kRegistries, name);
+  const bool registry = second_dot != std::string_view::npos && contains(registries, name);
   const bool upper = std::any_of(host.begin(), host.end(), isUpper);
   const bool is_lower = std::any_of(host.begin(), host.end(), isLower);
 
@@ -381,9 +380,9 @@ std::optional<Detection> LinkFinder::bareLink(std::size_t dot) {
   skipTo(end);
   while (start < dot && text()[start] == '_') ++start;
   if (start == dot || end <= dot) return std::nullopt;
-  constexpr std::string_view kGlue = "@/\\$#%&~-.+";
+  constexpr std::string_view glue = "@/\\$#%&~-.+";
   const char outside = byteBefore(start);
-  if (outside != '\0' && kGlue.find(outside) != std::string_view::npos) return std::nullopt;
+  if (outside != '\0' && glue.find(outside) != std::string_view::npos) return std::nullopt;
   if (outside == ':' && byteBefore(start - 1) == ':') return std::nullopt;
   if (byteAt(end) == '@' || byteAt(end) == '(') return std::nullopt;
 

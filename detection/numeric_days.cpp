@@ -98,8 +98,8 @@ int DayReader::fullYear(int two_digits) const {
   const int now = static_cast<int>(std::chrono::year_month_day(today_).year());
   const int year = now - now % 100 + two_digits;
   // Nobody plans further ahead than that.
-  constexpr int kFarthest = 30;
-  return year > now + kFarthest ? year - 100 : year;
+  constexpr int farthest = 30;
+  return year > now + farthest ? year - 100 : year;
 }
 
 }  // namespace marbelot::detection

@@ -144,10 +144,10 @@ bool startsFreely(std::string_view text, const Stretch& stretch) {
   const char32_t before = text::scalarBefore(text, stretch.start).value;
   if (text::isNumber(before) || isCurrency(before)) return false;
   if (text::isLetter(before)) return before >= 0x2E80;  // scripts without spaces
-  constexpr std::u32string_view kGlue = U"#_\\-%&@^~*+";
-  if (kGlue.find(before) != std::u32string_view::npos) return false;
-  constexpr std::u32string_view kAfterWords = U".,:/=";
-  if (kAfterWords.find(before) != std::u32string_view::npos) {
+  constexpr std::u32string_view glue = U"#_\\-%&@^~*+";
+  if (glue.find(before) != std::u32string_view::npos) return false;
+  constexpr std::u32string_view afterWords = U".,:/=";
+  if (afterWords.find(before) != std::u32string_view::npos) {
     const char further = stretch.start > 1 ? text[stretch.start - 2] : ' ';
     if (stretch.count == 1 || !isAlpha(further)) return false;
   }
@@ -163,11 +163,11 @@ bool endsFreely(std::string_view text, std::size_t end) {
   const char32_t after = text::scalarAt(text, end).value;
   if (text::isNumber(after) || isCurrency(after)) return false;
   if (text::isLetter(after)) return after == 'x' || after >= 0x2E80;
-  constexpr std::u32string_view kGlue = U"_%=@+*^°";
-  if (kGlue.find(after) != std::u32string_view::npos) return false;
+  constexpr std::u32string_view glue = U"_%=@+*^°";
+  if (glue.find(after) != std::u32string_view::npos) return false;
   const char next = byteAt(text, end + 1);
-  constexpr std::string_view kJoin = ".,:/-";
-  if (after < 0x80 && kJoin.find(static_cast<char>(after)) != std::string_view::npos) {
+  constexpr std::string_view join = ".,:/-";
+  if (after < 0x80 && join.find(static_cast<char>(after)) != std::string_view::npos) {
     return !isDigit(next) && !(after == '-' && isAlpha(next)) && !(after == '/' && isAlpha(next));
   }
   const std::string_view rest = text.substr(end, 4);
@@ -198,9 +198,9 @@ Stretch readStretch(std::string_view text, std::size_t digit, std::size_t floor)
   char separator = '\0';
   do {
     std::size_t end = at;
-    while (end < text.size() && isDigit(text[end]) && end - at <= Stretch::kMostDigits) ++end;
-    const bool full = stretch.count == Stretch::kMostGroups ||
-                      (stretch.count > 0 && stretch.digits + (end - at) > Stretch::kMostDigits);
+    while (end < text.size() && isDigit(text[end]) && end - at <= Stretch::mostDigits) ++end;
+    const bool full = stretch.count == Stretch::mostGroups ||
+                      (stretch.count > 0 && stretch.digits + (end - at) > Stretch::mostDigits);
     if (full) {
       // Rather between two numbers than inside the second.
       std::size_t whole = stretch.count;
@@ -233,18 +233,18 @@ std::size_t fewDigitsEnd(std::string_view text, std::size_t digit) {
 }
 
 bool isPlausible(std::string_view text, const Stretch& stretch) {
-  if (stretch.digits < 7 || stretch.digits > Stretch::kMostDigits) return false;
+  if (stretch.digits < 7 || stretch.digits > Stretch::mostDigits) return false;
   if (!startsFreely(text, stretch) || !endsFreely(text, stretch.end())) return false;
   if (stretch.plus) return stretch.digits <= 16 && text[stretch.groups[0].start] != '0';
   return !hasForeignShape(text, stretch) && !isIntroducedAsOther(text, stretch.start);
 }
 
 std::size_t lastOfColumn(const Stretch& stretch, bool north_american) {
-  constexpr std::size_t kFewest = 3;
+  constexpr std::size_t fewest = 3;
   const std::size_t most = north_american ? 2 : 1;
   std::size_t count = 0;
   while (count < stretch.count && stretch.groups[count].length <= most) ++count;
-  return !stretch.plus && count >= kFewest ? stretch.groups[count - 1].start : 0;
+  return !stretch.plus && count >= fewest ? stretch.groups[count - 1].start : 0;
 }
 
 std::size_t resumption(std::string_view text, const Stretch& stretch) {
@@ -302,13 +302,13 @@ bool cutToNorthAmerican(std::string_view text, Stretch& stretch) {
 
 bool cutToNational(Stretch& stretch) {
   // No national number is longer than eleven digits where it is dialled with a leading zero.
-  constexpr std::size_t kLongest = 11;
-  if (stretch.plus || stretch.digits <= kLongest) return false;
+  constexpr std::size_t longest = 11;
+  if (stretch.plus || stretch.digits <= longest) return false;
   std::size_t digits = 0;
   std::size_t fitting = 0;
   for (std::size_t i = 0; i + 1 < stretch.count; ++i) {
     digits += stretch.groups[i].length;
-    if (digits > kLongest) break;
+    if (digits > longest) break;
     if (stretch.groups[i + 1].separator == ' ' && digits >= 7) fitting = i + 1;
   }
   if (fitting == 0) return false;

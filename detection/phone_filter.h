@@ -16,12 +16,12 @@ struct Stretch {
     std::size_t length = 0;
     char separator = '\0';  // before the group: one of " -./(", '\0' before the first
   };
-  static constexpr std::size_t kMostGroups = 8;
-  static constexpr std::size_t kMostDigits = 17;  // E.164 has 15, behind "00" or "011" as dialled
+  static constexpr std::size_t mostGroups = 8;
+  static constexpr std::size_t mostDigits = 17;  // E.164 has 15, behind "00" or "011" as dialled
 
   std::size_t start = 0;  // with the "+" or the bracket before the first digit
   bool plus = false;
-  std::array<Group, kMostGroups> groups;
+  std::array<Group, mostGroups> groups;
   std::size_t count = 0;
   std::size_t digits = 0;
 

@@ -22,7 +22,7 @@ using i18n::phonenumbers::PhoneNumberMatcher;
 using i18n::phonenumbers::PhoneNumberUtil;
 
 // The stretch may hold a number and a piece of the next; more tries than that lead nowhere.
-constexpr int kTries = 8;
+constexpr int tries = 8;
 
 }  // namespace
 
@@ -34,7 +34,7 @@ extern "C" __attribute__((visibility("default"))) int marbelot_phone_find(const 
   const PhoneNumberUtil& util = *PhoneNumberUtil::GetInstance();
   PhoneNumberMatcher matcher(util, std::string(stretch, length), region,
                              possible ? PhoneNumberMatcher::POSSIBLE : PhoneNumberMatcher::VALID,
-                             kTries);
+                             tries);
   PhoneNumberMatch match;
   if (!matcher.HasNext() || !matcher.Next(&match)) return 0;
   std::string e164;

@@ -24,11 +24,11 @@ int marbelot_phone_find(const char* stretch, std::size_t length, const char* reg
 namespace marbelot::detection {
 
 #ifdef __APPLE__
-constexpr const char* kPhoneModule = "@rpath/libmarbelot-phone.so";
+constexpr const char* phoneModule = "@rpath/libmarbelot-phone.so";
 #else
-constexpr const char* kPhoneModule = "libmarbelot-phone.so";
+constexpr const char* phoneModule = "libmarbelot-phone.so";
 #endif
-constexpr const char* kPhoneFunction = "marbelot_phone_find";
+constexpr const char* phoneFunctionName = "marbelot_phone_find";
 using PhoneFunction = decltype(&marbelot_phone_find);
 
 }  // namespace marbelot::detection

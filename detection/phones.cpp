@@ -16,8 +16,8 @@ namespace {
 PhoneFunction loadPhoneFunction() {
   // Found by the program's search path; never closed, as the library keeps its tables for the life
   // of the process.
-  void* module = dlopen(kPhoneModule, RTLD_NOW | RTLD_LOCAL);
-  return module ? reinterpret_cast<PhoneFunction>(dlsym(module, kPhoneFunction)) : nullptr;
+  void* module = dlopen(phoneModule, RTLD_NOW | RTLD_LOCAL);
+  return module ? reinterpret_cast<PhoneFunction>(dlsym(module, phoneFunctionName)) : nullptr;
 }
 
 PhoneFunction phoneFunction() {
@@ -35,9 +35,9 @@ class PhoneFinder final : public TriggerFinder {
  private:
   // A failed look-up costs up to 200 µs: so many are free in any text, and one more is for so many
   // bytes of it, which keeps the walk above 10 MB/s whatever it meets.
-  static constexpr std::size_t kFreeFailures = 100;
-  static constexpr std::size_t kBytesPerFailure = 2000;
-  static constexpr std::size_t kMostAnswers = 4096;
+  static constexpr std::size_t freeFailures = 100;
+  static constexpr std::size_t bytesPerFailure = 2000;
+  static constexpr std::size_t mostAnswers = 4096;
 
   std::size_t nextTrigger(std::size_t from, std::size_t end) const override {
     return findByte<DigitClass>(text(), from, end);
@@ -100,7 +100,7 @@ MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate, bool possible) {
   const std::string stretch(text().substr(at, candidate.end() - at));
   if (stretch == last_none_) return {};
   if (const auto known = answers_.find(stretch); known != answers_.end()) return known->second;
-  if (failures_ > kFreeFailures + at / kBytesPerFailure) return {};
+  if (failures_ > freeFailures + at / bytesPerFailure) return {};
   const PhoneFunction find = phoneFunction();
   MarbelotPhone phone{};
   if (find == nullptr ||
@@ -109,7 +109,7 @@ MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate, bool possible) {
     ++failures_;
     last_none_ = stretch;
   }
-  if (answers_.size() >= kMostAnswers) answers_.clear();
+  if (answers_.size() >= mostAnswers) answers_.clear();
   return answers_.emplace(stretch, phone).first->second;
 }
 

@@ -157,13 +157,13 @@ std::optional<Day> DayReader::qualified(const Token& first, int direction) const
   if (word.kind != Kind::unit || direction == 0 || first.lower == "past") return std::nullopt;
   year_month_day date(today_);
   switch (word.value) {
-    case kWeek:
+    case TimeUnit::week:
       date = year_month_day(today_ + days(7 * direction));
       break;
-    case kMonth:
+    case TimeUnit::month:
       date = withinMonth(date + months(direction));
       break;
-    case kYear:
+    case TimeUnit::year:
       date = withinMonth(date + years(direction));
       break;
     default:
@@ -171,8 +171,8 @@ std::optional<Day> DayReader::qualified(const Token& first, int direction) const
   }
   Day day = dayAt(local_days(date), token.end());
   day.period = true;
-  if (word.value == kWeek) return weekdayIn(day, token.end()).value_or(day);
-  if (word.value != kMonth) return day;
+  if (word.value == TimeUnit::week) return weekdayIn(day, token.end()).value_or(day);
+  if (word.value != TimeUnit::month) return day;
   // "next month on the 3rd".
   const Token on = source_.after(token);
   const Token article = source_.after(on);
@@ -259,21 +259,21 @@ std::optional<Day> DayReader::nth(int which, std::size_t at) const {
 // "New Year's Eve", "Christmas Day 2027".
 std::optional<Day> DayReader::feast(const Token& first, int which) const {
   Token token = source_.after(first);
-  if (which == kNewYear) {
+  if (which == Feast::newYear) {
     if (token.lower != "year's" && token.lower != "year’s" && token.lower != "years") {
       return std::nullopt;
     }
     token = source_.after(token);
   }
-  const bool eve = token.lower == "eve" && which <= kChristmas;
+  const bool eve = token.lower == "eve" && which <= Feast::christmas;
   if (!eve && token.lower != "day") return std::nullopt;
   const std::size_t end = token.end();
   switch (which) {
-    case kNewYear:
+    case Feast::newYear:
       return eve ? withYear(31, 12, end, Year::optional) : withYear(1, 1, end, Year::optional);
-    case kChristmas:
+    case Feast::christmas:
       return withYear(eve ? 24 : 25, 12, end, Year::optional);
-    case kValentine:
+    case Feast::valentine:
       return withYear(14, 2, end, Year::optional);
     default:
       return withYear(26, 12, end, Year::optional);

@@ -7,8 +7,8 @@
 namespace marbelot::detection {
 namespace {
 
-constexpr std::size_t kMostBlanks = 64;
-constexpr std::size_t kLongestWord = 48;
+constexpr std::size_t mostBlanks = 64;
+constexpr std::size_t longestWord = 48;
 
 bool isLetterAt(std::string_view text, std::size_t at, std::size_t& bytes) {
   if (at >= text.size()) return false;
@@ -30,7 +30,7 @@ std::size_t joinerAt(std::string_view text, std::size_t at, Hyphens hyphens) {
 }
 
 std::size_t skipBlanks(std::string_view text, std::size_t at) {
-  const std::size_t bound = at + kMostBlanks;
+  const std::size_t bound = at + mostBlanks;
   while (at < text.size() && at < bound) {
     if (text[at] == ' ' || text[at] == '\t') {
       ++at;
@@ -54,14 +54,14 @@ Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens) {
   std::size_t end = start;
   std::size_t bytes = 0;
   if (isDigit(text[start])) {
-    while (end < text.size() && isDigit(text[end]) && end - start <= kLongestWord) ++end;
+    while (end < text.size() && isDigit(text[end]) && end - start <= longestWord) ++end;
     token.kind = Token::Kind::number;
     token.lower = text.substr(start, end - start);
   } else if (isLetterAt(text, start, bytes)) {
     bool ascii = isAscii(text[start]);
     token.capital =
         ascii ? isUpper(text[start]) : text::isUppercase(text::scalarAt(text, start).value);
-    while (end - start <= kLongestWord) {
+    while (end - start <= longestWord) {
       while (end < text.size() && isAlpha(text[end])) ++end;
       const char after = end < text.size() ? text[end] : ' ';
       if (isAscii(after) && after != '\'' && after != '-') break;
@@ -93,14 +93,14 @@ Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens) {
     token.symbol = scalar.value;
     end += scalar.bytes;
   }
-  if (end - start > kLongestWord) token.kind = Token::Kind::end;
+  if (end - start > longestWord) token.kind = Token::Kind::end;
   token.range.length = end - start;
   return token;
 }
 
 std::size_t wordStart(std::string_view text, std::size_t end, std::size_t floor) {
   std::size_t start = end;
-  while (start > floor && end - start <= kLongestWord) {
+  while (start > floor && end - start <= longestWord) {
     if (isAscii(text[start - 1])) {
       const char c = text[start - 1];
       if (!isAlpha(c) && !(start < end && (c == '-' || c == '\''))) break;
@@ -115,7 +115,7 @@ std::size_t wordStart(std::string_view text, std::size_t end, std::size_t floor)
     }
   }
   while (start < end && !isAlpha(text[start]) && isAscii(text[start])) ++start;
-  return end - start > kLongestWord ? end : start;
+  return end - start > longestWord ? end : start;
 }
 
 WordSet::WordSet(std::string_view words) {

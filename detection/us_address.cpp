@@ -12,8 +12,8 @@
 namespace marbelot::detection {
 namespace {
 
-constexpr int kMostWords = 16;
-constexpr int kMostSeparators = 5;
+constexpr int mostWords = 16;
+constexpr int mostSeparators = 5;
 
 // Of the everyday words that streets end in, those that a number and a name rarely precede
 // otherwise.
@@ -33,15 +33,15 @@ class Walk {
 
   // The end of the address, with town, state or code; 0 for none.
   std::size_t wholeEnd() {
-    while (words_ <= kMostWords && step()) {
+    while (words_ <= mostWords && step()) {
     }
     return best_;
   }
 
   // The end of the street and its units, if that is all there is: "5 Main Street".
   std::size_t streetEnd() const {
-    constexpr int kMostStreetWords = 5;
-    if (!typed_ || street_title_ || street_lower_ || type_at_ > kMostStreetWords) return 0;
+    constexpr int mostStreetWords = 5;
+    if (!typed_ || street_title_ || street_lower_ || type_at_ > mostStreetWords) return 0;
     // In "9 Wall Street Journal stories" the street is part of a name.
     const Token next = read(street_end_);
     return next.isWord() && next.capital ? 0 : street_end_;
@@ -135,7 +135,7 @@ bool Walk::step() {
     case Token::Kind::number:
       return takeNumber(token);
     case Token::Kind::newline:
-      if (++separators_ > kMostSeparators) return false;
+      if (++separators_ > mostSeparators) return false;
       if (separators_ == 1) town_words_ = 0;
       word_length_ = 0;
       road_ = direction_ = false;
@@ -152,7 +152,7 @@ bool Walk::step() {
 bool Walk::takeSymbol(const Token& token) {
   const bool apart = token.spaced && byteAt(text_, token.end()) == ' ';
   if (token.is(',') || token.is(';') || (apart && (token.is('-') || token.is('|')))) {
-    if (++separators_ > kMostSeparators) return false;
+    if (++separators_ > mostSeparators) return false;
     if (separators_ == 1) town_words_ = 0;
     road_ = direction_ = false;
   } else if (token.is('#')) {
@@ -334,8 +334,8 @@ std::size_t loneTownEnd(std::string_view text, std::size_t street_end) {
 }  // namespace
 
 bool hasZipNear(std::string_view text, std::size_t at) {
-  constexpr std::size_t kFar = 90;
-  const std::size_t bound = std::min(text.size(), at + kFar);
+  constexpr std::size_t far = 90;
+  const std::size_t bound = std::min(text.size(), at + far);
   while ((at = findByte<DigitClass>(text, at, bound)) < bound) {
     const std::size_t start = at;
     while (isDigit(byteAt(text, at))) ++at;

@@ -91,11 +91,11 @@ enum class Hours { both, either };  // digits of an offset: "+02:00", "+2" too
 
 // Past an offset at `at`, which goes into `zone`; `at` when there is none.
 std::size_t readOffset(std::string_view text, std::size_t at, Hours hours, std::string& zone) {
-  constexpr std::string_view kMinus = "\u2212";
-  const bool minus = text.substr(at, kMinus.size()) == kMinus;
+  constexpr std::string_view minusSign = "\u2212";
+  const bool minus = text.substr(at, minusSign.size()) == minusSign;
   const char sign = minus ? '-' : byteAt(text, at);
   if (sign != '+' && sign != '-') return at;
-  const std::size_t digits = at + (minus ? kMinus.size() : 1);
+  const std::size_t digits = at + (minus ? minusSign.size() : 1);
   std::size_t end = digits;
   while (isDigit(byteAt(text, end)) && end - digits < 5) ++end;
   const std::size_t count = end - digits;

@@ -209,7 +209,7 @@ struct Walked {
 
 // Goes over characters from the start until `limit` of them have been passed.
 Walked walk(std::string_view text, std::size_t limit) {
-  constexpr std::size_t kBlock = 64;
+  constexpr std::size_t block = 64;
   if (text.empty() || limit == 0) return {0, 0};
   const Scalar first = scalarAt(text, 0);
   Cluster cluster(kindOf(first.value));
@@ -217,22 +217,22 @@ Walked walk(std::string_view text, std::size_t limit) {
   while (at < text.size()) {
     // In a block of ASCII a character starts at each byte but an LF after a CR. A fixed trip count,
     // so that the compiler makes vectors of the loop.
-    if (at >= retry && text.size() - at >= kBlock && limit - count > kBlock &&
+    if (at >= retry && text.size() - at >= block && limit - count > block &&
         cluster.endsBeforeAscii()) {
       const char* s = text.data() + at;
       unsigned char high = 0, pairs = 0;
-      for (std::size_t i = 0; i < kBlock; ++i) {
+      for (std::size_t i = 0; i < block; ++i) {
         high = static_cast<unsigned char>(high | static_cast<unsigned char>(s[i]));
         const bool pair = (s[i] == '\n') & (s[i - 1] == '\r');
         pairs = static_cast<unsigned char>(pairs + pair);
       }
       if (high < 0x80) {
-        at += kBlock;
-        count += kBlock - pairs;
+        at += block;
+        count += block - pairs;
         cluster = Cluster(kindOf(static_cast<unsigned char>(text[at - 1])));
         continue;
       }
-      retry = at + kBlock;
+      retry = at + block;
     }
     const std::size_t start = at;
     const UChar32 c = decode(text, at);

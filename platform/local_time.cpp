@@ -12,9 +12,9 @@ namespace marbelot {
 
 locale::LocalTime locale::localTime(double seconds) {
   // Year 1 to 9999, whatever the zone.
-  constexpr double kFirst = -62135596800.0 + 86400, kLast = 253402300799.0 - 86400;
+  constexpr double first = -62135596800.0 + 86400, last = 253402300799.0 - 86400;
   if (std::isnan(seconds)) seconds = 0;
-  const auto time = static_cast<std::time_t>(std::floor(std::clamp(seconds, kFirst, kLast)));
+  const auto time = static_cast<std::time_t>(std::floor(std::clamp(seconds, first, last)));
   tzset();  // localtime_r alone does not notice that the user has moved to another zone
   std::tm local{};
   localtime_r(&time, &local);

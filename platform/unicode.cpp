@@ -13,17 +13,17 @@
 namespace marbelot::text {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t replacement = 0xFFFD;
 // ICU counts in int32_t; longer texts are handed over in pieces.
-constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
+constexpr std::size_t largestPiece = std::size_t{1} << 30;
 
-enum : std::uint8_t { kLetter = 1, kNumber = 2, kLower = 4, kUpper = 8 };
+enum : std::uint8_t { letterBit = 1, numberBit = 2, lowerBit = 4, upperBit = 8 };
 
-constexpr std::array<std::uint8_t, 128> kAscii = [] {
+constexpr std::array<std::uint8_t, 128> asciiTable = [] {
   std::array<std::uint8_t, 128> table{};
-  for (unsigned c = '0'; c <= '9'; ++c) table[c] = kNumber;
-  for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = kLetter | kLower;
-  for (unsigned c = 'A'; c <= 'Z'; ++c) table[c] = kLetter | kUpper;
+  for (unsigned c = '0'; c <= '9'; ++c) table[c] = numberBit;
+  for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = letterBit | lowerBit;
+  for (unsigned c = 'A'; c <= 'Z'; ++c) table[c] = letterBit | upperBit;
   return table;
 }();
 
@@ -61,7 +61,7 @@ Scalar scalarAt(std::string_view text, std::size_t at) {
   if (lead < 0x80) return {lead, 1};
   std::size_t next = at;
   const UChar32 c = decode(text, next);
-  return {c < 0 ? kReplacement : static_cast<char32_t>(c), next - at};
+  return {c < 0 ? replacement : static_cast<char32_t>(c), next - at};
 }
 
 Scalar scalarBefore(std::string_view text, std::size_t end) {
@@ -81,7 +81,7 @@ void appendScalar(std::string& to, char32_t scalar) {
     to += static_cast<char>(scalar);
     return;
   }
-  if (scalar > 0x10FFFF || U_IS_SURROGATE(scalar)) scalar = kReplacement;
+  if (scalar > 0x10FFFF || U_IS_SURROGATE(scalar)) scalar = replacement;
   char bytes[U8_MAX_LENGTH];
   std::size_t length = 0;
   U8_APPEND_UNSAFE(bytes, length, scalar);
@@ -124,22 +124,22 @@ std::string shownTitle(std::string_view title) {
 }
 
 bool isLetter(char32_t c) {
-  if (isAscii(c)) return kAscii[c] & kLetter;
+  if (isAscii(c)) return asciiTable[c] & letterBit;
   return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_ALPHABETIC);
 }
 
 bool isNumber(char32_t c) {
-  if (isAscii(c)) return kAscii[c] & kNumber;
+  if (isAscii(c)) return asciiTable[c] & numberBit;
   return u_getIntPropertyValue(static_cast<UChar32>(c), UCHAR_NUMERIC_TYPE) != U_NT_NONE;
 }
 
 bool isLowercase(char32_t c) {
-  if (isAscii(c)) return kAscii[c] & kLower;
+  if (isAscii(c)) return asciiTable[c] & lowerBit;
   return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_LOWERCASE);
 }
 
 bool isUppercase(char32_t c) {
-  if (isAscii(c)) return kAscii[c] & kUpper;
+  if (isAscii(c)) return asciiTable[c] & upperBit;
   return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_UPPERCASE);
 }
 
@@ -149,11 +149,11 @@ bool isDecimalDigit(char32_t c) {
 }
 
 bool isWordCharacter(char32_t c) {
-  if (isAscii(c)) return (kAscii[c] & (kLetter | kNumber)) || c == '_';
-  constexpr char32_t kNonJoiner = 0x200C, kJoiner = 0x200D;
-  constexpr std::uint32_t kCategories = U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK;
-  return c == kNonJoiner || c == kJoiner || isLetter(c) ||
-         (U_GET_GC_MASK(static_cast<UChar32>(c)) & kCategories);
+  if (isAscii(c)) return (asciiTable[c] & (letterBit | numberBit)) || c == '_';
+  constexpr char32_t nonJoiner = 0x200C, joiner = 0x200D;
+  constexpr std::uint32_t categoryTable = U_GC_M_MASK | U_GC_ND_MASK | U_GC_PC_MASK;
+  return c == nonJoiner || c == joiner || isLetter(c) ||
+         (U_GET_GC_MASK(static_cast<UChar32>(c)) & categoryTable);
 }
 
 WordRole wordRole(char32_t c) {
@@ -179,10 +179,10 @@ std::string lowercased(std::string_view text) {
   icu::StringByteSink<std::string> sink(&result);
   while (!text.empty()) {
     std::size_t length = text.size();
-    if (length > kLargestPiece) {
+    if (length > largestPiece) {
       // What a sigma becomes depends on its word, and no word crosses a line break.
-      const std::size_t lineBreak = text.rfind('\n', kLargestPiece - 1);
-      length = lineBreak == std::string_view::npos ? kLargestPiece : lineBreak + 1;
+      const std::size_t lineBreak = text.rfind('\n', largestPiece - 1);
+      length = lineBreak == std::string_view::npos ? largestPiece : lineBreak + 1;
       while (length > 1 && U8_IS_TRAIL(text[length])) --length;
     }
     UErrorCode error = U_ZERO_ERROR;

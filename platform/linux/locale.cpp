@@ -16,7 +16,7 @@
 namespace marbelot {
 namespace {
 
-constexpr std::size_t kMostBytes = std::size_t{1} << 30;  // ICU counts in int32_t
+constexpr std::size_t mostBytes = std::size_t{1} << 30;  // ICU counts in int32_t
 
 struct CloseCollator {
   void operator()(UCollator* collator) const { ucol_close(collator); }
@@ -85,7 +85,7 @@ std::weak_ordering text::localizedCompare(std::string_view a, std::string_view b
   UErrorCode error = U_ZERO_ERROR;
   if (const UCollator* collator = userCollator()) {
     const auto length = [](std::string_view text) {
-      return static_cast<std::int32_t>(std::min(text.size(), kMostBytes));
+      return static_cast<std::int32_t>(std::min(text.size(), mostBytes));
     };
     const UCollationResult order =
         ucol_strcollUTF8(collator, a.data(), length(a), b.data(), length(b), &error);

@@ -76,11 +76,11 @@ std::string dateValue(NSDate* date, NSTimeZone* zone, NSString* matched) {
   formatter.timeZone = zone != nil ? zone : NSTimeZone.localTimeZone;
   formatter.dateFormat = @"yyyy-MM-dd'T'HH:mm:ss";
   const std::string iso = utf8([formatter stringFromDate:date]);
-  constexpr std::size_t kDay = 10, kMinute = 16;
+  constexpr std::size_t day = 10, minute = 16;
   const std::optional<std::string> own = ownValue(matched, DetectionKind::date);
-  const bool whole_day = own ? own->size() == kDay : iso.ends_with("T12:00:00");
-  if (whole_day) return iso.substr(0, kDay);
-  std::string value = iso.ends_with(":00") ? iso.substr(0, kMinute) : iso;
+  const bool whole_day = own ? own->size() == day : iso.ends_with("T12:00:00");
+  if (whole_day) return iso.substr(0, day);
+  std::string value = iso.ends_with(":00") ? iso.substr(0, minute) : iso;
   if (zone == nil) return value;
   formatter.dateFormat = @"XXX";
   return value + utf8([formatter stringFromDate:date]);

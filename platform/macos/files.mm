@@ -169,22 +169,22 @@ std::optional<std::string> screenshotLocation() {
 std::vector<std::string> usualScreenshotFolders() { return {}; }
 
 static bool isMarkedAndWhole(const std::string& path) {
-  constexpr char kMark[] = "com.apple.metadata:kMDItemIsScreenCapture";
-  if (getxattr(path.c_str(), kMark, nullptr, 0, 0, 0) <= 0) return false;
+  constexpr char mark[] = "com.apple.metadata:kMDItemIsScreenCapture";
+  if (getxattr(path.c_str(), mark, nullptr, 0, 0, 0) <= 0) return false;
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status;
   if (file.get() < 0 || fstat(file.get(), &status) != 0 || status.st_size == 0) return false;
   // The tool marks a file when it is whole, but a copy made by a sync service may carry the mark
   // from the start. PNG, the usual format, tells its end: an empty IEND chunk with its checksum.
   using namespace std::literals;
-  constexpr std::string_view kPngStart = "\x89PNG\r\n\x1A\n"sv;
-  constexpr std::string_view kPngEnd = "\0\0\0\0IEND\xAE\x42\x60\x82"sv;
-  std::string start(kPngStart.size(), '\0');
-  if (!readWhole(file.get(), start, 0) || start != kPngStart) return true;
-  std::string end(kPngEnd.size(), '\0');
+  constexpr std::string_view pngStart = "\x89PNG\r\n\x1A\n"sv;
+  constexpr std::string_view pngEnd = "\0\0\0\0IEND\xAE\x42\x60\x82"sv;
+  std::string start(pngStart.size(), '\0');
+  if (!readWhole(file.get(), start, 0) || start != pngStart) return true;
+  std::string end(pngEnd.size(), '\0');
   return status.st_size >= static_cast<off_t>(start.size() + end.size()) &&
          readWhole(file.get(), end, status.st_size - static_cast<off_t>(end.size())) &&
-         end == kPngEnd;
+         end == pngEnd;
 }
 
 // Nothing tells when a writer closes a file here, so one that is not whole is looked at again.

@@ -35,7 +35,7 @@ TEST(SecretToken, FollowsTheRulesOfBothTests) {
     std::string token;
     bool secret;
     const char* why;
-  } kCases[] = {
+  } cases[] = {
       {"Hunter2!", true, "eight characters of four classes"},
       {"Hunter2", false, "seven characters"},
       {"hunter22", false, "two classes, too short for a random string"},
@@ -78,14 +78,14 @@ TEST(SecretToken, FollowsTheRulesOfBothTests) {
       {"", false, "nothing"},
       {"\xFF\xFE\xFD", false, "no text"},
   };
-  for (const auto& test : kCases) {
+  for (const auto& test : cases) {
     EXPECT_EQ(looksLikeSecretToken(test.token), test.secret) << test.why;
   }
 }
 
 // Every token of up to six of these characters, and the expression that says what a version is.
 TEST(VersionNumber, IsWhatItsExpressionMatches) {
-  constexpr std::string_view kCharacters[] = {"v", "V", "1", "\u0661", ".", "-", "_", "b", "\r"};
+  constexpr std::string_view characters[] = {"v", "V", "1", "\u0661", ".", "-", "_", "b", "\r"};
   UErrorCode status = U_ZERO_ERROR;
   icu::RegexMatcher expression(R"(^[vV]?\d+([.\-_]\d+){1,}([.\-_][A-Za-z][A-Za-z0-9]*)?$)", 0,
                                status);
@@ -93,7 +93,7 @@ TEST(VersionNumber, IsWhatItsExpressionMatches) {
   std::size_t versions = 0;
   for (std::size_t done = 0, length = 0; length < 6; ++length) {
     for (const std::size_t end = tokens.size(); done < end; ++done) {
-      for (const std::string_view c : kCharacters) tokens.push_back(tokens[done] + std::string(c));
+      for (const std::string_view c : characters) tokens.push_back(tokens[done] + std::string(c));
     }
   }
   for (const std::string& token : tokens) {
@@ -137,7 +137,7 @@ TEST(Classify, TakesTheFirstTestThatDecides) {
   const struct {
     std::string text;
     ClipCategory category;
-  } kCases[] = {
+  } cases[] = {
       {"", ClipCategory::text},
       {" \t\r\n\u2028\u00A0", ClipCategory::text},
       {hash, ClipCategory::apiKey},
@@ -163,7 +163,7 @@ TEST(Classify, TakesTheFirstTestThatDecides) {
       {"def f(x):\n    return x", ClipCategory::code},
       {"Let us meet at the station.", ClipCategory::text},
   };
-  for (const auto& test : kCases) {
+  for (const auto& test : cases) {
     EXPECT_EQ(rawValue(classify(test.text)), rawValue(test.category)) << test.text;
   }
 }
@@ -277,7 +277,7 @@ TEST(Mask, KeepsTheEdgesOfLongSecretsOnly) {
   const std::string joined = repeated("0123456789abcdef", 48);
   const struct {
     std::string text, masked;
-  } kCases[] = {
+  } cases[] = {
       {"nothing here", "nothing here"},
       {"", ""},
       {"Abc123!x", "Ab***!x"},
@@ -292,7 +292,7 @@ TEST(Mask, KeepsTheEdgesOfLongSecretsOnly) {
       {"\u00E9\u00C9\u0663$\u00F1abcdefg", "\u00E9\u00C9\u0663$***defg"},
       {"\u00E9\u00C9\u0663$\u00F1abcdef", "\u00E9\u00C9***ef"},
   };
-  for (const auto& test : kCases) EXPECT_EQ(maskSecrets(test.text), test.masked);
+  for (const auto& test : cases) EXPECT_EQ(maskSecrets(test.text), test.masked);
 }
 
 // The fixed signals, each with the text that just has it and one that just has not.
@@ -301,7 +301,7 @@ TEST(LanguageSignals, MatchWhatTheirExpressionsMatch) {
     Language language;
     const char* with;
     const char* without;
-  } kCases[] = {
+  } cases[] = {
       {Language::php, "<?= $x", "<? x"},
       {Language::php, "$_a", "$1"},
       {Language::php, "a->b", "a>b"},
@@ -334,7 +334,7 @@ TEST(LanguageSignals, MatchWhatTheirExpressionsMatch) {
       {Language::sql, "INSERT\n INTO x", "INSERTED INTOX"},
       {Language::sql, "UPDATE x SET y", "UPDATED x SET y"},
   };
-  for (const auto& test : kCases) {
+  for (const auto& test : cases) {
     EXPECT_TRUE(carriesSignal(test.language, test.with)) << test.with;
     EXPECT_FALSE(carriesSignal(test.language, test.without)) << test.without;
   }
@@ -342,14 +342,14 @@ TEST(LanguageSignals, MatchWhatTheirExpressionsMatch) {
 
 // How much more work eight times the text is. Linear steps give 8, quadratic ones 64.
 double growth(std::string_view piece) {
-  constexpr std::size_t kBytes = std::size_t{1} << 14;
+  constexpr std::size_t textBytes = std::size_t{1} << 14;
   const auto work = [](const std::string& text) {
     const std::uint64_t before = workDone();
     classify(text);
     for (std::size_t i = 0; i < languageCount; ++i) carriesSignal(static_cast<Language>(i), text);
     return static_cast<double>(workDone() - before);
   };
-  return work(repeated(piece, 8 * kBytes)) / work(repeated(piece, kBytes));
+  return work(repeated(piece, 8 * textBytes)) / work(repeated(piece, textBytes));
 }
 
 TEST(Classify, IsLinearWhateverTheText) {

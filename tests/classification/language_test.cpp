@@ -24,7 +24,7 @@ struct Named {
   std::string name;
 };
 
-const std::map<std::string, Named> kLanguages = {
+const std::map<std::string, Named> languages = {
     {"php", {Language::php, "PHP"}},
     {"cpp", {Language::cpp, "C++"}},
     {"c", {Language::c, "C"}},
@@ -79,16 +79,16 @@ void expectShare(double share, const std::function<bool(const Snippet&)>& wanted
   EXPECT_GE(right / count, share) << "missed:" << misses;
 }
 
-bool isSource(const Snippet& snippet) { return kLanguages.contains(snippet.label); }
+bool isSource(const Snippet& snippet) { return languages.contains(snippet.label); }
 
 bool hasSignal(const Snippet& snippet) {
   const std::string_view trimmed = text::trimmedBlanksAndNewlines(snippet.text);
-  return isSource(snippet) && carriesSignal(kLanguages.at(snippet.label).language, trimmed);
+  return isSource(snippet) && carriesSignal(languages.at(snippet.label).language, trimmed);
 }
 
 TEST(LanguageDetector, NamesTheLanguageOfSnippets) {
   expectShare(0.97, hasSignal, [](const Snippet& s) {
-    return detectLanguage(s.text) == std::string_view(kLanguages.at(s.label).name);
+    return detectLanguage(s.text) == std::string_view(languages.at(s.label).name);
   });
 }
 
@@ -119,7 +119,7 @@ TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
   const struct {
     const char* text;
     const char* language;
-  } kCases[] = {
+  } cases[] = {
       {"   of the words.\n    \"\"\"\n    for word in words:\n        print(word)", "Python"},
       {"/* unfinished\nfunction f() {", ""},
       {"q = \"SELECT * FROM t WHERE a = 1\"\nself.cursor.execute(q)\nprint(self.cursor)", "Python"},
@@ -130,7 +130,7 @@ TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
       {"#!/usr/bin/env python3\nimport os", "Python"},
       {"{\"a\": 1,\n \"b\": [true, null, -1.5e3]}", "JSON"},
   };
-  for (const auto& test : kCases) {
+  for (const auto& test : cases) {
     EXPECT_EQ(detectLanguage(test.text).value_or(""), test.language) << test.text;
   }
 }

@@ -16,12 +16,12 @@ struct Case {
   std::vector<std::string> values = {};
 };
 
-constexpr unsigned kAll = DetectionKind::link | DetectionKind::phone |
-                          static_cast<unsigned>(DetectionKind::address) |
-                          static_cast<unsigned>(DetectionKind::date);
+constexpr unsigned allKinds = DetectionKind::link | DetectionKind::phone |
+                              static_cast<unsigned>(DetectionKind::address) |
+                              static_cast<unsigned>(DetectionKind::date);
 
 // Saturday, 21 November 2026, 10:00 UTC.
-constexpr double kNow = 1795255200;
+constexpr double thatMoment = 1795255200;
 
 std::string unmarked(const std::string& marked) {
   std::string text;
@@ -37,7 +37,7 @@ std::string unmarked(const std::string& marked) {
 
 void expectFound(const Case& expected, unsigned kinds, const std::string& region) {
   const std::string text = unmarked(expected.marked);
-  const std::vector<Detection> all = detect(text, kinds, {kNow, region});
+  const std::vector<Detection> all = detect(text, kinds, {thatMoment, region});
   std::string marked;
   std::vector<std::string> values = {};
   std::size_t at = 0;
@@ -51,7 +51,7 @@ void expectFound(const Case& expected, unsigned kinds, const std::string& region
   }
   EXPECT_EQ(marked + text.substr(at), expected.marked);
   EXPECT_EQ(values, expected.values) << text;
-  const std::optional<Detection> first = firstDetection(text, kinds, {kNow, region});
+  const std::optional<Detection> first = firstDetection(text, kinds, {thatMoment, region});
   ASSERT_EQ(first.has_value(), !all.empty()) << text;
   if (first) {
     EXPECT_EQ(first->range, all.front().range) << text;
@@ -301,7 +301,8 @@ std::string marked(const std::string& row, DetectionKind kind) {
   const std::string text = unmarked(row);
   std::string result;
   std::size_t at = 0;
-  for (const Detection& found : detect(text, static_cast<unsigned>(kind), {kNow, "US", "en"})) {
+  for (const Detection& found :
+       detect(text, static_cast<unsigned>(kind), {thatMoment, "US", "en"})) {
     result += text.substr(at, found.range.start - at) + "«" +
               text.substr(found.range.start, found.range.length) + "»";
     at = found.range.end();
@@ -328,7 +329,8 @@ TEST_F(DetectionTest, DatesInEnglish) {
   const std::vector<std::string> rows = rowsOf("dates.txt");
   for (const std::string& row : rows) {
     const std::string text = row.substr(0, row.find('\t'));
-    EXPECT_EQ(valuesIn(text, DetectionKind::date, {kNow, "US", "en"}), row.substr(text.size() + 1))
+    EXPECT_EQ(valuesIn(text, DetectionKind::date, {thatMoment, "US", "en"}),
+              row.substr(text.size() + 1))
         << text;
   }
   EXPECT_GT(rows.size(), 500u);
@@ -354,7 +356,7 @@ TEST_F(DetectionTest, DatesWithNamesOfOtherLanguages) {
       {"en", "3 maart 2027 lunedì", ""},
   };
   for (const auto& [language, text, values] : cases) {
-    EXPECT_EQ(valuesIn(text, DetectionKind::date, {kNow, "IT", language}), values) << text;
+    EXPECT_EQ(valuesIn(text, DetectionKind::date, {thatMoment, "IT", language}), values) << text;
   }
 }
 
@@ -411,7 +413,7 @@ TEST_F(DetectionTest, Messages) {
       {"ls -l 644 1 root 4096 /dev/sda1 0x7fff5fbff8c8 00:1B:44:11:3A:B7 a1b2c3d4-0001-4000-8000"},
       {"{\"id\": 12345678, \"price\": 12.50, \"size\": [1024, 768], \"rgb\": \"#202555\"}"},
   };
-  for (const Case& expected : american) expectFound(expected, kAll, "US");
+  for (const Case& expected : american) expectFound(expected, allKinds, "US");
   const std::vector<Case> german = {
       {"«Mittwoch, 2. Dezember 2026 um 15 Uhr» in der «Goethestraße 5, 60313 Frankfurt am Main», "
        "Tel. "
@@ -429,7 +431,7 @@ TEST_F(DetectionTest, Messages) {
        {"Am Alten Markt 3, 50667 Köln"}},
       {"Kontonummer 0123456789 BLZ 37040044, HRB 12345, USt-IdNr. DE123456789, Raum 12, Gleis 7"},
   };
-  for (const Case& expected : german) expectFound(expected, kAll, "DE");
+  for (const Case& expected : german) expectFound(expected, allKinds, "DE");
   const std::vector<Case> british = {
       {"«Flat 2, 34 The Avenue, Ealing, London W13 8JR», tel «020 8998 1234»",
        {"Flat 2, 34 The Avenue, Ealing, London W13 8JR", "+442089981234"}},
@@ -440,7 +442,7 @@ TEST_F(DetectionTest, Messages) {
       {"«20 rue du 8 mai 1945, 69001 Lyon»; «3 place de la République 75011 Paris»",
        {"20 rue du 8 mai 1945, 69001 Lyon", "3 place de la République 75011 Paris"}},
   };
-  for (const Case& expected : british) expectFound(expected, kAll, "GB");
+  for (const Case& expected : british) expectFound(expected, allKinds, "GB");
 }
 
 TEST_F(DetectionTest, Overlaps) {
@@ -453,8 +455,8 @@ TEST_F(DetectionTest, Overlaps) {
       {"«12 May Street, London SW1A 2AA» «12 May»",
        {"12 May Street, London SW1A 2AA", "2027-05-12"}},
   };
-  for (const Case& expected : cases) expectFound(expected, kAll, "US");
-  EXPECT_TRUE(detect("", kAll).empty());
+  for (const Case& expected : cases) expectFound(expected, allKinds, "US");
+  EXPECT_TRUE(detect("", allKinds).empty());
   EXPECT_TRUE(detect("http://example.com tomorrow", 0).empty());
 }
 
@@ -465,7 +467,7 @@ TEST_F(DetectionTest, FindsPastLongPlainText) {
     while (text.size() < distance) text += "plain words ";
     text.resize(distance);
     text += " http://example.com/a 202-555-0123 Hauptstraße 12 tomorrow";
-    const auto all = detect(text, kAll, {kNow, "US"});
+    const auto all = detect(text, allKinds, {thatMoment, "US"});
     ASSERT_EQ(all.size(), 4u) << distance;
     EXPECT_EQ(all[0].range.start, distance + 1);
     EXPECT_EQ(all[1].value, "+12025550123");
@@ -476,7 +478,8 @@ TEST_F(DetectionTest, ManyThreadsAgree) {
   const std::string text = "bücher.de 202-555-0123 5 Main Street tomorrow";
   const auto values = [&] {
     std::string all;
-    for (const Detection& found : detect(text, kAll, {kNow, "US"})) all += found.value + ' ';
+    for (const Detection& found : detect(text, allKinds, {thatMoment, "US"}))
+      all += found.value + ' ';
     return all;
   };
   std::vector<std::string> results(4);
