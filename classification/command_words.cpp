@@ -52,9 +52,9 @@ constexpr std::string_view everydayCommands[] = {
 static_assert(std::is_sorted(std::begin(commands), std::end(commands)));
 static_assert(std::is_sorted(std::begin(everydayCommands), std::end(everydayCommands)));
 
-constexpr std::string_view pathStarts[] = {"./",    "../",   "~/",    "/usr/",  "/bin/", "/sbin/",
-                                           "/opt/", "/lib/", "/etc/", "/home/", "/var/", "/tmp/",
-                                           "/dev/", "/mnt/", "/srv/", "/root/"};
+constexpr std::string_view pathOpeners[] = {"./",    "../",   "~/",    "/usr/",  "/bin/", "/sbin/",
+                                            "/opt/", "/lib/", "/etc/", "/home/", "/var/", "/tmp/",
+                                            "/dev/", "/mnt/", "/srv/", "/root/"};
 
 template <std::size_t size>
 bool isOneOf(std::string_view word, const std::string_view (&words)[size]) {
@@ -127,7 +127,7 @@ FirstWord judgeFirstWord(std::string_view word) {
 }
 
 bool startsAsPath(std::string_view word) {
-  return std::any_of(std::begin(pathStarts), std::end(pathStarts),
+  return std::any_of(std::begin(pathOpeners), std::end(pathOpeners),
                      [word](std::string_view start) { return word.starts_with(start); });
 }
 

@@ -90,20 +90,20 @@ std::optional<AddressTail> readTown(std::string_view text, std::size_t at) {
   }
   if (!token.isNumber() || token.range.length > 5) return std::nullopt;
   std::size_t end = codeNumberEnd(text, at, 5);
-  const bool short_code = end == 0;
-  if (short_code) end = codeNumberEnd(text, at, 4);
+  const bool shortCode = end == 0;
+  if (shortCode) end = codeNumberEnd(text, at, 4);
   if (end == 0) return std::nullopt;
   const std::size_t town = townEnd(text, end);
   if (town == 0) return std::nullopt;
-  return AddressTail{town, false, separators, short_code};
+  return AddressTail{town, false, separators, shortCode};
 }
 
 std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at) {
   int words = 0;
   int numbers = 0;
   std::size_t separators = 0;
-  bool after_unit = false;
-  std::size_t word_length = 0;
+  bool afterUnit = false;
+  std::size_t wordLength = 0;
   while (words <= mostWords) {
     const Token token = read(text, at);
     switch (token.kind) {
@@ -118,8 +118,8 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
           return std::nullopt;
         }
         ++words;
-        after_unit = isUnitWord(token.lower);
-        word_length = token.range.length;
+        afterUnit = isUnitWord(token.lower);
+        wordLength = token.range.length;
         break;
       }
       case Token::Kind::number: {
@@ -132,28 +132,28 @@ std::optional<AddressTail> readAddressTail(std::string_view text, std::size_t at
         const Token next = read(text, token.end());
         const bool glued = next.isWord() && !next.spaced;
         const bool ordinal = glued && next.range.length == 2;
-        if ((!after_unit && !ordinal) || ++numbers > mostNumbers) return std::nullopt;
+        if ((!afterUnit && !ordinal) || ++numbers > mostNumbers) return std::nullopt;
         at = glued ? next.end() : token.end();
-        after_unit = false;
-        word_length = 0;
+        afterUnit = false;
+        wordLength = 0;
         ++words;
         continue;
       }
       case Token::Kind::newline:
         if (++separators > mostSeparators) return std::nullopt;
-        after_unit = false;
+        afterUnit = false;
         break;
       case Token::Kind::symbol:
         if (token.is(',')) {
           if (++separators > mostSeparators) return std::nullopt;
-          after_unit = false;
+          afterUnit = false;
         } else if (token.is('#')) {
-          after_unit = true;
-        } else if (!token.is('.') || token.spaced || word_length == 0 || word_length > 4) {
+          afterUnit = true;
+        } else if (!token.is('.') || token.spaced || wordLength == 0 || wordLength > 4) {
           // A full stop only closes abbreviations.
           return std::nullopt;
         }
-        word_length = 0;
+        wordLength = 0;
         break;
       case Token::Kind::end:
         return std::nullopt;

@@ -13,7 +13,7 @@ struct AddressTail {
   // digits and a town, as on the Continent.
   bool postcode = false;
   std::size_t separators = 0;  // commas and line ends before the code
-  bool short_code = false;     // a town with four digits
+  bool shortCode = false;      // a town with four digits
 };
 
 // Reads on from `at`, behind the house number or the street, over capitalised words, units, commas

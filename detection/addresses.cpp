@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t longestHouseNumber = 5;
 
 struct Street {
-  std::size_t end = 0;       // with its type
-  std::size_t name_end = 0;  // of all the words that may be the street's
+  std::size_t end = 0;      // with its type
+  std::size_t nameEnd = 0;  // of all the words that may be the street's
   StreetType type = StreetType::none;
   bool title = false;  // holds a word that is in headings rather than in names of streets
 };
@@ -38,11 +38,11 @@ class AddressFinder final : public TriggerFinder {
 
   std::size_t houseNumberEnd(std::size_t digit) const;
   std::size_t gridNumberEnd(std::size_t direction) const;
-  std::size_t germanStreetStart(std::size_t word, bool name_follows) const;
+  std::size_t germanStreetStart(std::size_t word, bool nameFollows) const;
   Street englishStreet(std::size_t at) const;
   Street frenchStreet(std::size_t at) const;
   std::size_t unitStart(std::size_t number) const;
-  std::optional<Detection> spelledAddress(std::size_t zip, std::size_t zip_end) const;
+  std::optional<Detection> spelledAddress(std::size_t zip, std::size_t zipEnd) const;
 
   Token read(std::size_t at) const { return tokenAt(text(), at, Hyphens::join); }
   char byteAt(std::size_t at) const { return marbelot::byteAt(text(), at); }
@@ -57,9 +57,9 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
   std::size_t start = digit;
   if (digit > floor()) {
     const char before = text()[digit - 1];
-    const char word_end = digit > 1 ? text()[digit - 2] : ' ';
-    const bool no_break = before == '\xA0' && word_end == '\xC2';
-    if ((before == ' ' && (isAlpha(word_end) || word_end == '.')) || no_break) {
+    const char wordEnd = digit > 1 ? text()[digit - 2] : ' ';
+    const bool noBreak = before == '\xA0' && wordEnd == '\xC2';
+    if ((before == ' ' && (isAlpha(wordEnd) || wordEnd == '.')) || noBreak) {
       if (auto found = germanAddress(digit)) return found;
       if (auto found = boxAddress(digit)) return found;
       if (auto found = spelledAddress(digit, end)) return found;
@@ -69,11 +69,11 @@ std::optional<Detection> AddressFinder::examine(std::size_t digit) {
     }
     // "W204N11912": numbers in the grid of a county.
     constexpr std::string_view directions = "NSEW";
-    if (directions.find(before) != std::string_view::npos && !isAlnum(word_end)) --start;
+    if (directions.find(before) != std::string_view::npos && !isAlnum(wordEnd)) --start;
     constexpr std::string_view glue = ".,:;/-_$#%&@+*='\\";
     if (start < digit) return numberFirstAddress(start);
     if (isAlnum(before) || glue.find(before) != std::string_view::npos) return std::nullopt;
-    if (!isAscii(before) && !no_break && text::isLetter(text::scalarBefore(text(), digit).value)) {
+    if (!isAscii(before) && !noBreak && text::isLetter(text::scalarBefore(text(), digit).value)) {
       return std::nullopt;
     }
   }
@@ -119,7 +119,7 @@ std::size_t AddressFinder::houseNumberEnd(std::size_t digit) const {
 
 // The start of a name of up to four words that ends before `word`: capitalised ones, and particles
 // between them. `word` itself when nothing of the kind is there.
-std::size_t AddressFinder::germanStreetStart(std::size_t word, bool name_follows) const {
+std::size_t AddressFinder::germanStreetStart(std::size_t word, bool nameFollows) const {
   std::size_t start = word;
   std::size_t at = word;
   for (int words = 0; words < 3 && at > floor() && text()[at - 1] == ' '; ++words) {
@@ -129,7 +129,7 @@ std::size_t AddressFinder::germanStreetStart(std::size_t word, bool name_follows
     const bool particle = isGermanParticle(token.lower);
     if (!token.capital && !particle) break;
     // In front of a street's own name only "Am" and its like still belong to it.
-    if (name_follows && !particle) break;
+    if (nameFollows && !particle) break;
     at = begin;
     if (token.capital) start = begin;
   }
@@ -137,12 +137,12 @@ std::size_t AddressFinder::germanStreetStart(std::size_t word, bool name_follows
 }
 
 std::optional<Detection> AddressFinder::germanAddress(std::size_t digit) const {
-  std::size_t word_end = digit - (text()[digit - 1] == ' ' ? 1 : 2);
-  const bool dotted = word_end > floor() && text()[word_end - 1] == '.';
-  word_end -= dotted;
-  const std::size_t word = wordStart(text(), word_end, floor());
+  std::size_t wordEnd = digit - (text()[digit - 1] == ' ' ? 1 : 2);
+  const bool dotted = wordEnd > floor() && text()[wordEnd - 1] == '.';
+  wordEnd -= dotted;
+  const std::size_t word = wordStart(text(), wordEnd, floor());
   // Nouns and names: in plain prose that is all that is looked at.
-  if (word == word_end || isLower(text()[word])) return std::nullopt;
+  if (word == wordEnd || isLower(text()[word])) return std::nullopt;
   std::size_t end = houseNumberEnd(digit);
   if (end == 0) return std::nullopt;
   if (byteAt(end) == ' ' && isLower(byteAt(end + 1)) && !isAlnum(byteAt(end + 2)) &&
@@ -161,7 +161,7 @@ std::optional<Detection> AddressFinder::germanAddress(std::size_t digit) const {
   const bool named = type != StreetType::none && !standalone;
   const std::size_t start = germanStreetStart(word, named);
   if (standalone && start == word) return std::nullopt;
-  if (town && !(town->short_code && type == StreetType::none)) {
+  if (town && !(town->shortCode && type == StreetType::none)) {
     return address(start, afterCountry(text(), town->end));
   }
   if (type != StreetType::clear || !read(start).capital) return std::nullopt;
@@ -184,21 +184,21 @@ std::optional<Detection> AddressFinder::boxAddress(std::size_t digit) const {
 // The words of "Main Street" up to what is no word of a name.
 Street AddressFinder::englishStreet(std::size_t at) const {
   Street street;
-  street.name_end = at;
+  street.nameEnd = at;
   for (int words = 0; words < 6; ++words) {
-    const Token token = read(street.name_end);
+    const Token token = read(street.nameEnd);
     const Token next = token.isNumber() ? read(token.end()) : Token{};
     const bool ordinal = next.isWord() && !next.spaced && next.range.length == 2;
     const bool small = words > 0 && (token.lower == "of" || token.lower == "the");
     if (!(token.isWord() && (token.capital || small)) && !ordinal) break;
     if (!token.spaced) break;
     street.title = street.title || isNoStreetName(token.lower);
-    street.name_end = ordinal ? next.end() : token.end();
+    street.nameEnd = ordinal ? next.end() : token.end();
     if (words > 0 && token.capital) {
       street.type = std::max(street.type, englishStreetType(token.lower));
     }
     // "St." and "E." are abbreviated; the stop of a sentence follows a longer word.
-    if (byteAt(street.name_end) == '.' && token.range.length <= 4) ++street.name_end;
+    if (byteAt(street.nameEnd) == '.' && token.range.length <= 4) ++street.nameEnd;
   }
   return street;
 }
@@ -253,45 +253,45 @@ std::size_t AddressFinder::unitStart(std::size_t number) const {
 }
 
 std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) const {
-  const std::size_t number_end = houseNumberEnd(digit);
-  if (number_end == 0) return std::nullopt;
-  const char after = byteAt(number_end);
+  const std::size_t numberEnd = houseNumberEnd(digit);
+  if (numberEnd == 0) return std::nullopt;
+  const char after = byteAt(numberEnd);
   if (after != ' ' && after != ',' && after != '\t' && isAscii(after)) return std::nullopt;
   // In lower case only the French types of streets follow a number, or all is in lower case.
-  const char next = byteAt(number_end + 1);
+  const char next = byteAt(numberEnd + 1);
   constexpr std::string_view frenchInitials = "rabicpqfetvs";
   const bool small = isLower(next);
   if (small && frenchInitials.find(next) == std::string_view::npos &&
-      !hasZipNear(text(), number_end)) {
+      !hasZipNear(text(), numberEnd)) {
     return std::nullopt;
   }
   // Nor does a number follow one, but for "5th".
   if (after == ' ' && isDigit(next)) {
-    std::size_t end = number_end + 1;
-    while (isDigit(byteAt(end)) && end - number_end <= longestHouseNumber) ++end;
+    std::size_t end = numberEnd + 1;
+    while (isDigit(byteAt(end)) && end - numberEnd <= longestHouseNumber) ++end;
     if (!isAlpha(byteAt(end))) return std::nullopt;
   }
-  Street street = frenchStreet(number_end);
+  Street street = frenchStreet(numberEnd);
   if (street.type != StreetType::none) {
     std::optional<AddressTail> tail = readAddressTail(text(), street.end);
     if (!tail) tail = readTown(text(), street.end);
     if (tail) return address(unitStart(digit), afterCountry(text(), tail->end));
   }
-  const Token first = read(number_end);
+  const Token first = read(numberEnd);
   const bool ordinal = first.isNumber() && isAlpha(byteAt(first.end()));
   if (!first.spaced || !(first.isWord() || ordinal)) return std::nullopt;
-  if (small && !hasZipNear(text(), number_end)) return std::nullopt;
-  const UsAddress american = readUsAddress(text(), digit, number_end, UsStart::number);
+  if (small && !hasZipNear(text(), numberEnd)) return std::nullopt;
+  const UsAddress american = readUsAddress(text(), digit, numberEnd, UsStart::number);
   if (american.whole > 0) {
     return address(unitStart(digit), afterCountry(text(), american.whole));
   }
   if (small) return std::nullopt;
-  street = englishStreet(number_end);
+  street = englishStreet(numberEnd);
   const bool typed = street.type != StreetType::none;
   // Without a type, "1 Broadway" must at least be a line of its own.
-  const Token stop = read(street.name_end);
+  const Token stop = read(street.nameEnd);
   const bool line = stop.is(',') || stop.kind == Token::Kind::newline;
-  if (const auto tail = typed || line ? readAddressTail(text(), number_end) : std::nullopt;
+  if (const auto tail = typed || line ? readAddressTail(text(), numberEnd) : std::nullopt;
       tail && tail->postcode && (typed || tail->separators > 0) &&
       !(street.title && street.type != StreetType::clear)) {
     return address(unitStart(digit), afterCountry(text(), tail->end));
@@ -301,8 +301,8 @@ std::optional<Detection> AddressFinder::numberFirstAddress(std::size_t digit) co
 }
 
 // "One Liberty Plaza, New York, NY 10006", found by its ZIP code.
-std::optional<Detection> AddressFinder::spelledAddress(std::size_t zip, std::size_t zip_end) const {
-  if (zip_end - zip != 5 || zip < floor() + 3 || !isUpper(text()[zip - 2])) return std::nullopt;
+std::optional<Detection> AddressFinder::spelledAddress(std::size_t zip, std::size_t zipEnd) const {
+  if (zipEnd - zip != 5 || zip < floor() + 3 || !isUpper(text()[zip - 2])) return std::nullopt;
   constexpr std::size_t farthest = 110;
   static const WordSet numbers("one two three four five six seven eight nine ten");
   const std::size_t bound = std::max(floor(), zip - std::min(zip, farthest));

@@ -160,8 +160,8 @@ Half readHalf(const DateSource& source, std::size_t at, std::size_t& end) {
     const Token next = source.token(after);
     if (next.isWord() && next.capital && source.isA(next, Kind::none)) {
       std::string zone;
-      const std::size_t zone_end = readZone(source.text, after, zone, Spaced::mayBeRange);
-      if (zone_end == after) return Half::none;
+      const std::size_t zoneEnd = readZone(source.text, after, zone, Spaced::mayBeRange);
+      if (zoneEnd == after) return Half::none;
     }
   }
   end = after;
@@ -283,16 +283,16 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
 
   Clock clock;
   Half half = readHalf(source, face->end, face->end);
-  const bool clock_word = half == Half::none && readClockWord(source, *face);
+  const bool clockWord = half == Half::none && readClockWord(source, *face);
   if (half != Half::none && (face->hour < 1 || face->hour > 12)) return std::nullopt;
-  std::size_t range_end = 0;
-  if (half == Half::none && !clock_word && face->hour <= 12) {
+  std::size_t rangeEnd = 0;
+  if (half == Half::none && !clockWord && face->hour <= 12) {
     // "2–4 pm": both hours are of the same half, unless that would end before it starts.
     const RangeEnd range = readRangeEnd(source, face->end, true);
     if (range.half != Half::none) {
       half = range.half;
       if (face->hour % 12 > range.hour % 12 && half == Half::pm) half = Half::am;
-      range_end = range.end;
+      rangeEnd = range.end;
     }
   }
   clock.hour = hourWith(face->hour, half);
@@ -300,8 +300,8 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
   clock.second = face->second;
   clock.end = face->end;
   clock.settled = half != Half::none || face->hour > 12 || face->hour == 0;
-  bool marked = face->marked || clock_word || half != Half::none;
-  if (!clock.settled && range_end == 0) {
+  bool marked = face->marked || clockWord || half != Half::none;
+  if (!clock.settled && rangeEnd == 0) {
     const PartOfDay told = readPartOfDay(source, clock.end, clock.end);
     if (told != PartOfDay::unknown) {
       clock.hour = hourIn(told, clock.hour);
@@ -311,14 +311,14 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
   const Spaced spaced = clock.second >= 0 ? Spaced::stamp : Spaced::mayBeRange;
   if (marked || face->colon) {
     const std::size_t end =
-        readZone(source.text, std::max(clock.end, range_end), clock.zone, spaced);
+        readZone(source.text, std::max(clock.end, rangeEnd), clock.zone, spaced);
     marked = marked || !clock.zone.empty();
-    if (!clock.zone.empty()) (range_end > 0 ? range_end : clock.end) = end;
+    if (!clock.zone.empty()) (rangeEnd > 0 ? rangeEnd : clock.end) = end;
   }
   const bool enough = marked || face->colon || (style == ClockStyle::hour && !face->dot);
   if (!enough || clock.hour > 23 || isCutShort(source, clock.end)) return std::nullopt;
   clock.marked = marked && !face->length;
-  const bool bare = !face->colon && (clock_word || face->spelled || !marked);
+  const bool bare = !face->colon && (clockWord || face->spelled || !marked);
   if (!clock.settled && clock.hour <= 12) {
     // "at 5" is in the afternoon for most people, "tonight at 8" for all.
     if (part != PartOfDay::unknown) {
@@ -328,14 +328,14 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
     }
   }
   if (!marked && !face->colon && !endsBareHour(source, clock.end)) return std::nullopt;
-  if (range_end == 0) {
+  if (rangeEnd == 0) {
     const RangeEnd range = readRangeEnd(source, clock.end, false);
-    if (range.enough) range_end = range.end;
-    if (range_end > 0 && clock.zone.empty()) {
-      range_end = readZone(source.text, range_end, clock.zone, spaced);
+    if (range.enough) rangeEnd = range.end;
+    if (rangeEnd > 0 && clock.zone.empty()) {
+      rangeEnd = readZone(source.text, rangeEnd, clock.zone, spaced);
     }
   }
-  clock.end = std::max(clock.end, range_end);
+  clock.end = std::max(clock.end, rangeEnd);
   return clock;
 }
 

@@ -56,30 +56,30 @@ bool mayStartDate(const DateSource& source, const Token& first, const DateWord& 
   const Token second = source.after(first);
   const DateWord next = source.meaning(second);
   static const WordSet amounts("couple few half quarter");
-  static const WordSet after_half("past a an");
-  static const WordSet after_quarter("past to before after of till til");
-  static const WordSet of_or_the("of the de del di do den to");
-  static const WordSet after_within("the about around approximately roughly exactly under circa");
+  static const WordSet afterHalf("past a an");
+  static const WordSet afterQuarter("past to before after of till til");
+  static const WordSet ofOrThe("of the de del di do den to");
+  static const WordSet afterWithin("the about around approximately roughly exactly under circa");
   switch (meaning.kind) {
     case Kind::none:
       return false;
     case Kind::within:
       return second.isNumber() || next.kind == Kind::count || next.kind == Kind::fraction ||
-             second.lower == "sept" || after_within.has(second.lower);
+             second.lower == "sept" || afterWithin.has(second.lower);
     case Kind::count:
       if (meaning.weak) return next.kind == Kind::unit || amounts.has(second.lower);
       return next.kind == Kind::count || next.kind == Kind::ordinal || next.kind == Kind::weekday ||
              next.kind == Kind::noon || second.is('-') || second.kind == Token::Kind::end ||
              (second.isWord() && mayFollowNumber(source, second));
     case Kind::fraction:
-      return (meaning.value == 30 ? after_half : after_quarter).has(second.lower);
+      return (meaning.value == 30 ? afterHalf : afterQuarter).has(second.lower);
     case Kind::ordinal:
       return second.lower == "of" || second.lower == "day" || next.kind == Kind::month ||
              next.kind == Kind::weekday;
     case Kind::edge:
       return second.lower == "of";
     case Kind::month:
-      return !second.isWord() || next.kind != Kind::none || of_or_the.has(second.lower);
+      return !second.isWord() || next.kind != Kind::none || ofOrThe.has(second.lower);
     case Kind::weekday:
       return !meaning.weak || first.capital || second.isNumber() || next.kind == Kind::month;
     case Kind::unit:

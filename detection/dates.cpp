@@ -223,14 +223,14 @@ std::optional<Clock> DateFinder::clockAfter(const Day& day) const {
   }
   static const WordSet exact("at um à");
   static const WordSet loose("from von ab gegen by until de between around about after before");
-  bool names_hour = exact.has(token.lower) || token.is('@');
-  if (names_hour || loose.has(token.lower)) {
+  bool namesHour = exact.has(token.lower) || token.is('@');
+  if (namesHour || loose.has(token.lower)) {
     at = token.end();
     token = source_.token(at);
     if (token.lower == "about" || token.lower == "around") at = token.end();
   }
-  names_hour = names_hour || day.part != PartOfDay::unknown;
-  return readClock(source_, at, names_hour ? ClockStyle::hour : ClockStyle::colon, day.part);
+  namesHour = namesHour || day.part != PartOfDay::unknown;
+  return readClock(source_, at, namesHour ? ClockStyle::hour : ClockStyle::colon, day.part);
 }
 
 // Past "- Dec 9, 4pm", the end of a range from one time to another.
@@ -241,13 +241,13 @@ std::size_t DateFinder::pastLaterDay(std::size_t at) const {
   const Token last = source_.after(joint);
   if (!last.isNumber() && !last.isWord()) return at;
   const std::optional<Day> day = days_.read(last.range.start);
-  if (!day || day->needs_time) return at;
+  if (!day || day->needsTime) return at;
   const std::optional<Clock> clock = clockAfter(*day);
   return clock ? clock->end : day->end;
 }
 
 std::optional<Detection> DateFinder::dayAlone(std::size_t at, const Day& day) const {
-  if (day.needs_time) return std::nullopt;
+  if (day.needsTime) return std::nullopt;
   if (day.part == PartOfDay::unknown) return date(at, day.end, day.date);
   Clock clock;
   clock.hour = hourOf(day.part);
@@ -260,7 +260,7 @@ std::optional<Detection> DateFinder::dayAndTime(std::size_t at) const {
   std::optional<Clock> clock = clockAfter(*day);
   if (!clock) return dayAlone(at, *day);
   // "Sat Nov 21 08:00:00 2026 +0200"
-  if (day->guessed_year && clock->second >= 0) {
+  if (day->guessedYear && clock->second >= 0) {
     if (const std::optional<Day> dated = days_.inYearAt(clock->end, *day)) {
       clock->end = clock->zone.empty() ? readZone(text(), dated->end, clock->zone, Spaced::stamp)
                                        : dated->end;
@@ -311,10 +311,10 @@ std::size_t DateFinder::pastBetween(std::size_t at, const Clock& clock) const {
 }
 
 std::optional<Detection> DateFinder::timeAndDay(std::size_t at) const {
-  const bool after_at = followsAt(at);
-  ClockStyle style = after_at ? ClockStyle::hour : ClockStyle::colon;
+  const bool afterAt = followsAt(at);
+  ClockStyle style = afterAt ? ClockStyle::hour : ClockStyle::colon;
   std::optional<Clock> clock = readClock(source_, at, style);
-  if (!clock && !after_at) {
+  if (!clock && !afterAt) {
     // "8 tonight", "8 tomorrow morning".
     clock = readClock(source_, at, style = ClockStyle::hour);
     if (!clock) return std::nullopt;
@@ -338,7 +338,7 @@ std::optional<Detection> DateFinder::timeAndDay(std::size_t at) const {
       return date(at, day->end, *day, *clock);
     }
   }
-  if (!clock->marked && (token.isWord() || !(after_at || followsTimeWord(at)))) return std::nullopt;
+  if (!clock->marked && (token.isWord() || !(afterAt || followsTimeWord(at)))) return std::nullopt;
   return timeAlone(at, *clock);
 }
 
@@ -351,7 +351,7 @@ std::optional<Detection> DateFinder::distance(std::size_t at) const {
   Clock clock;
   clock.hour = moment->hour;
   clock.minute = moment->minute;
-  if (moment->to_the_minute) return date(at, day.end, day, clock);
+  if (moment->toTheMinute) return date(at, day.end, day, clock);
   const std::optional<Clock> told = clockAfter(day);
   return told ? date(at, told->end, day, *told) : date(at, day.end, day.date);
 }

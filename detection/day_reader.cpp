@@ -104,12 +104,12 @@ std::optional<Day> DayReader::inYearAt(std::size_t at, const Day& day) const {
 Day DayReader::onWeekday(const Day& day, int weekday) const {
   // Within six years most days fall on each weekday.
   constexpr int near = 6;
-  const year this_year = year_month_day(today_).year();
+  const year thisYear = year_month_day(today_).year();
   std::optional<Day> nearest;
   days distance{};
   for (int y = near; y >= -near; --y) {
     const year_month_day date =
-        (this_year + std::chrono::years(y)) / day.date.month() / day.date.day();
+        (thisYear + std::chrono::years(y)) / day.date.month() / day.date.day();
     if (!date.ok()) continue;
     const local_days when(date);
     if (static_cast<int>(std::chrono::weekday(when).c_encoding()) != weekday) continue;
@@ -132,14 +132,14 @@ Day DayReader::withPart(Day day) const {
   }
   if (part != PartOfDay::unknown) {
     day.part = part;
-    day.needs_time = false;
+    day.needsTime = false;
   }
   return day;
 }
 
 // "Dec 8 (Tuesday)", "December 8, Tuesday".
 Day DayReader::withWeekdayBehind(Day day) const {
-  if (day.weekday || day.weekday_told || day.period) return day;
+  if (day.weekday || day.weekdayTold || day.period) return day;
   const Token mark = source_.token(day.end);
   if (!mark.is(',') && !mark.is('(')) return day;
   const Token name = source_.after(mark);
@@ -153,7 +153,7 @@ Day DayReader::withWeekdayBehind(Day day) const {
   if (mark.is(',') && ((further.isNumber() && !time) || source_.isA(further, Kind::month))) {
     return day;
   }
-  if (day.guessed_year) day = onWeekday(day, word.value);
+  if (day.guessedYear) day = onWeekday(day, word.value);
   const local_days when(day.date);
   const bool fits = static_cast<int>(std::chrono::weekday(when).c_encoding()) == word.value;
   if (fits) day.end = mark.is('(') ? behind.end() : name.end();
@@ -169,12 +169,12 @@ Day DayReader::pastRange(Day day) const {
   const Token last = source_.after(joint);
   if (isDash(joint) && joint.spaced != last.spaced) return day;
   const std::optional<Day> end = single(last.range.start);
-  if (!end || end->needs_time != day.needs_time || end->period) return day;
-  if (day.guessed_year && !end->guessed_year && !day.weekday && !end->weekday) {
+  if (!end || end->needsTime != day.needsTime || end->period) return day;
+  if (day.guessedYear && !end->guessedYear && !day.weekday && !end->weekday) {
     year_month_day shared = end->date.year() / day.date.month() / day.date.day();
     if (shared > end->date) shared -= std::chrono::years(1);
     if (shared.ok()) day.date = shared;
-    day.guessed_year = false;
+    day.guessedYear = false;
   }
   day.end = end->end;
   return day;

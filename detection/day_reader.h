@@ -15,11 +15,11 @@ struct Day {
   std::size_t end = 0;  // bytes from the start of the text
   std::chrono::year_month_day date;
   PartOfDay part = PartOfDay::unknown;
-  bool needs_time = false;    // too little for a date unless a time of day stands beside it
-  bool guessed_year = false;  // the text gives none
-  bool weekday = false;       // nothing but the name of a weekday
-  bool weekday_told = false;  // that name and a date
-  bool period = false;        // a week or a month, which a day of it may follow
+  bool needsTime = false;    // too little for a date unless a time of day stands beside it
+  bool guessedYear = false;  // the text gives none
+  bool weekday = false;      // nothing but the name of a weekday
+  bool weekdayTold = false;  // that name and a date
+  bool period = false;       // a week or a month, which a day of it may follow
 };
 
 class DayReader {
@@ -59,7 +59,7 @@ class DayReader {
   Date withYear(int day, int month, std::size_t at, Year wanted) const;
   Date upcoming(int day, int month, std::size_t end) const;
   std::size_t pastMoreDays(std::size_t at) const;
-  int fullYear(int two_digits) const;
+  int fullYear(int twoDigits) const;
 
   // Days told by others, in relative_days.cpp.
   Date weekday(const Token& first, const DateWord& word) const;

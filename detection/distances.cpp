@@ -18,14 +18,14 @@ struct Span {
   int days = 0;
   int months = 0;
   bool fine = false;  // hours or less are told
-  bool seconds_only = true;
+  bool secondsOnly = true;
   bool letter = false;  // "30m", which is a length too
 };
 
 bool addTo(Span& span, double value, TimeUnit unit) {
   const auto whole = static_cast<int>(std::lround(value));
-  const bool is_whole = value == whole;
-  span.seconds_only = span.seconds_only && unit == TimeUnit::second;
+  const bool isWhole = value == whole;
+  span.secondsOnly = span.secondsOnly && unit == TimeUnit::second;
   switch (unit) {
     case TimeUnit::second:
     case TimeUnit::minute:
@@ -34,7 +34,7 @@ bool addTo(Span& span, double value, TimeUnit unit) {
       span.fine = true;
       return true;
     case TimeUnit::day:
-      if (is_whole) {
+      if (isWhole) {
         span.days += whole;
       } else {
         span.seconds += value * 86400;
@@ -47,7 +47,7 @@ bool addTo(Span& span, double value, TimeUnit unit) {
       return true;
     case TimeUnit::month:
       span.months += whole;
-      return is_whole;
+      return isWhole;
     case TimeUnit::year:
       span.months += static_cast<int>(std::lround(value * 12));
       return true;
@@ -112,7 +112,7 @@ Moment fromNow(const DayReader& days, double now, const Span& span, int directio
                             std::chrono::month(static_cast<unsigned>(then.month)),
                             std::chrono::day(static_cast<unsigned>(then.day))};
   Moment moment = moved(date, span, direction, end);
-  moment.to_the_minute = true;
+  moment.toTheMinute = true;
   moment.hour = then.hour;
   moment.minute = then.minute;
   return moment;
@@ -130,7 +130,7 @@ std::optional<Moment> fromDay(const DayReader& days, const Span& span, const Tok
   if (token.lower == "the") token = source.after(token);
   if (on && !source.isA(token, Kind::weekday)) return std::nullopt;
   const std::optional<Day> day = days.read(token.range.start);
-  if (!day || day->needs_time || day->period || !token.isWord()) return std::nullopt;
+  if (!day || day->needsTime || day->period || !token.isWord()) return std::nullopt;
   return moved(day->date, span, before ? -1 : 1, day->end);
 }
 
@@ -171,7 +171,7 @@ std::optional<Moment> readDistance(const DayReader& days, double now, std::size_
     token = source.after(next);
   }
   const std::optional<Span> span = readSpan(source, token.range.start);
-  if (!span || span->seconds_only || span->letter) return std::nullopt;
+  if (!span || span->secondsOnly || span->letter) return std::nullopt;
   // "in 2 hours' time".
   Token behind = source.token(span->end);
   std::size_t end = span->end;

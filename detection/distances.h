@@ -13,7 +13,7 @@ namespace marbelot::detection {
 struct Moment {
   std::size_t end = 0;  // bytes from the start of the text
   std::chrono::year_month_day date;
-  bool to_the_minute = false;  // else a day
+  bool toTheMinute = false;  // else a day
   int hour = 0;
   int minute = 0;
 };

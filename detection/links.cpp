@@ -109,8 +109,8 @@ class LinkFinder final : public TriggerFinder {
   char byteBefore(std::size_t at) const { return at > 0 ? text()[at - 1] : '\0'; }
 
   // "example..com": what stood before the dots is no name of a host. An ellipsis ends a sentence.
-  bool isBrokenAt(std::size_t host_end) const {
-    return slice(host_end, host_end + 2) == ".." && isAlnum(byteAt(host_end + 2));
+  bool isBrokenAt(std::size_t hostEnd) const {
+    return slice(hostEnd, hostEnd + 2) == ".." && isAlnum(byteAt(hostEnd + 2));
   }
   std::size_t portEnd(std::size_t at) const;
   bool hasBadPort(std::size_t at) const;
@@ -120,9 +120,9 @@ class LinkFinder final : public TriggerFinder {
     return text().substr(at, 7) == "http://" || text().substr(at, 8) == "https://";
   }
   // Past the port, path, query and fragment that follow a host; 0 when there is no such port.
-  std::size_t afterHost(std::size_t start, std::size_t host_end) const {
-    const std::size_t port = portEnd(host_end);
-    if (port == host_end && hasBadPort(host_end)) return 0;
+  std::size_t afterHost(std::size_t start, std::size_t hostEnd) const {
+    const std::size_t port = portEnd(hostEnd);
+    if (port == hostEnd && hasBadPort(hostEnd)) return 0;
     const char next = byteAt(port);
     return next == '/' || next == '?' || next == '#' ? tailEnd(start, port) : port;
   }
@@ -237,11 +237,11 @@ std::optional<Detection> LinkFinder::hostLink(Range scheme, std::size_t authorit
     ascii = asciiHost(slice(host, end));
   }
   if (!ascii || isBrokenAt(end)) return std::nullopt;
-  const std::size_t link_end = afterHost(scheme.start, end);
-  if (link_end == 0) return std::nullopt;
-  return link(scheme.start, link_end,
+  const std::size_t linkEnd = afterHost(scheme.start, end);
+  if (linkEnd == 0) return std::nullopt;
+  return link(scheme.start, linkEnd,
               prefix + percentEncoded(slice(authority, host)) + *ascii +
-                  percentEncoded(slice(end, link_end)));
+                  percentEncoded(slice(end, linkEnd)));
 }
 
 std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
@@ -258,10 +258,10 @@ std::optional<Detection> LinkFinder::opaqueLink(Range scheme) {
     const std::size_t end = hostEnd(text(), host, wideAround(text(), from));
     const std::optional<std::string> ascii = asciiHost(slice(host, end));
     if (!ascii || isBrokenAt(end)) return std::nullopt;
-    const std::size_t link_end = byteAt(end) == '?' ? tailEnd(scheme.start, end) : end;
-    return link(scheme.start, link_end,
-                name + ':' + std::string(slice(rest, host)) + *ascii +
-                    percentEncoded(slice(end, link_end)));
+    const std::size_t linkEnd = byteAt(end) == '?' ? tailEnd(scheme.start, end) : end;
+    return link(
+        scheme.start, linkEnd,
+        name + ':' + std::string(slice(rest, host)) + *ascii + percentEncoded(slice(end, linkEnd)));
   }
   if (contains(numberBit, name)) {
     std::size_t digits = 0;
@@ -336,20 +336,20 @@ bool LinkFinder::isCredibleHost(std::string_view host, Tld tld, std::size_t end)
   const bool path = after == '/' && isAlnum(byteAt(end + 1));
   const std::size_t dot = host.rfind('.');
   const std::string_view suffix = host.substr(dot + 1);
-  const std::size_t second_dot = dot == 0 ? std::string_view::npos : host.rfind('.', dot - 1);
-  const std::size_t name_start = second_dot == std::string_view::npos ? 0 : second_dot + 1;
-  const std::string_view name = host.substr(name_start, dot - name_start);
+  const std::size_t secondDot = dot == 0 ? std::string_view::npos : host.rfind('.', dot - 1);
+  const std::size_t nameStart = secondDot == std::string_view::npos ? 0 : secondDot + 1;
+  const std::string_view name = host.substr(nameStart, dot - nameStart);
   constexpr std::array<std::string_view, 7> registries = {"co",  "com", "org", "net",
                                                           "edu", "gov", "ac"};
-  const bool www = second_dot != std::string_view::npos && lowered(host.substr(0, 4)) == "www.";
-  const bool registry = second_dot != std::string_view::npos && contains(registries, name);
+  const bool www = secondDot != std::string_view::npos && lowered(host.substr(0, 4)) == "www.";
+  const bool registry = secondDot != std::string_view::npos && contains(registries, name);
   const bool upper = std::any_of(host.begin(), host.end(), isUpper);
-  const bool is_lower = std::any_of(host.begin(), host.end(), isLower);
+  const bool lower = std::any_of(host.begin(), host.end(), isLower);
 
   if (after == '\\' || name.back() == '_') return false;
   // "end.Start": a capital after the dot begins a sentence or names a member, unless all are
   // capitals or the name stands like a title.
-  if (isUpper(suffix.front()) && is_lower &&
+  if (isUpper(suffix.front()) && lower &&
       !(isUpper(host.front()) && (suffix == "Com" || suffix == "Org" || suffix == "Net"))) {
     return false;
   }
@@ -400,9 +400,9 @@ std::optional<Detection> LinkFinder::bareLink(std::size_t dot) {
   }
   const std::optional<std::string> ascii = asciiHost(host);
   if (!ascii || isBrokenAt(end)) return std::nullopt;
-  const std::size_t link_end = afterHost(start, end);
-  if (link_end == 0) return std::nullopt;
-  return link(start, link_end, "http://" + *ascii + percentEncoded(slice(end, link_end)));
+  const std::size_t linkEnd = afterHost(start, end);
+  if (linkEnd == 0) return std::nullopt;
+  return link(start, linkEnd, "http://" + *ascii + percentEncoded(slice(end, linkEnd)));
 }
 
 }  // namespace

@@ -64,10 +64,10 @@ std::optional<Day> DayReader::withYear(int day, int m, std::size_t at, Year want
 }
 
 std::optional<Day> DayReader::upcoming(int day, int m, std::size_t end) const {
-  const int this_year = static_cast<int>(year_month_day(today_).year());
-  for (int y = this_year; y < this_year + 9; ++y) {
+  const int thisYear = static_cast<int>(year_month_day(today_).year());
+  for (int y = thisYear; y < thisYear + 9; ++y) {
     if (auto found = valid(y, m, day, end); found && local_days(found->date) >= today_) {
-      found->guessed_year = true;
+      found->guessedYear = true;
       return found;
     }
   }
@@ -182,8 +182,8 @@ std::optional<Day> DayReader::monthFirst(const Token& first, const DateWord& mon
   if (!source_.stopsAt(end) || (after == ':' && isDigit(source_.byte(end + 1)))) {
     return std::nullopt;
   }
-  const bool wants_year = everyday && !ordinal;
-  return withYear(day, month.value, end, wants_year ? Year::required : Year::optional);
+  const bool wantsYear = everyday && !ordinal;
+  return withYear(day, month.value, end, wantsYear ? Year::required : Year::optional);
 }
 
 // "2026 May 3", "2026/Aug/10".

@@ -33,19 +33,19 @@ std::optional<Day> DayReader::numeric(const Token& first) const {
   }
   const int second = readDigits(source_, behind, 1, 2, end);
   if (second < 0) return std::nullopt;
-  const char second_mark = source_.byte(end);
-  if (second_mark == mark && isDigit(source_.byte(end + 1))) {
+  const char secondMark = source_.byte(end);
+  if (secondMark == mark && isDigit(source_.byte(end + 1))) {
     const bool careful = first.range.length == 2 && end - behind == 2;
     return dayMonthYear(leading, second, mark, end + 1, careful);
   }
   // "3/5 at 5pm", "3.5. um 14 Uhr".
-  if (mark == '-' || (mark == '.' && second_mark != '.')) return std::nullopt;
+  if (mark == '-' || (mark == '.' && secondMark != '.')) return std::nullopt;
   if (mark == '.') ++end;
   if (!source_.stopsAt(end)) return std::nullopt;
   const bool swap = mark == '/' && leading <= 12 && (month_first_ || second > 12);
   auto found = swap ? withYear(second, leading, end, Year::optional)
                     : withYear(leading, second, end, Year::optional);
-  if (found) found->needs_time = true;
+  if (found) found->needsTime = true;
   return found;
 }
 
@@ -84,19 +84,19 @@ std::optional<Day> DayReader::ideographic(const Token& first) const {
   const Token year = source_.after(first);
   if (first.range.length != 4 || year.lower != "年") return std::nullopt;
   const Token month = source_.after(year);
-  const Token month_mark = source_.after(month);
-  const Token day = source_.after(month_mark);
-  const Token day_mark = source_.after(day);
-  if (!month.isNumber() || !day.isNumber() || month_mark.lower != "月") return std::nullopt;
+  const Token monthMark = source_.after(month);
+  const Token day = source_.after(monthMark);
+  const Token dayMark = source_.after(day);
+  if (!month.isNumber() || !day.isNumber() || monthMark.lower != "月") return std::nullopt;
   // The weekday or more words may follow without a blank.
-  if (!source_.text.substr(day_mark.range.start).starts_with("日")) return std::nullopt;
-  const std::size_t end = day_mark.range.start + std::string_view("日").size();
+  if (!source_.text.substr(dayMark.range.start).starts_with("日")) return std::nullopt;
+  const std::size_t end = dayMark.range.start + std::string_view("日").size();
   return valid(numberOf(first.lower), numberOf(month.lower), numberOf(day.lower), end);
 }
 
-int DayReader::fullYear(int two_digits) const {
+int DayReader::fullYear(int twoDigits) const {
   const int now = static_cast<int>(std::chrono::year_month_day(today_).year());
-  const int year = now - now % 100 + two_digits;
+  const int year = now - now % 100 + twoDigits;
   // Nobody plans further ahead than that.
   constexpr int farthest = 30;
   return year > now + farthest ? year - 100 : year;

@@ -239,9 +239,9 @@ bool isPlausible(std::string_view text, const Stretch& stretch) {
   return !hasForeignShape(text, stretch) && !isIntroducedAsOther(text, stretch.start);
 }
 
-std::size_t lastOfColumn(const Stretch& stretch, bool north_american) {
+std::size_t lastOfColumn(const Stretch& stretch, bool northAmerican) {
   constexpr std::size_t fewest = 3;
-  const std::size_t most = north_american ? 2 : 1;
+  const std::size_t most = northAmerican ? 2 : 1;
   std::size_t count = 0;
   while (count < stretch.count && stretch.groups[count].length <= most) ++count;
   return !stretch.plus && count >= fewest ? stretch.groups[count - 1].start : 0;
@@ -261,13 +261,13 @@ std::size_t resumption(std::string_view text, const Stretch& stretch) {
   return end;
 }
 
-bool isNationalFormat(std::string_view text, const Stretch& stretch, bool north_american) {
+bool isNationalFormat(std::string_view text, const Stretch& stretch, bool northAmerican) {
   const auto& groups = stretch.groups;
   if (stretch.plus || stretch.count < 2) return false;
   const bool bracket = text[stretch.start] == '(' && groups[1].separator == '(';
   const char first = text[groups[0].start];
   const auto dashed = [&](std::size_t i) { return groups[i].separator == '-'; };
-  if (north_american) {
+  if (northAmerican) {
     return stretch.count == 3 && groups[0].length == 3 && groups[1].length == 3 &&
            groups[2].length == 4 && first >= '2' && (bracket || dashed(1)) && dashed(2);
   }

@@ -42,7 +42,7 @@ bool isPlausible(std::string_view text, const Stretch& stretch);
 
 // The last of the three or more short groups that the stretch begins with, which only columns of
 // figures do; 0 when it does not. Short are single digits, and pairs where no number is in pairs.
-std::size_t lastOfColumn(const Stretch& stretch, bool north_american);
+std::size_t lastOfColumn(const Stretch& stretch, bool northAmerican);
 
 // Where to look for the next number when this stretch is none: at its next group that could be the
 // first of a number, as in "03.05.2026 030 901820", or behind it.
@@ -50,7 +50,7 @@ std::size_t resumption(std::string_view text, const Stretch& stretch);
 
 // Whether the stretch is written as national numbers are and as little else is, with brackets and
 // dashes: "(555) 123-4567", "(01234) 567890". Such a one is believed even if nobody has it.
-bool isNationalFormat(std::string_view text, const Stretch& stretch, bool north_american);
+bool isNationalFormat(std::string_view text, const Stretch& stretch, bool northAmerican);
 
 // Whether the region belongs to the North American Numbering Plan.
 bool isNorthAmerican(const std::string& region);

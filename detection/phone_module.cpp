@@ -26,11 +26,11 @@ constexpr int tries = 8;
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) int marbelot_phone_find(const char* stretch,
-                                                                          std::size_t length,
-                                                                          const char* region,
-                                                                          int possible,
-                                                                          MarbelotPhone* found) {
+extern "C" __attribute__((visibility("default"))) int marbelotPhoneFind(const char* stretch,
+                                                                        std::size_t length,
+                                                                        const char* region,
+                                                                        int possible,
+                                                                        MarbelotPhone* found) {
   const PhoneNumberUtil& util = *PhoneNumberUtil::GetInstance();
   PhoneNumberMatcher matcher(util, std::string(stretch, length), region,
                              possible ? PhoneNumberMatcher::POSSIBLE : PhoneNumberMatcher::VALID,

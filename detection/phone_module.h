@@ -16,8 +16,8 @@ struct MarbelotPhone {
 // `possible` not zero any of a length that the country's numbers have; national numbers
 // are read as those of `region` (ISO 3166, terminated by a zero). Returns 1 and fills `found`, or
 // returns 0. Safe to call from any thread.
-int marbelot_phone_find(const char* stretch, std::size_t length, const char* region, int possible,
-                        MarbelotPhone* found);
+int marbelotPhoneFind(const char* stretch, std::size_t length, const char* region, int possible,
+                      MarbelotPhone* found);
 
 }  // extern "C"
 
@@ -28,7 +28,7 @@ constexpr const char* phoneModule = "@rpath/libmarbelot-phone.so";
 #else
 constexpr const char* phoneModule = "libmarbelot-phone.so";
 #endif
-constexpr const char* phoneFunctionName = "marbelot_phone_find";
-using PhoneFunction = decltype(&marbelot_phone_find);
+constexpr const char* phoneFunctionName = "marbelotPhoneFind";
+using PhoneFunction = decltype(&marbelotPhoneFind);
 
 }  // namespace marbelot::detection

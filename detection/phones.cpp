@@ -61,9 +61,9 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
   }
   Stretch stretch = readStretch(text(), digit, floor());
   // The bracket of a remark around the number.
-  const bool code_in_brackets = stretch.count > 1 && stretch.groups[1].separator == '(';
-  if (!stretch.plus && !code_in_brackets) stretch.start = digit;
-  const std::size_t first_end = stretch.groups[0].start + stretch.groups[0].length;
+  const bool codeInBrackets = stretch.count > 1 && stretch.groups[1].separator == '(';
+  if (!stretch.plus && !codeInBrackets) stretch.start = digit;
+  const std::size_t firstEnd = stretch.groups[0].start + stretch.groups[0].length;
   if (stretch.digits < 7) {
     skipTo(stretch.end());
     return std::nullopt;
@@ -77,7 +77,7 @@ std::optional<Detection> PhoneFinder::examine(std::size_t digit) {
   const bool formatted = isNationalFormat(text(), stretch, north_american_);
   if (north_american_ && !formatted && !stretch.plus && !dialled &&
       !cutToNorthAmerican(text(), stretch)) {
-    skipTo(first_end);
+    skipTo(firstEnd);
     return std::nullopt;
   }
   if (!isPlausible(text(), stretch)) {

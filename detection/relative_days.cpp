@@ -66,9 +66,9 @@ std::optional<Day> DayReader::weekday(const Token& first, const DateWord& word) 
     const Token closing = date ? source_.token(date->end) : token;
     if (date && bracket == closing.is(')')) {
       if (bracket) date->end = closing.end();
-      date->needs_time = false;
-      date->weekday_told = true;
-      return date->guessed_year ? onWeekday(*date, word.value) : date;
+      date->needsTime = false;
+      date->weekdayTold = true;
+      return date->guessedYear ? onWeekday(*date, word.value) : date;
     }
     const std::optional<Ordinal> ordinal = readOrdinal(source_, token.range.start);
     if (ordinal && !ordinal->spelled && !bracket) {
@@ -86,12 +86,12 @@ std::optional<Day> DayReader::weekday(const Token& first, const DateWord& word) 
   if (word.weak && (!first.capital || first.range.length < 3)) return std::nullopt;
   Day day = next(word.value, after);
   day.weekday = true;
-  day.needs_time = word.weak;
+  day.needsTime = word.weak;
   Token behind = source_.token(day.end);
   if (behind.lower == "prochain" || behind.lower == "week") {
     if (behind.lower == "week") day = dayAt(local_days(day.date) + days(7), behind.end());
     day.end = behind.end();
-    day.needs_time = false;
+    day.needsTime = false;
     return day;
   }
   if (behind.lower == "of" || behind.lower == "in") behind = source_.after(behind);
@@ -101,7 +101,7 @@ std::optional<Day> DayReader::weekday(const Token& first, const DateWord& word) 
     const local_days monday = weekOf(today_) + days(7 * qualifier.value);
     day.date = year_month_day(inWeek(monday, word.value));
     day.end = unit.end();
-    day.needs_time = false;
+    day.needsTime = false;
   }
   return day;
 }
@@ -220,7 +220,7 @@ std::optional<Day> DayReader::someMonth(std::size_t at) const {
   first = first.year() / std::chrono::month(static_cast<unsigned>(word.value)) / 1;
   if (lastOfMonth(first) < today_) first += years(1);
   Day day = dayAt(local_days(first), token.end());
-  day.guessed_year = true;
+  day.guessedYear = true;
   return day;
 }
 
@@ -246,12 +246,12 @@ std::optional<Day> DayReader::nth(int which, std::size_t at) const {
     const local_days begin(first->date);
     const local_days end = lastOfMonth(first->date);
     const int step = weekday ? 7 : 1;
-    const int from_begin = weekday ? (word.value - weekdayOf(begin) + 7) % 7 : 0;
-    const int from_end = weekday ? (weekdayOf(end) - word.value + 7) % 7 : 0;
+    const int fromBegin = weekday ? (word.value - weekdayOf(begin) + 7) % 7 : 0;
+    const int fromEnd = weekday ? (weekdayOf(end) - word.value + 7) % 7 : 0;
     const local_days day =
-        which < 0 ? end - days(from_end) : begin + days(from_begin + step * (which - 1));
+        which < 0 ? end - days(fromEnd) : begin + days(fromBegin + step * (which - 1));
     if (year_month_day(day).month() != first->date.month()) return std::nullopt;
-    if (!first->guessed_year || day >= today_) return dayAt(day, first->end);
+    if (!first->guessedYear || day >= today_) return dayAt(day, first->end);
   }
   return std::nullopt;
 }
@@ -308,10 +308,9 @@ std::optional<Day> DayReader::edge(const Token& first, bool last) const {
 std::optional<Day> DayReader::ofAnyMonth(std::size_t at) const {
   const std::optional<Ordinal> ordinal = readOrdinal(source_, at);
   if (!ordinal || ordinal->spelled || ordinal->value < 1) return std::nullopt;
-  static const WordSet may_follow(
-      "at from until till and or if because but when we i you @ please");
+  static const WordSet mayFollow("at from until till and or if because but when we i you @ please");
   const Token next = source_.token(ordinal->end);
-  if (next.isNumber() || (next.isWord() && !may_follow.has(next.lower)) || isDash(next)) {
+  if (next.isNumber() || (next.isWord() && !mayFollow.has(next.lower)) || isDash(next)) {
     return std::nullopt;
   }
   for (int i = 0; i < 62; ++i) {

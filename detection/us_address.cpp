@@ -313,22 +313,22 @@ bool followsHeading(std::string_view text, std::size_t start) {
 }
 
 // The end of ", Springfield" behind a street when the line ends there.
-std::size_t loneTownEnd(std::string_view text, std::size_t street_end) {
-  Token token = tokenAt(text, street_end, Hyphens::join);
+std::size_t loneTownEnd(std::string_view text, std::size_t streetEnd) {
+  Token token = tokenAt(text, streetEnd, Hyphens::join);
   const bool line = token.kind == Token::Kind::newline;
-  if (!token.is(',') && !line) return street_end;
+  if (!token.is(',') && !line) return streetEnd;
   std::size_t end = token.end();
   for (int words = 0;; ++words) {
     token = tokenAt(text, end, Hyphens::join);
     if (!token.isWord() || !token.capital || words == 3) break;
     end = token.end();
   }
-  if (token.is(',') && end > street_end) {
+  if (token.is(',') && end > streetEnd) {
     if (const std::size_t country = afterCountry(text, end); country > end) return country;
   }
   const bool stops = token.kind == Token::Kind::end || token.kind == Token::Kind::newline ||
                      token.is('.') || token.is(')');
-  return stops && !line && end > street_end + 1 ? end : street_end;
+  return stops && !line && end > streetEnd + 1 ? end : streetEnd;
 }
 
 }  // namespace
