@@ -6,8 +6,10 @@
 #include <optional>
 #include <string>
 
+#include "platform/keyboard.h"
 #include "platform/main_queue.h"
 #include "platform/pasteboard.h"
+#include "platform/screens.h"
 #include "platform/status_item.h"
 #include "platform/user_defaults.h"
 #include "platform/window.h"
@@ -93,6 +95,8 @@ struct Platform {
   StatusItem& statusItem;
   Windows& windows;
   Dialogs& dialogs;
+  Screens& screens;
+  KeyMonitors& keyMonitors;
 };
 
 }  // namespace marbelot

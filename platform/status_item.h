@@ -3,8 +3,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "platform/geometry.h"
 #include "platform/menu.h"
 
 namespace marbelot {
@@ -25,6 +27,11 @@ class StatusItem {
   virtual void menuChanged() = 0;
   // Opens the menu at the pointer.
   virtual void popUpMenu() = 0;
+
+  // The frame, in screen coordinates, of the part of the open menu that was opened last: the menu,
+  // or the submenu in which an item is highlighted. None while it is closed, or where another
+  // program draws it.
+  virtual std::optional<Rect> openMenuFrame() const = 0;
 
   // Called once when it is clear that nothing on this desktop shows status items.
   virtual void setNoHostHandler(std::function<void()> handler) = 0;

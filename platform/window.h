@@ -1,76 +1,64 @@
-// Windows and dialogs as data. Lengths are points, the origin is the bottom left corner, y grows
-// up.
+// Windows, panels and dialogs as data. Lengths are points, the origin is the bottom left corner, y
+// grows up.
 #pragma once
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/geometry.h"
+#include "platform/keyboard.h"
+#include "platform/menu.h"
 #include "platform/value.h"
+#include "platform/view.h"
 
 namespace marbelot {
 
-struct Size {
-  double width = 0;
-  double height = 0;
+enum class WindowLevel {
+  normal,
+  floating,  // above other programs' windows
+  overlay,   // above everything, full-screen windows and the panels of the desktop included
 };
 
-struct Rect {
-  double x = 0;
-  double y = 0;
-  double width = 0;
-  double height = 0;
-};
-
-enum class ViewKind {
-  label,   // one line, not editable
-  button,  // a push button
-  text,    // plain text that scrolls vertically
-};
-
-// What follows the window's growth; the sides that are not flexible keep their distance.
-struct Resizing {
-  bool width = false;
-  bool height = false;
-  bool leftMargin = false;
-};
-
-struct Font {
-  double size = 13;
-  bool monospaced = false;
-};
-
-struct View {
-  std::string id;  // unique in its window
-  ViewKind kind = ViewKind::label;
-  Rect frame;
-  Resizing resizing;
-  Font font;
-  std::string text;        // a button's or label's title, a text's first contents
-  bool secondary = false;  // label in the secondary colour
-  bool editable = false;   // text; undone by words and pauses. One only to be read has no caret
-  bool bordered = false;   // text: a bezel around it
-  Size inset;              // text: blank space around it
-  bool defaultKey =
-      false;  // button: pressed by Return while no text takes it; see WindowDescription
-};
-
+// A window of the program, or a panel that shows something while the user works elsewhere.
 struct WindowDescription {
-  std::string id;  // what `marbelotctl windows` calls it
+  std::string id;  // its kind, as `marbelotctl windows` calls it; several may have the same
   std::string title;
   Size contentSize;
+  std::vector<View> views;
+
+  // Frame and title bar. Without them the window is its content, which is clear where no view draws
+  // and has smooth edges, as far as the desktop can mix windows. Where it cannot, the corners are
+  // cut out and what is translucent is opaque.
+  bool titled = true;
   bool closable = true;
   bool miniaturizable = false;
   bool resizable = false;
-  bool escapeCloses = true;
-  std::vector<View> views;
+  bool escapeCloses = true;  // only of a titled one
+
+  WindowLevel level = WindowLevel::normal;
+  // A click on it, or showing it without activating, leaves the application that is active alone.
+  // It takes keys only after a click that asks for them: on a text, or when it is made the key
+  // window.
+  bool panel = false;
+  bool everySpace = false;  // on every desktop, beside full-screen windows, not among those cycled
+  bool shadow = true;
+  bool ignoresMouse = false;         // clicks go to what is below
+  bool movableByBackground = false;  // dragged wherever no view takes the mouse
+  double alpha = 1;                  // of the whole window
+
   // A button was pressed. A multi-line text keeps Return for itself; Command (Control) and Return
   // press the default button from there, which its tool tip tells. A click on a button leaves the
   // focus where it is. Command-W closes the window, and Escape where it is told to.
   std::function<void(const std::string& viewId)> pressed;
-  // The window was closed; it may be shown again.
+  // The window was closed by the user; it may be shown again.
   std::function<void()> closed;
+  // The user moved it, or `setFrame` did.
+  std::function<void()> moved;
+  // A key pressed while it is the key window and no text takes it. True: it goes no further.
+  std::function<bool(const KeyEvent&)> keyDown;
 };
 
 // A live window. Made hidden, kept when closed, destroyed with its handle.
@@ -79,10 +67,34 @@ class Window {
   virtual ~Window() = default;
   // Activates the application and brings the window to the front as the key window.
   virtual void show() = 0;
-  // Leaves a window alone that fills its screen.
+  // Brings it to the front; whoever has the keys keeps them.
+  virtual void showWithoutActivating() = 0;
+  virtual void hide() = 0;
+  // Makes it vanish within a quarter of a second, then hides it. Showing it, or moving it, makes it
+  // stay.
+  virtual void fadeOut() = 0;
+  // In the middle of the screen with the pointer. Leaves a window alone that fills its screen.
   virtual void center() = 0;
   virtual bool isVisible() const = 0;
+  // Whether keys go to it.
+  virtual bool isKey() const = 0;
+  // In screen coordinates, title bar included. Also while it is hidden.
+  virtual Rect frame() const = 0;
+  // `animated`: gets there within a quarter of a second; frame() tells the new one at once.
+  virtual void setOrigin(Point origin, bool animated = false) = 0;
+  virtual void setFrame(const Rect& frame) = 0;
+  // Makes every key of every keyboard come to this window, those that other programs have claimed
+  // as shortcuts included, until it is hidden or the program ends, in whatever way. False when the
+  // system refuses. Where it must leave some keys to others, it says so, in one line, else nothing.
+  virtual bool grabKeyboard(std::string& leftOut) = 0;
+  // The user drags the window with the mouse button that is down.
+  virtual void performDrag() = 0;
+
   virtual void setTitle(const std::string& title) = 0;
+  // Replaces all views, and the size of the content, keeping its lower left corner.
+  virtual void setContent(Size contentSize, std::vector<View> views) = 0;
+  // Draws a canvas again.
+  virtual void redraw(const std::string& viewId) = 0;
   // What the user copies from a `concealed` text is marked so for other programs, too.
   virtual void setText(const std::string& viewId, const SharedText& text, bool concealed) = 0;
   void setText(const std::string& viewId, const SharedText& text) { setText(viewId, text, false); }
@@ -91,12 +103,29 @@ class Window {
   // after this. Never null.
   virtual SharedText text(const std::string& viewId) const = 0;
   virtual void focus(const std::string& viewId) = 0;
+  // Presses a button as a click does. False when there is no such button, or it is disabled.
+  virtual bool press(const std::string& viewId) = 0;
+  // Opens a menu right below the view. `chosen` gets the item, unless the menu is dismissed.
+  virtual void popUpMenu(const std::string& viewId, std::shared_ptr<Menu> menu,
+                         std::function<void(const MenuItem&)> chosen) = 0;
+  // The view at a point in screen coordinates, which may be covered by another window: its id,
+  // empty when there is none that has one.
+  virtual std::string viewAt(Point point) const = 0;
+};
+
+struct ButtonInfo {
+  std::string id;
+  std::string title;  // its symbol's name where it has none
+  bool enabled = true;
 };
 
 struct WindowInfo {
   std::string id;
   std::string title;
-  Rect frame;  // points; y down from the top of the first screen
+  Rect frame;  // in screen coordinates
+  bool focused = false;
+  std::vector<ButtonInfo> buttons;
+  Window* window = nullptr;  // null for dialogs and menus
 };
 
 class Windows {

@@ -70,12 +70,9 @@ void CannedResponses::copyCanned(const MenuItem& sender) {
 void CannedResponses::addCanned() {
   View text;
   text.id = "cannedText";
-  text.kind = ViewKind::text;
   text.frame = {0, 0, 340, 100};
   text.resizing = {.width = true};
-  text.font = {.size = 13};
-  text.editable = true;
-  text.bordered = true;
+  text.content = TextArea{.editable = true, .bordered = true};
   Alert alert;
   alert.id = "addCanned";
   alert.message = "New canned response";

@@ -32,11 +32,9 @@ void ClipboardViewer::makeWindow() {
   window.resizable = true;
   View text;
   text.id = viewerTextView;
-  text.kind = ViewKind::text;
   text.frame = {0, 0, 520, 360};
   text.resizing = {.width = true, .height = true};
-  text.font = {.size = 12, .monospaced = true};
-  text.inset = {8, 8};
+  text.content = TextArea{.font = {.size = 12, .monospaced = true}, .inset = {8, 8}};
   window.views = {std::move(text)};
   // A password that was looked at is not kept for the life of the program.
   window.closed = [this] {

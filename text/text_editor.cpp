@@ -29,28 +29,23 @@ void TextEditor::makeWindow() {
 
   View text;
   text.id = editTextView;
-  text.kind = ViewKind::text;
   text.frame = {0, barHeight, 560, 420 - barHeight};
   text.resizing = {.width = true, .height = true};
-  text.font = {.size = 13, .monospaced = true};
-  text.editable = true;
+  text.content = TextArea{.font = {.size = 13, .monospaced = true}, .editable = true};
 
   View hint;
   hint.id = "hint";
-  hint.kind = ViewKind::label;
-  hint.text = "Edit, then Save to update the clipboard.";
   hint.frame = {12, 14, 560 - 200, 16};
   hint.resizing = {.width = true};
-  hint.font = {.size = 11};
-  hint.secondary = true;
+  hint.content = Label{.text = "Edit, then Save to update the clipboard.",
+                       .font = {.size = 11},
+                       .color = Color::of(Color::Role::secondaryLabel)};
 
   View save;
   save.id = "save";
-  save.kind = ViewKind::button;
-  save.text = "Save to clipboard";
   save.frame = {560 - 12 - 168, 8, 168, 28};
   save.resizing = {.leftMargin = true};
-  save.defaultKey = true;
+  save.content = Button{.title = "Save to clipboard", .defaultKey = true};
 
   window.views = {std::move(text), std::move(hint), std::move(save)};
   window.pressed = [this](const std::string&) { saveEditorToClipboard(); };

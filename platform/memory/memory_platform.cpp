@@ -158,14 +158,42 @@ std::unique_ptr<Window> WindowList::create(WindowDescription description) {
   return std::make_unique<MemoryWindow>(*this, std::move(description));
 }
 
+namespace {
+
+// Calls `seen` with each view, those that others contain included.
+template <class Seen>
+void forEachView(const std::vector<View>& views, Seen seen) {
+  for (const View& view : views) {
+    seen(view);
+    if (const auto* container = std::get_if<Container>(&view.content))
+      forEachView(container->views, seen);
+    if (const auto* canvas = std::get_if<Canvas>(&view.content)) forEachView(canvas->views, seen);
+  }
+}
+
+// Drops what nobody holds any more, then calls the rest.
+template <class Handlers, class Call>
+void callLive(Handlers& handlers, Call call) {
+  std::erase_if(handlers, [](const auto& handler) { return handler.first.expired(); });
+  for (const auto& [token, handler] : Handlers(handlers))
+    if (token.lock()) call(handler);
+}
+
+}  // namespace
+
 std::vector<WindowInfo> WindowList::visible() const {
   std::vector<WindowInfo> infos;
-  for (const MemoryWindow* window : live)
-    if (window->shown)
-      infos.push_back(
-          {window->description.id,
-           window->description.title,
-           {0, 0, window->description.contentSize.width, window->description.contentSize.height}});
+  for (MemoryWindow* window : live) {
+    if (!window->shown) continue;
+    WindowInfo info{
+        window->description.id, window->description.title, window->at, window->isKey(), {}, window};
+    forEachView(window->description.views, [&info](const View& view) {
+      if (const auto* button = std::get_if<Button>(&view.content))
+        info.buttons.push_back(
+            {view.id, button->title.empty() ? button->symbol : button->title, button->enabled});
+    });
+    infos.push_back(std::move(info));
+  }
   return infos;
 }
 
@@ -176,21 +204,159 @@ MemoryWindow* WindowList::find(const std::string& id) const {
 }
 
 MemoryWindow::MemoryWindow(WindowList& list, WindowDescription made)
-    : description(std::move(made)), list_(list) {
-  for (const View& view : description.views) texts[view.id] = share(view.text);
+    : description(std::move(made)),
+      at{0, 0, description.contentSize.width, description.contentSize.height},
+      list_(list) {
+  readTexts(description.views);
   list_.live.push_back(this);
 }
 
 MemoryWindow::~MemoryWindow() { std::erase(list_.live, this); }
+
+void MemoryWindow::readTexts(const std::vector<View>& views) {
+  forEachView(views, [this](const View& view) {
+    if (const auto* label = std::get_if<Label>(&view.content)) texts[view.id] = share(label->text);
+    if (const auto* area = std::get_if<TextArea>(&view.content)) texts[view.id] = share(area->text);
+    if (const auto* button = std::get_if<Button>(&view.content))
+      texts[view.id] = share(button->title);
+  });
+}
+
+void MemoryWindow::show() {
+  for (MemoryWindow* other : list_.live) other->key = false;
+  shown = key = true;
+  fading = false;
+}
+
+void MemoryWindow::hide() { shown = fading = key = grabs = false; }
+
+void MemoryWindow::finishFading() {
+  if (fading) hide();
+}
+
+void MemoryWindow::setOrigin(Point origin, bool isAnimated) {
+  animated = isAnimated;
+  setFrame({origin.x, origin.y, at.width, at.height});
+}
+
+void MemoryWindow::setFrame(const Rect& frame) {
+  fading = false;
+  if (std::exchange(at, frame) != frame && description.moved) description.moved();
+}
+
+bool MemoryWindow::grabKeyboard(std::string& leftOut) {
+  leftOut.clear();
+  return grabs = !refusesGrab;
+}
+
+void MemoryWindow::setContent(Size contentSize, std::vector<View> views) {
+  description.views = std::move(views);
+  description.contentSize = contentSize;
+  at.width = contentSize.width;
+  at.height = contentSize.height;
+  texts.clear();
+  concealed.clear();
+  readTexts(description.views);
+}
 
 SharedText MemoryWindow::text(const std::string& viewId) const {
   const auto found = texts.find(viewId);
   return found == texts.end() ? share({}) : found->second;
 }
 
+const View* MemoryWindow::find(const std::string& viewId) const {
+  const View* found = nullptr;
+  forEachView(description.views, [&](const View& view) {
+    if (view.id == viewId) found = &view;
+  });
+  return found;
+}
+
+bool MemoryWindow::press(const std::string& viewId) {
+  const View* view = find(viewId);
+  const auto* button = view ? std::get_if<Button>(&view->content) : nullptr;
+  if (!button || !button->enabled) return false;
+  // The views may be replaced by what the press does.
+  const std::string id = viewId;
+  if (description.pressed) description.pressed(id);
+  return true;
+}
+
+void MemoryWindow::popUpMenu(const std::string& viewId, std::shared_ptr<Menu> menu,
+                             std::function<void(const MenuItem&)> chosen) {
+  popUpView = viewId;
+  popUp = std::move(menu);
+  popUpChosen = std::move(chosen);
+}
+
+std::string MemoryWindow::viewAt(Point point) const {
+  std::string found;
+  const auto look = [&](const auto& self, const std::vector<View>& views, Point origin) -> void {
+    for (const View& view : views) {
+      const Rect frame{origin.x + view.frame.x, origin.y + view.frame.y, view.frame.width,
+                       view.frame.height};
+      if (!frame.contains(point)) continue;
+      if (!view.id.empty()) found = view.id;
+      if (const auto* container = std::get_if<Container>(&view.content))
+        self(self, container->views, frame.origin());
+      if (const auto* canvas = std::get_if<Canvas>(&view.content))
+        self(self, canvas->views, frame.origin());
+    }
+  };
+  look(look, description.views, at.origin());
+  return found;
+}
+
 void MemoryWindow::close() {
-  shown = false;
+  hide();
   if (description.closed) description.closed();
+}
+
+bool MemoryWindow::pressKey(KeyEvent event) {
+  return description.keyDown && description.keyDown(event);
+}
+
+Task ScreenList::onChange(std::function<void()> changed) {
+  const auto token = std::make_shared<char>();
+  changed_.emplace_back(token, std::move(changed));
+  return Task(token);
+}
+
+void ScreenList::set(std::vector<Screen> now) {
+  screens = std::move(now);
+  callLive(changed_, [](const auto& changed) { changed(); });
+}
+
+Task Keyboard::addLocal(std::function<bool(const KeyEvent&)> pressed) {
+  const auto token = std::make_shared<char>();
+  local_.emplace_back(token, std::move(pressed));
+  return Task(token);
+}
+
+Task Keyboard::addGlobal(std::function<void(const KeyEvent&)> pressed) {
+  const auto token = std::make_shared<char>();
+  global_.emplace_back(token, std::move(pressed));
+  return Task(token);
+}
+
+bool Keyboard::pressHere(KeyEvent event) {
+  bool taken = false;
+  callLive(local_, [&](const auto& pressed) { taken = taken || pressed(event); });
+  return taken;
+}
+
+void Keyboard::pressElsewhere(KeyEvent event) {
+  callLive(global_, [&](const auto& pressed) { pressed(event); });
+}
+
+std::size_t Keyboard::locals() const {
+  return static_cast<std::size_t>(std::count_if(
+      local_.begin(), local_.end(), [](const auto& local) { return !local.first.expired(); }));
+}
+
+std::size_t Keyboard::globals() const {
+  return static_cast<std::size_t>(std::count_if(
+      global_.begin(), global_.end(), [](const auto& global) { return !global.first.expired(); }));
 }
 
 void DialogList::present(Alert alert, std::function<void(AlertAnswer)> answered) {

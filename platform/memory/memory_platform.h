@@ -135,7 +135,11 @@ class Icon : public StatusItem {
   void popUpMenu() override { open(); }
   void setNoHostHandler(std::function<void()> handler) override { noHost = std::move(handler); }
 
+  std::optional<Rect> openMenuFrame() const override { return menuFrame; }
+
   void open() { delegate->menuWillOpen(); }
+
+  std::optional<Rect> menuFrame;
 
   bool symbolsAvailable = true;
   std::vector<std::string> symbols;  // as they were shown, the present one last
@@ -162,10 +166,21 @@ class MemoryWindow : public Window {
  public:
   MemoryWindow(WindowList& list, WindowDescription made);
   ~MemoryWindow() override;
-  void show() override { shown = true; }
+  void show() override;
+  void showWithoutActivating() override { shown = true, fading = false; }
+  void hide() override;
+  void fadeOut() override { fading = true; }
   void center() override { ++centred; }
   bool isVisible() const override { return shown; }
+  bool isKey() const override { return shown && key; }
+  Rect frame() const override { return at; }
+  void setOrigin(Point origin, bool isAnimated) override;
+  void setFrame(const Rect& frame) override;
+  bool grabKeyboard(std::string& leftOut) override;
+  void performDrag() override { ++drags; }
   void setTitle(const std::string& title) override { description.title = title; }
+  void setContent(Size contentSize, std::vector<View> views) override;
+  void redraw(const std::string& viewId) override { ++redrawn[viewId]; }
   using Window::setText;
   void setText(const std::string& viewId, const SharedText& text, bool isConcealed) override {
     texts[viewId] = text;
@@ -173,19 +188,71 @@ class MemoryWindow : public Window {
   }
   SharedText text(const std::string& viewId) const override;
   void focus(const std::string& viewId) override { focused = viewId; }
+  bool press(const std::string& viewId) override;
+  void popUpMenu(const std::string& viewId, std::shared_ptr<Menu> menu,
+                 std::function<void(const MenuItem&)> chosen) override;
+  std::string viewAt(Point point) const override;
 
   WindowDescription description;
   // The user closes it.
   void close();
+  // The user presses a key in it. True when it was taken.
+  bool pressKey(KeyEvent event);
+  // The view with that id, however deep; null when there is none.
+  const View* find(const std::string& viewId) const;
+  // Time passes until a fading window is gone.
+  void finishFading();
 
+  Rect at;
   std::map<std::string, SharedText> texts;
   std::map<std::string, bool> concealed;
+  std::map<std::string, int> redrawn;
   std::string focused;
   bool shown = false;
+  bool fading = false;
+  bool key = false;
+  bool animated = false;  // the last move
+  bool grabs = false;     // the keyboard
+  bool refusesGrab = false;
   int centred = 0;
+  int drags = 0;
+  // The menu that was popped up last, with the view below which it stands.
+  std::string popUpView;
+  std::shared_ptr<Menu> popUp;
+  std::function<void(const MenuItem&)> popUpChosen;
 
  private:
+  void readTexts(const std::vector<View>& views);
   WindowList& list_;
+};
+
+class ScreenList : public Screens {
+ public:
+  std::vector<Screen> all() const override { return screens; }
+  Point pointer() const override { return at; }
+  Task onChange(std::function<void()> changed) override;
+  void set(std::vector<Screen> now);
+
+  std::vector<Screen> screens{{{0, 0, 1440, 900}, {0, 0, 1440, 875}, 1}};
+  Point at{700, 400};
+
+ private:
+  std::vector<std::pair<std::weak_ptr<void>, std::function<void()>>> changed_;
+};
+
+class Keyboard : public KeyMonitors {
+ public:
+  Task addLocal(std::function<bool(const KeyEvent&)> pressed) override;
+  Task addGlobal(std::function<void(const KeyEvent&)> pressed) override;
+  // A key goes to a window of the program; true when a monitor took it away.
+  bool pressHere(KeyEvent event);
+  void pressElsewhere(KeyEvent event);
+  std::size_t locals() const;
+  std::size_t globals() const;
+
+ private:
+  std::vector<std::pair<std::weak_ptr<void>, std::function<bool(const KeyEvent&)>>> local_;
+  std::vector<std::pair<std::weak_ptr<void>, std::function<void(const KeyEvent&)>>> global_;
 };
 
 class DialogList : public Dialogs {
@@ -236,8 +303,10 @@ struct MemoryPlatform {
   Icon statusItem;
   WindowList windows;
   DialogList dialogs;
-  Platform platform{application, queue,     pasteboard, defaults, folderEvents,
-                    notices,     workspace, statusItem, windows,  dialogs};
+  ScreenList screens;
+  Keyboard keyMonitors;
+  Platform platform{application, queue,      pasteboard, defaults, folderEvents, notices,
+                    workspace,   statusItem, windows,    dialogs,  screens,      keyMonitors};
 };
 
 // The item reached by its titles from the top; a title that ends in "*" matches by its beginning.
