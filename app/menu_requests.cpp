@@ -50,6 +50,20 @@ Represented representedFrom(const std::optional<std::string>& object) {
   return *object;
 }
 
+// The number of the screen that most of the frame is on, the main one being 0; -1 when it is on
+// none.
+int screenOf(const Rect& frame, const std::vector<Screen>& screens) {
+  int best = -1;
+  double most = 0;
+  for (std::size_t at = 0; at < screens.size(); ++at) {
+    const Size common = screens[at].frame.intersection(frame).size();
+    if (common.width * common.height <= most) continue;
+    most = common.width * common.height;
+    best = static_cast<int>(at);
+  }
+  return best;
+}
+
 }  // namespace
 
 MenuRequests::MenuRequests(Platform& platform, const ActionTable& actions,
@@ -68,6 +82,9 @@ void MenuRequests::serve() {
     return invokeAction(action, object);
   };
   requests.windows = [this] { return windowsJson(); };
+  requests.press = [this](const std::string& window, const std::string& spec) {
+    return press(window, spec);
+  };
   requests.popUpMenu = [this] { platform_.statusItem.popUpMenu(); };
   requests.quit = [this] { platform_.application.terminate(); };
   platform_.application.serve(std::move(requests));
@@ -108,16 +125,32 @@ std::string MenuRequests::invokeAction(const std::string& action,
   return {};
 }
 
+std::string MenuRequests::press(const std::string& kind, const std::string& spec) {
+  bool found = false;
+  for (const WindowInfo& info : platform_.windows.visible()) {
+    if (info.id != kind || !info.window) continue;
+    found = true;
+    // What the press does may close the window.
+    if (info.window->press(spec)) return {};
+    for (const ButtonInfo& button : info.buttons)
+      if (button.id == spec) return "\"" + spec + "\" is disabled";
+  }
+  return found ? "the window \"" + kind + "\" has no button \"" + spec + "\""
+               : "there is no window \"" + kind + "\"";
+}
+
 std::string MenuRequests::windowsJson() const {
   rapidjson::StringBuffer buffer;
   rapidjson::Writer<rapidjson::StringBuffer> out(buffer);
   out.StartArray();
   for (const WindowInfo& window : platform_.windows.visible()) {
     out.StartObject();
-    out.Key("id");
+    out.Key("kind");
     out.String(window.id.c_str());
     out.Key("title");
     out.String(window.title.c_str());
+    out.Key("frame");
+    out.StartObject();
     const std::pair<const char*, double> numbers[] = {{"x", window.frame.x},
                                                       {"y", window.frame.y},
                                                       {"width", window.frame.width},
@@ -126,6 +159,24 @@ std::string MenuRequests::windowsJson() const {
       out.Key(key);
       out.Double(number);
     }
+    out.EndObject();
+    out.Key("screen");
+    out.Int(screenOf(window.frame, platform_.screens.all()));
+    out.Key("focused");
+    out.Bool(window.focused);
+    out.Key("buttons");
+    out.StartArray();
+    for (const ButtonInfo& button : window.buttons) {
+      out.StartObject();
+      out.Key("title");
+      out.String(button.title.c_str());
+      out.Key("spec");
+      out.String(button.id.c_str());
+      out.Key("enabled");
+      out.Bool(button.enabled);
+      out.EndObject();
+    }
+    out.EndArray();
     out.EndObject();
   }
   out.EndArray();

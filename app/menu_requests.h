@@ -21,6 +21,7 @@ class MenuRequests {
  private:
   std::string invokeTitles(const std::string& titles);
   std::string invokeAction(const std::string& action, const std::optional<std::string>& object);
+  std::string press(const std::string& kind, const std::string& spec);
   std::string windowsJson() const;
 
   Platform& platform_;

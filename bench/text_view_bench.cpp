@@ -26,13 +26,7 @@ const SharedText& corpus(std::int64_t kind) {
 enum { lines, oneLine };
 
 struct Editor {
-  Editor()
-      : view([] {
-          View description;
-          description.kind = ViewKind::text;
-          description.editable = true;
-          return description;
-        }()) {
+  Editor() : view(TextArea{.editable = true}) {
     view.resize(560, 400);
     view.show();
   }

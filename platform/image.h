@@ -51,6 +51,10 @@ class Image {
   bool isEncoded() const;
   // What it was made of, while that is still here; else null.
   SharedBitmap pixels() const;
+  // Whether `other` is a copy of this one. Two images that merely look alike are not the same.
+  bool isSame(const Image& other) const {
+    return bytes_ == other.bytes_ && file_ == other.file_ && pixels_ == other.pixels_;
+  }
   // Whether the file still holds this image, without reading all of it.
   bool isReadable() const;
 

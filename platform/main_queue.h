@@ -15,6 +15,8 @@ class Task {
   Task() = default;
   explicit Task(std::shared_ptr<void> token) : token_(std::move(token)) {}
   void cancel() { token_.reset(); }
+  // Whether it holds work: done or not, but not cancelled.
+  explicit operator bool() const { return token_ != nullptr; }
 
  private:
   std::shared_ptr<void> token_;

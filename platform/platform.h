@@ -70,6 +70,8 @@ struct RemoteRequests {
   std::function<std::string(const std::string& action, const std::optional<std::string>& object)>
       invokeAction;
   std::function<std::string()> windows;  // JSON
+  // Presses a button of the window of that kind. Returns an error for the user, empty when done.
+  std::function<std::string(const std::string& window, const std::string& spec)> press;
   std::function<void()> popUpMenu;
   std::function<void()> quit;
 };

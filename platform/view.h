@@ -67,13 +67,13 @@ struct View;
 struct Container {
   Color background = Color::of(Color::Role::windowBackground, 0);
   double cornerRadius = 0;
-  std::vector<View> views{};
+  std::vector<View> views;
 };
 
 // Drawn by its delegate, which outlives the view; the views that it contains lie on it.
 struct Canvas {
   CanvasDelegate* delegate = nullptr;
-  std::vector<View> views{};
+  std::vector<View> views;
 };
 
 using ViewContent = std::variant<Label, Button, TextArea, Picture, Container, Canvas>;

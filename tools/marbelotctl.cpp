@@ -34,6 +34,7 @@ constexpr const char* usage =
     "                                         the words that one alone begins with\n"
     "  invoke --action NAME [--object VALUE]  carries out an action\n"
     "  windows [--json]                       the windows that are open\n"
+    "  press WINDOW SPEC                      presses a button of a window that is open\n"
     "  quit                                   ends Marbelot\n"
     "\n"
     "Exit status: 0 done, 1 it could not be done, 2 wrong usage.\n";

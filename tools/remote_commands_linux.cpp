@@ -67,9 +67,16 @@ void printMenu(const QJsonArray& items, int depth) {
 void printWindows(const QJsonArray& windows) {
   for (const QJsonValue value : windows) {
     const QJsonObject window = value.toObject();
-    std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", qUtf8Printable(window["id"].toString()),
-                window["width"].toDouble(), window["height"].toDouble(), window["x"].toDouble(),
-                window["y"].toDouble(), shown(window["title"].toString()).c_str());
+    const QJsonObject frame = window["frame"].toObject();
+    std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", qUtf8Printable(window["kind"].toString()),
+                frame["width"].toDouble(), frame["height"].toDouble(), frame["x"].toDouble(),
+                frame["y"].toDouble(), shown(window["title"].toString()).c_str());
+    for (const QJsonValue each : window["buttons"].toArray()) {
+      const QJsonObject button = each.toObject();
+      std::printf("\t%s\t%s%s\n", qUtf8Printable(button["spec"].toString()),
+                  shown(button["title"].toString()).c_str(),
+                  button["enabled"].toBool() ? "" : "  (disabled)");
+    }
   }
 }
 
@@ -107,11 +114,20 @@ int invoke(Arguments& arguments) {
   return error->isEmpty() ? done : fail(*error);
 }
 
+int press(Arguments& arguments) {
+  if (arguments.hasUnknownOptions() || arguments.rest().size() != 2) return wrongUsage;
+  const auto error = ask("Press", {QString::fromStdString(arguments.rest()[0]),
+                                   QString::fromStdString(arguments.rest()[1])});
+  if (!error) return failed;
+  return error->isEmpty() ? done : fail(*error);
+}
+
 }  // namespace
 
 int runRemoteCommand(Arguments& arguments, bool& known) {
   const std::string& command = arguments.command();
-  known = command == "menu" || command == "invoke" || command == "windows" || command == "quit";
+  known = command == "menu" || command == "invoke" || command == "windows" || command == "press" ||
+          command == "quit";
   if (!known) return wrongUsage;
   int argc = 1;
   std::string name = "marbelotctl";
@@ -119,6 +135,7 @@ int runRemoteCommand(Arguments& arguments, bool& known) {
   const QCoreApplication core(argc, argv);
 
   if (command == "invoke") return invoke(arguments);
+  if (command == "press") return press(arguments);
   const bool json = command != "quit" && arguments.takeFlag("--json");
   const bool popup = command == "menu" && arguments.takeFlag("--popup");
   if (arguments.hasUnknownOptions() || !arguments.rest().empty() || (json && popup))

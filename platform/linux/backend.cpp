@@ -18,10 +18,13 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
+#include "platform/linux/key_monitors.h"
 #include "platform/linux/notices.h"
+#include "platform/linux/qt_dialogs.h"
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_windows.h"
 #include "platform/linux/remote_control.h"
+#include "platform/linux/screens.h"
 #include "platform/linux/session_bus.h"
 #include "platform/linux/symbols.h"
 #include "platform/linux/tray_status_item.h"
@@ -154,10 +157,13 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   DesktopNotices notices(bus);
   DesktopWorkspace workspace(queue, bus);
   TrayStatusItem statusItem(bus);
-  QtWindows windows;
-  QtDialogs dialogs(bus);
-  Platform platform{quitter, queue,     pasteboard, defaults, folderEvents,
-                    notices, workspace, statusItem, windows,  dialogs};
+  PictureCache pictures(queue);
+  QtWindows windows(pictures);
+  QtDialogs dialogs(bus, pictures);
+  QtScreens screens;
+  QtKeyMonitors keyMonitors;
+  Platform platform{quitter,   queue,      pasteboard, defaults, folderEvents, notices,
+                    workspace, statusItem, windows,    dialogs,  screens,      keyMonitors};
 
   std::shared_ptr<void> launched;
   const auto start = [&] {

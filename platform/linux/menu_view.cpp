@@ -113,10 +113,26 @@ void MenuView::setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate) {
 
 void MenuView::popUpAtPointer() {
   if (!menu_ || isOpen()) return;
+  popUpAt(QCursor::pos());
+  view_->activateWindow();
+}
+
+void MenuView::popUpAt(QPoint corner) {
+  if (!menu_ || isOpen()) return;
   if (delegate_) delegate_->menuWillOpen();
   fill(*view_, *menu_);
-  view_->popup(QCursor::pos());
-  view_->activateWindow();
+  view_->popup(corner);
+}
+
+QRect MenuView::openFrame() const {
+  if (!isOpen()) return {};
+  const QMenu* menu = view_.get();
+  while (const QAction* const active = menu->activeAction()) {
+    const QMenu* const submenu = active->menu();
+    if (!submenu || !submenu->isVisible() || !submenu->activeAction()) break;
+    menu = submenu;
+  }
+  return menu->geometry();
 }
 
 void MenuView::sync() {

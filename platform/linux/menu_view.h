@@ -18,6 +18,11 @@ class MenuView : public QObject {
   void setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate);
   void sync();
   void popUpAtPointer();
+  // Opens with its upper left corner there, and leaves the focus where it is.
+  void popUpAt(QPoint corner);
+  // The frame, in Qt's coordinates, of the submenu opened last in which an item is highlighted,
+  // else of the menu. Null while it is closed.
+  QRect openFrame() const;
   bool isOpen() const { return view_ && view_->isVisible(); }
 
  protected:

@@ -31,6 +31,11 @@ QString RemoteControl::InvokeAction(const QString& action, const QStringList& ob
   return QString::fromStdString(requests_.invokeAction(action.toStdString(), represented));
 }
 
+QString RemoteControl::Press(const QString& window, const QString& spec) {
+  if (!requests_.press) return notReady;
+  return QString::fromStdString(requests_.press(window.toStdString(), spec.toStdString()));
+}
+
 // These answer before they act: a menu that is open, or a program that ends, answers nobody.
 void RemoteControl::PopUpMenu() {
   if (requests_.popUpMenu) QTimer::singleShot(0, this, [this] { requests_.popUpMenu(); });

@@ -28,6 +28,7 @@ class RemoteControl : public QObject {
   QString InvokeTitles(const QString& titles);
   QString InvokeAction(const QString& action, const QStringList& object);
   QString Windows() { return call(requests_.windows); }
+  QString Press(const QString& window, const QString& spec);
   void PopUpMenu();
   void Quit();
 

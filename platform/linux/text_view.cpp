@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QFontDatabase>
 #include <QKeyEvent>
 #include <QPlainTextDocumentLayout>
 #include <QScopedValueRollback>
@@ -11,6 +10,7 @@
 #include <chrono>
 #include <limits>
 
+#include "platform/linux/drawing.h"
 #include "platform/linux/selected_text.h"
 
 namespace marbelot {
@@ -82,23 +82,16 @@ bool isTyped(const QKeyEvent& event) {
 
 }  // namespace
 
-QFont qtFont(const Font& font) {
-  QFont made = font.monospaced ? QFontDatabase::systemFont(QFontDatabase::FixedFont)
-                               : QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-  made.setPixelSize(static_cast<int>(font.size));
-  return made;
-}
-
 std::uint64_t TextView::steadyClock() {
   const auto now = std::chrono::steady_clock::now().time_since_epoch();
   return static_cast<std::uint64_t>(
       std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
-TextView::TextView(const View& view, Clock clock)
+TextView::TextView(const TextArea& area, Clock clock)
     : clock_(std::move(clock)),
-      editable_(view.editable),
-      margin_(std::max(view.inset.width, ownMargin)),
+      editable_(area.editable),
+      margin_(std::max(area.inset.width, ownMargin)),
       spans_({[this](int start, int end) {
                 if (end - start <= spanLength) return end;
                 const QTextBlock block = document()->findBlock(start + spanLength);
@@ -107,8 +100,15 @@ TextView::TextView(const View& view, Clock clock)
               [this](int start, int end, std::string& text) {
                 form_.append(*document(), start, end, text);
               }}) {
-  setFont(qtFont(view.font));
-  setFrameShape(view.bordered ? QFrame::StyledPanel : QFrame::NoFrame);
+  setFont(qtFont(area.font));
+  setFrameShape(area.bordered ? QFrame::StyledPanel : QFrame::NoFrame);
+  if (area.transparent) {
+    QPalette clear = palette();
+    clear.setColor(QPalette::Base, Qt::transparent);
+    clear.setColor(QPalette::Text, clear.color(QPalette::WindowText));
+    setPalette(clear);
+    viewport()->setAutoFillBackground(false);
+  }
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setTabChangesFocus(false);
   connect(&timer_, &QTimer::timeout, this, [this] { bringIn(turnMilliseconds); });
@@ -117,7 +117,7 @@ TextView::TextView(const View& view, Clock clock)
   });
   connect(QGuiApplication::clipboard(), &QClipboard::selectionChanged, this,
           &SelectedText::withdrawConcealedSelection);
-  setContents(share(view.text));
+  setContents(share(area.text));
 }
 
 TextView::~TextView() = default;

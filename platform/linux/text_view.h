@@ -12,19 +12,16 @@
 #include "platform/linux/document_text.h"
 #include "platform/linux/text_spans.h"
 #include "platform/undo_steps.h"
-#include "platform/window.h"
+#include "platform/view.h"
 
 namespace marbelot {
-
-// The desktop's own font of that kind; points are pixels here.
-QFont qtFont(const Font& font);
 
 // Shows texts of any size at once: what does not fit into a moment is brought in piece by piece.
 // Until it is complete the text can be read; what is typed waits and comes after it.
 class TextView : public QPlainTextEdit {
  public:
   using Clock = std::function<std::uint64_t()>;  // milliseconds, never going back
-  explicit TextView(const View& view, Clock clock = steadyClock);
+  explicit TextView(const TextArea& area, Clock clock = steadyClock);
   ~TextView() override;
 
   // Nothing of the text before can be brought back by undoing. What is taken from a `concealed`

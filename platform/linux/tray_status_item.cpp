@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/linux/screens.h"
 #include "platform/linux/symbols.h"
 
 namespace marbelot {
@@ -96,6 +97,11 @@ void TrayStatusItem::lookForAWhile() {
 }
 
 TrayStatusItem::~TrayStatusItem() = default;
+
+std::optional<Rect> TrayStatusItem::openMenuFrame() const {
+  const QRect frame = view_.openFrame();
+  return frame.isNull() ? std::nullopt : std::optional(seamRect(frame));
+}
 
 void TrayStatusItem::setNoHostHandler(std::function<void()> handler) {
   noHost_ = std::move(handler);

@@ -28,6 +28,7 @@ class TrayStatusItem : public QObject, public StatusItem, private QAbstractNativ
   void setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate) override;
   void menuChanged() override { view_.sync(); }
   void popUpMenu() override { view_.popUpAtPointer(); }
+  std::optional<Rect> openMenuFrame() const override;
   void setNoHostHandler(std::function<void()> handler) override;
 
  private Q_SLOTS:

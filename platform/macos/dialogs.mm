@@ -28,11 +28,12 @@ AlertAnswer run(const Alert& alert, OpenAlerts& open) {
   NSView* text = nil;
   if (!alert.accessory.empty()) {
     const View& view = alert.accessory.front();
-    const MadeView made = makeView(view, nil, nullptr);
+    const MadeView made = makeView(view, nil, nullptr, nullptr);
     panel.accessoryView = made.outer;
     [panel layout];  // only now is the accessory in the alert's window
     text = made.inner;
-    if (view.kind == ViewKind::text && view.editable) window.initialFirstResponder = text;
+    const auto* const area = std::get_if<TextArea>(&view.content);
+    if (area != nullptr && area->editable) window.initialFirstResponder = text;
   }
   window.identifier = @"alert";
   window.title = panel.messageText;

@@ -14,7 +14,7 @@ namespace {
 using ColorSpace = std::unique_ptr<CGColorSpace, decltype(&CGColorSpaceRelease)>;
 using Context = std::unique_ptr<CGContext, decltype(&CGContextRelease)>;
 using Provider = std::unique_ptr<CGDataProvider, decltype(&CGDataProviderRelease)>;
-using Picture = std::unique_ptr<struct CGImage, decltype(&CGImageRelease)>;
+using CodedPicture = std::unique_ptr<struct CGImage, decltype(&CGImageRelease)>;
 
 constexpr std::size_t bitsPerPart = 8;
 constexpr std::size_t bitsPerPixel = 32;
@@ -63,7 +63,7 @@ SharedBytes encodePng(const Bitmap& bitmap) {
     const Provider provider(CGDataProviderCreateWithData(nullptr, bitmap.data(),
                                                          bitmap.bytesPerRow() * height, nullptr),
                             CGDataProviderRelease);
-    const Picture picture(
+    const CodedPicture picture(
         CGImageCreate(width, height, bitsPerPart, bitsPerPixel, bitmap.bytesPerRow(), sRgb().get(),
                       kCGImageAlphaPremultipliedLast, provider.get(), nullptr, false,
                       kCGRenderingIntentDefault),

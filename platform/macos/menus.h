@@ -5,7 +5,9 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
+#include "platform/geometry.h"
 #include "platform/menu.h"
 
 // Keeps one NSMenu in step with a tree. The NSMenu stays the same object when the tree is edited or
@@ -20,4 +22,7 @@
           chosen:(std::function<void(const marbelot::MenuItem&)>)chosen;
 // Brings the NSMenu in step with the tree after an edit.
 - (void)refresh;
+// The frame of the menu or submenu in which an item is highlighted, in screen coordinates; none
+// while it is closed.
+- (std::optional<marbelot::Rect>)openFrame;
 @end

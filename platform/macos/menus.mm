@@ -1,5 +1,8 @@
 #import "platform/macos/menus.h"
 
+#include <CoreGraphics/CoreGraphics.h>
+#include <unistd.h>
+
 #include <cstring>
 
 #include "platform/macos/conversions.h"
@@ -51,6 +54,7 @@ NSImage* menuImage(const marbelot::Image& image) {
   std::shared_ptr<marbelot::Menu> _tree;
   marbelot::MenuDelegate* _delegate;
   std::function<void(const marbelot::MenuItem&)> _chosen;
+  BOOL _open;
   NSMenu* __weak _highlightedIn;
   MenuItemRef _told;  // what is highlighted, as the delegate knows it
 }
@@ -144,7 +148,9 @@ NSImage* menuImage(const marbelot::Image& image) {
 }
 
 - (void)menuWillOpen:(NSMenu*)menu {
-  if (menu != _menu || _delegate == nullptr) return;
+  if (menu != _menu) return;
+  _open = YES;
+  if (_delegate == nullptr) return;
   _delegate->menuWillOpen();
   [self refresh];
 }
@@ -156,6 +162,7 @@ NSImage* menuImage(const marbelot::Image& image) {
 
 - (void)menuDidClose:(NSMenu*)menu {
   if (menu == _menu) {
+    _open = NO;
     [self tell:nil];
     if (_delegate != nullptr) _delegate->menuDidClose();
   } else if (NSMenu* const parent = menu.supermenu; parent != nil && menu == _highlightedIn) {
@@ -164,6 +171,25 @@ NSImage* menuImage(const marbelot::Image& image) {
     const NSInteger index = [parent indexOfItemWithSubmenu:menu];
     [self tell:index >= 0 ? [parent itemAtIndex:index] : nil];
   }
+}
+
+// The system says only which windows there are, the one that was opened last first.
+- (std::optional<marbelot::Rect>)openFrame {
+  if (!_open) return std::nullopt;
+  NSScreen* const first = NSScreen.screens.firstObject;
+  const double top = first != nil ? NSMaxY(first.frame) : 0;
+  NSArray* const windows = (__bridge_transfer NSArray*)CGWindowListCopyWindowInfo(
+      kCGWindowListOptionOnScreenOnly | kCGWindowListExcludeDesktopElements, kCGNullWindowID);
+  for (NSDictionary* window in windows) {
+    const int owner = [[window objectForKey:(__bridge NSString*)kCGWindowOwnerPID] intValue];
+    const int level = [[window objectForKey:(__bridge NSString*)kCGWindowLayer] intValue];
+    if (owner != getpid() || level != CGWindowLevelForKey(kCGPopUpMenuWindowLevelKey)) continue;
+    NSDictionary* const bounds = [window objectForKey:(__bridge NSString*)kCGWindowBounds];
+    const auto number = [bounds](NSString* key) { return [[bounds objectForKey:key] doubleValue]; };
+    const double height = number(@"Height");
+    return marbelot::Rect{number(@"X"), top - number(@"Y") - height, number(@"Width"), height};
+  }
+  return std::nullopt;
 }
 
 - (void)tell:(NSMenuItem*)shown {

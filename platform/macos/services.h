@@ -14,7 +14,9 @@ std::unique_ptr<FolderEvents> makeFolderEvents();
 std::unique_ptr<Notices> makeNotices();
 std::unique_ptr<Workspace> makeWorkspace();
 std::unique_ptr<StatusItem> makeStatusItem(MainQueue& queue);
-std::unique_ptr<Windows> makeWindows();
+std::unique_ptr<Windows> makeWindows(MainQueue& queue);
 std::unique_ptr<Dialogs> makeDialogs(MainQueue& queue);
+std::unique_ptr<Screens> makeScreens();
+std::unique_ptr<KeyMonitors> makeKeyMonitors();
 
 }  // namespace marbelot

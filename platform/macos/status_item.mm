@@ -54,6 +54,12 @@ class BarItem final : public StatusItem {
     });
   }
 
+  std::optional<Rect> openMenuFrame() const override {
+    @autoreleasepool {
+      return [renderer_ openFrame];
+    }
+  }
+
   // The menu bar is always there.
   void setNoHostHandler(std::function<void()>) override {}
 

@@ -1,7 +1,10 @@
 #import "platform/macos/views.h"
 
+#include <algorithm>
 #include <limits>
+#include <optional>
 
+#import "platform/macos/canvas.h"
 #include "platform/macos/conversions.h"
 #include "platform/undo_steps.h"
 
@@ -44,48 +47,144 @@
 }
 @end
 
+// A button of a bar.
+@interface MarbelotBarButton : NSButton
+@property(nonatomic, copy) NSColor* background;
+@end
+
+@implementation MarbelotBarButton
+- (BOOL)acceptsFirstMouse:(NSEvent*)event {
+  return YES;
+}
+
+- (void)drawRect:(NSRect)dirty {
+  constexpr CGFloat cornerRadius = 5;
+  [self.background setFill];
+  [[NSBezierPath bezierPathWithRoundedRect:self.bounds xRadius:cornerRadius
+                                   yRadius:cornerRadius] fill];
+  [super drawRect:dirty];
+}
+@end
+
+// Draws a background; the mouse goes through to what is below.
+@interface MarbelotContainer : NSView
+@property(nonatomic, copy) NSColor* background;
+@property(nonatomic) CGFloat cornerRadius;
+@end
+
+@implementation MarbelotContainer
+- (void)drawRect:(NSRect)dirty {
+  [self.background setFill];
+  [[NSBezierPath bezierPathWithRoundedRect:self.bounds
+                                   xRadius:self.cornerRadius
+                                   yRadius:self.cornerRadius] fill];
+}
+@end
+
+@interface MarbelotPicture : NSView
+- (instancetype)initWithImage:(const marbelot::Image&)image pictures:(marbelot::Pictures*)pictures;
+@end
+
+@implementation MarbelotPicture {
+  std::optional<marbelot::Image> _image;
+  marbelot::Pictures* _pictures;
+}
+
+- (instancetype)initWithImage:(const marbelot::Image&)image pictures:(marbelot::Pictures*)pictures {
+  self = [super initWithFrame:NSZeroRect];
+  if (self != nil) {
+    _image = image;
+    _pictures = pictures;
+  }
+  return self;
+}
+
+- (void)drawRect:(NSRect)dirty {
+  NSImage* const ready = _pictures != nullptr ? _pictures->ready(*_image, self) : nil;
+  if (ready == nil) return;
+  const NSSize size = self.bounds.size;
+  const CGFloat scale =
+      std::min({CGFloat{1}, size.width / _image->width(), size.height / _image->height()});
+  const CGFloat width = _image->width() * scale, height = _image->height() * scale;
+  [NSGraphicsContext.currentContext setImageInterpolation:NSImageInterpolationHigh];
+  [ready drawInRect:NSMakeRect((size.width - width) / 2, (size.height - height) / 2, width, height)
+           fromRect:NSZeroRect
+          operation:NSCompositeSourceOver
+           fraction:1];
+}
+@end
+
 namespace marbelot {
 namespace {
-
-NSFont* nsFont(const Font& font) {
-  return font.monospaced ? [NSFont monospacedSystemFontOfSize:font.size weight:NSFontWeightRegular]
-                         : [NSFont systemFontOfSize:font.size];
-}
 
 NSAutoresizingMaskOptions autoresizing(const Resizing& resizing) {
   NSAutoresizingMaskOptions mask = NSViewNotSizable;
   if (resizing.width) mask |= NSViewWidthSizable;
   if (resizing.height) mask |= NSViewHeightSizable;
   if (resizing.leftMargin) mask |= NSViewMinXMargin;
+  if (resizing.bottomMargin) mask |= NSViewMinYMargin;
+  if (resizing.topMargin) mask |= NSViewMaxYMargin;
   return mask;
 }
 
-MadeView makeLabel(const View& view) {
-  NSTextField* label = [NSTextField labelWithString:nsString(view.text)];
-  label.font = nsFont(view.font);
-  label.textColor = view.secondary ? NSColor.secondaryLabelColor : NSColor.labelColor;
-  label.lineBreakMode = NSLineBreakByTruncatingTail;
-  return {label, label};
+MadeView made(NSView* view) { return {view, view}; }
+
+MadeView makeLabel(const Label& described) {
+  NSTextField* const label = [NSTextField labelWithString:nsString(described.text)];
+  label.font = nsFont(described.font);
+  label.textColor = nsColor(described.color);
+  [label setAlignment:nsAlignment(described.alignment)];
+  label.lineBreakMode =
+      described.multiline ? NSLineBreakByWordWrapping : NSLineBreakByTruncatingTail;
+  if (described.multiline) [label.cell setWraps:YES];
+  return made(label);
 }
 
-MadeView makeButton(const View& view, id target, SEL pressed) {
-  NSButton* button = [[NSButton alloc] initWithFrame:nsRect(view.frame)];
-  button.title = nsString(view.text);
-  button.bezelStyle = NSBezelStyleRounded;
-  button.font = nsFont(view.font);
+void dressFlat(MarbelotBarButton* button, const Button& described) {
+  NSColor* const tint = nsColor(described.tint);
+  button.bordered = NO;
+  button.background = nsColor(described.background);
+  button.attributedTitle =
+      [[NSAttributedString alloc] initWithString:nsString(described.title)
+                                      attributes:@{
+                                        NSForegroundColorAttributeName : tint,
+                                        NSFontAttributeName : nsFont(described.font)
+                                      }];
+}
+
+MadeView makeButton(const Button& described, id target, SEL pressed) {
+  NSButton* const button = described.flat ? [[MarbelotBarButton alloc] initWithFrame:NSZeroRect]
+                                          : [[NSButton alloc] initWithFrame:NSZeroRect];
+  button.title = nsString(described.title);
+  button.font = nsFont(described.font);
   button.target = target;
   button.action = pressed;
-  if (view.defaultKey) {
+  button.enabled = described.enabled;
+  if (!described.toolTip.empty()) button.toolTip = nsString(described.toolTip);
+  if (described.flat) {
+    dressFlat(static_cast<MarbelotBarButton*>(button), described);
+  } else {
+    button.bezelStyle = NSBezelStyleRounded;
+    if (described.small) [button.cell setControlSize:NSControlSizeSmall];
+  }
+  if (!described.symbol.empty()) {
+    NSString* const name = nsString(described.symbol);
+    NSString* const spoken = described.toolTip.empty() ? nil : nsString(described.toolTip);
+    button.image = tintedSymbol(name, nsColor(described.tint), spoken);
+    button.imagePosition = described.title.empty() ? NSImageOnly : NSImageLeft;
+    button.alternateTitle = name;  // never shown by a button of this kind
+  }
+  if (described.defaultKey) {
     button.keyEquivalent = @"\r";
     button.toolTip = @"⌘↩";
   }
-  return {button, button};
+  return made(button);
 }
 
-MadeView makeText(const View& view) {
-  NSScrollView* scroll = [[NSScrollView alloc] initWithFrame:nsRect(view.frame)];
+MadeView makeText(const TextArea& area) {
+  NSScrollView* scroll = [[NSScrollView alloc] initWithFrame:NSZeroRect];
   scroll.hasVerticalScroller = YES;
-  scroll.borderType = view.bordered ? NSBezelBorder : NSNoBorder;
+  scroll.borderType = area.bordered ? NSBezelBorder : NSNoBorder;
 
   const NSSize size = scroll.contentSize;
   MarbelotTextView* text =
@@ -97,19 +196,23 @@ MadeView makeText(const View& view) {
   text.horizontallyResizable = NO;
   text.autoresizingMask = NSViewWidthSizable;
   text.textContainer.widthTracksTextView = YES;
-  text.textContainerInset = NSMakeSize(view.inset.width, view.inset.height);
+  text.textContainerInset = NSMakeSize(area.inset.width, area.inset.height);
 
-  text.font = nsFont(view.font);
+  text.font = nsFont(area.font);
   text.richText = NO;
-  text.editable = view.editable;
+  text.editable = area.editable;
   text.selectable = YES;
-  text.allowsUndo = view.editable;
+  text.allowsUndo = area.editable;
   // What is copied must be what was written.
   text.automaticQuoteSubstitutionEnabled = NO;
   text.automaticDashSubstitutionEnabled = NO;
   text.automaticTextReplacementEnabled = NO;
   text.automaticSpellingCorrectionEnabled = NO;
-  text.string = nsString(view.text);
+  text.string = nsString(area.text);
+  if (area.transparent) {
+    scroll.drawsBackground = NO;
+    text.drawsBackground = NO;
+  }
   scroll.documentView = text;
   return {scroll, text};
 }
@@ -118,14 +221,83 @@ MadeView makeText(const View& view) {
 
 NSRect nsRect(const Rect& rect) { return NSMakeRect(rect.x, rect.y, rect.width, rect.height); }
 
-MadeView makeView(const View& view, id target, SEL pressed) {
-  MadeView made = view.kind == ViewKind::label    ? makeLabel(view)
-                  : view.kind == ViewKind::button ? makeButton(view, target, pressed)
-                                                  : makeText(view);
-  made.outer.frame = nsRect(view.frame);
-  made.outer.autoresizingMask = autoresizing(view.resizing);
-  made.inner.identifier = nsString(view.id);
-  return made;
+NSTextAlignment nsAlignment(Alignment alignment) {
+  return alignment == Alignment::centre  ? NSTextAlignmentCenter
+         : alignment == Alignment::right ? NSTextAlignmentRight
+                                         : NSTextAlignmentLeft;
+}
+
+NSImage* tintedSymbol(NSString* name, NSColor* tint, NSString* description) {
+  NSImage* const symbol = [NSImage imageWithSystemSymbolName:name
+                                    accessibilityDescription:description];
+  if (symbol == nil) return nil;
+  NSImage* const tinted = [symbol copy];
+  [tinted setTemplate:NO];
+  [tinted lockFocus];
+  [tint set];
+  NSRectFillUsingOperation(NSMakeRect(0, 0, tinted.size.width, tinted.size.height),
+                           NSCompositeSourceAtop);
+  [tinted unlockFocus];
+  return tinted;
+}
+
+MadeView makeView(const View& view, id target, SEL pressed, Pictures* pictures) {
+  const std::vector<View>* held = nullptr;
+  MadeView result{};
+  if (const auto* label = std::get_if<Label>(&view.content)) {
+    result = makeLabel(*label);
+  } else if (const auto* button = std::get_if<Button>(&view.content)) {
+    result = makeButton(*button, target, pressed);
+  } else if (const auto* area = std::get_if<TextArea>(&view.content)) {
+    result = makeText(*area);
+  } else if (const auto* picture = std::get_if<Picture>(&view.content)) {
+    result = made([[MarbelotPicture alloc] initWithImage:picture->image pictures:pictures]);
+  } else if (const auto* container = std::get_if<Container>(&view.content)) {
+    MarbelotContainer* const box = [[MarbelotContainer alloc] initWithFrame:NSZeroRect];
+    box.background = nsColor(container->background);
+    box.cornerRadius = container->cornerRadius;
+    held = &container->views;
+    result = made(box);
+  } else if (const auto* canvas = std::get_if<Canvas>(&view.content)) {
+    result = made([[MarbelotCanvas alloc]
+        initWithDelegate:pictures != nullptr ? canvas->delegate : nullptr
+                pictures:pictures]);
+    held = &canvas->views;
+  }
+  // What it holds is laid out in its designed size, and follows its growth from there.
+  result.outer.frame = nsRect(view.frame);
+  if (held != nullptr)
+    for (const View& inside : *held)
+      [result.outer addSubview:makeView(inside, target, pressed, pictures).outer];
+  result.outer.autoresizingMask = autoresizing(view.resizing);
+  result.inner.identifier = nsString(view.id);
+  return result;
+}
+
+NSView* viewNamed(NSView* view, NSString* identifier) {
+  for (NSView* inside in view.subviews) {
+    if ([inside.identifier isEqualToString:identifier]) return inside;
+    NSView* const found = viewNamed(inside, identifier);
+    if (found != nil) return found;
+  }
+  return nil;
+}
+
+void detachCanvases(NSView* view) {
+  if ([view isKindOfClass:[MarbelotCanvas class]]) [static_cast<MarbelotCanvas*>(view) detach];
+  for (NSView* inside in view.subviews) detachCanvases(inside);
+}
+
+void appendButtons(NSView* view, std::vector<ButtonInfo>& buttons) {
+  for (NSView* inside in view.subviews) {
+    if ([inside isKindOfClass:[NSButton class]]) {
+      NSButton* const button = static_cast<NSButton*>(inside);
+      NSString* const title = button.title.length > 0 ? button.title : button.alternateTitle;
+      buttons.push_back({utf8(button.identifier), utf8(title), button.isEnabled != NO});
+    } else {
+      appendButtons(inside, buttons);
+    }
+  }
 }
 
 void setViewText(NSView* inner, NSString* text, bool concealed) {

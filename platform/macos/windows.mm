@@ -1,26 +1,52 @@
 // Windows from their descriptions.
 #import <AppKit/AppKit.h>
 
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#import "platform/macos/canvas.h"
 #include "platform/macos/conversions.h"
+#import "platform/macos/menus.h"
 #include "platform/macos/services.h"
 #import "platform/macos/views.h"
 
 // Closes on Escape where it is told to, and lets Command and Return press the default button from a
-// text that keeps Return for itself.
-@interface MarbelotWindow : NSWindow <NSTextViewDelegate>
+// text that keeps Return for itself. Windows and panels alike: one that is not a panel is an
+// NSPanel that behaves like a window.
+@interface MarbelotWindow : NSPanel <NSTextViewDelegate, NSWindowDelegate>
 @property(nonatomic, weak) NSButton* defaultButton;
 @property(nonatomic) BOOL escapeCloses;
+@property(nonatomic) BOOL isAuxiliary;
 @property(nonatomic, copy) void (^closedHandler)(void);
+@property(nonatomic, copy) void (^movedHandler)(void);
+@property(nonatomic, copy) BOOL (^keyHandler)(NSEvent*);
 @end
 
 @implementation MarbelotWindow
+- (BOOL)canBecomeKeyWindow {
+  return YES;
+}
+
+- (BOOL)canBecomeMainWindow {
+  return !self.isAuxiliary;
+}
+
 - (void)close {
   [super close];
   if (self.closedHandler != nil) self.closedHandler();
 }
 
+- (void)windowDidMove:(NSNotification*)notification {
+  if (self.movedHandler != nil) self.movedHandler();
+}
+
 - (void)cancelOperation:(id)sender {
   if (self.escapeCloses) [self performClose:sender];
+}
+
+- (void)keyDown:(NSEvent*)event {
+  if (self.keyHandler == nil || !self.keyHandler(event)) [super keyDown:event];
 }
 
 // A text offers completions on Escape unless its delegate takes the key.
@@ -47,6 +73,7 @@
 @interface MarbelotButtonTarget : NSObject
 - (instancetype)initWithHandler:(std::function<void(const std::string&)>)handler;
 - (void)pressed:(NSButton*)sender;
+- (void)drop;  // the handler
 @end
 
 @implementation MarbelotButtonTarget {
@@ -59,6 +86,10 @@
   return self;
 }
 
+- (void)drop {
+  _handler = nullptr;
+}
+
 - (void)pressed:(NSButton*)sender {
   // A copy, because the callee may drop the window.
   if (const auto handler = _handler) handler(marbelot::utf8(sender.identifier));
@@ -68,58 +99,183 @@
 namespace marbelot {
 namespace {
 
+constexpr double animationSeconds = 0.25;
+constexpr double frameSeconds = 1. / 60;
+
 NSWindowStyleMask styleOf(const WindowDescription& description) {
-  NSWindowStyleMask style = NSWindowStyleMaskTitled;
-  if (description.closable) style |= NSWindowStyleMaskClosable;
+  NSWindowStyleMask style =
+      description.titled ? NSWindowStyleMaskTitled : NSWindowStyleMaskBorderless;
+  if (description.titled && description.closable) style |= NSWindowStyleMaskClosable;
   if (description.miniaturizable) style |= NSWindowStyleMaskMiniaturizable;
   if (description.resizable) style |= NSWindowStyleMaskResizable;
+  if (description.panel) style |= NSWindowStyleMaskNonactivatingPanel;
   return style;
 }
 
+NSInteger levelOf(WindowLevel level) {
+  constexpr NSInteger aboveEverything = 1000;
+  return level == WindowLevel::overlay    ? aboveEverything
+         : level == WindowLevel::floating ? NSFloatingWindowLevel
+                                          : NSNormalWindowLevel;
+}
+
+Rect rectOf(NSRect rect) {
+  return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height};
+}
+
+// Calls `step` with what part of the way is done, the last time with 1.
+class Animation {
+ public:
+  explicit Animation(MainQueue& queue) : queue_(queue) {}
+  void start(std::function<void(double)> step) {
+    using Clock = std::chrono::steady_clock;
+    const auto begun = Clock::now();
+    task_ = queue_.every(frameSeconds, [this, begun, step = std::move(step)] {
+      const std::chrono::duration<double> passed = Clock::now() - begun;
+      const double part = std::min(passed.count() / animationSeconds, 1.);
+      const auto last = step;  // the task holds the other one
+      if (part >= 1) task_.cancel();
+      last(part);
+    });
+  }
+  void stop() { task_.cancel(); }
+  bool isRunning() const { return static_cast<bool>(task_); }
+
+ private:
+  MainQueue& queue_;
+  Task task_;
+};
+
+class DescribedWindow;
+using WindowList = std::vector<DescribedWindow*>;
+
 class DescribedWindow final : public Window {
  public:
-  explicit DescribedWindow(WindowDescription description)
-      : target_([[MarbelotButtonTarget alloc] initWithHandler:std::move(description.pressed)]) {
-    const NSRect content =
-        NSMakeRect(0, 0, description.contentSize.width, description.contentSize.height);
-    window_ = [[MarbelotWindow alloc] initWithContentRect:content
+  DescribedWindow(WindowDescription description, MainQueue& queue, Pictures& pictures,
+                  WindowList& list)
+      : pictures_(pictures),
+        list_(list),
+        alpha_(description.alpha),
+        moving_(queue),
+        fading_(queue),
+        target_([[MarbelotButtonTarget alloc] initWithHandler:std::move(description.pressed)]) {
+    window_ = [[MarbelotWindow alloc] initWithContentRect:contentOf(description.contentSize)
                                                 styleMask:styleOf(description)
                                                   backing:NSBackingStoreBuffered
                                                     defer:NO];
     window_.releasedWhenClosed = NO;
-    if (const auto closed = std::move(description.closed)) {
-      window_.closedHandler = ^{
-        closed();
-      };
-    }
-    window_.escapeCloses = description.escapeCloses;
     window_.title = nsString(description.title);
     window_.identifier = nsString(description.id);
-    for (const View& view : description.views) {
-      const MadeView made = makeView(view, target_, @selector(pressed:));
-      [window_.contentView addSubview:made.outer];
-      views_[made.inner.identifier] = made.inner;
-      if (view.kind == ViewKind::button && view.defaultKey)
-        window_.defaultButton = static_cast<NSButton*>(made.inner);
-      if (view.kind == ViewKind::text) static_cast<NSTextView*>(made.inner).delegate = window_;
-    }
+    window_.escapeCloses = description.titled && description.escapeCloses;
+    window_.isAuxiliary = description.panel;
+    window_.delegate = window_;
+    behave(description);
+    listen(description);
+    addViews(description.views);
+    list_.push_back(this);
   }
   ~DescribedWindow() override {
+    std::erase(list_, this);
+    [target_ drop];
+    detachCanvases(window_.contentView);
     window_.closedHandler = nil;
+    window_.movedHandler = nil;
+    window_.keyHandler = nil;
+    releaseKeyboard();
     [window_ close];
   }
   DescribedWindow(const DescribedWindow&) = delete;
   DescribedWindow& operator=(const DescribedWindow&) = delete;
 
   void show() override {
+    stay();
     [NSApp activateIgnoringOtherApps:YES];
     [window_ makeKeyAndOrderFront:nil];
+  }
+  void showWithoutActivating() override {
+    stay();
+    [window_ orderFrontRegardless];
+  }
+  void hide() override {
+    stay();
+    moving_.stop();
+    releaseKeyboard();
+    [window_ orderOut:nil];
+  }
+  void fadeOut() override {
+    if (!window_.isVisible || fading_.isRunning()) return;
+    fading_.start([this](double part) {
+      window_.alphaValue = alpha_ * (1 - part);
+      if (part >= 1) hide();
+    });
   }
   void center() override {
     if (![window_ isZoomed]) [window_ center];
   }
   bool isVisible() const override { return window_.isVisible; }
+  bool isKey() const override { return window_.isVisible && window_.isKeyWindow; }
+
+  Rect frame() const override {
+    Rect frame = rectOf(window_.frame);
+    if (moving_.isRunning()) {
+      frame.x = goal_.x;
+      frame.y = goal_.y;
+    }
+    return frame;
+  }
+  void setOrigin(Point origin, bool animated) override {
+    stay();
+    moving_.stop();
+    const NSPoint from = window_.frame.origin;
+    goal_ = origin;
+    if (animated && window_.isVisible) {
+      moving_.start([this, from, origin](double part) {
+        const double eased = 1 - (1 - part) * (1 - part);
+        [window_ setFrameOrigin:NSMakePoint(from.x + (origin.x - from.x) * eased,
+                                            from.y + (origin.y - from.y) * eased)];
+      });
+    } else {
+      [window_ setFrameOrigin:NSMakePoint(origin.x, origin.y)];
+    }
+  }
+  void setFrame(const Rect& frame) override {
+    stay();
+    moving_.stop();
+    [window_ setFrame:nsRect(frame) display:YES];
+  }
+  // The system keeps nothing else from a window that has the keys, once it lets nobody switch.
+  bool grabKeyboard(std::string& leftOut) override {
+    leftOut = "The power key and the media keys still work";
+    constexpr NSUInteger options = NSUInteger{NSApplicationPresentationHideDock} |
+                                   NSApplicationPresentationHideMenuBar |
+                                   NSApplicationPresentationDisableProcessSwitching |
+                                   NSApplicationPresentationDisableForceQuit |
+                                   NSApplicationPresentationDisableSessionTermination |
+                                   NSApplicationPresentationDisableHideApplication;
+    NSApp.presentationOptions = static_cast<NSApplicationPresentationOptions>(options);
+    grabs_ = true;
+    return true;
+  }
+  void performDrag() override {
+    if (NSApp.currentEvent != nil) [window_ performWindowDragWithEvent:NSApp.currentEvent];
+  }
+
   void setTitle(const std::string& title) override { window_.title = nsString(title); }
+  void setContent(Size contentSize, std::vector<View> views) override {
+    @autoreleasepool {
+      detachCanvases(window_.contentView);
+      NSView* const content = window_.contentView;
+      NSArray<NSView*>* const former = [content.subviews copy];
+      for (NSView* view in former) [view removeFromSuperview];
+      window_.defaultButton = nil;
+      NSRect frame = [window_ frameRectForContentRect:contentOf(contentSize)];
+      frame.origin = window_.frame.origin;
+      [window_ setFrame:frame display:NO];
+      addViews(views);
+      [window_.contentView setNeedsDisplay:YES];
+    }
+  }
+  void redraw(const std::string& viewId) override { [viewOf(viewId) setNeedsDisplay:YES]; }
   using Window::setText;
   void setText(const std::string& viewId, const SharedText& text, bool concealed) override {
     @autoreleasepool {
@@ -133,45 +289,155 @@ class DescribedWindow final : public Window {
     }
   }
   void focus(const std::string& viewId) override { [window_ makeFirstResponder:viewOf(viewId)]; }
+  bool press(const std::string& viewId) override {
+    NSView* const view = viewOf(viewId);
+    if (![view isKindOfClass:[NSButton class]] || !static_cast<NSButton*>(view).isEnabled)
+      return false;
+    [static_cast<NSButton*>(view) performClick:nil];
+    return true;
+  }
+  void popUpMenu(const std::string& viewId, std::shared_ptr<Menu> menu,
+                 std::function<void(const MenuItem&)> chosen) override {
+    NSView* const view = viewOf(viewId);
+    if (view == nil || menu == nullptr) return;
+    MarbelotMenuRenderer* const renderer = [[MarbelotMenuRenderer alloc] init];
+    [renderer showTree:std::move(menu) delegate:nullptr chosen:std::move(chosen)];
+    const CGFloat below = view.isFlipped ? NSMaxY(view.bounds) : NSMinY(view.bounds);
+    [renderer.menu popUpMenuPositioningItem:nil atLocation:NSMakePoint(0, below) inView:view];
+  }
+  std::string viewAt(Point point) const override {
+    const NSPoint inWindow =
+        NSMakePoint(point.x - window_.frame.origin.x, point.y - window_.frame.origin.y);
+    NSView* found = [window_.contentView hitTest:inWindow];
+    while (found != nil && found.identifier.length == 0) found = found.superview;
+    return found != nil ? utf8(found.identifier) : std::string();
+  }
+
+  WindowInfo info() {
+    std::vector<ButtonInfo> buttons;
+    appendButtons(window_.contentView, buttons);
+    return {
+        utf8(window_.identifier), utf8(window_.title), frame(), isKey(), std::move(buttons), this};
+  }
 
  private:
-  NSView* viewOf(const std::string& id) const { return views_[nsString(id)]; }
+  static NSRect contentOf(Size size) { return NSMakeRect(0, 0, size.width, size.height); }
 
+  void behave(const WindowDescription& description) {
+    window_.level = levelOf(description.level);
+    window_.hidesOnDeactivate = NO;
+    window_.becomesKeyOnlyIfNeeded = description.panel;
+    if (description.everySpace)
+      window_.collectionBehavior = NSUInteger{NSWindowCollectionBehaviorCanJoinAllSpaces} |
+                                   NSWindowCollectionBehaviorStationary |
+                                   NSWindowCollectionBehaviorIgnoresCycle |
+                                   NSWindowCollectionBehaviorFullScreenAuxiliary;
+    [window_ setHasShadow:description.shadow];
+    [window_ setIgnoresMouseEvents:description.ignoresMouse];
+    [window_ setMovableByWindowBackground:description.movableByBackground];
+    window_.alphaValue = description.alpha;
+    if (!description.titled) {
+      [window_ setOpaque:NO];
+      window_.backgroundColor = NSColor.clearColor;
+    }
+  }
+  void listen(WindowDescription& description) {
+    window_.closedHandler = ^{
+      releaseKeyboard();
+    };
+    if (const auto closed = std::move(description.closed))
+      window_.closedHandler = ^{
+        releaseKeyboard();
+        closed();
+      };
+    if (const auto moved = std::move(description.moved))
+      window_.movedHandler = ^{
+        // Of an animation, the end is told.
+        if (!moving_.isRunning()) moved();
+      };
+    if (const auto keyDown = std::move(description.keyDown))
+      window_.keyHandler = ^BOOL(NSEvent* event) {
+        return keyDown(keyEvent(event));
+      };
+  }
+  void addViews(const std::vector<View>& views) {
+    for (const View& view : views)
+      [window_.contentView
+          addSubview:makeView(view, target_, @selector(pressed:), &pictures_).outer];
+    prepare(window_.contentView);
+  }
+  // Texts leave Escape to the window, and a button that Return presses is known to it.
+  void prepare(NSView* view) {
+    for (NSView* inside in view.subviews) {
+      if ([inside isKindOfClass:[NSTextView class]])
+        static_cast<NSTextView*>(inside).delegate = window_;
+      if ([inside isKindOfClass:[NSButton class]] &&
+          [static_cast<NSButton*>(inside).keyEquivalent isEqualToString:@"\r"])
+        window_.defaultButton = static_cast<NSButton*>(inside);
+      prepare(inside);
+    }
+  }
+  void stay() {
+    fading_.stop();
+    window_.alphaValue = alpha_;
+  }
+  void releaseKeyboard() {
+    if (std::exchange(grabs_, false)) NSApp.presentationOptions = NSApplicationPresentationDefault;
+  }
+  NSView* viewOf(const std::string& id) const {
+    return viewNamed(window_.contentView, nsString(id));
+  }
+
+  Pictures& pictures_;
+  WindowList& list_;
+  const double alpha_;
+  Animation moving_;
+  Animation fading_;
+  Point goal_;
+  bool grabs_ = false;
   MarbelotButtonTarget* const target_;
   MarbelotWindow* window_;
-  NSMutableDictionary<NSString*, NSView*>* const views_ = [NSMutableDictionary dictionary];
 };
 
 class DescribedWindows final : public Windows {
  public:
+  explicit DescribedWindows(MainQueue& queue) : queue_(queue), pictures_(queue) {}
+
   std::unique_ptr<Window> create(WindowDescription description) override {
     @autoreleasepool {
-      return std::make_unique<DescribedWindow>(std::move(description));
+      return std::make_unique<DescribedWindow>(std::move(description), queue_, pictures_, ours_);
     }
   }
 
   std::vector<WindowInfo> visible() const override {
     std::vector<WindowInfo> found;
     @autoreleasepool {
-      // The first screen is the one whose bottom left corner is the origin.
-      NSScreen* const first = NSScreen.screens.firstObject;
-      const double top = first != nil ? NSMaxY(first.frame) : 0;
+      for (DescribedWindow* window : ours_)
+        if (window->isVisible()) found.push_back(window->info());
       for (NSWindow* window in NSApp.windows) {
         // The system's own, such as the status item's, have no identifier of ours.
-        if (!window.isVisible || window.identifier.length == 0) continue;
-        const NSRect frame = window.frame;
-        found.push_back(
-            {utf8(window.identifier),
-             utf8(window.title),
-             {frame.origin.x, top - NSMaxY(frame), frame.size.width, frame.size.height}});
+        if (!window.isVisible || window.identifier.length == 0 ||
+            [window isKindOfClass:[MarbelotWindow class]])
+          continue;
+        std::vector<ButtonInfo> buttons;
+        appendButtons(window.contentView, buttons);
+        found.push_back({utf8(window.identifier), utf8(window.title), rectOf(window.frame),
+                         window.isKeyWindow != NO, std::move(buttons), nullptr});
       }
     }
     return found;
   }
+
+ private:
+  MainQueue& queue_;
+  Pictures pictures_;
+  mutable WindowList ours_;
 };
 
 }  // namespace
 
-std::unique_ptr<Windows> makeWindows() { return std::make_unique<DescribedWindows>(); }
+std::unique_ptr<Windows> makeWindows(MainQueue& queue) {
+  return std::make_unique<DescribedWindows>(queue);
+}
 
 }  // namespace marbelot

@@ -44,7 +44,7 @@ class TextToolsTest(DesktopTest):
     def window(self, name):
         """The title of the visible window; None when there is none."""
         windows = json.loads(self.program.ctl("windows", "--json").stdout)
-        return next((w["title"] for w in windows if w["id"] == name), None)
+        return next((w["title"] for w in windows if w["kind"] == name), None)
 
     def active(self, *facts):
         """What xdotool tells of the active window, its number by default."""

@@ -3,9 +3,12 @@
 
 #include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
+#include "platform/linux/key_monitors.h"
 #include "platform/linux/notices.h"
+#include "platform/linux/qt_dialogs.h"
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_windows.h"
+#include "platform/linux/screens.h"
 #include "platform/linux/session_bus.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
@@ -72,10 +75,14 @@ class LinuxDesktop : public TestDesktop {
   DesktopNotices notices_{bus_};
   DesktopWorkspace workspace_{queue_, bus_};
   TrayStatusItem statusItem_{bus_};
-  QtWindows windows_;
-  QtDialogs dialogs_{bus_};
-  Platform platform_{application_, queue_,     pasteboard_, defaults_, folderEvents_,
-                     notices_,     workspace_, statusItem_, windows_,  dialogs_};
+  PictureCache pictures_{queue_};
+  QtWindows windows_{pictures_};
+  QtDialogs dialogs_{bus_, pictures_};
+  QtScreens screens_;
+  QtKeyMonitors keyMonitors_;
+  Platform platform_{application_,  queue_,   pasteboard_, defaults_,
+                     folderEvents_, notices_, workspace_,  statusItem_,
+                     windows_,      dialogs_, screens_,    keyMonitors_};
 };
 
 std::unique_ptr<TestDesktop> makeDesktop() {

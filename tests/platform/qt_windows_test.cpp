@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include "platform/linux/qt_main_queue.h"
 #include "platform/linux/secondary_text.h"
 #include "platform/linux/text_view.h"
 
@@ -19,18 +20,14 @@ WindowDescription editorLike() {
   window.contentSize = {400, 200};
   View text, hint, save;
   text.id = "text";
-  text.kind = ViewKind::text;
   text.frame = {0, 44, 400, 156};
-  text.editable = true;
+  text.content = TextArea{.editable = true};
   hint.id = "hint";
-  hint.text = "MMMM";
   hint.frame = {12, 14, 200, 16};
-  hint.secondary = true;
+  hint.content = Label{.text = "MMMM", .color = Color::of(Color::Role::secondaryLabel)};
   save.id = "save";
-  save.kind = ViewKind::button;
-  save.text = "Save";
   save.frame = {300, 8, 90, 28};
-  save.defaultKey = true;
+  save.content = Button{.title = "Save", .defaultKey = true};
   window.views = {text, hint, save};
   return window;
 }
@@ -42,7 +39,9 @@ QWidget* shown(const QString& id) {
 }
 
 TEST(QtWindows, PressingTheButtonLeavesTheFocusInTheText) {
-  QtWindows windows;
+  QtMainQueue queue;
+  PictureCache pictures(queue);
+  QtWindows windows(pictures);
   WindowDescription description = editorLike();
   int pressed = 0;
   description.pressed = [&](const std::string&) { ++pressed; };
@@ -73,7 +72,9 @@ TEST(QtWindows, SecondaryTextIsReadableInEveryTheme) {
   };
   EXPECT_NEAR(contrast(Qt::white, Qt::black), 21, 0.01);
   EXPECT_NEAR(contrast("#777777", Qt::white), 4.48, 0.01);
-  QtWindows windows;
+  QtMainQueue queue;
+  PictureCache pictures(queue);
+  QtWindows windows(pictures);
   const auto window = windows.create(editorLike());
   window->show();
   const auto* label = shown("made up")->findChild<QLabel*>();

@@ -16,13 +16,7 @@
 namespace marbelot {
 namespace {
 
-View editorView() {
-  View view;
-  view.kind = ViewKind::text;
-  view.editable = true;
-  view.font = {.size = 13, .monospaced = true};
-  return view;
-}
+TextArea editorView() { return {.font = {.size = 13, .monospaced = true}, .editable = true}; }
 
 struct TextViewTest : testing::Test {
   // Every look at the clock takes a millisecond, so that a turn is eight pieces on any machine.
@@ -439,7 +433,7 @@ TEST_F(TextViewTest, UndoingGoesByWordsAndPausesAndNeverAcrossASave) {
 }
 
 TEST_F(TextViewTest, WhatIsOnlyReadHasNoCaretAndScrollsByKeys) {
-  View description = editorView();
+  TextArea description = editorView();
   description.editable = false;
   TextView viewer(description);
   std::string lines;

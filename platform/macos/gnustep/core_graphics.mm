@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 #include <CoreGraphics/CoreGraphics.h>
 #include <objc/runtime.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -150,3 +151,32 @@ CGImageRef CGImageCreate(std::size_t width, std::size_t height, std::size_t, std
   return nullptr;
 }
 @end
+
+// The window server's list, as far as menus are looked for: those of this program that are open,
+// the one opened last first.
+const CFStringRef kCGWindowOwnerPID = (__bridge CFStringRef) @"kCGWindowOwnerPID";
+const CFStringRef kCGWindowLayer = (__bridge CFStringRef) @"kCGWindowLayer";
+const CFStringRef kCGWindowBounds = (__bridge CFStringRef) @"kCGWindowBounds";
+
+CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) { return NSPopUpMenuWindowLevel; }
+
+CFArrayRef CGWindowListCopyWindowInfo(uint32_t, CGWindowID) {
+  const CGFloat top = NSMaxY(NSScreen.screens.firstObject.frame);
+  NSMutableArray* const found = [NSMutableArray array];
+  for (NSWindow* window in NSApp.windows) {
+    if (!window.isVisible || window.level != NSPopUpMenuWindowLevel) continue;
+    const NSRect frame = window.frame;
+    [found insertObject:@{
+      @"kCGWindowOwnerPID" : @(getpid()),
+      @"kCGWindowLayer" : @(window.level),
+      @"kCGWindowBounds" : @{
+        @"X" : @(NSMinX(frame)),
+        @"Y" : @(top - NSMaxY(frame)),
+        @"Width" : @(NSWidth(frame)),
+        @"Height" : @(NSHeight(frame))
+      }
+    }
+                atIndex:0];
+  }
+  return (__bridge_retained CFArrayRef)found;
+}

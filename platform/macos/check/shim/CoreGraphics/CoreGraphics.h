@@ -12,7 +12,21 @@ enum CGImageAlphaInfo : uint32_t { kCGImageAlphaPremultipliedLast = 1 };
 enum CGColorRenderingIntent : int32_t { kCGRenderingIntentDefault };
 enum CGBlendMode : int32_t { kCGBlendModeCopy = 17 };
 
+enum CGWindowListOption : uint32_t {
+  kCGWindowListOptionOnScreenOnly = 1 << 0,
+  kCGWindowListExcludeDesktopElements = 1 << 4,
+};
+typedef uint32_t CGWindowID;
+constexpr CGWindowID kCGNullWindowID = 0;
+typedef int32_t CGWindowLevel;
+enum CGWindowLevelKey : int32_t { kCGPopUpMenuWindowLevelKey = 11 };
+
 extern "C" {
+extern const CFStringRef kCGWindowOwnerPID;
+extern const CFStringRef kCGWindowLayer;
+extern const CFStringRef kCGWindowBounds;
+CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey);
+CFArrayRef CGWindowListCopyWindowInfo(uint32_t options, CGWindowID relativeTo);
 extern const CFStringRef kCGColorSpaceSRGB;
 CGColorSpaceRef CGColorSpaceCreateWithName(CFStringRef);
 void CGColorSpaceRelease(CGColorSpaceRef);

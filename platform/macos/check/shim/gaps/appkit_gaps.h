@@ -13,6 +13,7 @@ enum : NSUInteger {
 typedef NSUInteger NSAutoresizingMaskOptions;
 #endif
 constexpr NSUInteger NSEventMaskAny = NSAnyEventMask;
+constexpr NSUInteger NSEventMaskKeyDown = NSKeyDownMask;
 constexpr NSBezelStyle NSBezelStyleRounded = NSRoundedBezelStyle;
 constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 
@@ -22,6 +23,7 @@ constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 @end
 
 @interface NSApplication (MarbelotGaps)
+@property NSApplicationPresentationOptions presentationOptions;
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 @end
 
@@ -29,11 +31,23 @@ constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 - (instancetype)initWithCGImage:(CGImageRef)image;
 @end
 
+@interface NSColor (MarbelotGaps)
+@property(class, readonly, strong) NSColor *controlAccentColor;
+@end
+
 @interface NSControl (MarbelotGaps)
 @property NSLineBreakMode lineBreakMode;
 @end
 
+@interface NSEvent (MarbelotGaps)
++ (id)addGlobalMonitorForEventsMatchingMask:(NSUInteger)mask handler:(void (^)(NSEvent *))block;
++ (id)addLocalMonitorForEventsMatchingMask:(NSUInteger)mask
+                                   handler:(NSEvent * (^)(NSEvent *))block;
++ (void)removeMonitor:(id)monitor;
+@end
+
 @interface NSFont (MarbelotGaps)
++ (NSFont *)systemFontOfSize:(CGFloat)size weight:(NSFontWeight)weight;
 + (NSFont *)monospacedSystemFontOfSize:(CGFloat)size weight:(NSFontWeight)weight;
 @end
 
@@ -81,6 +95,7 @@ extern NSString *const NSPasteboardURLReadingFileURLsOnlyKey;
 @end
 
 @interface NSWindow (MarbelotGaps) <NSUserInterfaceItemIdentification>
+- (void)performWindowDragWithEvent:(NSEvent *)event;
 @end
 
 @interface NSWorkspace (MarbelotGaps)

@@ -1,0 +1,247 @@
+#include "platform/linux/window_frame.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QBitmap>
+#include <QCloseEvent>
+#include <QPainter>
+#include <QWindow>
+
+#include "platform/linux/drawing.h"
+#include "platform/linux/window_shadow.h"
+#include "platform/linux/x11_desktop.h"
+
+namespace marbelot {
+namespace {
+
+constexpr QSize leastSize(240, 160);
+// Less than this is taken for the smooth edge of a shape where nothing can be translucent.
+constexpr int leastAlpha = 40;
+
+Qt::WindowFlags flagsFor(const WindowDescription& description) {
+  Qt::WindowFlags flags = description.panel ? Qt::Tool : Qt::Window;
+  if (description.titled) {
+    flags |= Qt::WindowTitleHint | Qt::CustomizeWindowHint | Qt::WindowSystemMenuHint;
+    if (description.closable) flags |= Qt::WindowCloseButtonHint;
+    if (description.miniaturizable) flags |= Qt::WindowMinimizeButtonHint;
+    if (description.resizable) flags |= Qt::WindowMaximizeButtonHint;
+  } else {
+    flags |= Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
+  }
+  if (description.level != WindowLevel::normal) flags |= Qt::WindowStaysOnTopHint;
+  // No window manager puts one of its windows above those in full-screen mode, but all of them
+  // leave windows alone that are none of theirs.
+  if (description.level == WindowLevel::overlay) flags |= Qt::BypassWindowManagerHint;
+  if (description.panel) flags |= Qt::WindowDoesNotAcceptFocus;
+  if (description.ignoresMouse) flags |= Qt::WindowTransparentForInput;
+  return flags;
+}
+
+QSize wholeSize(Size size) {
+  return {static_cast<int>(std::lround(size.width)), static_cast<int>(std::lround(size.height))};
+}
+
+}  // namespace
+
+WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pictures)
+    : titled_(description.titled),
+      panel_(description.panel),
+      resizable_(description.resizable),
+      shadow_(description.shadow),
+      everySpace_(description.everySpace),
+      ignoresMouse_(description.ignoresMouse),
+      movableByBackground_(description.movableByBackground),
+      pane_(description.contentSize, description.views, pictures, description.pressed) {
+  setWindowFlags(flagsFor(description));
+  setWindowTitle(QString::fromStdString(description.title));
+  setAttribute(Qt::WA_AlwaysShowToolTips);
+  if (!titled_) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_NoSystemBackground);
+  }
+  if (description.alpha < 1) setWindowOpacity(description.alpha);
+  pane_.setParent(this);
+  pane_.textClicked = [this] { acceptFocus(); };
+  setPaneSize(wholeSize(description.contentSize));
+  if (titled_ && description.closable) {
+    auto* close = new QAction(this);
+    close->setShortcuts(QKeySequence::keyBindings(QKeySequence::Close));
+    if (description.escapeCloses) close->setShortcuts(close->shortcuts() << Qt::Key_Escape);
+    connect(close, &QAction::triggered, this, &QWidget::close);
+    addAction(close);
+  }
+}
+
+void WindowFrame::detach() {
+  closed = moved = nullptr;
+  keyDown = nullptr;
+  pane_.detach();
+}
+
+QRect WindowFrame::shownFrame() const {
+  return titled_ ? frameGeometry() : geometry().adjusted(margin_, margin_, -margin_, -margin_);
+}
+
+void WindowFrame::setShownFrame(const QRect& frame) {
+  told_ = frame.topLeft();
+  if (titled_) {
+    setPaneSize(frame.size() - (frameGeometry().size() - size()));
+    move(frame.topLeft());
+  } else {
+    setPaneSize(frame.size());
+    move(frame.topLeft() - QPoint(margin_, margin_));
+  }
+}
+
+void WindowFrame::setPaneSize(QSize size) {
+  const QSize whole = size + QSize(2 * margin_, 2 * margin_);
+  if (resizable_) {
+    setMinimumSize(leastSize.boundedTo(whole));
+    resize(whole);
+  } else {
+    setFixedSize(whole);
+  }
+}
+
+void WindowFrame::setContent(Size size, const std::vector<View>& views) {
+  const QRect before = shownFrame();
+  const QSize bars = titled_ ? before.size() - pane_.size() : QSize(0, 0);
+  pane_.setContent(size, views);
+  QRect after(QPoint(), wholeSize(size) + bars);
+  after.moveBottomLeft(before.bottomLeft());
+  if (after.size() != before.size()) setShownFrame(after);
+  if (isVisible()) shape();
+}
+
+void WindowFrame::prepare() {
+  settled_ = isVisible();
+  if (!titled_) {
+    const QRect frame = shownFrame();
+    composited_ = isComposited();
+    const int margin = shadow_ && composited_ ? shadowMargin : 0;
+    if (std::exchange(margin_, margin) != margin) {
+      setPaneSize(frame.size());
+      move(frame.topLeft() - QPoint(margin_, margin_));
+    }
+    winId();
+    refuseShadow(*this);
+  }
+  told_ = shownFrame().topLeft();
+  if (everySpace_ && !isVisible()) putOnEveryDesktop(*this);
+  shape();
+}
+
+// What shows of the views, as opaque as they are: its shadow, or what is left of the window.
+void WindowFrame::shape() {
+  if (titled_) return;
+  shadowImage_ = {};
+  clearMask();
+  if (composited_ && margin_ == 0) return;
+  pane_.resize(size() - QSize(2 * margin_, 2 * margin_));
+  QImage drawn(pane_.size(), QImage::Format_ARGB32_Premultiplied);
+  drawn.fill(Qt::transparent);
+  pane_.render(&drawn, {}, {}, DrawChildren);
+  if (composited_) {
+    shadowImage_ = shadowOf(drawn);
+    const QRegion inside(pane_.geometry());
+    if (!ignoresMouse_) takeMouseOnlyIn(*this, &inside);
+    update();
+    return;
+  }
+  QImage mask(drawn.size(), QImage::Format_MonoLSB);
+  mask.fill(0);
+  bool any = false;
+  for (int y = 0; y < drawn.height(); ++y) {
+    const auto* const row = reinterpret_cast<const QRgb*>(drawn.constScanLine(y));
+    for (int x = 0; x < drawn.width(); ++x) {
+      if (qAlpha(row[x]) < leastAlpha) continue;
+      mask.setPixel(x, y, 1);
+      any = true;
+    }
+  }
+  if (any) setMask(QRegion(QBitmap::fromImage(mask)));
+}
+
+void WindowFrame::acceptFocus() {
+  if (!panel_) return;
+  winId();
+  windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
+  if (isVisible()) activateWindow();
+}
+
+bool WindowFrame::event(QEvent* event) {
+  if (event->type() == QEvent::WindowDeactivate && panel_ && windowHandle())
+    windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
+  return QWidget::event(event);
+}
+
+void WindowFrame::closeEvent(QCloseEvent* event) {
+  QWidget::closeEvent(event);
+  // A copy, because the callee may drop the window.
+  if (const auto told = closed) told();
+}
+
+void WindowFrame::paintEvent(QPaintEvent* event) {
+  settled_ = true;
+  if (titled_) return;
+  QPainter painter(this);
+  if (!composited_) painter.fillRect(event->rect(), palette().color(QPalette::Window));
+  if (!shadowImage_.isNull()) {
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    // Not below the views, which may be translucent.
+    painter.setClipRegion(QRegion(rect()) - QRegion(pane_.geometry()), Qt::IntersectClip);
+    painter.drawImage(QRectF(rect()), shadowImage_);
+  }
+}
+
+void WindowFrame::resizeEvent(QResizeEvent*) {
+  pane_.setGeometry(rect().adjusted(margin_, margin_, -margin_, -margin_));
+  if (isVisible()) shape();
+}
+
+void WindowFrame::moveEvent(QMoveEvent*) {
+  const QPoint now = shownFrame().topLeft();
+  if (!settled_ || dragging_ || now == told_) return;
+  told_ = now;
+  if (const auto told = moved) told();
+}
+
+void WindowFrame::mousePressEvent(QMouseEvent* event) {
+  if (movableByBackground_ && event->button() == Qt::LeftButton) drag();
+}
+
+// Every window manager would do it in its own way, and none for windows that it leaves alone.
+void WindowFrame::drag() {
+  if (!(QApplication::mouseButtons() & Qt::LeftButton) || std::exchange(dragging_, true)) return;
+  dragOffset_ = QCursor::pos() - shownFrame().topLeft();
+  qApp->installEventFilter(this);
+}
+
+bool WindowFrame::eventFilter(QObject* watched, QEvent* event) {
+  if (!dragging_ || !watched->isWidgetType()) return QWidget::eventFilter(watched, event);
+  if (event->type() == QEvent::MouseMove) {
+    const QPoint corner =
+        static_cast<QMouseEvent*>(event)->globalPosition().toPoint() - dragOffset_;
+    if (corner != told_) {
+      told_ = corner;
+      move(titled_ ? corner : corner - QPoint(margin_, margin_));
+      if (const auto told = moved) told();
+    }
+    return true;
+  }
+  if (event->type() == QEvent::MouseButtonRelease) {
+    dragging_ = false;
+    qApp->removeEventFilter(this);
+  }
+  return false;
+}
+
+void WindowFrame::keyPressEvent(QKeyEvent* event) {
+  const auto told = keyDown;
+  if (told && told(keyEvent(*event))) return;
+  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (isReturn && !(event->modifiers() & ~Qt::KeypadModifier) && pane_.pressDefault()) return;
+  QWidget::keyPressEvent(event);
+}
+
+}  // namespace marbelot

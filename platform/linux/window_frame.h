@@ -1,0 +1,70 @@
+// The native window of a described one.
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+#include <functional>
+
+#include "platform/linux/view_pane.h"
+#include "platform/window.h"
+
+namespace marbelot {
+
+// One without a title bar draws its own shadow into a margin around the views where the desktop
+// mixes windows; where it does not, it cuts its corners out. The margin belongs to nobody: frames
+// are told without it, and the mouse goes through.
+class WindowFrame : public QWidget {
+ public:
+  explicit WindowFrame(const WindowDescription& description, PictureCache& pictures);
+
+  ViewPane& pane() { return pane_; }
+  const ViewPane& pane() const { return pane_; }
+
+  // In Qt's coordinates, with the title bar and without the margin.
+  QRect shownFrame() const;
+  void setShownFrame(const QRect& frame);
+  void setContent(Size size, const std::vector<View>& views);
+  // Adapts to what the desktop can do; to be called before each showing.
+  void prepare();
+  // A panel takes the focus from now on until it loses it.
+  void acceptFocus();
+  void drag();
+  // Drops all callbacks.
+  void detach();
+
+  std::function<void()> closed;  // by the user
+  std::function<void()> moved;   // by the user
+  std::function<bool(const KeyEvent&)> keyDown;
+
+ protected:
+  bool event(QEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void moveEvent(QMoveEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void setPaneSize(QSize size);
+  void shape();
+
+  const bool titled_;
+  const bool panel_;
+  const bool resizable_;
+  const bool shadow_;
+  const bool everySpace_;
+  const bool ignoresMouse_;
+  const bool movableByBackground_;
+  ViewPane pane_;
+  bool composited_ = false;
+  int margin_ = 0;
+  QImage shadowImage_;
+  QPoint told_;           // where the frame was when it was last told of
+  bool settled_ = false;  // on the screen, so that whoever moves it is the user
+  bool dragging_ = false;
+  QPoint dragOffset_;
+};
+
+}  // namespace marbelot
