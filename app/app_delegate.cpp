@@ -63,9 +63,10 @@ AppDelegate::AppDelegate(Platform& platform)
                 .collectCopies = collectCopies_,
                 .cannedResponses = cannedResponses_,
             }),
-      requests_(platform, actions_, menu_.menu(), [this] { menuWillOpen(); }) {
+      requests_(platform, actions_, menu_.menu(), [this] { bringMenuUpToDate(); }) {
   actions_.add("quit", [this](const MenuItem&) { platform_.application.terminate(); });
   history_.onTextRecorded = [this](const SharedText& text) {
+    analyses_.of(text);  // known when the menu opens
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
   };
   access_.onProbed = [this] { watched_.check(); };
@@ -146,8 +147,10 @@ void AppDelegate::flashStatusIcon() {
       flashSeconds, [this] { platform_.statusItem.setSymbol(idleSymbol, "Marbelot"); });
 }
 
+// At once only where somebody sees it.
 void AppDelegate::rebuildMenu() {
   menuIsStale_ = true;
+  if (!menuIsOpen_) return;
   rebuild_ = platform_.queue.after(0, [this] {
     if (!std::exchange(menuIsStale_, false)) return;
     menu_.buildMenu();
@@ -164,6 +167,13 @@ bool AppDelegate::copyWithoutRecording(const Image& image) {
 }
 
 void AppDelegate::menuWillOpen() {
+  menuIsOpen_ = true;
+  bringMenuUpToDate();
+}
+
+void AppDelegate::menuDidClose() { menuIsOpen_ = false; }
+
+void AppDelegate::bringMenuUpToDate() {
   access_.probe();
   if (std::exchange(menuIsStale_, false)) {
     menu_.buildMenu();

@@ -38,6 +38,7 @@ class AppDelegate : private Shell, private MenuDelegate {
 
  private:
   void registerAndReadSettings();
+  void bringMenuUpToDate();
   void screenshotCopied(const std::string& fileName);
   void watchedFolderChanged();
 
@@ -51,7 +52,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   // MenuDelegate
   void menuWillOpen() override;
   void menuWillHighlightItem(const MenuItem*) override {}
-  void menuDidClose() override {}
+  void menuDidClose() override;
   void menuItemChosen(const MenuItem& item) override;
 
   Platform& platform_;
@@ -80,6 +81,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   MenuRequests requests_;
 
   bool menuIsStale_ = false;
+  bool menuIsOpen_ = false;
   bool refusalTold_ = false;
   Task rebuild_;
   Task flash_;

@@ -8,6 +8,7 @@
 #include "classification/language_detector.h"
 #include "classification/line_counts.h"
 #include "classification/password_tokens.h"
+#include "classification/secret_scanner.h"
 #include "classification/terminal_test.h"
 #include "platform/detection.h"
 #include "platform/text.h"
@@ -27,10 +28,10 @@ int wordCount(std::string_view text, int limit) {
   return words;
 }
 
-bool holdsPassword(std::string_view text) {
+// Whether a token that looks like a password is believed to be one.
+bool mayHoldPassword(std::string_view text) {
   constexpr int fewWords = 3;
-  const bool mayHold = wordCount(text, fewWords + 1) <= fewWords || mentionsSecret(text);
-  return mayHold && hasPasswordToken(text);
+  return wordCount(text, fewWords + 1) <= fewWords || mentionsSecret(text);
 }
 
 // ^[0-9][0-9 ,.()+_-]*$
@@ -56,6 +57,28 @@ std::optional<ClipCategory> detected(std::string_view text) {
   return std::nullopt;
 }
 
+struct Kind {
+  ClipCategory category;
+  std::string_view language;  // of source code; empty when unknown
+};
+
+// `hasPassword` tells whether there is a token that looks like a password.
+template <class HasPassword>
+Kind kindOf(std::string_view trimmed, bool hasKey, HasPassword hasPassword) {
+  if (trimmed.empty()) return {ClipCategory::text, {}};
+  if (hasKey) return {ClipCategory::apiKey, {}};
+  if (looksLikeSecretToken(trimmed)) return {ClipCategory::password, {}};
+  if (mayHoldPassword(trimmed) && hasPassword()) return {ClipCategory::password, {}};
+  const std::string_view head = leadingLines(trimmed);
+  LineCounts lines = countLines(head);
+  if (const auto language = languageOf(trimmed, lines)) return {ClipCategory::code, *language};
+  if (head.size() < trimmed.size()) lines = countLines(trimmed);
+  if (looksLikeTerminal(lines)) return {ClipCategory::terminal, {}};
+  if (looksLikeCode(lines)) return {ClipCategory::code, {}};
+  if (const auto category = detected(trimmed)) return {*category, {}};
+  return {isNumberLike(trimmed) ? ClipCategory::number : ClipCategory::text, {}};
+}
+
 }  // namespace
 
 std::string_view rawValue(ClipCategory category) {
@@ -67,18 +90,19 @@ std::string_view rawValue(ClipCategory category) {
 
 ClipCategory classify(std::string_view text) {
   const std::string_view trimmed = text::trimmedBlanksAndNewlines(text);
-  if (trimmed.empty()) return ClipCategory::text;
-  if (!secretRanges(trimmed).empty()) return ClipCategory::apiKey;
-  if (looksLikeSecretToken(trimmed)) return ClipCategory::password;
-  if (holdsPassword(trimmed)) return ClipCategory::password;
-  const std::string_view head = leadingLines(trimmed);
-  LineCounts lines = countLines(head);
-  if (languageOf(trimmed, lines)) return ClipCategory::code;
-  if (head.size() < trimmed.size()) lines = countLines(trimmed);
-  if (looksLikeTerminal(lines)) return ClipCategory::terminal;
-  if (looksLikeCode(lines)) return ClipCategory::code;
-  if (const auto category = detected(trimmed)) return *category;
-  return isNumberLike(trimmed) ? ClipCategory::number : ClipCategory::text;
+  return kindOf(trimmed, containsSecret(trimmed), [=] { return hasPasswordToken(trimmed); })
+      .category;
+}
+
+TextFacts factsOf(std::string_view text) {
+  const std::string_view trimmed = text::trimmedBlanksAndNewlines(text);
+  std::vector<Range> keys = secretRanges(trimmed);
+  const std::vector<Range> passwords = passwordTokens(trimmed);
+  const Kind kind = kindOf(trimmed, !keys.empty(), [&] { return !passwords.empty(); });
+  TextFacts facts{kind.category, kind.language, allSecrets(std::move(keys), passwords)};
+  for (Range& secret : facts.secrets)
+    secret.start += static_cast<std::size_t>(trimmed.data() - text.data());
+  return facts;
 }
 
 }  // namespace marbelot

@@ -2,26 +2,11 @@
 #include <algorithm>
 
 #include "classification/classifier.h"
+#include "classification/password_tokens.h"
 #include "platform/text.h"
 
 namespace marbelot {
 namespace {
-
-// Sorted by start; ranges that overlap become one, ranges that only touch stay apart.
-std::vector<Range> merged(std::vector<Range> ranges) {
-  std::sort(ranges.begin(), ranges.end(),
-            [](const Range& a, const Range& b) { return a.start < b.start; });
-  std::vector<Range> kept;
-  for (const Range& range : ranges) {
-    if (!kept.empty() && range.start < kept.back().end()) {
-      Range& last = kept.back();
-      last.length = std::max(last.end(), range.end()) - last.start;
-    } else {
-      kept.push_back(range);
-    }
-  }
-  return kept;
-}
 
 void appendMask(std::string& to, std::string_view secret) {
   constexpr std::string_view mask = "***";
@@ -39,27 +24,41 @@ void appendMask(std::string& to, std::string_view secret) {
   to += secret.substr(secret.size() - text::suffixBytes(secret, edge));
 }
 
-std::string maskRanges(std::string_view text, const std::vector<Range>& secrets) {
-  std::string masked;
-  std::size_t shown = 0;
-  for (const Range& secret : secrets) {
-    masked += text.substr(shown, secret.start - shown);
-    appendMask(masked, text.substr(secret.start, secret.length));
-    shown = secret.end();
-  }
-  masked += text.substr(shown);
-  return masked;
-}
-
 }  // namespace
 
-std::string maskSecrets(std::string_view text) {
-  std::vector<Range> secrets = secretRanges(text);
-  const std::vector<Range> tokens = passwordTokens(text);
-  secrets.insert(secrets.end(), tokens.begin(), tokens.end());
-  return maskRanges(text, merged(std::move(secrets)));
+std::vector<Range> allSecrets(std::vector<Range> keys, const std::vector<Range>& passwords) {
+  keys.insert(keys.end(), passwords.begin(), passwords.end());
+  std::sort(keys.begin(), keys.end(),
+            [](const Range& a, const Range& b) { return a.start < b.start; });
+  std::vector<Range> kept;
+  for (const Range& range : keys) {
+    // Those that only touch stay apart.
+    if (!kept.empty() && range.start < kept.back().end()) {
+      Range& last = kept.back();
+      last.length = std::max(last.end(), range.end()) - last.start;
+    } else {
+      kept.push_back(range);
+    }
+  }
+  return kept;
 }
 
-std::string maskApiKeys(std::string_view text) { return maskRanges(text, secretRanges(text)); }
+std::string masked(std::string_view text, const std::vector<Range>& secrets) {
+  std::string shown;
+  std::size_t end = 0;
+  for (const Range& secret : secrets) {
+    shown += text.substr(end, secret.start - end);
+    appendMask(shown, text.substr(secret.start, secret.length));
+    end = secret.end();
+  }
+  shown += text.substr(end);
+  return shown;
+}
+
+std::string maskSecrets(std::string_view text) {
+  return masked(text, allSecrets(secretRanges(text), passwordTokens(text)));
+}
+
+std::string maskApiKeys(std::string_view text) { return masked(text, secretRanges(text)); }
 
 }  // namespace marbelot

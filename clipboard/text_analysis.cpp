@@ -104,13 +104,13 @@ std::string pieceAt(std::string_view text, std::size_t at) {
 
 TextAnalysis analyse(std::string_view text) {
   TextAnalysis analysis;
-  analysis.category = classify(text);
-  if (analysis.category == ClipCategory::code)
-    if (const auto language = detectLanguage(text)) analysis.language = *language;
+  const TextFacts facts = factsOf(text);
+  analysis.category = facts.category;
+  analysis.language = facts.language;
 
   // The whole text is masked before anything of it is cut, so that no cut can part a secret from
   // what gives it away.
-  const std::string masked = maskSecrets(text);
+  const std::string masked = marbelot::masked(text, facts.secrets);
   analysis.beginning = oneLine(firstBytes(masked, beginningBytes));
   const bool whole = masked.size() <= beginningBytes;
   const std::string end = whole ? analysis.beginning : oneLine(lastBytes(masked, 1024));

@@ -21,7 +21,8 @@ class Shell {
   virtual void notify(const std::string& message) = 0;
   // Shows a check mark in place of the status icon for a moment: the clipboard was written.
   virtual void flashStatusIcon() = 0;
-  // State that the menu shows has changed. Ask freely: several requests in a row build it once.
+  // State that the menu shows has changed. Ask freely: it is built when it is looked at, and once
+  // for several requests in a row while it is open.
   virtual void rebuildMenu() = 0;
 
   // Puts something on the clipboard that the program already holds: it is neither recorded in the

@@ -92,7 +92,11 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
 
 TEST_F(AppDelegateTest, AnOpenMenuFollowsEveryCopy) {
   launch();
+  desktop_.pasteboard.copyElsewhere("before it opens", true);
+  desktop_.queue.drain();
+  EXPECT_EQ(desktop_.statusItem.menu->items[3]->title, "(empty)") << "built when it is looked at";
   desktop_.statusItem.open();
+  EXPECT_EQ(desktop_.statusItem.menu->items[3]->title, "“before it opens”");
   const auto preview = [&] {
     desktop_.queue.advance(0);
     return desktop_.statusItem.menu->items[3]->title;

@@ -165,6 +165,9 @@ TEST(Classify, TakesTheFirstTestThatDecides) {
   };
   for (const auto& test : cases) {
     EXPECT_EQ(rawValue(classify(test.text)), rawValue(test.category)) << test.text;
+    const TextFacts facts = factsOf(test.text);
+    EXPECT_EQ(rawValue(facts.category), rawValue(test.category)) << test.text;
+    EXPECT_EQ(facts.language, detectLanguage(test.text).value_or("")) << test.text;
   }
 }
 
@@ -292,7 +295,11 @@ TEST(Mask, KeepsTheEdgesOfLongSecretsOnly) {
       {"\u00E9\u00C9\u0663$\u00F1abcdefg", "\u00E9\u00C9\u0663$***defg"},
       {"\u00E9\u00C9\u0663$\u00F1abcdef", "\u00E9\u00C9***ef"},
   };
-  for (const auto& test : cases) EXPECT_EQ(maskSecrets(test.text), test.masked);
+  for (const auto& test : cases) {
+    EXPECT_EQ(maskSecrets(test.text), test.masked);
+    const std::string text = "\n " + std::string(test.text) + "\u00A0";
+    EXPECT_EQ(masked(text, factsOf(text).secrets), "\n " + std::string(test.masked) + "\u00A0");
+  }
 }
 
 // The fixed signals, each with the text that just has it and one that just has not.
