@@ -28,6 +28,8 @@ AppDelegate::AppDelegate(Platform& platform)
       watched_(platform, [this](const std::string& name) { screenshotCopied(name); }),
       history_(platform, *this, actions_),
       analyses_(platform.queue),
+      textActions_(platform, *this, actions_,
+                   [this](const SharedText& text) { return analyses_.of(text)->targets; }),
       historyMenus_(platform, *this, actions_, history_, analyses_),
       imageHistory_(platform, *this, actions_, history_),
       imageEditing_(
@@ -57,6 +59,7 @@ AppDelegate::AppDelegate(Platform& platform)
                 .watched = watched_,
                 .history = history_,
                 .analyses = analyses_,
+                .textActions = textActions_,
                 .historyMenus = historyMenus_,
                 .imageHistory = imageHistory_,
                 .flattenTrim = flattenTrim_,
@@ -72,6 +75,9 @@ AppDelegate::AppDelegate(Platform& platform)
   access_.onProbed = [this] { watched_.check(); };
   watched_.onChange = [this] { watchedFolderChanged(); };
   historyMenus_.onReveal = [this](const SharedText& text) { viewer_.showText(text, "Full value"); };
+  historyMenus_.addTextActions = [this](Menu& menu, const SharedText& text) {
+    menu.addSubmenu(textActions_.submenuLabel(text), textActions_.actionMenu(text));
+  };
   analyses_.onArrival = [this] { rebuildMenu(); };
 }
 
@@ -175,6 +181,7 @@ void AppDelegate::menuDidClose() { menuIsOpen_ = false; }
 
 void AppDelegate::bringMenuUpToDate() {
   access_.probe();
+  textActions_.refreshApplications();
   if (std::exchange(menuIsStale_, false)) {
     menu_.buildMenu();
   } else {

@@ -23,6 +23,7 @@
 #include "text/clipboard_viewer.h"
 #include "text/collect_copies.h"
 #include "text/flatten_trim_menus.h"
+#include "text/text_actions.h"
 #include "text/text_editor.h"
 
 namespace marbelot {
@@ -65,6 +66,7 @@ class AppDelegate : private Shell, private MenuDelegate {
 
   ClipboardHistory history_;
   TextAnalyses analyses_;
+  TextActions textActions_;
   HistoryMenus historyMenus_;
   ImageHistory imageHistory_;
 

@@ -27,6 +27,8 @@ void StatusMenu::buildMenu() {
     menu.addDisabled("On clipboard:");
     clipPreviewItem = menu.add(previewTitle(), "showClipboardViewer");
   }
+  openActionsItem = menu.addSubmenu("Open…", std::make_shared<Menu>());
+  refreshOpenActions();
   editImageItem = menu.addSubmenu("Edit image", editMenu(EditClipboard{}));
   imgTagClipItem = menu.add("Copy as <img> tag (base64)", "copyClipboardImageAsTag");
   refreshImageItems();
@@ -83,6 +85,16 @@ std::string StatusMenu::previewTitle() {
   return clipPreviewTitle(contents, parts_.history.withheld(contents), parts_.analyses);
 }
 
+void StatusMenu::refreshOpenActions() {
+  const PasteboardContents contents = platform_.pasteboard.contents();
+  const bool offered =
+      contents.text && !contents.text->empty() && !parts_.history.withheld(contents);
+  openActionsItem->hidden = !offered;
+  if (!offered) return;
+  openActionsItem->title = parts_.textActions.submenuLabel(contents.text);
+  openActionsItem->submenu = parts_.textActions.actionMenu(contents.text);
+}
+
 void StatusMenu::refreshImageItems() {
   const bool none = !platform_.pasteboard.contents().image;
   editImageItem->hidden = none;
@@ -95,6 +107,7 @@ void StatusMenu::refresh() {
   imageHistoryItem->submenu = parts_.imageHistory.imageHistoryMenu();
   parts_.collectCopies.refreshMenu();
   if (clipPreviewItem) clipPreviewItem->title = previewTitle();
+  refreshOpenActions();
   refreshImageItems();
   parts_.flattenTrim.refresh();
 }

@@ -19,6 +19,7 @@
 #include "text/canned_responses.h"
 #include "text/collect_copies.h"
 #include "text/flatten_trim_menus.h"
+#include "text/text_actions.h"
 
 namespace marbelot {
 
@@ -35,6 +36,7 @@ struct MenuParts {
   const WatchedFolder& watched;
   const ClipboardHistory& history;
   TextAnalyses& analyses;
+  TextActions& textActions;
   HistoryMenus& historyMenus;
   ImageHistory& imageHistory;
   FlattenTrim& flattenTrim;
@@ -67,6 +69,7 @@ class StatusMenu {
  private:
   std::shared_ptr<Menu> settingsMenu() const;
   std::string previewTitle();
+  void refreshOpenActions();
   void refreshImageItems();
 
   const MenuParts parts_;
@@ -74,6 +77,7 @@ class StatusMenu {
 
   // Items that are refreshed in place; empty until the menu is built.
   MenuItemRef clipPreviewItem;
+  MenuItemRef openActionsItem;
   MenuItemRef editImageItem;
   MenuItemRef imgTagClipItem;
   MenuItemRef clipHistoryItem;

@@ -152,6 +152,8 @@ std::shared_ptr<Menu> HistoryMenus::entryMenu(const MenuItem& item, const Entry&
     add("Save as canned response", "saveClipAsCanned:");
   }
   add("Delete", "deleteClipHistory:");
+  if (const SharedText text = history_.clipHistory[entry.index].kind.text(); text && addTextActions)
+    addTextActions(*menu, text);
   if (entry.category == ClipCategory::image) {
     const EditClipHistory source{static_cast<std::int64_t>(entry.index)};
     menu->addSubmenu("Edit image", editMenu(source, item.payload));

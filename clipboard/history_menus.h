@@ -28,6 +28,9 @@ class HistoryMenus {
   // Given the full text of an entry whose title shows it masked.
   std::function<void(const SharedText& text)> onReveal;
 
+  // Adds what can be done with a text to the actions on its entry.
+  std::function<void(Menu& menu, const SharedText& text)> addTextActions;
+
   std::shared_ptr<Menu> clipboardHistoryMenu();
   std::shared_ptr<Menu> clipboardByTypeMenu();
 

@@ -115,6 +115,7 @@ TextAnalysis analyse(std::string_view text) {
   const bool whole = masked.size() <= beginningBytes;
   const std::string end = whole ? analysis.beginning : oneLine(lastBytes(masked, 1024));
   analysis.title = shortened(analysis.beginning, end, whole);
+  analysis.targets = std::make_shared<const TextTargets>(findTargets(text));
   return analysis;
 }
 

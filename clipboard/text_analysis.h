@@ -12,6 +12,7 @@
 #include "classification/classifier.h"
 #include "platform/main_queue.h"
 #include "platform/value.h"
+#include "text/text_targets.h"
 
 namespace marbelot {
 
@@ -21,6 +22,7 @@ struct TextAnalysis {
   std::string title;     // masked, on one line, in quotes, shortened in its middle
   // The masked beginning on one line, longer than the title, to tell apart texts that share one.
   std::string beginning;
+  std::shared_ptr<const TextTargets> targets;  // what can be done with it; null when provisional
   bool provisional = false;  // not known yet; the title tells the size and nothing else
 
   // What stands before the title: "Python ", or nothing.

@@ -5,7 +5,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "platform/image.h"
 #include "platform/keyboard.h"
 #include "platform/main_queue.h"
 #include "platform/pasteboard.h"
@@ -44,11 +46,25 @@ class Notices {
   virtual void post(const std::string& title, const std::string& text) = 0;
 };
 
+// An application that can open a link.
+struct LinkApplication {
+  std::string id;    // what the workspace knows it by
+  std::string name;  // in the user's language
+  std::optional<Image> icon;
+  bool isDefault = false;
+};
+
 class Workspace {
  public:
   virtual ~Workspace() = default;
   virtual void openPath(const std::string& path) = 0;
-  virtual void openUrl(const std::string& url) = 0;
+  // Opens the URL with the application of that id, or with the default one when it is empty.
+  virtual void openUrl(const std::string& url, const std::string& application) = 0;
+  void openUrl(const std::string& url) { openUrl(url, {}); }
+  // Tells which applications can open the URL, on the main thread and perhaps before this returns:
+  // the default one first, if there is one, each name once, this program never.
+  virtual void findApplications(const std::string& url,
+                                std::function<void(std::vector<LinkApplication>)> found) = 0;
   // Leads the user to where access to `folder` is granted: the system's privacy settings, or the
   // folder's properties in the file manager. Calls `advise` with one line for the user when there
   // is something to do that is not told there, or nothing that could be opened.

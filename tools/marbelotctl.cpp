@@ -20,6 +20,7 @@ constexpr const char* usage =
     "  trim [--mode left|right|both] [FILE]   each line without its outer blanks; default: both\n"
     "  preview [--limit N] [FILE]             the text on one line, quoted, N characters at most;\n"
     "                                         default: 36\n"
+    "  event [--now EPOCH] [--uid UUID] [FILE] the text as an event for the calendar (iCalendar)\n"
     "\n"
     "On an image; \"-\" is standard input or output, and OUT becomes a PNG:\n"
     "  image OP IN OUT                        e.g. border:red, shadow:grow:medium, "

@@ -6,6 +6,7 @@
 #include "classification/classifier.h"
 #include "platform/detection.h"
 #include "platform/text.h"
+#include "text/calendar_event.h"
 #include "text/flatten_trim.h"
 #include "tools/arguments.h"
 
@@ -65,12 +66,29 @@ void printDetections(std::string_view text) {
   }
 }
 
+// Seconds since 1970, of a year with four digits.
+std::optional<double> momentFrom(const std::string& text) {
+  constexpr std::int64_t first = -62135596800, last = 253402300799;
+  std::int64_t moment = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, moment);
+  if (error != std::errc() || stop != end || moment < first || moment > last) return std::nullopt;
+  return static_cast<double>(moment);
+}
+
+// One that ends no line of the event's.
+bool isUuid(std::string_view text) {
+  return !text.empty() &&
+         text.find_first_not_of("0123456789ABCDEFabcdef-") == std::string_view::npos;
+}
+
 }  // namespace
 
 int runTextCommand(Arguments& arguments, bool& known) {
   const std::string& command = arguments.command();
   known = command == "classify" || command == "language" || command == "mask" ||
-          command == "flatten" || command == "trim" || command == "preview" || command == "detect";
+          command == "flatten" || command == "trim" || command == "preview" ||
+          command == "detect" || command == "event";
   if (!known) return wrongUsage;
 
   std::string separator = " ";
@@ -87,6 +105,17 @@ int runTextCommand(Arguments& arguments, bool& known) {
       const auto [stop, error] = std::from_chars(asked->data(), end, limit);
       if (error != std::errc() || stop != end) return wrongUsage;
     }
+  }
+  double now = text::now();
+  std::string uid;
+  if (command == "event") {
+    if (const auto asked = arguments.takeOption("--now")) {
+      const auto moment = momentFrom(*asked);
+      if (!moment) return wrongUsage;
+      now = *moment;
+    }
+    uid = arguments.takeOption("--uid").value_or(newUuid());
+    if (!isUuid(uid)) return wrongUsage;
   }
   if (arguments.hasUnknownOptions() || arguments.rest().size() > 1) return wrongUsage;
 
@@ -109,6 +138,8 @@ int runTextCommand(Arguments& arguments, bool& known) {
     print(trim(*input, mode));
   } else if (command == "preview") {
     printLine(quotedPreview(*input, limit));
+  } else if (command == "event") {
+    print(calendarEvent(*input, now, uid));
   } else {
     printDetections(*input);
   }

@@ -84,14 +84,22 @@ InstanceLock takeInstanceLock() {
   return {};
 }
 
-void setEnvironment() {
+// Returns the variables that it has set, which are for this program alone.
+std::vector<std::string> setEnvironment() {
+  std::vector<std::string> ours;
+  const auto set = [&ours](const char* name, const char* value) {
+    if (qEnvironmentVariableIsSet(name)) return;
+    qputenv(name, value);
+    ours.emplace_back(name);
+  };
   // The clipboard is X11's, under Wayland XWayland's, and the windows must be of the same world.
-  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb");
+  set("QT_QPA_PLATFORM", "xcb");
   // Drawing with OpenGL would load a driver for a menu.
-  if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
+  set("QT_XCB_GL_INTEGRATION", "none");
   QCoreApplication::setApplicationName("marbelot");
   QGuiApplication::setDesktopFileName("org.marbelot.Marbelot");
   QGuiApplication::setQuitOnLastWindowClosed(false);
+  return ours;
 }
 
 // Qt's styles grey disabled items out until they cannot be read, and half of the menu's lines are
@@ -139,7 +147,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
     return 1;
   }
   returnLargeBlocks();
-  setEnvironment();
+  std::vector<std::string> ours = setEnvironment();
   const QApplication application(argc, argv);
   darkenDisabledText();
   QApplication::setWindowIcon(symbolIcon("camera.on.rectangle.fill"));
@@ -155,7 +163,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
                         [&queue](std::function<void()> work) { queue.post(std::move(work)); });
   InotifyFolderEvents folderEvents;
   DesktopNotices notices(bus);
-  DesktopWorkspace workspace(queue, bus);
+  DesktopWorkspace workspace(queue, bus, std::move(ours));
   TrayStatusItem statusItem(bus);
   PictureCache pictures(queue);
   QtWindows windows(pictures);

@@ -13,6 +13,7 @@
 #include <QUrl>
 #include <utility>
 
+#include "platform/linux/applications.h"
 #include "platform/linux/folder_access.h"
 
 namespace marbelot {
@@ -69,11 +70,20 @@ void DesktopWorkspace::askFileManager(const QString& method, const std::string& 
 }
 
 void DesktopWorkspace::openPath(const std::string& path) {
-  QDesktopServices::openUrl(fileUrl(path));
+  MainQueue& queue = queue_;
+  queue_.background([&queue, path, withheld = withheld_] {
+    if (!launchWithFile(path, withheld))
+      queue.post([path] { QDesktopServices::openUrl(fileUrl(path)); });
+  });
 }
 
-void DesktopWorkspace::openUrl(const std::string& url) {
-  QDesktopServices::openUrl(QUrl(QString::fromStdString(url)));
+// Where no desktop file tells what opens it, as in a sandbox, Qt knows whom to ask.
+void DesktopWorkspace::openUrl(const std::string& url, const std::string& application) {
+  MainQueue& queue = queue_;
+  queue_.background([&queue, url, application, withheld = withheld_] {
+    if (!launchWithUrl(url, application, withheld) && application.empty())
+      queue.post([url] { QDesktopServices::openUrl(QUrl(QString::fromStdString(url))); });
+  });
 }
 
 void DesktopWorkspace::openPrivacySettings(const std::string& folder,

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include "platform/linux/link_applications.h"
 #include "platform/linux/session_bus.h"
 #include "platform/platform.h"
 
@@ -10,9 +11,16 @@ namespace marbelot {
 
 class DesktopWorkspace : public Workspace {
  public:
-  DesktopWorkspace(MainQueue& queue, const SessionBus& bus) : queue_(queue), bus_(bus) {}
+  // `withheld`: variables of our environment that are not for the programs that we start.
+  DesktopWorkspace(MainQueue& queue, const SessionBus& bus, std::vector<std::string> withheld = {})
+      : queue_(queue), bus_(bus), withheld_(std::move(withheld)), applications_(queue) {}
   void openPath(const std::string& path) override;
-  void openUrl(const std::string& url) override;
+  using Workspace::openUrl;
+  void openUrl(const std::string& url, const std::string& application) override;
+  void findApplications(const std::string& url,
+                        std::function<void(std::vector<LinkApplication>)> found) override {
+    applications_.find(url.substr(0, url.find(':')), std::move(found));
+  }
   void openPrivacySettings(const std::string& folder,
                            std::function<void(const std::string&)> advise) override;
   void reveal(const std::string& path) override;
@@ -24,6 +32,8 @@ class DesktopWorkspace : public Workspace {
 
   MainQueue& queue_;
   const SessionBus& bus_;
+  const std::vector<std::string> withheld_;
+  LinkApplications applications_;
   Task examining_;
 };
 

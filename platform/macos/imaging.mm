@@ -6,6 +6,7 @@
 
 #include "platform/image_codec.h"
 #include "platform/macos/conversions.h"
+#include "platform/macos/drawn_image.h"
 
 namespace marbelot {
 namespace {
@@ -54,6 +55,15 @@ SharedBitmap decode(const Image& image) {
     std::optional<Bitmap> bitmap = picture != nullptr ? drawn(picture) : std::nullopt;
     return bitmap ? std::make_shared<const Bitmap>(*std::move(bitmap)) : nullptr;
   }
+}
+
+std::optional<Image> drawnImage(NSImage* image) {
+  NSRect all = NSMakeRect(0, 0, image.size.width, image.size.height);
+  CGImageRef const picture = [image CGImageForProposedRect:&all context:nil hints:nil];
+  if (picture == nullptr) return std::nullopt;
+  std::optional<Bitmap> bitmap = drawn(picture);
+  if (!bitmap) return std::nullopt;
+  return Image::fromPixels(std::make_shared<const Bitmap>(*std::move(bitmap)));
 }
 
 SharedBytes encodePng(const Bitmap& bitmap) {

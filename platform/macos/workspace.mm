@@ -2,10 +2,39 @@
 #import <AppKit/AppKit.h>
 
 #include "platform/macos/conversions.h"
+#include "platform/macos/drawn_image.h"
 #include "platform/macos/services.h"
 
 namespace marbelot {
 namespace {
+
+constexpr int iconPoints = 16;
+constexpr int iconPixels = 2 * iconPoints;  // for a Retina display
+
+std::optional<Image> iconOf(NSString* path) {
+  NSImage* const icon = [NSWorkspace.sharedWorkspace iconForFile:path];
+  icon.size = NSMakeSize(iconPixels, iconPixels);
+  return drawnImage(icon);
+}
+
+// The name as the Finder shows it.
+std::string nameOf(NSURL* bundle) {
+  NSString* name = [NSFileManager.defaultManager displayNameAtPath:bundle.path];
+  if ([name hasSuffix:@".app"]) name = name.stringByDeletingPathExtension;
+  return utf8(name);
+}
+
+// Each name once, and this program never.
+void addApplication(std::vector<LinkApplication>& to, NSURL* bundle, bool isDefault) {
+  if ([bundle.path.stringByStandardizingPath
+          isEqualToString:NSBundle.mainBundle.bundlePath.stringByStandardizingPath])
+    return;
+  const std::string name = nameOf(bundle);
+  if (name == "Marbelot") return;
+  for (const LinkApplication& known : to)
+    if (known.name == name) return;
+  to.push_back({bundle.path.fileSystemRepresentation, name, iconOf(bundle.path), isDefault});
+}
 
 class SharedWorkspace final : public Workspace {
  public:
@@ -15,11 +44,36 @@ class SharedWorkspace final : public Workspace {
     }
   }
 
-  void openUrl(const std::string& url) override {
+  using Workspace::openUrl;
+  void openUrl(const std::string& url, const std::string& application) override {
     @autoreleasepool {
       NSURL* opened = [NSURL URLWithString:nsString(url)];
-      if (opened != nil) [NSWorkspace.sharedWorkspace openURL:opened];
+      if (opened == nil) return;
+      if (application.empty()) {
+        [NSWorkspace.sharedWorkspace openURL:opened];
+      } else {
+        [NSWorkspace.sharedWorkspace openURLs:@[ opened ]
+                         withApplicationAtURL:fileUrl(application)
+                                configuration:[NSWorkspaceOpenConfiguration configuration]
+                            completionHandler:nil];
+      }
     }
+  }
+
+  void findApplications(const std::string& url,
+                        std::function<void(std::vector<LinkApplication>)> found) override {
+    std::vector<LinkApplication> all;
+    @autoreleasepool {
+      NSURL* link = [NSURL URLWithString:nsString(url)];
+      if (link != nil) {
+        NSWorkspace* const workspace = NSWorkspace.sharedWorkspace;
+        NSURL* const standard = [workspace URLForApplicationToOpenURL:link];
+        if (standard != nil) addApplication(all, standard, true);
+        for (NSURL* bundle in [workspace URLsForApplicationsToOpenURL:link])
+          addApplication(all, bundle, false);
+      }
+    }
+    found(std::move(all));
   }
 
   // Full disk access is granted to programs, not for folders.

@@ -114,7 +114,15 @@ class NoticeList : public Notices {
 class Desktop : public Workspace {
  public:
   void openPath(const std::string& path) override { opened.push_back(path); }
-  void openUrl(const std::string& url) override { opened.push_back(url); }
+  using Workspace::openUrl;
+  void openUrl(const std::string& url, const std::string& application) override {
+    opened.push_back(application.empty() ? url : url + " in " + application);
+  }
+  void findApplications(const std::string& url,
+                        std::function<void(std::vector<LinkApplication>)> found) override {
+    ++searches;
+    found(applications[url.substr(0, url.find(':'))]);
+  }
   void openPrivacySettings(const std::string& folder,
                            std::function<void(const std::string&)> advise) override {
     privacyOpened.push_back(folder);
@@ -123,6 +131,8 @@ class Desktop : public Workspace {
   void reveal(const std::string& path) override { revealed.push_back(path); }
   bool trash(const std::string& path) override;
   std::vector<std::string> opened, privacyOpened, revealed, trashed;
+  std::map<std::string, std::vector<LinkApplication>> applications;  // by scheme
+  int searches = 0;                                                  // for them
   std::string advice;  // to whoever opens the privacy settings
 };
 

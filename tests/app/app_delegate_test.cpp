@@ -117,6 +117,42 @@ TEST_F(AppDelegateTest, AnOpenMenuFollowsEveryCopy) {
   EXPECT_EQ(preview(), "“/a/path”") << "nor is what the program held already";
 }
 
+TEST_F(AppDelegateTest, WhatATextHoldsIsOfferedWhereverTheTextIs) {
+  const auto openItem = [&]() -> const MenuItem& {
+    const auto& items = menu().items;
+    const auto next = std::find_if(items.begin(), items.end(), [](const MenuItemRef& item) {
+      return item->title == "Edit image";
+    });
+    return **std::prev(next);
+  };
+  desktop_.workspace.applications["https"] = {{"web", "Web", std::nullopt, true},
+                                              {"other", "Other Web", std::nullopt, false}};
+  launch();
+  EXPECT_TRUE(openItem().hidden) << "nothing on the clipboard";
+  desktop_.pasteboard.copyElsewhere("see https://example.com/a");
+  EXPECT_FALSE(openItem().hidden) << "before the clipboard was polled";
+  EXPECT_EQ(openItem().title, "Open link…");
+  choose({"Open link…", "Open in Other Web"});
+  EXPECT_EQ(desktop_.workspace.opened.back(), "https://example.com/a in other");
+  desktop_.queue.advance(0.6);
+  desktop_.pasteboard.copyElsewhere("nothing in particular");
+  EXPECT_EQ(openItem().title, "Text actions…");
+  desktop_.queue.advance(0.6);
+  choose({"Clipboard history", "🔗 “see https://example.com/a”", "Open link…", "Copy link"});
+  EXPECT_EQ(*desktop_.pasteboard.contents().text, "https://example.com/a");
+  EXPECT_EQ(desktop_.notices.last(), "Copied");
+  desktop_.queue.advance(1);
+  EXPECT_EQ(itemAt(menu(), {"Clipboard history"})->submenu->items[1]->title,
+            "📝 “nothing in particular”")
+      << "what was detected is not recorded";
+
+  PasteboardContents secret;
+  secret.text = share("https://example.com/private");
+  secret.concealed = true;
+  desktop_.pasteboard.copyElsewhere(secret);
+  EXPECT_TRUE(openItem().hidden) << "its owner asked that it be not shown";
+}
+
 TEST_F(AppDelegateTest, ReadsItsSettingsInOrder) {
   launch();
   std::vector<std::string> reads;

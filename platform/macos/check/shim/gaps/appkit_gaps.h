@@ -98,6 +98,18 @@ extern NSString *const NSPasteboardURLReadingFileURLsOnlyKey;
 - (void)performWindowDragWithEvent:(NSEvent *)event;
 @end
 
+@class NSRunningApplication;
+
+@interface NSWorkspaceOpenConfiguration : NSObject
++ (instancetype)configuration;
+@end
+
 @interface NSWorkspace (MarbelotGaps)
+- (NSURL *)URLForApplicationToOpenURL:(NSURL *)url;
+- (NSArray<NSURL *> *)URLsForApplicationsToOpenURL:(NSURL *)url;
+- (void)openURLs:(NSArray<NSURL *> *)urls
+    withApplicationAtURL:(NSURL *)application
+           configuration:(NSWorkspaceOpenConfiguration *)configuration
+       completionHandler:(void (^)(NSRunningApplication *, NSError *))handler;
 - (void)activateFileViewerSelectingURLs:(NSArray<NSURL *> *)urls;
 @end

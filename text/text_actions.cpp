@@ -1,0 +1,147 @@
+#include "text/text_actions.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "platform/files.h"
+#include "platform/text.h"
+#include "text/calendar_event.h"
+#include "text/open_action.h"
+
+namespace marbelot {
+namespace {
+
+// The schemes of what the menus open, with a URL of each to ask about.
+constexpr std::array<std::pair<const char*, const char*>, 4> schemes{
+    {{"https", "https://example.com/"},
+     {"mailto", "mailto:someone@example.com"},
+     {"tel", "tel:+15550100"},
+     {"facetime", "facetime:+15550100"}}};
+constexpr double freshSeconds = 30;
+constexpr std::size_t menuLimit = 128;
+
+// Writes the event file, into the folder for such files; its path, none when that failed.
+std::optional<std::string> writeEvent(const std::string& text, double now) {
+  const std::string folder = files::join(files::temporaryFolder(), "Marbelot");
+  files::makeFolder(folder);
+  const std::string event = calendarEvent(text, now, newUuid());
+  const std::string name = "event-" + std::to_string(static_cast<std::int64_t>(std::floor(now)));
+  constexpr int tries = 100;
+  for (int i = 1; i <= tries; ++i) {
+    const std::string number = i == 1 ? "" : " (" + std::to_string(i) + ")";
+    std::string path = files::join(folder, name + number + ".ics");
+    if (files::create(path, event)) return path;
+    if (!files::exists(path)) break;
+  }
+  return std::nullopt;
+}
+
+bool same(const std::vector<LinkApplication>& a, const std::vector<LinkApplication>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& one, const auto& other) {
+    return one.id == other.id && one.name == other.name && one.isDefault == other.isDefault &&
+           one.icon.has_value() == other.icon.has_value();
+  });
+}
+
+}  // namespace
+
+TextActions::TextActions(Platform& platform, Shell& shell, ActionTable& actions,
+                         TargetsOf targetsOf)
+    : clock(text::now), platform_(platform), shell_(shell), targetsOf_(std::move(targetsOf)) {
+  const auto on = [&](const char* selector, void (TextActions::*action)(const MenuItem&)) {
+    actions.add(selector, [this, action](const MenuItem& sender) { (this->*action)(sender); });
+  };
+  on("performOpenAction:", &TextActions::performOpenAction);
+  on("copyDetectedString:", &TextActions::copyDetectedString);
+  on("addToCalendar:", &TextActions::addToCalendar);
+}
+
+std::string TextActions::submenuLabel(const SharedText& text) const {
+  const auto targets = targetsOf_(text);
+  return targets ? targets->label : "Open…";
+}
+
+std::shared_ptr<Menu> TextActions::actionMenu(const SharedText& text) {
+  const auto targets = targetsOf_(text);
+  if (!targets) {
+    auto waiting = std::make_shared<Menu>();
+    waiting->addDisabled("Looking through the text…");
+    return waiting;
+  }
+  Built& built = menus_[text.get()];
+  if (built.text.lock() == text && built.targets == targets) return built.menu;
+  built = {text, targets, marbelot::actionMenu(text, *targets, [this](std::string_view scheme) {
+             return applicationsFor(scheme);
+           })};
+  const std::shared_ptr<Menu> menu = built.menu;
+  if (menus_.size() > menuLimit)
+    std::erase_if(menus_, [](const auto& entry) { return entry.second.text.expired(); });
+  return menu;
+}
+
+std::optional<TextTarget> TextActions::linkIn(const SharedText& text) const {
+  const auto targets = targetsOf_(text);
+  return targets ? targets->link : std::nullopt;
+}
+
+std::shared_ptr<Menu> TextActions::openInMenu(const SharedText& text) {
+  const auto link = linkIn(text);
+  if (!link) return nullptr;
+  return marbelot::openInMenu(*link,
+                              [this](std::string_view scheme) { return applicationsFor(scheme); });
+}
+
+const std::vector<LinkApplication>* TextActions::applicationsFor(std::string_view scheme) const {
+  // What opens one kind of page opens the other.
+  const auto found = applications_.find(scheme == "http" ? "https" : scheme);
+  return found == applications_.end() ? nullptr : &found->second;
+}
+
+void TextActions::refreshApplications() {
+  if (std::exchange(fresh_, true)) return;
+  freshness_ = platform_.queue.after(freshSeconds, [this] { fresh_ = false; });
+  for (const auto& [scheme, url] : schemes)
+    platform_.workspace.findApplications(
+        url, [this, scheme = std::string(scheme),
+              alive = std::weak_ptr(alive_)](std::vector<LinkApplication> found) {
+          if (alive.lock()) applicationsFound(scheme, std::move(found));
+        });
+}
+
+void TextActions::applicationsFound(const std::string& scheme, std::vector<LinkApplication> found) {
+  const auto known = applications_.find(scheme);
+  if (known != applications_.end() && same(known->second, found)) return;
+  applications_[scheme] = std::move(found);
+  menus_.clear();
+  shell_.rebuildMenu();
+}
+
+void TextActions::performOpenAction(const MenuItem& sender) {
+  const auto action = openAction(sender);
+  if (!action || !isOpenable(action->url)) return;
+  platform_.workspace.openUrl(action->url, action->appURL);
+}
+
+void TextActions::copyDetectedString(const MenuItem& sender) {
+  const SharedText text = detectedText(sender);
+  if (text) shell_.confirmCopy(shell_.copyWithoutRecording(text), "Copied");
+}
+
+void TextActions::addToCalendar(const MenuItem& sender) {
+  const SharedText text = detectedText(sender);
+  if (!text) return;
+  MainQueue& queue = platform_.queue;
+  queue.background([this, &queue, text, now = clock(), alive = std::weak_ptr(alive_)] {
+    queue.post([this, alive, path = writeEvent(*text, now)] {
+      if (!alive.lock()) return;
+      if (path) {
+        platform_.workspace.openPath(*path);
+      } else {
+        shell_.notify("Couldn't create the event");
+      }
+    });
+  });
+}
+
+}  // namespace marbelot
