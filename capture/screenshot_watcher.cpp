@@ -1,7 +1,6 @@
 #include "capture/screenshot_watcher.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -10,8 +9,6 @@
 namespace marbelot {
 namespace {
 
-constexpr std::array<std::string_view, 5> acceptedExtensions = {"png", "jpg", "jpeg", "tiff",
-                                                                "heic"};
 // The tool creates the file, writes it and marks it as a screenshot only then; 31 looks, 0.05 s
 // apart, cover the interval.
 constexpr int lastAttempt = 30;
@@ -30,12 +27,6 @@ constexpr auto fileTimeTick = 20ms;
 // A folder that comes to be at the path is noticed within this time, even on a busy machine.
 constexpr auto noticingTime = 3s;
 
-bool hasAcceptedExtension(const std::string& name) {
-  const std::string extension = files::lowercasedExtension(name);
-  return std::find(acceptedExtensions.begin(), acceptedExtensions.end(), extension) !=
-         acceptedExtensions.end();
-}
-
 // Which of the folder's files were not saved since that moment. What is dated later than now comes
 // from a clock that is ahead of ours, another machine's or our own before it was put back: nobody
 // knows when that was, and an old screenshot must not replace what is on the clipboard. A copy on
@@ -46,7 +37,7 @@ std::vector<std::string> oldPaths(Clock::time_point since, const std::function<d
   std::vector<std::string> paths;
   for (const std::string& name : names) {
     std::string fullPath = files::join(folder, name);
-    const auto info = hasAcceptedExtension(name) ? files::info(fullPath) : std::nullopt;
+    const auto info = files::isImageName(name) ? files::info(fullPath) : std::nullopt;
     // Asked each time, because a file may still be growing; and the only reading of this clock,
     // which may be set at any moment.
     const double now = clock();
@@ -139,7 +130,7 @@ void ScreenshotWatcher::rescan() {
   std::vector<std::pair<double, std::string>> fresh;  // by modification time
   for (const std::string& name : *names) {
     // Names of other kinds are not remembered: there may be any number of them.
-    if (!hasAcceptedExtension(name)) continue;
+    if (!files::isImageName(name)) continue;
     std::string fullPath = files::join(path, name);
     if (!seen.insert(fullPath).second) continue;
     const auto info = files::info(fullPath);

@@ -10,6 +10,7 @@
 #include "classification/password_tokens.h"
 #include "classification/secret_scanner.h"
 #include "classification/terminal_test.h"
+#include "platform/ascii.h"
 #include "platform/detection.h"
 #include "platform/text.h"
 
@@ -36,7 +37,6 @@ bool mayHoldPassword(std::string_view text) {
 
 // ^[0-9][0-9 ,.()+_-]*$
 bool isNumberLike(std::string_view text) {
-  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
   return isDigit(text.front()) && std::all_of(text.begin(), text.end(), [&](char c) {
            return isDigit(c) || std::string_view(" ,.()+_-").find(c) != std::string_view::npos;
          });

@@ -4,16 +4,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include "platform/ascii.h"
+
 namespace marbelot {
 
 inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
-inline bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-inline bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
-inline bool isName(char c) {
-  return isLower(c) || isUpper(c) || isDigit(c) || c == '_' ||
-         static_cast<unsigned char>(c) >= 0x80;
-}
+inline bool isName(char c) { return isAlnum(c) || c == '_' || !isAscii(c); }
 
 std::size_t skipName(std::string_view line, std::size_t at);
 std::size_t skipBlanks(std::string_view line, std::size_t at);

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "classification/classifier.h"
+#include "platform/ascii.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -42,8 +43,6 @@ constexpr std::array<std::uint8_t, 128> asciiTraits = [] {
   }
   return traits;
 }();
-
-bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 std::uint8_t traitsOf(char32_t c) {
   if (c < 128) return asciiTraits[c];

@@ -1,7 +1,6 @@
 #include "clipboard/image_history.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "image/edit_request.h"
@@ -19,17 +18,6 @@ constexpr std::size_t listedImages = 15;
 constexpr std::size_t datesAskedAtOnce = 1000;
 
 constexpr double notAFile = -1;
-
-bool isImageName(std::string_view name) {
-  constexpr std::array<std::string_view, 5> extensions{"png", "jpg", "jpeg", "tiff", "heic"};
-  const std::size_t dot = name.rfind('.');
-  if (name.starts_with('.') || dot == name.npos) return false;
-  const std::string_view extension = name.substr(dot + 1);
-  const auto same = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; };
-  return std::any_of(extensions.begin(), extensions.end(), [&](std::string_view accepted) {
-    return std::equal(extension.begin(), extension.end(), accepted.begin(), accepted.end(), same);
-  });
-}
 
 }  // namespace
 
@@ -78,7 +66,9 @@ ImageHistory::Dates ImageHistory::modificationDates(const std::string& folder,
 
 std::optional<std::vector<std::string>> ImageHistory::newestImages(const std::string& folder) {
   std::vector<std::string> names = files::list(folder).value_or(std::vector<std::string>());
-  std::erase_if(names, [](const std::string& name) { return !isImageName(name); });
+  std::erase_if(names, [](const std::string& name) {
+    return name.starts_with('.') || !files::isImageName(name);
+  });
 
   if (knownFolder_ != folder) reading_.reset();
   if (knownFolder_ != folder || names.size() <= datesAskedAtOnce ||

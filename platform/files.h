@@ -52,6 +52,8 @@ std::string join(const std::string& folder, const std::string& name);
 std::string lastComponent(const std::string& path);
 // The extension without its dot, its ASCII letters lower-cased; empty when there is none.
 std::string lowercasedExtension(const std::string& name);
+// Whether the extension is that of a picture as screenshot tools and this program save them.
+bool isImageName(const std::string& name);
 // "~" and "~/…" in the home folder; anything else as it is.
 std::string expandingTilde(const std::string& path);
 

@@ -6,30 +6,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstring>
 #include <mutex>
 
+#include "platform/descriptor.h"
 #include "platform/image_codec.h"
 #include "platform/image_header.h"
 
 namespace marbelot {
-namespace {
-
-bool readFully(int descriptor, std::uint64_t offset, char* to, std::size_t count) {
-  while (count > 0) {
-    const ssize_t got = ::pread(descriptor, to, count, static_cast<off_t>(offset));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return false;
-    to += got;
-    offset += static_cast<std::uint64_t>(got);
-    count -= static_cast<std::size_t>(got);
-  }
-  return true;
-}
-
-}  // namespace
-
 std::string_view mimeType(ImageFormat format) {
   switch (format) {
     case ImageFormat::png:
@@ -52,23 +36,20 @@ std::string_view mimeType(ImageFormat format) {
 
 class Image::File {
  public:
-  explicit File(int descriptor) : descriptor_(descriptor) {}
-  ~File() { ::close(descriptor_); }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
+  explicit File(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
   // The size now, in bytes; 0 for whatever is no regular file.
   std::uint64_t size() const {
     struct stat status {};
-    const bool regular = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    const bool regular = ::fstat(descriptor_.get(), &status) == 0 && S_ISREG(status.st_mode);
     return regular ? static_cast<std::uint64_t>(status.st_size) : 0;
   }
   bool read(std::uint64_t offset, char* to, std::size_t count) const {
-    return readFully(descriptor_, offset, to, count);
+    return readFully(descriptor_.get(), to, count, offset);
   }
 
  private:
-  int descriptor_;
+  const Descriptor descriptor_;
 };
 
 // Reads in small windows, so that a walk over many tiny chunks needs few system calls.
@@ -136,9 +117,9 @@ std::optional<Image> Image::fromBytes(SharedBytes bytes) {
 
 std::optional<Image> Image::fromFile(const std::string& path) {
   // Non-blocking: opening a named pipe must not wait for its writer.
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return std::nullopt;
-  auto file = std::make_shared<const File>(descriptor);
+  Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!descriptor) return std::nullopt;
+  auto file = std::make_shared<const File>(std::move(descriptor));
   const auto header = imageHeader(FileSource(*file));
   if (!header) return std::nullopt;
   Image image;

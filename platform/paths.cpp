@@ -26,6 +26,12 @@ std::string lowercasedExtension(const std::string& name) {
   return extension;
 }
 
+bool isImageName(const std::string& name) {
+  const std::string extension = lowercasedExtension(name);
+  return extension == "png" || extension == "jpg" || extension == "jpeg" || extension == "tiff" ||
+         extension == "heic";
+}
+
 std::string expandingTilde(const std::string& path) {
   if (path == "~" || path.starts_with("~/")) return homeFolder() + path.substr(1);
   return path;

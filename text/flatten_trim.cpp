@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/ascii.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -9,8 +10,6 @@ namespace {
 
 constexpr std::string_view ellipsis = "…", openQuote = "“", closeQuote = "”", returnSign = "⏎";
 constexpr std::size_t limitOfOneLine = 36, limitOfEachLine = 14;  // characters
-
-bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 // Index of the first LF or CR at or after `from`, or the size. The window grows from small, so that
 // neither of the two searches runs far past what the other finds.

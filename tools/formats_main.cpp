@@ -16,9 +16,9 @@
 #include <memory>
 #include <string>
 
+#include "platform/descriptor.h"
 #include "platform/image.h"
 #include "platform/linux/color_transform.h"
-#include "platform/linux/descriptor.h"
 #include "platform/linux/imaging.h"
 #include "platform/linux/pixel_rows.h"
 #include "tools/cmyk_jpeg.h"

@@ -3,11 +3,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 
 #include "image/image_tag.h"
 #include "image/operations.h"
+#include "platform/descriptor.h"
 #include "platform/image_codec.h"
 #include "tools/arguments.h"
 
@@ -21,21 +21,11 @@ int fail(const std::string& message) {
   return failed;
 }
 
-bool writeBytes(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t put = write(descriptor, bytes.data(), bytes.size());
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(put));
-  }
-  return true;
-}
-
 bool writeFile(const std::string& path, std::string_view bytes) {
-  if (path == "-") return writeBytes(STDOUT_FILENO, bytes);
+  if (path == "-") return writeFully(STDOUT_FILENO, bytes);
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (file < 0) return false;
-  const bool written = writeBytes(file, bytes);
+  const bool written = writeFully(file, bytes);
   return close(file) == 0 && written;
 }
 
@@ -73,7 +63,7 @@ int runImageCommand(Arguments& arguments, bool& known) {
   if (!isTag) return editImage(words[0], *image, words[2]);
   const auto tag = imageTag(*image);
   if (!tag) return fail(unreadable);
-  return writeBytes(STDOUT_FILENO, *tag + "\n") ? done : fail("cannot write the result");
+  return writeFully(STDOUT_FILENO, *tag + "\n") ? done : fail("cannot write the result");
 }
 
 }  // namespace marbelot::ctl

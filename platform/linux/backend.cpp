@@ -14,8 +14,8 @@
 #include <csignal>
 #include <cstdio>
 
+#include "platform/descriptor.h"
 #include "platform/files.h"
-#include "platform/linux/descriptor.h"
 #include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
 #include "platform/linux/key_monitors.h"

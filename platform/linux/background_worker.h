@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/descriptor.h"
+#include "platform/descriptor.h"
 
 namespace marbelot {
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/descriptor.h"
 #include "platform/linux/clipboard_offer.h"
-#include "platform/linux/descriptor.h"
 
 namespace marbelot {
 

@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
+#include "platform/descriptor.h"
 #include "platform/linux/clipboard_offer.h"
 #include "platform/linux/clipboard_reader.h"
-#include "platform/linux/descriptor.h"
 
 namespace marbelot {
 

@@ -14,7 +14,7 @@
 #include <memory>
 #include <system_error>
 
-#include "platform/linux/descriptor.h"
+#include "platform/descriptor.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/text.h"
 

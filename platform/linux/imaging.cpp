@@ -18,8 +18,8 @@
 #include <cstring>
 #include <string>
 
+#include "platform/descriptor.h"
 #include "platform/image_codec.h"
-#include "platform/linux/descriptor.h"
 #include "platform/linux/shared_pixels.h"
 
 namespace marbelot {

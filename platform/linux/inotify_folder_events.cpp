@@ -12,8 +12,8 @@
 #include <optional>
 #include <set>
 
+#include "platform/descriptor.h"
 #include "platform/files.h"
-#include "platform/linux/descriptor.h"
 
 namespace marbelot {
 namespace {

@@ -11,9 +11,9 @@
 #include <csignal>
 #include <ctime>
 
+#include "platform/descriptor.h"
 #include "platform/files.h"
 #include "platform/image.h"
-#include "platform/linux/descriptor.h"
 #include "platform/text.h"
 
 namespace marbelot::files {

@@ -11,8 +11,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "platform/descriptor.h"
 #include "platform/files.h"
-#include "platform/linux/descriptor.h"
 #include "platform/text.h"
 
 namespace marbelot {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/descriptor.h"
+#include "platform/descriptor.h"
 
 struct wl_display;
 struct wl_registry;

@@ -10,47 +10,11 @@
 
 #include <cerrno>
 
+#include "platform/descriptor.h"
 #include "platform/macos/conversions.h"
 
 namespace marbelot::files {
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  ~Descriptor() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
-// Fills `bytes` from the file; false when the file has fewer or cannot be read.
-bool readWhole(int descriptor, std::string& bytes, off_t from) {
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t got = pread(descriptor, bytes.data() + done, bytes.size() - done,
-                              from + static_cast<off_t>(done));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return false;
-    done += static_cast<std::size_t>(got);
-  }
-  return true;
-}
-
-bool writeWhole(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t put = write(descriptor, bytes.data(), bytes.size());
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(put));
-  }
-  return true;
-}
 
 // A rename that never replaces. Not every volume has it (FAT, some network ones): there the name is
 // taken by an empty file first, which only we may replace.
@@ -58,7 +22,7 @@ bool moveToFreeName(const std::string& from, const std::string& to) {
   if (renamex_np(from.c_str(), to.c_str(), RENAME_EXCL) == 0) return true;
   if (errno != ENOTSUP) return false;
   const Descriptor place(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (place.get() < 0) return false;
+  if (!place) return false;
   if (rename(from.c_str(), to.c_str()) == 0) return true;
   unlink(to.c_str());
   return false;
@@ -114,11 +78,11 @@ SharedBytes read(const std::string& path, std::size_t maximumBytes) {
   // Without O_NONBLOCK a pipe of that name would hold the program up.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status;
-  if (file.get() < 0 || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return nullptr;
+  if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return nullptr;
   const auto size = static_cast<std::size_t>(status.st_size);
   if (size > maximumBytes) return nullptr;
   std::string bytes(size, '\0');
-  if (!readWhole(file.get(), bytes, 0)) return nullptr;
+  if (!readFully(file.get(), bytes.data(), size)) return nullptr;
   return share(std::move(bytes));
 }
 
@@ -128,9 +92,9 @@ bool create(const std::string& path, std::string_view bytes) {
     // Written under a name that nothing looks for, so that no reader ever sees half of it.
     const std::string draft = path + "." + utf8(NSUUID.UUID.UUIDString) + ".part";
     const Descriptor file(open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    if (file.get() < 0) return false;
+    if (!file) return false;
     const bool made =
-        writeWhole(file.get(), bytes) && fsync(file.get()) == 0 && moveToFreeName(draft, path);
+        writeFully(file.get(), bytes) && fsync(file.get()) == 0 && moveToFreeName(draft, path);
     if (!made) unlink(draft.c_str());
     return made;
   }
@@ -173,17 +137,18 @@ static bool isMarkedAndWhole(const std::string& path) {
   if (getxattr(path.c_str(), mark, nullptr, 0, 0, 0) <= 0) return false;
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status;
-  if (file.get() < 0 || fstat(file.get(), &status) != 0 || status.st_size == 0) return false;
+  if (!file || fstat(file.get(), &status) != 0 || status.st_size == 0) return false;
   // The tool marks a file when it is whole, but a copy made by a sync service may carry the mark
   // from the start. PNG, the usual format, tells its end: an empty IEND chunk with its checksum.
   using namespace std::literals;
   constexpr std::string_view pngStart = "\x89PNG\r\n\x1A\n"sv;
   constexpr std::string_view pngEnd = "\0\0\0\0IEND\xAE\x42\x60\x82"sv;
   std::string start(pngStart.size(), '\0');
-  if (!readWhole(file.get(), start, 0) || start != pngStart) return true;
+  if (!readFully(file.get(), start.data(), start.size(), 0) || start != pngStart) return true;
   std::string end(pngEnd.size(), '\0');
   return status.st_size >= static_cast<off_t>(start.size() + end.size()) &&
-         readWhole(file.get(), end, status.st_size - static_cast<off_t>(end.size())) &&
+         readFully(file.get(), end.data(), end.size(),
+                   static_cast<std::uint64_t>(status.st_size) - end.size()) &&
          end == pngEnd;
 }
 

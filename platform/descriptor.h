@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -27,6 +28,19 @@ class Descriptor {
  private:
   int descriptor_ = -1;
 };
+
+// Reads from that byte of a file, and leaves its position alone.
+inline bool readFully(int descriptor, char* to, std::size_t bytes, std::uint64_t offset) {
+  while (bytes > 0) {
+    const ssize_t got = ::pread(descriptor, to, bytes, static_cast<off_t>(offset));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return false;
+    to += got;
+    offset += static_cast<std::uint64_t>(got);
+    bytes -= static_cast<std::size_t>(got);
+  }
+  return true;
+}
 
 inline bool readFully(int descriptor, char* to, std::size_t bytes) {
   while (bytes > 0) {
