@@ -25,13 +25,15 @@ constexpr const char* collectionWindow = "Collected copies";
 AppDelegate::AppDelegate(Platform& platform)
     : platform_(platform),
       access_(platform, *this, actions_),
-      watched_(platform, [this](const std::string& name) { screenshotCopied(name); }),
+      watched_(platform, [this](const std::string& name) { screenshotCopied(name, name); }),
+      captureCommands_(platform, *this, actions_),
+      captureHistory_(platform, *this, actions_),
       history_(platform, *this, actions_),
       analyses_(platform.queue),
       textActions_(platform, *this, actions_,
                    [this](const SharedText& text) { return analyses_.of(text)->targets; }),
       historyMenus_(platform, *this, actions_, history_, analyses_),
-      imageHistory_(platform, *this, actions_, history_),
+      imageHistory_(platform, *this, history_),
       imageEditing_(
           platform, *this, actions_,
           [this](const MenuItem& sender) { return historyMenus_.imageFor(sender); },
@@ -57,6 +59,8 @@ AppDelegate::AppDelegate(Platform& platform)
                 .state = state_,
                 .access = access_,
                 .watched = watched_,
+                .captureCommands = captureCommands_,
+                .captureHistory = captureHistory_,
                 .history = history_,
                 .analyses = analyses_,
                 .textActions = textActions_,
@@ -72,6 +76,12 @@ AppDelegate::AppDelegate(Platform& platform)
     analyses_.of(text);  // known when the menu opens
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
   };
+  captureCommands_.onStart = [this](const std::string& path) { watched_.ignore(path); };
+  captureCommands_.onCaptured = [this](const std::string& name, const std::string& message) {
+    captureHistory_.refresh();
+    screenshotCopied(name, message);
+  };
+  captureHistory_.onTrashed = [this] { imageHistory_.refresh(); };
   access_.onProbed = [this] { watched_.check(); };
   watched_.onChange = [this] { watchedFolderChanged(); };
   historyMenus_.onReveal = [this](const SharedText& text) { viewer_.showText(text, "Full value"); };
@@ -89,10 +99,15 @@ void AppDelegate::applicationDidFinishLaunching() {
   cannedResponses_.cannedResponses.read();
   history_.loadClipHistory();
   registerAndReadSettings();
+  refreshHistories();
   menu_.buildMenu();
   platform_.statusItem.setMenu(menu_.menu(), this);
-  platform_.application.setDockMenu([this] { return menu_.dockMenu(); },
-                                    [this](const MenuItem& item) { menuItemChosen(item); });
+  platform_.application.setDockMenu(
+      [this] {
+        refreshLists();
+        return menu_.dockMenu();
+      },
+      [this](const MenuItem& item) { menuItemChosen(item); });
   requests_.serve();
   history_.startClipPoller();
   tidying_ = platform_.queue.every(idleSeconds, releaseIdlePixelMemory);
@@ -117,6 +132,7 @@ void AppDelegate::registerAndReadSettings() {
       &menu_.showClipboardPreview,
       &imageExport_.favoriteSaveDirs,
       &history_.archiveToPictures,
+      &captureCommands_.countdownEnabled,
       &collectCopies_.concatEnabled,
       &collectCopies_.concatBuffer,
       &collectCopies_.concatSeparator,
@@ -125,13 +141,13 @@ void AppDelegate::registerAndReadSettings() {
   for (LaunchSetting* setting : settings) setting->read();
 }
 
-void AppDelegate::screenshotCopied(const std::string& fileName) {
+void AppDelegate::screenshotCopied(const std::string& fileName, const std::string& message) {
   // 2^63 screenshots would be a sign of something worse.
   if (__builtin_add_overflow(state_.count, 1, &state_.count)) std::abort();
   state_.lastCopied = text::sanitized(fileName);
   flashStatusIcon();
   rebuildMenu();
-  notify(*state_.lastCopied);
+  notify(text::sanitized(message));
 }
 
 void AppDelegate::watchedFolderChanged() {
@@ -172,6 +188,17 @@ bool AppDelegate::copyWithoutRecording(const Image& image) {
   return history_.copyWithoutRecording(image);
 }
 
+void AppDelegate::refreshHistories() {
+  captureHistory_.refresh();
+  imageHistory_.refresh();
+}
+
+// What the menus show of folders and other programs.
+void AppDelegate::refreshLists() {
+  captureCommands_.refresh();
+  refreshHistories();
+}
+
 void AppDelegate::menuWillOpen() {
   menuIsOpen_ = true;
   bringMenuUpToDate();
@@ -182,6 +209,7 @@ void AppDelegate::menuDidClose() { menuIsOpen_ = false; }
 void AppDelegate::bringMenuUpToDate() {
   access_.probe();
   textActions_.refreshApplications();
+  refreshLists();
   if (std::exchange(menuIsStale_, false)) {
     menu_.buildMenu();
   } else {

@@ -9,6 +9,8 @@
 
 #include "app/menu_requests.h"
 #include "app/status_menu.h"
+#include "capture/capture_commands.h"
+#include "capture/capture_history.h"
 #include "capture/screenshot_access.h"
 #include "capture/watched_folder.h"
 #include "clipboard/clipboard_history.h"
@@ -40,8 +42,11 @@ class AppDelegate : private Shell, private MenuDelegate {
  private:
   void registerAndReadSettings();
   void bringMenuUpToDate();
-  void screenshotCopied(const std::string& fileName);
+  // Of a screenshot or capture that is on the clipboard.
+  void screenshotCopied(const std::string& fileName, const std::string& message);
   void watchedFolderChanged();
+  void refreshHistories();
+  void refreshLists();
 
   // Shell
   void notify(const std::string& message) override;
@@ -63,6 +68,8 @@ class AppDelegate : private Shell, private MenuDelegate {
 
   ScreenshotAccess access_;
   WatchedFolder watched_;
+  CaptureCommands captureCommands_;
+  CaptureHistory captureHistory_;
 
   ClipboardHistory history_;
   TextAnalyses analyses_;

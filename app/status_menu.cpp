@@ -39,12 +39,16 @@ void StatusMenu::buildMenu() {
   if (parts_.state.lastCopied) menu.addDisabled("Last: " + *parts_.state.lastCopied);
 
   menu.addSeparator();
+  captureItem = menu.addSubmenu("Capture screenshot", parts_.captureCommands.menu());
+
+  menu.addSeparator();
   parts_.flattenTrim.addStatusItems(menu);
   parts_.collectCopies.addStatusItem(menu);
   menu.add("View clipboard…", "showClipboardViewer")->key = "v";
 
   menu.addSeparator();
   menu.addSubmenu("Canned responses", parts_.cannedResponses.menu());
+  historyItem = menu.addSubmenu("Capture history", parts_.captureHistory.menu());
   clipHistoryItem =
       menu.addSubmenu("Clipboard history", parts_.historyMenus.clipboardHistoryMenu());
   clipByTypeItem = menu.addSubmenu("Clipboard by type", parts_.historyMenus.clipboardByTypeMenu());
@@ -102,6 +106,8 @@ void StatusMenu::refreshImageItems() {
 }
 
 void StatusMenu::refresh() {
+  captureItem->submenu = parts_.captureCommands.menu();
+  historyItem->submenu = parts_.captureHistory.menu();
   clipHistoryItem->submenu = parts_.historyMenus.clipboardHistoryMenu();
   clipByTypeItem->submenu = parts_.historyMenus.clipboardByTypeMenu();
   imageHistoryItem->submenu = parts_.imageHistory.imageHistoryMenu();
@@ -114,7 +120,10 @@ void StatusMenu::refresh() {
 
 std::shared_ptr<Menu> StatusMenu::dockMenu() {
   auto menu = std::make_shared<Menu>();
+  menu->addSubmenu("Capture screenshot", parts_.captureCommands.menu());
+  menu->addSeparator();
   menu->addSubmenu("Canned responses", parts_.cannedResponses.menu());
+  menu->addSubmenu("Capture history", parts_.captureHistory.menu());
   menu->addSubmenu("Clipboard history", parts_.historyMenus.clipboardHistoryMenu());
   menu->addSubmenu("Clipboard by type", parts_.historyMenus.clipboardByTypeMenu());
   menu->addSeparator();

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "capture/capture_commands.h"
+#include "capture/capture_history.h"
 #include "capture/screenshot_access.h"
 #include "capture/watched_folder.h"
 #include "clipboard/clipboard_history.h"
@@ -34,11 +36,13 @@ struct MenuParts {
   const MenuState& state;
   const ScreenshotAccess& access;
   const WatchedFolder& watched;
+  const CaptureCommands& captureCommands;
+  const CaptureHistory& captureHistory;
   const ClipboardHistory& history;
   TextAnalyses& analyses;
   TextActions& textActions;
   HistoryMenus& historyMenus;
-  ImageHistory& imageHistory;
+  const ImageHistory& imageHistory;
   FlattenTrim& flattenTrim;
   CollectCopies& collectCopies;
   const CannedResponses& cannedResponses;
@@ -80,6 +84,8 @@ class StatusMenu {
   MenuItemRef openActionsItem;
   MenuItemRef editImageItem;
   MenuItemRef imgTagClipItem;
+  MenuItemRef captureItem;
+  MenuItemRef historyItem;
   MenuItemRef clipHistoryItem;
   MenuItemRef clipByTypeItem;
   MenuItemRef imageHistoryItem;

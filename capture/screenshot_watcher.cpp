@@ -81,6 +81,14 @@ void ScreenshotWatcher::start() {
   tellChange();
 }
 
+void ScreenshotWatcher::ignore(const std::string& fullPath) {
+  const std::string name = files::lastComponent(fullPath);
+  const std::string folder = fullPath.substr(0, fullPath.size() - name.size());
+  // The same folder may go by several names.
+  const auto identity = files::folderIdentity(folder);
+  if (identity && identity == files::folderIdentity(path)) seen.insert(files::join(path, name));
+}
+
 void ScreenshotWatcher::check() {
   if (stream) stream->check();
 }

@@ -28,6 +28,9 @@ class ScreenshotWatcher {
   // A folder that cannot be watched is not reported: the readability probe tells the user.
   void start();
 
+  // The file is not to be copied when it comes, if it is one of this folder.
+  void ignore(const std::string& fullPath);
+
   // Looks whether the path means another folder by now.
   void check();
 

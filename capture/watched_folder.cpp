@@ -40,6 +40,11 @@ void WatchedFolder::start() {
   for (const auto& awaited : awaited_) awaited->start();
 }
 
+void WatchedFolder::ignore(const std::string& fullPath) {
+  if (watcher) watcher->ignore(fullPath);
+  for (const auto& awaited : awaited_) awaited->ignore(fullPath);
+}
+
 void WatchedFolder::check() {
   if (watcher) watcher->check();
   for (const auto& awaited : awaited_) awaited->check();

@@ -27,6 +27,9 @@ class WatchedFolder {
   // watched in its turn, and the screenshot copied.
   void start();
 
+  // The file is not to be copied when it comes into a folder that is watched.
+  void ignore(const std::string& fullPath);
+
   // Looks whether the path means another folder by now.
   void check();
 

@@ -11,6 +11,7 @@
 #include "platform/keyboard.h"
 #include "platform/main_queue.h"
 #include "platform/pasteboard.h"
+#include "platform/screen_capture.h"
 #include "platform/screens.h"
 #include "platform/status_item.h"
 #include "platform/user_defaults.h"
@@ -72,8 +73,9 @@ class Workspace {
                                    std::function<void(const std::string&)> advise) = 0;
   // Shows the file, selected, in the file manager.
   virtual void reveal(const std::string& path) = 0;
-  // Moves the file to the trash. False when it stays where it is.
-  virtual bool trash(const std::string& path) = 0;
+  // Moves files to the trash in the background, across file systems too; what cannot be moved stays
+  // where it is. Calls `done` afterwards, unless the handle was dropped by then.
+  [[nodiscard]] virtual Task trash(std::vector<std::string> paths, std::function<void()> done) = 0;
 };
 
 // What another process can ask of the running program. All on the main thread.
@@ -115,6 +117,7 @@ struct Platform {
   Dialogs& dialogs;
   Screens& screens;
   KeyMonitors& keyMonitors;
+  ScreenCapture& screenCapture;
 };
 
 }  // namespace marbelot

@@ -24,6 +24,7 @@
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_windows.h"
 #include "platform/linux/remote_control.h"
+#include "platform/linux/screen_capture.h"
 #include "platform/linux/screens.h"
 #include "platform/linux/session_bus.h"
 #include "platform/linux/symbols.h"
@@ -170,8 +171,10 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   QtDialogs dialogs(bus, pictures);
   QtScreens screens;
   QtKeyMonitors keyMonitors;
-  Platform platform{quitter,   queue,      pasteboard, defaults, folderEvents, notices,
-                    workspace, statusItem, windows,    dialogs,  screens,      keyMonitors};
+  DesktopScreenCapture screenCapture(queue);
+  Platform platform{quitter, queue,       pasteboard,   defaults, folderEvents,
+                    notices, workspace,   statusItem,   windows,  dialogs,
+                    screens, keyMonitors, screenCapture};
 
   std::shared_ptr<void> launched;
   const auto start = [&] {

@@ -8,6 +8,7 @@
 
 #include "platform/files.h"
 #include "platform/linux/file_list.h"
+#include "platform/linux/ini_file.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/text.h"
 
@@ -17,33 +18,6 @@ namespace {
 std::string configFolder() {
   const char* configured = std::getenv("XDG_CONFIG_HOME");
   return configured && *configured ? configured : join(homeFolder(), ".config");
-}
-
-// The value of the first line `key=value` of an INI-like file, optionally only within [section].
-std::optional<std::string> iniValue(const std::string& path, std::string_view section,
-                                    std::string_view key) {
-  const SharedBytes contents = read(path, 1 << 20);
-  if (!contents) return std::nullopt;
-  bool inside = section.empty();
-  for (std::size_t at = 0; at < contents->size();) {
-    const std::size_t end = std::min(contents->find('\n', at), contents->size());
-    const std::string_view line =
-        text::trimmedBlanksAndNewlines(std::string_view(*contents).substr(at, end - at));
-    at = end + 1;
-    if (line.starts_with('[')) {
-      inside = section.empty() || line == "[" + std::string(section) + "]";
-    } else if (inside && line.starts_with(key)) {
-      std::string_view rest = text::trimmedBlanks(line.substr(key.size()));
-      // KDE's mark of a value that names an environment variable.
-      if (rest.starts_with("[$e]")) rest = text::trimmedBlanks(rest.substr(4));
-      if (!rest.starts_with('=')) continue;
-      rest = text::trimmedBlanks(rest.substr(1));
-      if (rest.size() >= 2 && rest.starts_with('"') && rest.ends_with('"'))
-        rest = rest.substr(1, rest.size() - 2);
-      if (!rest.empty()) return std::string(rest);
-    }
-  }
-  return std::nullopt;
 }
 
 std::string expandingHome(const std::string& path) {

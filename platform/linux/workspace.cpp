@@ -15,6 +15,7 @@
 
 #include "platform/linux/applications.h"
 #include "platform/linux/folder_access.h"
+#include "platform/linux/trash.h"
 
 namespace marbelot {
 namespace {
@@ -107,8 +108,14 @@ void DesktopWorkspace::reveal(const std::string& path) {
   });
 }
 
-bool DesktopWorkspace::trash(const std::string& path) {
-  return QFile::moveToTrash(QFile::decodeName(path.c_str()));
+Task DesktopWorkspace::trash(std::vector<std::string> paths, std::function<void()> done) {
+  return queue_.inBackground(
+      [paths = std::move(paths)] {
+        std::size_t moved = 0;
+        for (const std::string& path : paths) moved += moveToTrash(path) ? 1 : 0;
+        return moved;
+      },
+      [done = std::move(done)](std::size_t) { done(); });
 }
 
 }  // namespace marbelot

@@ -24,7 +24,7 @@ class DesktopWorkspace : public Workspace {
   void openPrivacySettings(const std::string& folder,
                            std::function<void(const std::string&)> advise) override;
   void reveal(const std::string& path) override;
-  bool trash(const std::string& path) override;
+  [[nodiscard]] Task trash(std::vector<std::string> paths, std::function<void()> done) override;
 
  private:
   void askFileManager(const QString& method, const std::string& path,

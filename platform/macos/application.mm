@@ -106,15 +106,16 @@ struct Services {
   std::unique_ptr<UserDefaults> defaults = makeUserDefaults(*queue);
   std::unique_ptr<FolderEvents> folderEvents = makeFolderEvents();
   std::unique_ptr<Notices> notices = makeNotices();
-  std::unique_ptr<Workspace> workspace = makeWorkspace();
+  std::unique_ptr<Workspace> workspace = makeWorkspace(*queue);
   std::unique_ptr<StatusItem> statusItem = makeStatusItem(*queue);
   std::unique_ptr<Windows> windows = makeWindows(*queue);
   std::unique_ptr<Dialogs> dialogs = makeDialogs(*queue);
   std::unique_ptr<Screens> screens = makeScreens();
   std::unique_ptr<KeyMonitors> keyMonitors = makeKeyMonitors();
-  Platform platform = {application,   *queue,   *pasteboard, *defaults,
-                       *folderEvents, *notices, *workspace,  *statusItem,
-                       *windows,      *dialogs, *screens,    *keyMonitors};
+  std::unique_ptr<ScreenCapture> screenCapture = makeScreenCapture(*queue);
+  Platform platform = {application, *queue,       *pasteboard,   *defaults, *folderEvents,
+                       *notices,    *workspace,   *statusItem,   *windows,  *dialogs,
+                       *screens,    *keyMonitors, *screenCapture};
 };
 
 }  // namespace

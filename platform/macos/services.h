@@ -12,11 +12,12 @@ std::unique_ptr<Pasteboard> makePasteboard();
 std::unique_ptr<UserDefaults> makeUserDefaults(MainQueue& queue);
 std::unique_ptr<FolderEvents> makeFolderEvents();
 std::unique_ptr<Notices> makeNotices();
-std::unique_ptr<Workspace> makeWorkspace();
+std::unique_ptr<Workspace> makeWorkspace(MainQueue& queue);
 std::unique_ptr<StatusItem> makeStatusItem(MainQueue& queue);
 std::unique_ptr<Windows> makeWindows(MainQueue& queue);
 std::unique_ptr<Dialogs> makeDialogs(MainQueue& queue);
 std::unique_ptr<Screens> makeScreens();
 std::unique_ptr<KeyMonitors> makeKeyMonitors();
+std::unique_ptr<ScreenCapture> makeScreenCapture(MainQueue& queue);
 
 }  // namespace marbelot

@@ -38,6 +38,8 @@ void addApplication(std::vector<LinkApplication>& to, NSURL* bundle, bool isDefa
 
 class SharedWorkspace final : public Workspace {
  public:
+  explicit SharedWorkspace(MainQueue& queue) : queue_(queue) {}
+
   void openPath(const std::string& path) override {
     @autoreleasepool {
       [NSWorkspace.sharedWorkspace openURL:fileUrl(path)];
@@ -87,17 +89,30 @@ class SharedWorkspace final : public Workspace {
     }
   }
 
-  bool trash(const std::string& path) override {
-    @autoreleasepool {
-      return [NSFileManager.defaultManager trashItemAtURL:fileUrl(path)
-                                         resultingItemURL:nil
-                                                    error:nil];
-    }
+  Task trash(std::vector<std::string> paths, std::function<void()> done) override {
+    return queue_.inBackground(
+        [paths = std::move(paths)] {
+          @autoreleasepool {
+            bool all = true;
+            for (const std::string& path : paths)
+              all = [NSFileManager.defaultManager trashItemAtURL:fileUrl(path)
+                                                resultingItemURL:nil
+                                                           error:nil] &&
+                    all;
+            return all;
+          }
+        },
+        [done = std::move(done)](bool) { done(); });
   }
+
+ private:
+  MainQueue& queue_;
 };
 
 }  // namespace
 
-std::unique_ptr<Workspace> makeWorkspace() { return std::make_unique<SharedWorkspace>(); }
+std::unique_ptr<Workspace> makeWorkspace(MainQueue& queue) {
+  return std::make_unique<SharedWorkspace>(queue);
+}
 
 }  // namespace marbelot

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/files.h"
+
 namespace marbelot::memory {
 
 Task Queue::schedule(double seconds, double interval, std::function<void()> work) {
@@ -136,9 +138,32 @@ void Folders::fire() {
     if (token.lock()) changed();
 }
 
-bool Desktop::trash(const std::string& path) {
-  trashed.push_back(path);
-  return true;
+Task Desktop::trash(std::vector<std::string> paths, std::function<void()> done) {
+  return queue_.inBackground([] { return true; },
+                             [this, paths = std::move(paths), done = std::move(done)](bool) {
+                               trashed.insert(trashed.end(), paths.begin(), paths.end());
+                               done();
+                             });
+}
+
+void Camera::Capture::end(const SharedBytes& picture, const std::string& problem) const {
+  if (!isAlive()) return;
+  if (picture) files::create(path, *picture);
+  // A copy: what it calls may ask for another capture.
+  const auto told = finished;
+  told(problem);
+}
+
+Task Camera::capture(const std::vector<std::string>& arguments, const std::string& path,
+                     std::function<void(const std::string&)> finished) {
+  auto token = std::make_shared<char>();
+  captures.push_back({arguments, path, std::move(finished), token});
+  return Task(std::move(token));
+}
+
+std::optional<std::int64_t> Camera::frontWindow(std::int64_t pid) {
+  const auto found = frontWindows.find(pid);
+  return found == frontWindows.end() ? std::nullopt : std::optional(found->second);
 }
 
 bool Icon::setSymbol(const std::string& name, const std::string& text) {

@@ -113,6 +113,7 @@ class NoticeList : public Notices {
 
 class Desktop : public Workspace {
  public:
+  explicit Desktop(MainQueue& queue) : queue_(queue) {}
   void openPath(const std::string& path) override { opened.push_back(path); }
   using Workspace::openUrl;
   void openUrl(const std::string& url, const std::string& application) override {
@@ -129,11 +130,14 @@ class Desktop : public Workspace {
     if (!advice.empty()) advise(advice);
   }
   void reveal(const std::string& path) override { revealed.push_back(path); }
-  bool trash(const std::string& path) override;
+  [[nodiscard]] Task trash(std::vector<std::string> paths, std::function<void()> done) override;
   std::vector<std::string> opened, privacyOpened, revealed, trashed;
   std::map<std::string, std::vector<LinkApplication>> applications;  // by scheme
   int searches = 0;                                                  // for them
   std::string advice;  // to whoever opens the privacy settings
+
+ private:
+  MainQueue& queue_;
 };
 
 class Icon : public StatusItem {
@@ -287,6 +291,32 @@ class DialogList : public Dialogs {
   std::deque<Open> open_;
 };
 
+// Captures that are under way until the test ends them.
+class Camera : public ScreenCapture {
+ public:
+  struct Capture {
+    std::vector<std::string> arguments;
+    std::string path;
+    std::function<void(const std::string& problem)> finished;
+    std::weak_ptr<void> token;
+
+    bool isAlive() const { return !token.expired(); }
+    // The picture is saved there and then, unless it is null, and the tool ends.
+    void end(const SharedBytes& picture, const std::string& problem = {}) const;
+  };
+
+  [[nodiscard]] Task capture(const std::vector<std::string>& arguments, const std::string& path,
+                             std::function<void(const std::string&)> finished) override;
+  std::vector<RunningApplication> runningApplications() override { return applications; }
+  void activate(std::int64_t pid) override { activated.push_back(pid); }
+  std::optional<std::int64_t> frontWindow(std::int64_t pid) override;
+
+  std::vector<Capture> captures;  // every one so far
+  std::vector<RunningApplication> applications;
+  std::map<std::int64_t, std::int64_t> frontWindows;  // by the program's id
+  std::vector<std::int64_t> activated;
+};
+
 class App : public Application {
  public:
   void terminate() override { terminated = true; }
@@ -309,14 +339,16 @@ struct MemoryPlatform {
   Defaults defaults;
   Folders folderEvents;
   NoticeList notices;
-  Desktop workspace;
+  Desktop workspace{queue};
   Icon statusItem;
   WindowList windows;
   DialogList dialogs;
   ScreenList screens;
   Keyboard keyMonitors;
-  Platform platform{application, queue,      pasteboard, defaults, folderEvents, notices,
-                    workspace,   statusItem, windows,    dialogs,  screens,      keyMonitors};
+  Camera screenCapture;
+  Platform platform{application, queue,       pasteboard,   defaults, folderEvents,
+                    notices,     workspace,   statusItem,   windows,  dialogs,
+                    screens,     keyMonitors, screenCapture};
 };
 
 // The item reached by its titles from the top; a title that ends in "*" matches by its beginning.

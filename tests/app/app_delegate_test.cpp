@@ -61,12 +61,15 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
                                                 "-",
                                                 "Copied this session: 0",
                                                 "-",
+                                                "Capture screenshot",
+                                                "-",
                                                 "Flatten newlines",
                                                 "Trim clipboard",
                                                 "Collect copies",
                                                 "View clipboard…",
                                                 "-",
                                                 "Canned responses",
+                                                "Capture history",
                                                 "Clipboard history",
                                                 "Clipboard by type",
                                                 "Image history",
@@ -158,10 +161,10 @@ TEST_F(AppDelegateTest, ReadsItsSettingsInOrder) {
   std::vector<std::string> reads;
   for (const std::string& key : desktop_.defaults.reads)
     if (key != "recordConcealedCopies") reads.push_back(key);
-  EXPECT_EQ(reads, (std::vector<std::string>{"cannedResponses", "clipTextHistory",
-                                             "autoSaveClipImages", "showClipboardPreview",
-                                             "favoriteSaveDirs", "archiveClipImagesToPictures",
-                                             "concatEnabled", "concatBuffer", "concatSeparator"}));
+  EXPECT_EQ(reads, (std::vector<std::string>{
+                       "cannedResponses", "clipTextHistory", "autoSaveClipImages",
+                       "showClipboardPreview", "favoriteSaveDirs", "archiveClipImagesToPictures",
+                       "countdownEnabled", "concatEnabled", "concatBuffer", "concatSeparator"}));
 }
 
 TEST_F(AppDelegateTest, AScreenshotIsCountedNamedFlashedAndAnnounced) {
@@ -387,7 +390,8 @@ TEST_F(AppDelegateTest, TheDockMenuIsTheShortOneAndWithoutKeys) {
   const auto dock = desktop_.application.dockMenu();
   std::vector<std::string> shown;
   for (const MenuItemRef& item : dock->items) shown.push_back(item->separator ? "-" : item->title);
-  EXPECT_EQ(shown, (std::vector<std::string>{"Canned responses", "Clipboard history",
+  EXPECT_EQ(shown, (std::vector<std::string>{"Capture screenshot", "-", "Canned responses",
+                                             "Capture history", "Clipboard history",
                                              "Clipboard by type", "-", "Flatten newlines",
                                              "Trim clipboard", "View clipboard…"}));
   const MenuItemRef mashed = itemAt(*dock, {"Flatten newlines", "Mashed*"});

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "capture/capture_history.h"
 #include "clipboard/clip_preview.h"
 #include "clipboard/image_history.h"
 #include "tests/clipboard/history_fixture.h"
@@ -29,7 +30,13 @@ class HistoryMenusTest : public HistoryTest {
 
   TextAnalyses analyses{desktop.queue};
   HistoryMenus menus{desktop.platform, shell, actions, history, analyses};
-  ImageHistory images{desktop.platform, shell, actions, history};
+  CaptureHistory captures{desktop.platform, shell, actions};
+  ImageHistory images{desktop.platform, shell, history};
+  std::shared_ptr<Menu> listedImages() {
+    images.refresh();
+    desktop.queue.drain();
+    return images.imageHistoryMenu();
+  }
 };
 
 using Titles = std::vector<std::string>;
@@ -295,7 +302,8 @@ TEST_F(HistoryMenusTest, ThePreviewLineTellsWhatIsOnTheClipboard) {
 }
 
 TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
-  EXPECT_EQ(titles(*images.imageHistoryMenu()),
+  EXPECT_EQ(titles(*images.imageHistoryMenu())[0], "Reading the folder…");
+  EXPECT_EQ(titles(*listedImages()),
             (Titles{"No images yet", "—", "Open copied-images folder", "Open captures folder"}));
   const std::string folder = history.clipImagesFolder() + "/";
   using std::filesystem::file_time_type;
@@ -308,7 +316,7 @@ TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
   for (const char* other : {"note.txt", ".hidden.png", "x.gif"}) add(other, 100);
   std::filesystem::create_directory(folder + "folder.png");
   add("drawn.JPG", 50);
-  auto menu = images.imageHistoryMenu();
+  auto menu = listedImages();
   ASSERT_EQ(menu->items.size(), 18u);
   EXPECT_EQ(menu->items[0]->title, "drawn.JPG");
   EXPECT_EQ(menu->items[1]->title, "Clip 17.png");
@@ -317,6 +325,7 @@ TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
                     "Edit image"}));
   for (const auto& item : menu->items[1]->submenu->items)
     EXPECT_TRUE(item->submenu || actions.perform(*item));
+  desktop.queue.drain();
   EXPECT_EQ(desktop.notices.posted[0].text, "Copied: Clip 17.png");
   EXPECT_EQ(shell.flashes, 2);
   EXPECT_EQ(desktop.workspace.revealed, Titles{folder + "Clip 17.png"});
@@ -327,7 +336,7 @@ TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
   std::filesystem::remove(folder + "drawn.JPG");
   files::create(folder + "late.png", "no image");
   std::filesystem::last_write_time(folder + "late.png", start + std::chrono::seconds(500));
-  menu = images.imageHistoryMenu();
+  menu = listedImages();
   EXPECT_EQ(menu->items[0]->title, "late.png");
   EXPECT_TRUE(actions.perform(*menu->items[0]->submenu->items[0]));
   EXPECT_EQ(desktop.notices.last(), "Couldn't read the image");

@@ -8,6 +8,7 @@
 #include "platform/linux/qt_dialogs.h"
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_windows.h"
+#include "platform/linux/screen_capture.h"
 #include "platform/linux/screens.h"
 #include "platform/linux/session_bus.h"
 #include "platform/linux/tray_status_item.h"
@@ -80,9 +81,10 @@ class LinuxDesktop : public TestDesktop {
   QtDialogs dialogs_{bus_, pictures_};
   QtScreens screens_;
   QtKeyMonitors keyMonitors_;
-  Platform platform_{application_,  queue_,   pasteboard_, defaults_,
-                     folderEvents_, notices_, workspace_,  statusItem_,
-                     windows_,      dialogs_, screens_,    keyMonitors_};
+  DesktopScreenCapture screenCapture_{queue_};
+  Platform platform_{application_, queue_,       pasteboard_,   defaults_, folderEvents_,
+                     notices_,     workspace_,   statusItem_,   windows_,  dialogs_,
+                     screens_,     keyMonitors_, screenCapture_};
 };
 
 std::unique_ptr<TestDesktop> makeDesktop() {

@@ -156,6 +156,7 @@ CGImageRef CGImageCreate(std::size_t width, std::size_t height, std::size_t, std
 // the one opened last first.
 const CFStringRef kCGWindowOwnerPID = (__bridge CFStringRef) @"kCGWindowOwnerPID";
 const CFStringRef kCGWindowLayer = (__bridge CFStringRef) @"kCGWindowLayer";
+const CFStringRef kCGWindowNumber = (__bridge CFStringRef) @"kCGWindowNumber";
 const CFStringRef kCGWindowBounds = (__bridge CFStringRef) @"kCGWindowBounds";
 
 CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) { return NSPopUpMenuWindowLevel; }

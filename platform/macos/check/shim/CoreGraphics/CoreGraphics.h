@@ -24,6 +24,7 @@ enum CGWindowLevelKey : int32_t { kCGPopUpMenuWindowLevelKey = 11 };
 extern "C" {
 extern const CFStringRef kCGWindowOwnerPID;
 extern const CFStringRef kCGWindowLayer;
+extern const CFStringRef kCGWindowNumber;
 extern const CFStringRef kCGWindowBounds;
 CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey);
 CFArrayRef CGWindowListCopyWindowInfo(uint32_t options, CGWindowID relativeTo);

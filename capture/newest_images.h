@@ -1,0 +1,44 @@
+// The newest image files of a folder, for menus: a large folder, or one on a slow disk, must not
+// keep a menu from opening.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/main_queue.h"
+
+namespace marbelot {
+
+// The names of all visible image files in the folder, the newest first by their modification; those
+// whose date cannot be had come last. Takes time: not for the main thread.
+std::vector<std::string> imagesByDate(const std::string& folder);
+
+// Main thread only.
+class NewestImages {
+ public:
+  // `changed` is called when a listing has found something else than was known.
+  NewestImages(MainQueue& queue, std::size_t limit, std::function<void()> changed)
+      : queue_(queue), limit_(limit), changed_(std::move(changed)) {}
+
+  // Starts a listing in the background. What is known stays so until it is done.
+  void refresh(const std::string& folder);
+  // The names of the newest files, newest first, as they were listed last; none before the first
+  // listing of that folder is done.
+  std::optional<std::vector<std::string>> names(const std::string& folder) const;
+  // Takes the file off what is known, because it is about to go.
+  void forget(const std::string& folder, const std::string& name);
+
+ private:
+  MainQueue& queue_;
+  const std::size_t limit_;
+  const std::function<void()> changed_;
+  std::string folder_;
+  std::optional<std::vector<std::string>> names_;  // of `folder_`
+  Task listing_;
+  bool isListing_ = false;
+  bool isStale_ = false;  // asked for again while a listing was under way
+};
+
+}  // namespace marbelot

@@ -1,0 +1,15 @@
+// Settings files of other programs. No state; any thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace marbelot {
+
+// The value of the first line `key=value` of an INI-like file, optionally only within [section].
+// None when there is no such line, or nothing in it.
+std::optional<std::string> iniValue(const std::string& path, std::string_view section,
+                                    std::string_view key);
+
+}  // namespace marbelot

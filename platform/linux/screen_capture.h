@@ -1,0 +1,51 @@
+// Pictures of the screen, taken by the desktop's tools; programs and windows by what the window
+// manager says on the X display.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <list>
+#include <map>
+#include <memory>
+
+#include "platform/linux/capture_tools.h"
+#include "platform/linux/child_process.h"
+#include "platform/linux/x11_windows.h"
+#include "platform/screen_capture.h"
+
+namespace marbelot {
+
+class DesktopScreenCapture : public QObject, public ScreenCapture {
+ public:
+  explicit DesktopScreenCapture(MainQueue& queue);
+  ~DesktopScreenCapture() override;
+
+  [[nodiscard]] Task capture(const std::vector<std::string>& arguments, const std::string& path,
+                             std::function<void(const std::string& problem)> finished) override;
+  std::vector<RunningApplication> runningApplications() override;
+  void activate(std::int64_t pid) override;
+  std::optional<std::int64_t> frontWindow(std::int64_t pid) override;
+
+ private:
+  struct Job;
+
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  X11Windows& windows();
+  void startWaiting();
+  void run(Job& job, const std::string& before);
+  void stepEnded(Job& job, ChildProcess::Result result);
+  void save(Job& job, Descriptor output);
+  void finish(Job& job, const std::string& problem);
+  void cancel(const Job* job);
+
+  MainQueue& queue_;
+  std::unique_ptr<X11Windows> windows_;
+  std::list<std::shared_ptr<Job>> jobs_;
+  Task starting_;
+  QElapsedTimer sincePopup_;  // since a menu of ours has gone from the screen
+  // By window; they do not change while a menu is looked at, and can be large.
+  std::map<xcb_window_t, std::optional<Image>> icons_;
+  std::map<std::string, std::string> names_;  // of programs, by their windows' class
+};
+
+}  // namespace marbelot
