@@ -98,7 +98,7 @@ void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answ
                    });
   dialog->adjustSize();
   dialog->setFixedSize(dialog->size());
-  centreOnScreen(*dialog);
+  dialog->move(centred(dialog->frameGeometry()).topLeft());
   bringToFront(*dialog);
   if (accessory) {
     if (QWidget* text = accessory->find(alert.accessory.front().id)) text->setFocus();
@@ -125,7 +125,7 @@ void QtDialogs::chooseFolder(FolderPanel panel,
       const QStringList folders = dialog->selectedFiles();
       if (!folders.isEmpty()) chosen(QFile::encodeName(folders.first()).toStdString());
     });
-    centreOnScreen(*dialog);
+    dialog->move(centred(dialog->frameGeometry()).topLeft());
     bringToFront(*dialog);
   });
 }

@@ -28,16 +28,14 @@ void bringToFront(QWidget& window) {
   window.activateWindow();
 }
 
-void centreOnScreen(QWidget& window) {
-  if (window.isMaximized() || window.isFullScreen()) return;
+QRect centred(QRect frame) {
   const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
   if (!screen) screen = QGuiApplication::primaryScreen();
-  if (!screen) return;
-  const QRect available = screen->availableGeometry();
-  QRect frame(QPoint(), window.frameGeometry().size());
+  if (!screen) return frame;
+  const QRect available = usableArea(*screen);
   frame.moveCenter(available.center());
   frame.moveTo(std::max(frame.left(), available.left()), std::max(frame.top(), available.top()));
-  window.move(frame.topLeft());
+  return frame;
 }
 
 class QtWindow : public Window {
@@ -102,7 +100,10 @@ class QtWindow : public Window {
     fading_.setEndValue(0.);
     fading_.start();
   }
-  void center() override { centreOnScreen(frame_); }
+  void center() override {
+    if (frame_.isMaximized() || frame_.isFullScreen()) return;
+    frame_.setShownFrame(centred(frame_.shownFrame()));
+  }
   bool isVisible() const override { return frame_.isVisible(); }
   bool isKey() const override { return frame_.isVisible() && frame_.isActiveWindow(); }
 

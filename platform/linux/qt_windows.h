@@ -24,7 +24,7 @@ class QtWindows : public Windows {
 };
 
 void bringToFront(QWidget& window);
-// One that fills a screen stays there.
-void centreOnScreen(QWidget& window);
+// In the middle of the screen with the pointer. All in Qt's coordinates.
+QRect centred(QRect frame);
 
 }  // namespace marbelot

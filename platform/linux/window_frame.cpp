@@ -2,10 +2,14 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QBitmap>
 #include <QCloseEvent>
 #include <QPainter>
+#include <QPlainTextEdit>
+#include <QTimer>
 #include <QWindow>
+#include <algorithm>
+#include <cmath>
+#include <vector>
 
 #include "platform/linux/drawing.h"
 #include "platform/linux/window_shadow.h"
@@ -41,6 +45,22 @@ QSize wholeSize(Size size) {
   return {static_cast<int>(std::lround(size.width)), static_cast<int>(std::lround(size.height))};
 }
 
+QRegion solidPart(const QImage& image) {
+  std::vector<QRect> spans;
+  for (int y = 0; y < image.height(); ++y) {
+    const auto* const row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+    for (int x = 0; x < image.width();) {
+      const int from = x;
+      while (x < image.width() && qAlpha(row[x]) >= leastAlpha) ++x;
+      if (x > from) spans.emplace_back(from, y, x - from, 1);
+      while (x < image.width() && qAlpha(row[x]) < leastAlpha) ++x;
+    }
+  }
+  QRegion region;
+  region.setRects(spans.data(), static_cast<int>(spans.size()));
+  return region;
+}
+
 }  // namespace
 
 WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pictures)
@@ -62,6 +82,7 @@ WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pic
   if (description.alpha < 1) setWindowOpacity(description.alpha);
   pane_.setParent(this);
   pane_.textClicked = [this] { acceptFocus(); };
+  takeFirstFocus();
   setPaneSize(wholeSize(description.contentSize));
   if (titled_ && description.closable) {
     auto* close = new QAction(this);
@@ -72,6 +93,15 @@ WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pic
   }
 }
 
+// A text has the focus, else nothing: Qt would give it to the first button.
+void WindowFrame::takeFirstFocus() {
+  const auto texts = pane_.findChildren<QPlainTextEdit*>();
+  const auto live = std::find_if(texts.begin(), texts.end(),
+                                 [](const QWidget* text) { return !text->isHidden(); });
+  QWidget* const first = live == texts.end() ? static_cast<QWidget*>(this) : *live;
+  first->setFocus();
+}
+
 void WindowFrame::detach() {
   closed = moved = nullptr;
   keyDown = nullptr;
@@ -79,18 +109,27 @@ void WindowFrame::detach() {
 }
 
 QRect WindowFrame::shownFrame() const {
+  if (wanted_) return *wanted_;
   return titled_ ? frameGeometry() : geometry().adjusted(margin_, margin_, -margin_, -margin_);
 }
 
 void WindowFrame::setShownFrame(const QRect& frame) {
   told_ = frame.topLeft();
   if (titled_) {
+    // How large the title bar is turns out on the screen.
+    if (!framed_) wanted_ = frame;
     setPaneSize(frame.size() - (frameGeometry().size() - size()));
     move(frame.topLeft());
   } else {
     setPaneSize(frame.size());
     move(frame.topLeft() - QPoint(margin_, margin_));
   }
+}
+
+void WindowFrame::fitWanted() {
+  const QRect wanted = *wanted_;
+  wanted_.reset();
+  setShownFrame(wanted);
 }
 
 void WindowFrame::setPaneSize(QSize size) {
@@ -105,8 +144,9 @@ void WindowFrame::setPaneSize(QSize size) {
 
 void WindowFrame::setContent(Size size, const std::vector<View>& views) {
   const QRect before = shownFrame();
-  const QSize bars = titled_ ? before.size() - pane_.size() : QSize(0, 0);
+  const QSize bars = titled_ ? frameGeometry().size() - this->size() : QSize(0, 0);
   pane_.setContent(size, views);
+  takeFirstFocus();
   QRect after(QPoint(), wholeSize(size) + bars);
   after.moveBottomLeft(before.bottomLeft());
   if (after.size() != before.size()) setShownFrame(after);
@@ -124,7 +164,7 @@ void WindowFrame::prepare() {
       move(frame.topLeft() - QPoint(margin_, margin_));
     }
     winId();
-    refuseShadow(*this);
+    setShadowMargin(*this, margin_);
   }
   told_ = shownFrame().topLeft();
   if (everySpace_ && !isVisible()) putOnEveryDesktop(*this);
@@ -138,7 +178,9 @@ void WindowFrame::shape() {
   clearMask();
   if (composited_ && margin_ == 0) return;
   pane_.resize(size() - QSize(2 * margin_, 2 * margin_));
-  QImage drawn(pane_.size(), QImage::Format_ARGB32_Premultiplied);
+  const double scale = composited_ ? devicePixelRatioF() : 1;
+  QImage drawn((QSizeF(pane_.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+  drawn.setDevicePixelRatio(scale);
   drawn.fill(Qt::transparent);
   pane_.render(&drawn, {}, {}, DrawChildren);
   if (composited_) {
@@ -148,18 +190,8 @@ void WindowFrame::shape() {
     update();
     return;
   }
-  QImage mask(drawn.size(), QImage::Format_MonoLSB);
-  mask.fill(0);
-  bool any = false;
-  for (int y = 0; y < drawn.height(); ++y) {
-    const auto* const row = reinterpret_cast<const QRgb*>(drawn.constScanLine(y));
-    for (int x = 0; x < drawn.width(); ++x) {
-      if (qAlpha(row[x]) < leastAlpha) continue;
-      mask.setPixel(x, y, 1);
-      any = true;
-    }
-  }
-  if (any) setMask(QRegion(QBitmap::fromImage(mask)));
+  if (const QRegion solid = solidPart(drawn); !solid.isEmpty() && solid != QRegion(drawn.rect()))
+    setMask(solid);
 }
 
 void WindowFrame::acceptFocus() {
@@ -183,13 +215,13 @@ void WindowFrame::closeEvent(QCloseEvent* event) {
 
 void WindowFrame::paintEvent(QPaintEvent* event) {
   settled_ = true;
+  if (wanted_ && !framed_) QTimer::singleShot(0, this, [this] { fitWanted(); });
+  framed_ = true;
   if (titled_) return;
   QPainter painter(this);
   if (!composited_) painter.fillRect(event->rect(), palette().color(QPalette::Window));
   if (!shadowImage_.isNull()) {
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    // Not below the views, which may be translucent.
-    painter.setClipRegion(QRegion(rect()) - QRegion(pane_.geometry()), Qt::IntersectClip);
     painter.drawImage(QRectF(rect()), shadowImage_);
   }
 }

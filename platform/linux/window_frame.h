@@ -4,6 +4,7 @@
 #include <QImage>
 #include <QWidget>
 #include <functional>
+#include <optional>
 
 #include "platform/linux/view_pane.h"
 #include "platform/window.h"
@@ -47,7 +48,9 @@ class WindowFrame : public QWidget {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  void takeFirstFocus();
   void setPaneSize(QSize size);
+  void fitWanted();
   void shape();
 
   const bool titled_;
@@ -61,8 +64,10 @@ class WindowFrame : public QWidget {
   bool composited_ = false;
   int margin_ = 0;
   QImage shadowImage_;
-  QPoint told_;           // where the frame was when it was last told of
-  bool settled_ = false;  // on the screen, so that whoever moves it is the user
+  QPoint told_;                  // where the frame was when it was last told of
+  bool framed_ = false;          // by the window manager
+  std::optional<QRect> wanted_;  // until it is
+  bool settled_ = false;         // on the screen, so that whoever moves it is the user
   bool dragging_ = false;
   QPoint dragOffset_;
 };

@@ -8,9 +8,9 @@ namespace {
 
 // At half the size: nobody can tell, and there is a quarter to do.
 constexpr int shrinking = 2;
-constexpr int radius = 4;     // of one of the averages, in shrunk pixels; three are a bell curve
-constexpr int drop = 5;       // points
-constexpr int darkness = 90;  // of 255
+constexpr int radius = 4;  // of one of the averages, in shrunk pixels; three are a bell curve
+constexpr int drop = 5;    // points
+constexpr double darkness = 0.35;
 
 // The average of 2 * radius + 1 neighbours along a row of `count` values that are `step` apart.
 void average(uchar* row, int count, qsizetype step, std::vector<int>& sums) {
@@ -27,7 +27,8 @@ void average(uchar* row, int count, qsizetype step, std::vector<int>& sums) {
 }  // namespace
 
 QImage shadowOf(const QImage& shape) {
-  const QSize whole = shape.size() + QSize(2 * shadowMargin, 2 * shadowMargin);
+  const QSize points = shape.deviceIndependentSize().toSize();
+  const QSize whole = points + QSize(2 * shadowMargin, 2 * shadowMargin);
   QImage alpha(whole / shrinking, QImage::Format_ARGB32_Premultiplied);
   alpha.fill(Qt::transparent);
   {
@@ -43,12 +44,18 @@ QImage shadowOf(const QImage& shape) {
     for (int x = 0; x < alpha.width(); ++x)
       average(alpha.bits() + x, alpha.height(), alpha.bytesPerLine(), sums);
   }
-  for (int y = 0; y < alpha.height(); ++y) {
-    uchar* const row = alpha.scanLine(y);
-    for (int x = 0; x < alpha.width(); ++x) row[x] = static_cast<uchar>(row[x] * darkness / 255);
-  }
-  // Black, as transparent as that says.
-  return alpha.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  const double scale = shape.devicePixelRatio();
+  QImage shadow((QSizeF(whole) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+  shadow.setDevicePixelRatio(scale);
+  shadow.fill(Qt::transparent);
+  QPainter painter(&shadow);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  painter.setOpacity(darkness);
+  painter.drawImage(QRectF(QPointF(), QSizeF(whole)), alpha);
+  painter.setOpacity(1);
+  painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+  painter.drawImage(shadowMargin, shadowMargin, shape);
+  return shadow;
 }
 
 }  // namespace marbelot

@@ -148,8 +148,11 @@ void takeMouseOnlyIn(QWidget& window, const QRegion* region) {
   xcb_xfixes_destroy_region(connection(), made);
 }
 
-void refuseShadow(QWidget& window) {
-  if (connection()) setProperty(window, "_COMPTON_SHADOW", XCB_ATOM_CARDINAL, {0});
+void setShadowMargin(QWidget& window, int margin) {
+  if (!connection()) return;
+  // By this GTK's windows tell it, and every compositor listens.
+  const auto pixels = static_cast<std::uint32_t>(std::lround(margin * window.devicePixelRatioF()));
+  setProperty(window, "_GTK_FRAME_EXTENTS", XCB_ATOM_CARDINAL, {pixels, pixels, pixels, pixels});
 }
 
 }  // namespace marbelot

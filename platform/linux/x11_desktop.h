@@ -18,7 +18,8 @@ QRect usableArea(const QScreen& screen);
 void putOnEveryDesktop(QWidget& window);
 // The mouse reaches the window only there, in its own coordinates; all of it, when that is null.
 void takeMouseOnlyIn(QWidget& window, const QRegion* region);
-// No compositor adds a shadow of its own to the window.
-void refuseShadow(QWidget& window);
+// So much of the window, on every side, is only its shadow, in points: nobody adds another one, and
+// window managers go by the rest.
+void setShadowMargin(QWidget& window, int margin);
 
 }  // namespace marbelot
