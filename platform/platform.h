@@ -14,6 +14,7 @@
 #include "platform/screen_capture.h"
 #include "platform/screens.h"
 #include "platform/status_item.h"
+#include "platform/text_recognizer.h"
 #include "platform/user_defaults.h"
 #include "platform/window.h"
 
@@ -118,6 +119,7 @@ struct Platform {
   Screens& screens;
   KeyMonitors& keyMonitors;
   ScreenCapture& screenCapture;
+  TextRecognizer& recognizer;
 };
 
 }  // namespace marbelot

@@ -9,6 +9,7 @@
 #include "image/operations.h"
 #include "platform/descriptor.h"
 #include "platform/image_codec.h"
+#include "platform/text_recognizer.h"
 #include "tools/arguments.h"
 
 namespace marbelot::ctl {
@@ -46,21 +47,35 @@ int editImage(const std::string& op, const Image& image, const std::string& out)
   return png && writeFile(out, *png) ? done : fail("cannot write " + out);
 }
 
+int readText(const Image& image) {
+  const SharedBitmap pixels = decode(image);
+  if (!pixels) return fail(unreadable);
+  const Recognition found = recognizedText(*pixels);
+  if (found.outcome != Recognition::Outcome::read)
+    return fail("text recognition failed" + (found.advice.empty() ? "" : ": " + found.advice));
+  if (found.lines.empty()) return fail("no text found in the image");
+  std::string text;
+  for (const std::string& line : found.lines) text += line + "\n";
+  return writeBytes(STDOUT_FILENO, text) ? done : fail("cannot write the result");
+}
+
 }  // namespace
 
 int runImageCommand(Arguments& arguments, bool& known) {
-  const bool isTag = arguments.command() == "tag";
-  known = isTag || arguments.command() == "image";
+  const bool isEdit = arguments.command() == "image";
+  const bool isOcr = arguments.command() == "ocr";
+  known = isEdit || isOcr || arguments.command() == "tag";
   const std::vector<std::string>& words = arguments.rest();
-  if (!known || arguments.hasUnknownOptions() || (isTag ? words.size() > 1 : words.size() != 3))
+  if (!known || arguments.hasUnknownOptions() || (isEdit ? words.size() != 3 : words.size() > 1))
     return wrongUsage;
 
-  const std::string in = isTag ? (words.empty() ? "-" : words[0]) : words[1];
+  const std::string in = isEdit ? words[1] : words.empty() ? "-" : words[0];
   auto bytes = readBytes(in);
   if (!bytes) return fail("cannot read " + (in == "-" ? std::string("standard input") : in));
   const auto image = Image::fromBytes(share(*std::move(bytes)));
   if (!image) return fail(unreadable);
-  if (!isTag) return editImage(words[0], *image, words[2]);
+  if (isEdit) return editImage(words[0], *image, words[2]);
+  if (isOcr) return readText(*image);
   const auto tag = imageTag(*image);
   if (!tag) return fail(unreadable);
   return writeFully(STDOUT_FILENO, *tag + "\n") ? done : fail("cannot write the result");

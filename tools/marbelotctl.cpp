@@ -27,6 +27,7 @@ constexpr const char* usage =
     "emblem:circle:white,\n"
     "                                         transparent:corner, rotate:90, flip:h, resize:0.5\n"
     "  tag [FILE]                             an HTML <img> tag that holds the image\n"
+    "  ocr [FILE]                             the text in the image; status 1 for none\n"
     "\n"
     "On the running Marbelot:\n"
     "  menu [--json]                          the status menu as it would open now\n"

@@ -28,6 +28,7 @@
 #include "platform/linux/screens.h"
 #include "platform/linux/session_bus.h"
 #include "platform/linux/symbols.h"
+#include "platform/linux/tesseract_recognizer.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/linux/wayland_clipboard.h"
@@ -172,9 +173,10 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   QtScreens screens;
   QtKeyMonitors keyMonitors;
   DesktopScreenCapture screenCapture(queue);
-  Platform platform{quitter, queue,       pasteboard,   defaults, folderEvents,
-                    notices, workspace,   statusItem,   windows,  dialogs,
-                    screens, keyMonitors, screenCapture};
+  TesseractRecognizer recognizer(queue);
+  Platform platform{quitter, queue,       pasteboard,    defaults,  folderEvents,
+                    notices, workspace,   statusItem,    windows,   dialogs,
+                    screens, keyMonitors, screenCapture, recognizer};
 
   std::shared_ptr<void> launched;
   const auto start = [&] {

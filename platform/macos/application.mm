@@ -113,9 +113,10 @@ struct Services {
   std::unique_ptr<Screens> screens = makeScreens();
   std::unique_ptr<KeyMonitors> keyMonitors = makeKeyMonitors();
   std::unique_ptr<ScreenCapture> screenCapture = makeScreenCapture(*queue);
-  Platform platform = {application, *queue,       *pasteboard,   *defaults, *folderEvents,
-                       *notices,    *workspace,   *statusItem,   *windows,  *dialogs,
-                       *screens,    *keyMonitors, *screenCapture};
+  std::unique_ptr<TextRecognizer> recognizer = makeTextRecognizer(*queue);
+  Platform platform = {application, *queue,       *pasteboard,    *defaults,  *folderEvents,
+                       *notices,    *workspace,   *statusItem,    *windows,   *dialogs,
+                       *screens,    *keyMonitors, *screenCapture, *recognizer};
 };
 
 }  // namespace

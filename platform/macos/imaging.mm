@@ -5,22 +5,18 @@
 #include <memory>
 
 #include "platform/image_codec.h"
+#include "platform/macos/bitmap_image.h"
 #include "platform/macos/conversions.h"
 #include "platform/macos/drawn_image.h"
 
 namespace marbelot {
 namespace {
 
-// CoreGraphics' objects are not ARC's.
-using ColorSpace = std::unique_ptr<CGColorSpace, decltype(&CGColorSpaceRelease)>;
 using Context = std::unique_ptr<CGContext, decltype(&CGContextRelease)>;
 using Provider = std::unique_ptr<CGDataProvider, decltype(&CGDataProviderRelease)>;
-using CodedPicture = std::unique_ptr<struct CGImage, decltype(&CGImageRelease)>;
 
 constexpr std::size_t bitsPerPart = 8;
 constexpr std::size_t bitsPerPixel = 32;
-
-ColorSpace sRgb() { return {CGColorSpaceCreateWithName(kCGColorSpaceSRGB), CGColorSpaceRelease}; }
 
 // Drawn at its size in pixels, into what is transparent before.
 std::optional<Bitmap> drawn(CGImageRef picture) {
@@ -43,6 +39,20 @@ std::optional<Bitmap> drawn(CGImageRef picture) {
 }
 
 }  // namespace
+
+ColorSpace sRgb() { return {CGColorSpaceCreateWithName(kCGColorSpaceSRGB), CGColorSpaceRelease}; }
+
+CodedPicture pictureOf(const Bitmap& bitmap) {
+  const auto width = static_cast<std::size_t>(bitmap.width());
+  const auto height = static_cast<std::size_t>(bitmap.height());
+  const Provider provider(
+      CGDataProviderCreateWithData(nullptr, bitmap.data(), bitmap.bytesPerRow() * height, nullptr),
+      CGDataProviderRelease);
+  return {CGImageCreate(width, height, bitsPerPart, bitsPerPixel, bitmap.bytesPerRow(),
+                        sRgb().get(), kCGImageAlphaPremultipliedLast, provider.get(), nullptr,
+                        false, kCGRenderingIntentDefault),
+          CGImageRelease};
+}
 
 SharedBitmap decode(const Image& image) {
   if (SharedBitmap pixels = image.pixels()) return pixels;
@@ -67,17 +77,8 @@ std::optional<Image> drawnImage(NSImage* image) {
 }
 
 SharedBytes encodePng(const Bitmap& bitmap) {
-  const auto width = static_cast<std::size_t>(bitmap.width());
-  const auto height = static_cast<std::size_t>(bitmap.height());
   @autoreleasepool {
-    const Provider provider(CGDataProviderCreateWithData(nullptr, bitmap.data(),
-                                                         bitmap.bytesPerRow() * height, nullptr),
-                            CGDataProviderRelease);
-    const CodedPicture picture(
-        CGImageCreate(width, height, bitsPerPart, bitsPerPixel, bitmap.bytesPerRow(), sRgb().get(),
-                      kCGImageAlphaPremultipliedLast, provider.get(), nullptr, false,
-                      kCGRenderingIntentDefault),
-        CGImageRelease);
+    const CodedPicture picture = pictureOf(bitmap);
     if (!picture) return nullptr;
     NSBitmapImageRep* const rep = [[NSBitmapImageRep alloc] initWithCGImage:picture.get()];
     return sharedBytes([rep representationUsingType:NSBitmapImageFileTypePNG properties:@{}]);

@@ -19,5 +19,6 @@ std::unique_ptr<Dialogs> makeDialogs(MainQueue& queue);
 std::unique_ptr<Screens> makeScreens();
 std::unique_ptr<KeyMonitors> makeKeyMonitors();
 std::unique_ptr<ScreenCapture> makeScreenCapture(MainQueue& queue);
+std::unique_ptr<TextRecognizer> makeTextRecognizer(MainQueue& queue);
 
 }  // namespace marbelot

@@ -403,6 +403,25 @@ void DialogList::answer(std::size_t button, const std::string& text) {
   answered({button, text});
 }
 
+Task Recognizer::recognize(SharedBitmap picture, std::function<void(Recognition)> then) {
+  pictures.push_back(std::move(picture));
+  const auto token = std::make_shared<char>();
+  asked_ = token;
+  then_ = std::move(then);
+  return Task(token);
+}
+
+bool Recognizer::isReading() const { return !asked_.expired(); }
+
+void Recognizer::answer(Recognition recognition) {
+  const auto then = std::exchange(then_, nullptr);
+  if (isReading() && then) then(std::move(recognition));
+}
+
+void Recognizer::answer(std::vector<std::string> lines) {
+  answer(Recognition{Recognition::Outcome::read, std::move(lines), {}});
+}
+
 MenuItemRef itemAt(const Menu& menu, const std::vector<std::string>& titles) {
   const Menu* level = &menu;
   MenuItemRef found;

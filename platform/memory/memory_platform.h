@@ -332,6 +332,21 @@ class App : public Application {
   RemoteRequests requests;
 };
 
+// Reads nothing by itself: the test says what stands in a picture.
+class Recognizer : public TextRecognizer {
+ public:
+  Task recognize(SharedBitmap picture, std::function<void(Recognition)> then) override;
+  // Answers the request that came last, unless it was dropped.
+  void answer(Recognition recognition);
+  void answer(std::vector<std::string> lines);
+  bool isReading() const;
+  std::vector<SharedBitmap> pictures;  // as they were asked for
+
+ private:
+  std::weak_ptr<void> asked_;
+  std::function<void(Recognition)> then_;
+};
+
 struct MemoryPlatform {
   App application;
   Queue queue;
@@ -346,9 +361,10 @@ struct MemoryPlatform {
   ScreenList screens;
   Keyboard keyMonitors;
   Camera screenCapture;
-  Platform platform{application, queue,       pasteboard,   defaults, folderEvents,
-                    notices,     workspace,   statusItem,   windows,  dialogs,
-                    screens,     keyMonitors, screenCapture};
+  Recognizer recognizer;
+  Platform platform{application, queue,       pasteboard,    defaults,  folderEvents,
+                    notices,     workspace,   statusItem,    windows,   dialogs,
+                    screens,     keyMonitors, screenCapture, recognizer};
 };
 
 // The item reached by its titles from the top; a title that ends in "*" matches by its beginning.

@@ -11,6 +11,7 @@
 #include "platform/linux/screen_capture.h"
 #include "platform/linux/screens.h"
 #include "platform/linux/session_bus.h"
+#include "platform/linux/tesseract_recognizer.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/linux/wayland_clipboard.h"
@@ -81,10 +82,11 @@ class LinuxDesktop : public TestDesktop {
   QtDialogs dialogs_{bus_, pictures_};
   QtScreens screens_;
   QtKeyMonitors keyMonitors_;
-  DesktopScreenCapture screenCapture_{queue_};
-  Platform platform_{application_, queue_,       pasteboard_,   defaults_, folderEvents_,
-                     notices_,     workspace_,   statusItem_,   windows_,  dialogs_,
-                     screens_,     keyMonitors_, screenCapture_};
+  DesktopScreenCapture screenCapture_{queue_, recognizer_};
+  TesseractRecognizer recognizer_{queue_};
+  Platform platform_{application_, queue_,       pasteboard_,    defaults_,  folderEvents_,
+                     notices_,     workspace_,   statusItem_,    windows_,   dialogs_,
+                     screens_,     keyMonitors_, screenCapture_, recognizer_};
 };
 
 std::unique_ptr<TestDesktop> makeDesktop() {
