@@ -76,6 +76,7 @@ bool ClipboardHistory::record(const PasteboardContents& contents) {
   if (withheld(contents)) return false;
   if (contents.image) {
     recordImage(*contents.image);
+    if (onImageRecorded) onImageRecorded(*contents.image);
     return true;
   }
   return contents.text && recordText(contents.text);

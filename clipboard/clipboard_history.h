@@ -48,6 +48,8 @@ class ClipboardHistory {
 
   // A new text was recorded; called before it is stored.
   std::function<void(const SharedText&)> onTextRecorded;
+  // The same for an image that came onto the clipboard.
+  std::function<void(const Image&)> onImageRecorded;
   // The wall clock, seconds since 1970.
   std::function<double()> clock = text::now;
 

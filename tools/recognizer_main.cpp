@@ -1,16 +1,11 @@
 // marbelot-recognizer: reads the text in pictures that come over the socket that is its standard
 // input, until that is closed. The protocol is that of recognizer_process.h.
-#include <signal.h>
-#include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstring>
-#include <optional>
 #include <string>
 
 #include "platform/linux/recognizer_process.h"
@@ -29,7 +24,6 @@ void limitResources() {
   const rlimit memory{rlim_t{4} << 30, rlim_t{4} << 30};
   ::setrlimit(RLIMIT_AS, &memory);
 #endif
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   // What the user does meanwhile goes first.
   [[maybe_unused]] const int priority = ::nice(4);
 }
@@ -54,24 +48,6 @@ Descriptor nextPicture() {
   return Descriptor(descriptor);
 }
 
-std::optional<Bitmap> mappedPicture(const Descriptor& file) {
-  struct stat status {};
-  if (::fstat(file.get(), &status) != 0 || status.st_size <= static_cast<off_t>(sharedPixelsOffset))
-    return std::nullopt;
-  const auto size = static_cast<std::size_t>(status.st_size);
-  void* const mapped = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
-  if (mapped == MAP_FAILED) return std::nullopt;
-  auto* const start = static_cast<std::uint8_t*>(mapped);
-  std::shared_ptr<std::uint8_t> rows(start + sharedPixelsOffset,
-                                     [start, size](std::uint8_t*) { ::munmap(start, size); });
-  SharedPixels shape;
-  std::memcpy(&shape, start, sizeof shape);
-  if (!Bitmap::fits(shape.width, shape.height) || shape.bytesPerRow > size ||
-      shape.bytesPerRow * shape.height > size - sharedPixelsOffset)
-    return std::nullopt;
-  return Bitmap::adopt(shape.width, shape.height, shape.bytesPerRow, std::move(rows));
-}
-
 bool answer(Recognition::Outcome outcome, std::string text) {
   if (text.size() > recognizerAnswerLimit) text.clear();
   const RecognizerAnswer head{static_cast<std::uint32_t>(outcome),
@@ -86,7 +62,7 @@ int main() {
   limitResources();
   TesseractReader reader(recognizerLanguages());
   while (const Descriptor file = nextPicture()) {
-    const auto picture = mappedPicture(file);
+    const auto picture = mappedPixels(file.get());
     const Recognition result = picture ? reader.read(*picture) : Recognition{};
     std::string text = result.advice;
     for (const std::string& line : result.lines) text += line + '\n';

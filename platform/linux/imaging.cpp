@@ -94,25 +94,6 @@ std::size_t sizeOf(const Descriptor& file) {
   return ::fstat(file.get(), &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
-// The pixels stay where the helper put them.
-std::optional<Bitmap> mappedPixels(const Descriptor& file) {
-  const std::size_t size = sizeOf(file);
-  if (size <= sharedPixelsOffset) return std::nullopt;
-  // Populated: thousands of single page faults would take longer than the pixels' operations.
-  void* const mapped =
-      ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, file.get(), 0);
-  if (mapped == MAP_FAILED) return std::nullopt;
-  auto* const start = static_cast<std::uint8_t*>(mapped);
-  std::shared_ptr<std::uint8_t> rows(start + sharedPixelsOffset,
-                                     [start, size](std::uint8_t*) { ::munmap(start, size); });
-  SharedPixels shape;
-  std::memcpy(&shape, start, sizeof shape);
-  if (!Bitmap::fits(shape.width, shape.height) || shape.bytesPerRow > size ||
-      shape.bytesPerRow * shape.height > size - sharedPixelsOffset)
-    return std::nullopt;
-  return Bitmap::adopt(shape.width, shape.height, shape.bytesPerRow, std::move(rows));
-}
-
 }  // namespace
 
 std::string helperPath(const std::string& name) {
@@ -139,7 +120,7 @@ SharedBytes convertedBytes(const Image& image, std::string_view encoding, int ca
 
 std::optional<Image> pdfImage(const std::string& pdf, int cancel) {
   const Descriptor output = helped(std::string(pdfTask), pdf, cancel);
-  std::optional<Bitmap> bitmap = output ? mappedPixels(output) : std::nullopt;
+  std::optional<Bitmap> bitmap = output ? mappedPixels(output.get()) : std::nullopt;
   if (!bitmap) return std::nullopt;
   return Image::fromPixels(std::make_shared<const Bitmap>(*std::move(bitmap)));
 }
@@ -149,7 +130,7 @@ SharedBitmap decode(const Image& image) {
   const SharedBytes input = image.bytes();
   if (!input || !Bitmap::fits(image.width(), image.height())) return nullptr;
   const Descriptor output = helped(std::string(pixelsTask), *input, -1);
-  std::optional<Bitmap> bitmap = output ? mappedPixels(output) : std::nullopt;
+  std::optional<Bitmap> bitmap = output ? mappedPixels(output.get()) : std::nullopt;
   return bitmap ? std::make_shared<const Bitmap>(*std::move(bitmap)) : nullptr;
 }
 

@@ -31,7 +31,8 @@ constexpr auto timeLimit = std::chrono::minutes(5);
 // Tesseract takes ten times as long, and the setting counts only from the start of a process.
 std::vector<char*> helperEnvironment(std::string& threads) {
   constexpr std::string_view name = "OMP_THREAD_LIMIT=";
-  threads = std::string(name) + "1";
+  threads = name;
+  threads += '1';
   std::vector<char*> result;
   for (char** entry = environ; *entry != nullptr; ++entry)
     if (!std::string_view(*entry).starts_with(name)) result.push_back(*entry);
@@ -147,9 +148,11 @@ void RecognizerProcess::end() {
 }
 
 Recognition RecognizerProcess::read(const Bitmap& picture, int cancel) {
+  // Nothing comes from a helper that waits, except its end.
+  pollfd waiting{socket_.get(), POLLIN, 0};
+  if (process_ >= 0 && ::poll(&waiting, 1, 0) != 0) end();
   if (process_ < 0 && !start())
-    return failure(Recognition::Outcome::missingTool,
-                   std::string("the program ") + program + " is missing");
+    return failure(Recognition::Outcome::missingTool, "the program marbelot-recognizer is missing");
   RecognizerAnswer answer;
   std::string text;
   const auto received = [&] {

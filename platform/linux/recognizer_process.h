@@ -8,7 +8,7 @@
 #include <string>
 
 #include "platform/bitmap.h"
-#include "platform/linux/descriptor.h"
+#include "platform/descriptor.h"
 #include "platform/text_recognizer.h"
 
 namespace marbelot {

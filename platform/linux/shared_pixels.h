@@ -1,8 +1,11 @@
-// How pixels cross from the codecs' process: in a memory file, a header and then the rows.
+// How pixels cross between processes: in a memory file, a header and then the rows.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+
+#include "platform/bitmap.h"
 
 namespace marbelot {
 
@@ -14,5 +17,9 @@ struct SharedPixels {
 
 // Where the rows begin: on a page of their own.
 inline constexpr std::size_t sharedPixelsOffset = 4096;
+
+// The pixels stay where the other process put them, until the bitmap is gone. None when the file is
+// not laid out like that.
+std::optional<Bitmap> mappedPixels(int file);
 
 }  // namespace marbelot

@@ -82,7 +82,7 @@ class LinuxDesktop : public TestDesktop {
   QtDialogs dialogs_{bus_, pictures_};
   QtScreens screens_;
   QtKeyMonitors keyMonitors_;
-  DesktopScreenCapture screenCapture_{queue_, recognizer_};
+  DesktopScreenCapture screenCapture_{queue_};
   TesseractRecognizer recognizer_{queue_};
   Platform platform_{application_, queue_,       pasteboard_,    defaults_,  folderEvents_,
                      notices_,     workspace_,   statusItem_,    windows_,   dialogs_,

@@ -1,0 +1,83 @@
+#include "text/text_recognition.h"
+
+#include <utility>
+
+#include "platform/image_codec.h"
+
+namespace marbelot {
+
+TextRecognition::TextRecognition(Platform& platform, Shell& shell, ActionTable& actions,
+                                 HistoryImage historyImage, Show show)
+    : platform_(platform), shell_(shell), show_(std::move(show)) {
+  actions.add("ocrClipboardImage", [this](const MenuItem&) {
+    const auto image = platform_.pasteboard.contents().image;
+    image ? recognize(*image, false) : shell_.notify("No image on the clipboard");
+  });
+  actions.add("ocrClipHistory:",
+              [this, historyImage = std::move(historyImage)](const MenuItem& sender) {
+                if (const auto image = historyImage(sender)) recognize(*image, false);
+              });
+  autoOCR.offerToggle(actions, shell, [this] {
+    if (autoOCR) return;
+    if (waiting_ && waiting_->quiet) waiting_.reset();
+    if (scan_ && scan_->quiet && !isDecoding_) end({});
+  });
+}
+
+void TextRecognition::imageCopied(const Image& image) {
+  if (autoOCR) recognize(image, true);
+}
+
+void TextRecognition::recognize(const Image& image, bool quiet) {
+  if (waiting_ && quiet && !waiting_->quiet) return;
+  waiting_ = Scan{image, quiet};
+  const bool makesWay = scan_ && (scan_->quiet || !quiet) && !isDecoding_;
+  if (makesWay) {
+    reading_.cancel();
+    scan_.reset();
+  }
+  if (!scan_) startNext();
+}
+
+void TextRecognition::startNext() {
+  if (!waiting_) return;
+  scan_ = std::exchange(waiting_, std::nullopt);
+  isDecoding_ = true;
+  decoding_ = platform_.queue.inBackground([image = scan_->image] { return decode(image); },
+                                           [this](SharedBitmap pixels) {
+                                             isDecoding_ = false;
+                                             startReading(std::move(pixels));
+                                           });
+}
+
+void TextRecognition::startReading(SharedBitmap pixels) {
+  const bool isOvertaken = waiting_ && (scan_->quiet || !waiting_->quiet);
+  const bool isUnwanted = scan_->quiet && !autoOCR;
+  if (isOvertaken || isUnwanted) return end({});
+  if (!pixels) return end("Couldn't read the image");
+  if (!scan_->quiet) shell_.notify("Scanning image for text…");
+  reading_ = platform_.recognizer.recognize(
+      std::move(pixels), [this](const Recognition& recognition) { finish(recognition); });
+}
+
+void TextRecognition::finish(const Recognition& recognition) {
+  if (recognition.outcome != Recognition::Outcome::read)
+    return end(recognition.advice.empty() ? "OCR failed" : "OCR failed: " + recognition.advice);
+  if (recognition.lines.empty()) return end("No text found in the image");
+  std::string text;
+  for (const std::string& line : recognition.lines) text += (text.empty() ? "" : "\n") + line;
+  const Image image = scan_->image;
+  end({});
+  show_(share(std::move(text)), image);
+}
+
+// Ends the scan that is under way; the message is for a user who asked for it.
+void TextRecognition::end(const std::string& message) {
+  const bool quiet = scan_->quiet;
+  scan_.reset();
+  reading_.cancel();
+  if (!quiet && !message.empty()) shell_.notify(message);
+  startNext();
+}
+
+}  // namespace marbelot
