@@ -56,7 +56,7 @@ int readText(const Image& image) {
   if (found.lines.empty()) return fail("no text found in the image");
   std::string text;
   for (const std::string& line : found.lines) text += line + "\n";
-  return writeBytes(STDOUT_FILENO, text) ? done : fail("cannot write the result");
+  return writeFully(STDOUT_FILENO, text) ? done : fail("cannot write the result");
 }
 
 }  // namespace
