@@ -95,6 +95,7 @@ MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
           [this](QAction* action) { choose(itemOf(action)); });
   connect(view_.get(), &QMenu::aboutToHide, this, [this] {
     look_.stop();
+    endCatching();
     tell(nullptr);
     if (delegate_) delegate_->menuDidClose();
   });
@@ -112,9 +113,21 @@ void MenuView::setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate) {
 }
 
 void MenuView::popUpAtPointer() {
-  if (!menu_ || isOpen()) return;
-  popUpAt(QCursor::pos());
-  view_->activateWindow();
+  if (!menu_ || isOpen() || catcher_) return;
+  if (!PointerCatcher::isNeeded()) {
+    popUpAt(QCursor::pos());
+    return view_->activateWindow();
+  }
+  catcher_ = std::make_unique<PointerCatcher>();
+  catcher_->catchAll([this] { popUpAt(QCursor::pos()); },
+                     [this] {
+                       view_->close();
+                       endCatching();
+                     });
+}
+
+void MenuView::endCatching() {
+  if (catcher_) catcher_.release()->deleteLater();
 }
 
 void MenuView::popUpAt(QPoint corner) {

@@ -4,6 +4,7 @@
 #include <QMenu>
 #include <QTimer>
 
+#include "platform/linux/pointer_catcher.h"
 #include "platform/menu.h"
 
 namespace marbelot {
@@ -29,6 +30,7 @@ class MenuView : public QObject {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void endCatching();
   void fill(QMenu& view, const Menu& menu);
   void dress(QAction& action, const MenuItemRef& item);
   void tell(const MenuItemRef& item);
@@ -40,6 +42,7 @@ class MenuView : public QObject {
   MenuItemRef told_;  // what is highlighted, as the delegate knows it
   QTimer look_;
   std::unique_ptr<QMenu> view_;
+  std::unique_ptr<PointerCatcher> catcher_;  // while the menu is open, where one is needed
 };
 
 }  // namespace marbelot

@@ -1,0 +1,33 @@
+// Lets a menu open at the pointer on a Wayland desktop, where an X11 program neither knows where
+// that is over the windows of others, nor gets the keys, nor the clicks beside its menu.
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+
+namespace marbelot {
+
+// A clear window as large as the desktop: it learns where the pointer is, and has the keys and the
+// clicks as long as it is there.
+class PointerCatcher : public QWidget {
+ public:
+  PointerCatcher();
+
+  // Whether this is such a desktop.
+  static bool isNeeded();
+
+  // Calls `open` once the pointer's place is known, or after half a second all the same. `close` is
+  // called when the keys go to another program, or the window is closed.
+  void catchAll(std::function<void()> open, std::function<void()> close);
+
+ protected:
+  bool event(QEvent* event) override;
+
+ private:
+  QTimer wait_;
+  std::function<void()> open_;
+  std::function<void()> close_;
+};
+
+}  // namespace marbelot
