@@ -8,10 +8,11 @@
 namespace marbelot {
 namespace {
 
-// The first event may still tell where the pointer was when X11 last heard of it; the next one comes
-// at once.
-constexpr int settleMilliseconds = 60;
-constexpr int limitMilliseconds = 400;
+// Milliseconds. The window comes up under the pointer where X11 last heard of it; where it truly is
+// follows as a movement, unless it is there.
+constexpr int stillLimit = 250;
+constexpr int settleTime = 40;
+constexpr int showLimit = 1000;
 
 }  // namespace
 
@@ -34,14 +35,17 @@ void PointerCatcher::catchAll(std::function<void()> open, std::function<void()> 
   setGeometry(QGuiApplication::primaryScreen()->virtualGeometry());
   show();
   activateWindow();
-  wait_.start(limitMilliseconds);
+  wait_.start(showLimit);
 }
 
 bool PointerCatcher::event(QEvent* event) {
   switch (event->type()) {
+    case QEvent::Paint:
     case QEvent::Enter:
+      if (wait_.isActive()) wait_.start(stillLimit);
+      break;
     case QEvent::MouseMove:
-      if (wait_.isActive()) wait_.start(settleMilliseconds);
+      if (wait_.isActive()) wait_.start(settleTime);
       break;
     case QEvent::WindowDeactivate:
       if (!wait_.isActive() && isVisible()) close_();

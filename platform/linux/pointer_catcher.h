@@ -17,7 +17,7 @@ class PointerCatcher : public QWidget {
   // Whether this is such a desktop.
   static bool isNeeded();
 
-  // Calls `open` once the pointer's place is known, or after half a second all the same. `close` is
+  // Calls `open` once the pointer's place is known, or after a second all the same. `close` is
   // called when the keys go to another program, or the window is closed.
   void catchAll(std::function<void()> open, std::function<void()> close);
 
