@@ -46,3 +46,26 @@ function(marbelot_test name)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES RUN_SERIAL ${TEST_SERIAL})
   endif()
 endfunction()
+
+# marbelot_wayland_protocol(NAME FILE): the code for a Wayland protocol, made from its description,
+# as a library named marbelot_NAME with FILE's headers, for clients (.h) and compositors (.server.h).
+function(marbelot_wayland_protocol name file)
+  find_program(WAYLAND_SCANNER wayland-scanner REQUIRED)
+  cmake_path(GET file STEM protocol)
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/wayland)
+  file(MAKE_DIRECTORY ${folder})
+  set(code)
+  set(tasks private-code client-header server-header)
+  set(suffixes c h server.h)
+  foreach(task suffix IN ZIP_LISTS tasks suffixes)
+    add_custom_command(OUTPUT ${folder}/${protocol}.${suffix}
+      DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${file}
+      COMMAND ${WAYLAND_SCANNER} ${task} ${CMAKE_CURRENT_SOURCE_DIR}/${file}
+        ${folder}/${protocol}.${suffix})
+    list(APPEND code ${folder}/${protocol}.${suffix})
+  endforeach()
+  add_library(marbelot_${name} STATIC ${code})
+  target_include_directories(marbelot_${name} SYSTEM PUBLIC ${folder})
+  # C that is not ours to lint.
+  set_target_properties(marbelot_${name} PROPERTIES EXPORT_COMPILE_COMMANDS OFF)
+endfunction()

@@ -14,6 +14,7 @@ import shutil
 import subprocess
 import sys
 
+from driver import BIN
 from virtual_desktop import STARTUP_SECONDS, VirtualDesktop, until
 
 NOT_INSTALLED = 77  # what CTest takes for a skipped test
@@ -39,6 +40,7 @@ class WaylandDesktop(VirtualDesktop):
         super().__init__(**options)
         self.kind = kind
         self._xwayland = xwayland
+        self._mouse = None
 
     def _start_display(self):
         """The compositor needs the bus; see _start_window_manager."""
@@ -101,6 +103,28 @@ class WaylandDesktop(VirtualDesktop):
     def set_clipboard(self, data, target="text/plain"):
         subprocess.run(["wl-copy", "--type", target], env=self.env, input=data, check=True,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=10)
+
+    def point(self, x, y, click=False):
+        """Moves sway's pointer, as a hand would, and presses its left button."""
+        if not self._mouse:
+            width, height = self.size
+            self._mouse = subprocess.Popen([BIN / "wayland_pointer", str(width), str(height)],
+                                           env=self.env, stdin=subprocess.PIPE,
+                                           stdout=subprocess.PIPE, text=True)
+        self._mouse.stdin.write(f"move {x} {y}\n" +
+                                ("sleep 50 press sleep 50 release\n" if click else "") + "done\n")
+        self._mouse.stdin.flush()
+        self._mouse.stdout.readline()
+
+    def key(self, name):
+        """Presses and releases a key of that name, for whatever window has the focus."""
+        self.run("wtype", "-k", name)
+
+    def close(self):
+        if self._mouse:
+            self._mouse.communicate()
+            self._mouse = None
+        super().close()
 
     def offered(self):
         """The types on the clipboard."""

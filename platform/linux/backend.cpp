@@ -94,8 +94,9 @@ std::vector<std::string> setEnvironment() {
     qputenv(name, value);
     ours.emplace_back(name);
   };
-  // The clipboard is X11's, under Wayland XWayland's, and the windows must be of the same world.
-  set("QT_QPA_PLATFORM", "xcb");
+  // Under Wayland too our windows are X11's, where there is XWayland: only so can they be placed,
+  // kept above others, and stay without the focus.
+  set("QT_QPA_PLATFORM", qEnvironmentVariableIsSet("DISPLAY") ? "xcb" : "wayland");
   // Drawing with OpenGL would load a driver for a menu.
   set("QT_XCB_GL_INTEGRATION", "none");
   QCoreApplication::setApplicationName("marbelot");
@@ -126,6 +127,16 @@ std::unique_ptr<ClipboardConnection> connectClipboard() {
   return connectX11Clipboard();
 }
 
+// Once, and not at each start: nothing has changed then.
+void tellWhatIsMissing(Notices& notices, UserDefaults& defaults) {
+  constexpr const char* told = "toldOfMissingXWayland";
+  if (!QGuiApplication::platformName().startsWith("wayland") || defaults.boolFor(told)) return;
+  notices.post("Marbelot runs without XWayland",
+               "The menu opens as a window of its own, and windows can neither be put in their "
+               "places nor kept above others. With XWayland they can.");
+  defaults.set(told, true);
+}
+
 // Images and long texts go back to the system when they are done with. By itself the C library
 // keeps blocks of up to 32 MB for the next time, once for each thread that had one.
 void returnLargeBlocks() {
@@ -144,8 +155,9 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
     std::fputs("marbelot: already running, but not to be reached over the session bus\n", stderr);
     return 1;
   }
-  if (!qEnvironmentVariableIsSet("DISPLAY")) {
-    std::fputs("marbelot: there is no X display (DISPLAY is not set)\n", stderr);
+  if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
+    std::fputs("marbelot: there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)\n",
+               stderr);
     return 1;
   }
   returnLargeBlocks();
@@ -180,7 +192,9 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
 
   std::shared_ptr<void> launched;
   const auto start = [&] {
-    if (!launched) launched = launch(platform);
+    if (launched) return;
+    launched = launch(platform);
+    tellWhatIsMissing(notices, defaults);
   };
   // Without the lock's word, the name on the bus tells whether there is another instance.
   if (lock.state == InstanceLock::ours) QTimer::singleShot(0, &context, start);

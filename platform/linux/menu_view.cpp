@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QTimer>
 #include <algorithm>
+#include <utility>
 
 #include "platform/linux/tool_tip.h"
 #include "platform/linux/x11_connection.h"
@@ -85,6 +86,10 @@ char latinLetter(const QKeyEvent& event) {
   return 0;
 }
 
+constexpr int focusMilliseconds = 300;
+
+bool isNativeWayland() { return QGuiApplication::platformName().startsWith("wayland"); }
+
 }  // namespace
 
 MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
@@ -100,6 +105,14 @@ MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
     if (delegate_) delegate_->menuDidClose();
   });
   connect(view_.get(), &QMenu::hovered, this, [this] { look_.start(0); });
+  // There, nothing else tells of a click beside it. The focus is nowhere for a moment while it
+  // comes.
+  connect(qApp, &QGuiApplication::applicationStateChanged, this, [this] {
+    if (!isNativeWayland()) return;
+    QTimer::singleShot(focusMilliseconds, this, [this] {
+      if (QGuiApplication::applicationState() == Qt::ApplicationInactive) view_->close();
+    });
+  });
   look_.setSingleShot(true);
   connect(&look_, &QTimer::timeout, this, [this] { tell(highlighted(*view_)); });
 }
@@ -134,6 +147,9 @@ void MenuView::popUpAt(QPoint corner) {
   if (!menu_ || isOpen()) return;
   if (delegate_) delegate_->menuWillOpen();
   fill(*view_, *menu_);
+  // A Wayland desktop takes a menu that belongs to no window for a window: at least for one that is
+  // not to be stretched.
+  if (isNativeWayland()) view_->setFixedSize(view_->sizeHint());
   view_->popup(corner);
 }
 
@@ -148,7 +164,34 @@ QRect MenuView::openFrame() const {
   return menu->geometry();
 }
 
+QMenu* MenuView::exported() {
+  if (exported_) return exported_.get();
+  exported_ = std::make_unique<QMenu>();
+  connect(exported_.get(), &QMenu::aboutToShow, this, [this] { setExportedOpen(true); });
+  connect(exported_.get(), &QMenu::aboutToHide, this, [this] { setExportedOpen(false); });
+  connect(exported_.get(), &QMenu::hovered, this,
+          [this](QAction* action) { tell(itemOf(action)); });
+  connect(exported_.get(), &QMenu::triggered, this, [this](QAction* action) {
+    const MenuItemRef item = itemOf(action);
+    setExportedOpen(false);  // some hosts do not tell
+    choose(item);
+  });
+  // Some hosts open no menu that is empty.
+  if (menu_) fill(*exported_, *menu_);
+  return exported_.get();
+}
+
+void MenuView::setExportedOpen(bool open) {
+  if (!menu_ || isOpen()) return;
+  if (std::exchange(exportedOpen_, open) != open && delegate_) {
+    if (!open) tell(nullptr);
+    open ? delegate_->menuWillOpen() : delegate_->menuDidClose();
+  }
+  if (open) fill(*exported_, *menu_);
+}
+
 void MenuView::sync() {
+  if (menu_ && exportedOpen_) fill(*exported_, *menu_);
   if (!isOpen() || !menu_) return;
   fill(*view_, *menu_);
   look_.start(0);

@@ -25,12 +25,16 @@ class MenuView : public QObject {
   // else of the menu. Null while it is closed.
   QRect openFrame() const;
   bool isOpen() const { return view_ && view_->isVisible(); }
+  // The same tree for a host that draws menus itself; filled anew when the host opens it. Made by
+  // the first call.
+  QMenu* exported();
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   void endCatching();
+  void setExportedOpen(bool open);
   void fill(QMenu& view, const Menu& menu);
   void dress(QAction& action, const MenuItemRef& item);
   void tell(const MenuItemRef& item);
@@ -42,6 +46,8 @@ class MenuView : public QObject {
   MenuItemRef told_;  // what is highlighted, as the delegate knows it
   QTimer look_;
   std::unique_ptr<QMenu> view_;
+  std::unique_ptr<QMenu> exported_;
+  bool exportedOpen_ = false;
   std::unique_ptr<PointerCatcher> catcher_;  // while the menu is open, where one is needed
 };
 

@@ -132,6 +132,8 @@ void TrayStatusItem::askForNotifierHost() {
     asking_ = false;
     if (!reply.isError() && reply.value().variant().toBool()) {
       showIcon();
+      // For hosts that draw the menu themselves, as on GNOME; others ask us to.
+      tray_->setContextMenu(view_.exported());
     } else if (++looks_ == looksAtOnce) {
       look_.stop();
       if (const auto told = std::exchange(noHost_, {})) told();

@@ -40,6 +40,33 @@ class ServicesTest(DesktopTest):
         self.check_popup_at_pointer()
         self.check_copies(2)
 
+    def test_a_host_that_draws_the_menu_itself(self):
+        self.start()
+        until(self.screen.tray_items, "status item")
+        item = self.screen.tray_items()[-1]
+        path = until(lambda: self.screen.tray_property("Menu"), "menu for the host")
+
+        def call(method, signature, *arguments):
+            return self.screen.call(item["bus"], path, "com.canonical.dbusmenu", method, signature,
+                                    arguments)
+
+        def labels():
+            entries = call("GetLayout", "(iias)", 0, -1, [])[1][2]
+            return {entry[1].get("label", "").replace("_", ""): entry[0] for entry in entries}
+        self.assertIn("Quit Marbelot", labels(), "before it is opened")
+        self.screen.set_clipboard(b"on the clipboard now")
+        until(lambda: self.program.preview(), "copy recorded")
+        call("AboutToShow", "(i)", 0)
+        until(lambda: any("on the clipboard now" in label for label in labels()), "menu up to date")
+        quit_item = next(number for label, number in labels().items() if "Quit" in label)
+        call("Event", "(isvu)", quit_item, "clicked", self.variant("s", ""), 0)
+        self.program.process.wait(10)
+
+    @staticmethod
+    def variant(signature, value):
+        from gi.repository import GLib
+        return GLib.Variant(signature, value)
+
     def test_no_session_bus(self):
         self.start(bus=False, tray="embed")
         self.check_copies()

@@ -76,6 +76,39 @@ class WaylandTest(DesktopTest):
         until(lambda: "something else" in self.program.stored_texts(), "copy recorded")
         until(lambda: not self.keepers(), "keeper ended")
 
+    def test_the_menu_opens_at_the_true_pointer_and_has_the_keys(self):
+        self.start()
+        for x, y in (600, 300), (200, 150):  # over no window of X11's
+            self.screen.point(x, y)
+            self.assertEqual(self.program.ctl("menu", "--popup").returncode, 0)
+            self.assertEqual(until(self.program.popups, "menu on the screen")[0][:2], (x, y))
+            self.screen.point(x - 100, y - 100, click=True)
+            until(lambda: not self.program.popups(), "menu closed by a click beside it")
+        self.screen.tray_click()
+        until(self.program.popups, "menu on the screen")
+        self.screen.key("Escape")
+        until(lambda: not self.program.popups(), "menu closed by a key")
+        self.program.ctl("menu", "--popup")
+        until(self.program.popups, "menu on the screen")
+        self.screen.key("Up")
+        self.screen.key("Return")
+        self.program.process.wait(10)  # the last item quits
+
+    def test_without_xwayland_it_says_once_what_is_missing(self):
+        self.start(xwayland=False)
+        data = png(800, 600)
+        self.program.save(screenshot_name(1), data)
+        self.assert_on_clipboard(self.screen, data)
+        until(lambda: len(self.screen.notices()) == 2, "notices")
+        self.assertIn("XWayland", self.screen.notices()[0]["title"])
+        self.program.ctl("menu", "--popup")
+        self.program.invoke("quit")
+        self.program.process.wait(10)
+        self.program = Marbelot(self.screen)
+        self.program.save(screenshot_name(2), data)
+        until(lambda: len(self.screen.notices()) == 3, "notice")
+        self.assertEqual(self.screen.notices()[2]["title"], NOTICE_TITLE)
+
 
 if __name__ == "__main__":
     unittest.main()
