@@ -86,8 +86,6 @@ char latinLetter(const QKeyEvent& event) {
   return 0;
 }
 
-constexpr int focusMilliseconds = 300;
-
 bool isNativeWayland() { return QGuiApplication::platformName().startsWith("wayland"); }
 
 }  // namespace
@@ -105,14 +103,6 @@ MenuView::MenuView() : view_(std::make_unique<QMenu>()) {
     if (delegate_) delegate_->menuDidClose();
   });
   connect(view_.get(), &QMenu::hovered, this, [this] { look_.start(0); });
-  // There, nothing else tells of a click beside it. The focus is nowhere for a moment while it
-  // comes.
-  connect(qApp, &QGuiApplication::applicationStateChanged, this, [this] {
-    if (!isNativeWayland()) return;
-    QTimer::singleShot(focusMilliseconds, this, [this] {
-      if (QGuiApplication::applicationState() == Qt::ApplicationInactive) view_->close();
-    });
-  });
   look_.setSingleShot(true);
   connect(&look_, &QTimer::timeout, this, [this] { tell(highlighted(*view_)); });
 }
@@ -212,6 +202,9 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
     return action->menu() && action->menu()->isVisible() && item && item->payload;
   };
   if (std::any_of(actions.begin(), actions.end(), isInUse)) return;
+  bool isExported = false;
+  for (const QObject* ancestor = &view; ancestor; ancestor = ancestor->parent())
+    isExported = isExported || ancestor == exported_.get();
   qsizetype at = 0;
   for (const MenuItemRef& item : menu.items) {
     // An action is used again for an item of its kind, so that what is open stays open.
@@ -236,7 +229,7 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
       }
       action = made;
     }
-    dress(*action, item);
+    dress(*action, item, !isExported);
     ++at;
   }
   for (; at < actions.size(); ++at) {
@@ -246,13 +239,13 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
   }
 }
 
-void MenuView::dress(QAction& action, const MenuItemRef& item) {
+void MenuView::dress(QAction& action, const MenuItemRef& item, bool withKey) {
   const MenuItemRef before = itemOf(&action);
   action.setData(QVariant::fromValue(item));
   action.setVisible(!item->hidden);
   if (item->separator) return;
   QString title = menuTitle(item->title);
-  if (!item->key.empty()) {
+  if (withKey && !item->key.empty()) {
     // Shown like a shortcut; carried out by our own key handling, because a popup of a program that
     // is not active gets no shortcuts from Qt.
     title += "\tCtrl+" + QString::fromStdString(item->key).toUpper();
