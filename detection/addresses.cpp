@@ -336,7 +336,7 @@ Detection AddressFinder::address(std::size_t start, std::size_t end) const {
 
 }  // namespace
 
-std::unique_ptr<Finder> makeAddressFinder(std::string_view text) {
+std::unique_ptr<Finder> makeAddressFinder(std::string_view text, const DetectionContext&) {
   return std::make_unique<AddressFinder>(text);
 }
 

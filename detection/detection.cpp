@@ -11,7 +11,7 @@ namespace {
 
 // One kind's walk, with its next detection taken out.
 struct Lane {
-  int rank;  // of two overlapping detections the lower rank stays
+  int rank;
   std::unique_ptr<Finder> finder;
   std::optional<Detection> head;
   std::size_t searched = 0;
@@ -23,20 +23,17 @@ struct Lane {
   }
 };
 
-// Merges the kinds into one sequence without overlaps: a link keeps all that is in it, an address
-// its house numbers and postcodes; of the rest the earlier, then the longer stays. The lanes are
-// walked side by side, so that the first detection costs no look at the far end of the text.
+// Merges the kinds into one sequence without overlaps: of the same rank the earlier, then the
+// longer stays. The lanes are walked side by side, so that the first detection costs no look at the
+// far end of the text.
 class Merger {
  public:
   Merger(std::string_view text, unsigned kinds, const DetectionContext& context)
       : size_(text.size()) {
-    const auto wants = [&](DetectionKind kind) {
-      return (kinds & static_cast<unsigned>(kind)) != 0;
-    };
-    if (wants(DetectionKind::link)) add(0, makeLinkFinder(text));
-    if (wants(DetectionKind::address)) add(1, makeAddressFinder(text));
-    if (wants(DetectionKind::phone)) add(2, makePhoneFinder(text, context.region));
-    if (wants(DetectionKind::date)) add(2, makeDateFinder(text, context));
+    for (const auto& [kind, rank, make] : finders) {
+      if (kinds & static_cast<unsigned>(kind))
+        lanes_.push_back({rank, make(text, context), std::nullopt});
+    }
   }
 
   std::optional<Detection> next() {
@@ -65,10 +62,6 @@ class Merger {
 
  private:
   static constexpr std::size_t step = 64 * 1024;
-
-  void add(int rank, std::unique_ptr<Finder> finder) {
-    lanes_.push_back({rank, std::move(finder), std::nullopt});
-  }
 
   Lane* earliest() {
     Lane* first = nullptr;

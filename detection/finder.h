@@ -21,11 +21,23 @@ class Finder {
   virtual std::optional<Detection> next(std::size_t limit) = 0;
 };
 
-// The text must outlive the finder. `region` is an ISO 3166 code.
-std::unique_ptr<Finder> makeLinkFinder(std::string_view text);
-std::unique_ptr<Finder> makePhoneFinder(std::string_view text, std::string region);
-std::unique_ptr<Finder> makeAddressFinder(std::string_view text);
-std::unique_ptr<Finder> makeDateFinder(std::string_view text, const DetectionContext& context);
+// The text must outlive the finder.
+using MakeFinder = std::unique_ptr<Finder>(std::string_view text, const DetectionContext& context);
+MakeFinder makeLinkFinder, makeAddressFinder, makePhoneFinder, makeDateFinder;
+
+// What finds each kind. Of two overlapping detections the one of the lower rank stays: a link keeps
+// all that is in it, an address its house numbers and postcodes.
+struct KindOfFinder {
+  DetectionKind kind;
+  int rank;
+  MakeFinder* make;
+};
+inline constexpr KindOfFinder finders[] = {
+    {DetectionKind::link, 0, makeLinkFinder},
+    {DetectionKind::address, 1, makeAddressFinder},
+    {DetectionKind::phone, 2, makePhoneFinder},
+    {DetectionKind::date, 2, makeDateFinder},
+};
 
 // A finder looks at triggers, the bytes without which there is nothing of its kind. No detection
 // starts further than this many bytes before its first trigger.

@@ -407,7 +407,7 @@ std::optional<Detection> LinkFinder::bareLink(std::size_t dot) {
 
 }  // namespace
 
-std::unique_ptr<Finder> makeLinkFinder(std::string_view text) {
+std::unique_ptr<Finder> makeLinkFinder(std::string_view text, const DetectionContext&) {
   return std::make_unique<LinkFinder>(text);
 }
 

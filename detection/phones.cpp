@@ -115,8 +115,8 @@ MarbelotPhone PhoneFinder::lookUp(const Stretch& candidate, bool possible) {
 
 }  // namespace
 
-std::unique_ptr<Finder> makePhoneFinder(std::string_view text, std::string region) {
-  return std::make_unique<PhoneFinder>(text, std::move(region));
+std::unique_ptr<Finder> makePhoneFinder(std::string_view text, const DetectionContext& context) {
+  return std::make_unique<PhoneFinder>(text, context.region);
 }
 
 }  // namespace marbelot::detection

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/text.h"
@@ -14,6 +15,14 @@
 namespace marbelot {
 
 enum class DetectionKind : unsigned { link = 1, phone = 2, address = 4, date = 8 };
+
+// Every kind, by the name that the command line shows.
+inline constexpr std::pair<DetectionKind, std::string_view> detectionKinds[] = {
+    {DetectionKind::link, "link"},
+    {DetectionKind::phone, "phone"},
+    {DetectionKind::address, "address"},
+    {DetectionKind::date, "date"},
+};
 
 constexpr unsigned operator|(DetectionKind a, DetectionKind b) {
   return static_cast<unsigned>(a) | static_cast<unsigned>(b);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <map>
 
 #include "classification/classifier.h"
 #include "platform/detection.h"
@@ -35,24 +36,14 @@ int fail(const std::string& message) {
   return failed;
 }
 
-std::string_view kindName(DetectionKind kind) {
-  switch (kind) {
-    case DetectionKind::link:
-      return "link";
-    case DetectionKind::phone:
-      return "phone";
-    case DetectionKind::address:
-      return "address";
-    case DetectionKind::date:
-      return "date";
-  }
-  return "";
-}
-
 // One line each: kind, start and end in characters, the text, what it means; tabs between.
 void printDetections(std::string_view text) {
-  const unsigned all =
-      (DetectionKind::link | DetectionKind::phone) | (DetectionKind::address | DetectionKind::date);
+  std::map<DetectionKind, std::string> names;
+  unsigned all = 0;
+  for (const auto& [kind, name] : detectionKinds) {
+    names[kind] = name;
+    all |= static_cast<unsigned>(kind);
+  }
   std::size_t bytes = 0;
   std::size_t characters = 0;
   for (const Detection& found : detect(text, all)) {
@@ -61,8 +52,8 @@ void printDetections(std::string_view text) {
     const std::string_view piece = text.substr(found.range.start, found.range.length);
     const std::size_t end = characters + text::characterCount(piece);
     std::string shown = flatten(piece, " ");
-    printLine(std::string(kindName(found.kind)) + "\t" + std::to_string(characters) + "\t" +
-              std::to_string(end) + "\t" + shown + "\t" + found.value);
+    printLine(names[found.kind] + "\t" + std::to_string(characters) + "\t" + std::to_string(end) +
+              "\t" + shown + "\t" + found.value);
   }
 }
 
