@@ -5,10 +5,9 @@
 #include <future>
 #include <optional>
 
-#include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/wayland_clipboard.h"
 #include "platform/linux/wayland_data_control.h"
-#include "tests/platform/test_queue.h"
+#include "tests/platform/heard_clipboard.h"
 #include "tests/platform/wayland_test_clients.h"
 #include "tests/support/png.h"
 
@@ -17,14 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string longText(std::size_t bytes) {
-  std::string text;
-  for (std::size_t line = 0; text.size() < bytes; ++line) text += std::to_string(line) + '\n';
-  text.resize(bytes);
-  return text;
-}
-
-class WaylandPasteboardTest : public testing::TestWithParam<std::string> {
+class WaylandPasteboardTest : public testing::TestWithParam<std::string>, protected HeardClipboard {
  protected:
   using Owner = WaylandTestOwner;
 
@@ -52,34 +44,12 @@ class WaylandPasteboardTest : public testing::TestWithParam<std::string> {
     board->changesSince(0);
     seen = board->changeCount();
   }
-  // The changes since the last call, once there are `count` of them.
-  std::vector<PasteboardChange> news(std::size_t count) {
-    std::vector<PasteboardChange> all;
-    queue.pumpUntil([&] {
-      for (auto& change : board->changesSince(seen)) {
-        EXPECT_GT(change.count, seen);
-        seen = change.count;
-        all.push_back(std::move(change));
-      }
-      return all.size() >= count;
-    });
-    EXPECT_EQ(all.size(), count);
-    all.resize(count);
-    return all;
-  }
-  std::string newText() {
-    const auto text = news(1)[0].contents.text;
-    return text ? *text : "(none)";
-  }
   bool becomes(const std::string& text) {
     return queue.pumpUntil(
         [&] { return board->contents().text && *board->contents().text == text; });
   }
 
   PrivateCompositor compositor{GetParam()};
-  TestQueue queue;
-  std::optional<DesktopPasteboard> board;
-  std::int64_t seen = 0;
 };
 
 TEST_P(WaylandPasteboardTest, ReadsWhatOthersCopy) {
