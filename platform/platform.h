@@ -16,6 +16,7 @@
 #include "platform/status_item.h"
 #include "platform/text_recognizer.h"
 #include "platform/user_defaults.h"
+#include "platform/web_windows.h"
 #include "platform/window.h"
 
 namespace marbelot {
@@ -72,6 +73,10 @@ class Workspace {
   // is something to do that is not told there, or nothing that could be opened.
   virtual void openPrivacySettings(const std::string& folder,
                                    std::function<void(const std::string&)> advise) = 0;
+  // Makes a note of the text in the system's program for notes and shows it. Tells on the main
+  // thread, later: none when it is there, else what went wrong, empty when nobody knows.
+  virtual void addNote(const SharedText& text,
+                       std::function<void(const std::optional<std::string>& problem)> done) = 0;
   // Shows the file, selected, in the file manager.
   virtual void reveal(const std::string& path) = 0;
   // Moves files to the trash in the background, across file systems too; what cannot be moved stays
@@ -120,6 +125,7 @@ struct Platform {
   KeyMonitors& keyMonitors;
   ScreenCapture& screenCapture;
   TextRecognizer& recognizer;
+  WebWindows& webWindows;
 };
 
 }  // namespace marbelot

@@ -104,6 +104,7 @@ void addLink(Builder& menu, const TextTarget& link) {
   menu.compose("Email this link — default mail app", "mailto:?body=", link);
   menu.compose("Email this link — Gmail (web)", endpoints::composeBody, link);
   menu.copy("Copy link", link);
+  menu.act("Preview…", "previewURLAction:", share(link.url), link.shown);
 }
 
 void addOther(Builder& menu, const TextTarget& link) {
@@ -121,6 +122,7 @@ void addPhone(Builder& menu, const TextTarget& phone) {
 
 void addAddress(Builder& menu, const TextTarget& address) {
   menu.beginGroup();
+  menu.act("Show map…", "showAddressMapAction:", share(address.value), address.shown);
   menu.compose("Open in Maps app", endpoints::mapSearch, address);
   menu.copy("Copy address", address);
 }
@@ -148,6 +150,7 @@ std::shared_ptr<Menu> actionMenu(const SharedText& text, const TextTargets& targ
   builder.beginGroup();
   addSearch(builder, targets);
   builder.act("Add to Calendar…", "addToCalendar:", text, targets.preview);
+  builder.act("Add to Notes", "addToNotes:", text, targets.preview);
   return menu;
 }
 

@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "platform/text.h"
 #include "text/calendar_event.h"
+#include "text/endpoints.h"
 #include "text/open_action.h"
 
 namespace marbelot {
@@ -55,6 +56,9 @@ TextActions::TextActions(Platform& platform, Shell& shell, ActionTable& actions,
   on("performOpenAction:", &TextActions::performOpenAction);
   on("copyDetectedString:", &TextActions::copyDetectedString);
   on("addToCalendar:", &TextActions::addToCalendar);
+  on("addToNotes:", &TextActions::addToNotes);
+  on("previewURLAction:", &TextActions::previewURLAction);
+  on("showAddressMapAction:", &TextActions::showAddressMapAction);
 }
 
 std::string TextActions::submenuLabel(const SharedText& text) const {
@@ -142,6 +146,57 @@ void TextActions::addToCalendar(const MenuItem& sender) {
       }
     });
   });
+}
+
+void TextActions::addToNotes(const MenuItem& sender) {
+  const SharedText text = detectedText(sender);
+  if (!text) return;
+  platform_.workspace.addNote(
+      text, [this, alive = std::weak_ptr(alive_)](const std::optional<std::string>& problem) {
+        if (!alive.lock()) return;
+        if (!problem) shell_.flashStatusIcon();
+        shell_.notify(!problem ? "Added to Notes"
+                               : "Notes: " + (problem->empty() ? "couldn't add note" : *problem));
+      });
+}
+
+void TextActions::previewURLAction(const MenuItem& sender) {
+  const SharedText url = detectedText(sender);
+  if (!url || !isWebLink(*url)) return;
+  const std::string host(hostOf(*url));
+  WebWindowDescription window;
+  window.kind = WebWindowDescription::Kind::page;
+  window.subject = *url;
+  window.title = "Preview " + (host.empty() ? *url : host);
+  window.contentSize = {720, 520};
+  openWindow(urlPreviewWindows, std::move(window));
+}
+
+void TextActions::showAddressMapAction(const MenuItem& sender) {
+  const SharedText address = detectedText(sender);
+  if (!address || text::isAllBlank(*address) || address->size() > longestQuery) return;
+  WebWindowDescription window;
+  window.kind = WebWindowDescription::Kind::map;
+  window.subject = *address;
+  window.title = "Map — " + text::shownTitle(*address);
+  window.notFoundTitle = "Map — location not found";
+  window.contentSize = {640, 520};
+  openWindow(mapWindows, std::move(window));
+}
+
+void TextActions::openWindow(std::list<std::unique_ptr<WebWindow>>& windows,
+                             WebWindowDescription description) {
+  const auto at = windows.insert(windows.end(), nullptr);
+  description.closed = [this, &windows, at,
+                        alive = std::weak_ptr(alive_)](const std::string& problem) {
+    // Later: it is the window itself that tells.
+    platform_.queue.post([this, &windows, at, alive, problem] {
+      if (!alive.lock()) return;
+      windows.erase(at);
+      if (!problem.empty()) shell_.notify(problem);
+    });
+  };
+  *at = platform_.webWindows.open(std::move(description));
 }
 
 }  // namespace marbelot

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -35,6 +36,9 @@ class TextActions {
   // be shown. The menu is rebuilt when they are others than before.
   void refreshApplications();
 
+  // The windows that are open.
+  std::list<std::unique_ptr<WebWindow>> urlPreviewWindows, mapWindows;
+
   // The wall clock, seconds since 1970.
   std::function<double()> clock;
 
@@ -50,6 +54,10 @@ class TextActions {
   void performOpenAction(const MenuItem& sender);
   void copyDetectedString(const MenuItem& sender);
   void addToCalendar(const MenuItem& sender);
+  void addToNotes(const MenuItem& sender);
+  void previewURLAction(const MenuItem& sender);
+  void showAddressMapAction(const MenuItem& sender);
+  void openWindow(std::list<std::unique_ptr<WebWindow>>& windows, WebWindowDescription description);
 
   Platform& platform_;
   Shell& shell_;

@@ -32,6 +32,7 @@
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/linux/wayland_clipboard.h"
+#include "platform/linux/web_windows.h"
 #include "platform/linux/workspace.h"
 #include "platform/linux/x11_clipboard.h"
 
@@ -186,9 +187,10 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   QtKeyMonitors keyMonitors;
   DesktopScreenCapture screenCapture(queue);
   TesseractRecognizer recognizer(queue);
-  Platform platform{quitter, queue,       pasteboard,    defaults,  folderEvents,
-                    notices, workspace,   statusItem,    windows,   dialogs,
-                    screens, keyMonitors, screenCapture, recognizer};
+  HelperWebWindows webWindows;
+  Platform platform{quitter, queue,       pasteboard,    defaults,   folderEvents,
+                    notices, workspace,   statusItem,    windows,    dialogs,
+                    screens, keyMonitors, screenCapture, recognizer, webWindows};
 
   std::shared_ptr<void> launched;
   const auto start = [&] {

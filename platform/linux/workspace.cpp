@@ -15,6 +15,7 @@
 
 #include "platform/linux/applications.h"
 #include "platform/linux/folder_access.h"
+#include "platform/linux/gnote.h"
 #include "platform/linux/trash.h"
 
 namespace marbelot {
@@ -85,6 +86,12 @@ void DesktopWorkspace::openUrl(const std::string& url, const std::string& applic
     if (!launchWithUrl(url, application, withheld) && application.empty())
       queue.post([url] { QDesktopServices::openUrl(QUrl(QString::fromStdString(url))); });
   });
+}
+
+void DesktopWorkspace::addNote(
+    const SharedText& text, std::function<void(const std::optional<std::string>& problem)> done) {
+  if (!bus_.connected()) return done("there is no session bus to reach Gnote over");
+  addGnote(text, std::move(done));
 }
 
 void DesktopWorkspace::openPrivacySettings(const std::string& folder,

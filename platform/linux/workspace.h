@@ -23,6 +23,8 @@ class DesktopWorkspace : public Workspace {
   }
   void openPrivacySettings(const std::string& folder,
                            std::function<void(const std::string&)> advise) override;
+  void addNote(const SharedText& text,
+               std::function<void(const std::optional<std::string>& problem)> done) override;
   void reveal(const std::string& path) override;
   [[nodiscard]] Task trash(std::vector<std::string> paths, std::function<void()> done) override;
 

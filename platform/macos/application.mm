@@ -114,9 +114,10 @@ struct Services {
   std::unique_ptr<KeyMonitors> keyMonitors = makeKeyMonitors();
   std::unique_ptr<ScreenCapture> screenCapture = makeScreenCapture(*queue);
   std::unique_ptr<TextRecognizer> recognizer = makeTextRecognizer(*queue);
-  Platform platform = {application, *queue,       *pasteboard,    *defaults,  *folderEvents,
-                       *notices,    *workspace,   *statusItem,    *windows,   *dialogs,
-                       *screens,    *keyMonitors, *screenCapture, *recognizer};
+  std::unique_ptr<WebWindows> webWindows = makeWebWindows();
+  Platform platform = {application, *queue,       *pasteboard,    *defaults,   *folderEvents,
+                       *notices,    *workspace,   *statusItem,    *windows,    *dialogs,
+                       *screens,    *keyMonitors, *screenCapture, *recognizer, *webWindows};
 };
 
 }  // namespace

@@ -20,5 +20,6 @@ std::unique_ptr<Screens> makeScreens();
 std::unique_ptr<KeyMonitors> makeKeyMonitors();
 std::unique_ptr<ScreenCapture> makeScreenCapture(MainQueue& queue);
 std::unique_ptr<TextRecognizer> makeTextRecognizer(MainQueue& queue);
+std::unique_ptr<WebWindows> makeWebWindows();
 
 }  // namespace marbelot

@@ -3,6 +3,7 @@
 
 #include "platform/macos/conversions.h"
 #include "platform/macos/drawn_image.h"
+#include "platform/macos/notes_script.h"
 #include "platform/macos/services.h"
 
 namespace marbelot {
@@ -34,6 +35,17 @@ void addApplication(std::vector<LinkApplication>& to, NSURL* bundle, bool isDefa
   for (const LinkApplication& known : to)
     if (known.name == name) return;
   to.push_back({bundle.path.fileSystemRepresentation, name, iconOf(bundle.path), isDefault});
+}
+
+// None when it was carried out, else the system's message, which may be empty.
+std::optional<std::string> problemOf(const std::string& script) {
+  @autoreleasepool {
+    NSDictionary* error = nil;
+    NSAppleScript* const made = [[NSAppleScript alloc] initWithSource:nsString(script)];
+    if ([made executeAndReturnError:&error] != nil) return std::nullopt;
+    NSString* const message = error[NSAppleScriptErrorMessage];
+    return message != nil ? utf8(message) : std::string();
+  }
 }
 
 class SharedWorkspace final : public Workspace {
@@ -81,6 +93,15 @@ class SharedWorkspace final : public Workspace {
   // Full disk access is granted to programs, not for folders.
   void openPrivacySettings(const std::string&, std::function<void(const std::string&)>) override {
     openUrl("x-apple.systempreferences:com.apple.preference.security?Privacy_AllFilesAccess");
+  }
+
+  // Off the main thread: Notes takes its time to start, and the user is asked for leave at first.
+  void addNote(const SharedText& text,
+               std::function<void(const std::optional<std::string>&)> done) override {
+    MainQueue& queue = queue_;
+    queue_.background([&queue, text, done = std::move(done)] {
+      queue.post([done, problem = problemOf(notesScript(*text))] { done(problem); });
+    });
   }
 
   void reveal(const std::string& path) override {

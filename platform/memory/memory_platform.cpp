@@ -422,6 +422,17 @@ void Recognizer::answer(std::vector<std::string> lines) {
   answer(Recognition{Recognition::Outcome::read, std::move(lines), {}});
 }
 
+std::unique_ptr<WebWindow> WebWindowList::open(WebWindowDescription description) {
+  struct Open : WebWindow {
+    Open(WebWindowList& list, WebWindowDescription made)
+        : live(list.live), at(live.insert(live.end(), std::move(made))) {}
+    ~Open() override { live.erase(at); }
+    std::list<WebWindowDescription>& live;
+    std::list<WebWindowDescription>::iterator at;
+  };
+  return std::make_unique<Open>(*this, std::move(description));
+}
+
 MenuItemRef itemAt(const Menu& menu, const std::vector<std::string>& titles) {
   const Menu* level = &menu;
   MenuItemRef found;

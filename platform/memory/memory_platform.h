@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <list>
 #include <map>
 #include <string>
 #include <vector>
@@ -129,11 +130,18 @@ class Desktop : public Workspace {
     privacyOpened.push_back(folder);
     if (!advice.empty()) advise(advice);
   }
+  void addNote(const SharedText& text,
+               std::function<void(const std::optional<std::string>&)> done) override {
+    notes.push_back(*text);
+    noted = std::move(done);
+  }
   void reveal(const std::string& path) override { revealed.push_back(path); }
   [[nodiscard]] Task trash(std::vector<std::string> paths, std::function<void()> done) override;
   std::vector<std::string> opened, privacyOpened, revealed, trashed;
   std::map<std::string, std::vector<LinkApplication>> applications;  // by scheme
   int searches = 0;                                                  // for them
+  std::vector<std::string> notes;
+  std::function<void(const std::optional<std::string>&)> noted;  // of the last one
   std::string advice;  // to whoever opens the privacy settings
 
  private:
@@ -347,6 +355,13 @@ class Recognizer : public TextRecognizer {
   std::function<void(Recognition)> then_;
 };
 
+// Keeps the descriptions of the windows that are open.
+class WebWindowList : public WebWindows {
+ public:
+  std::unique_ptr<WebWindow> open(WebWindowDescription description) override;
+  std::list<WebWindowDescription> live;
+};
+
 struct MemoryPlatform {
   App application;
   Queue queue;
@@ -362,9 +377,10 @@ struct MemoryPlatform {
   Keyboard keyMonitors;
   Camera screenCapture;
   Recognizer recognizer;
-  Platform platform{application, queue,       pasteboard,    defaults,  folderEvents,
-                    notices,     workspace,   statusItem,    windows,   dialogs,
-                    screens,     keyMonitors, screenCapture, recognizer};
+  WebWindowList webWindows;
+  Platform platform{application, queue,       pasteboard,    defaults,   folderEvents,
+                    notices,     workspace,   statusItem,    windows,    dialogs,
+                    screens,     keyMonitors, screenCapture, recognizer, webWindows};
 };
 
 // The item reached by its titles from the top; a title that ends in "*" matches by its beginning.

@@ -15,6 +15,7 @@
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/linux/wayland_clipboard.h"
+#include "platform/linux/web_windows.h"
 #include "platform/linux/workspace.h"
 #include "platform/linux/x11_clipboard.h"
 #include "tests/platform/conformance.h"
@@ -84,9 +85,10 @@ class LinuxDesktop : public TestDesktop {
   QtKeyMonitors keyMonitors_;
   DesktopScreenCapture screenCapture_{queue_};
   TesseractRecognizer recognizer_{queue_};
-  Platform platform_{application_, queue_,       pasteboard_,    defaults_,  folderEvents_,
-                     notices_,     workspace_,   statusItem_,    windows_,   dialogs_,
-                     screens_,     keyMonitors_, screenCapture_, recognizer_};
+  HelperWebWindows webWindows_;
+  Platform platform_{application_, queue_,       pasteboard_,    defaults_,   folderEvents_,
+                     notices_,     workspace_,   statusItem_,    windows_,    dialogs_,
+                     screens_,     keyMonitors_, screenCapture_, recognizer_, webWindows_};
 };
 
 std::unique_ptr<TestDesktop> makeDesktop() {

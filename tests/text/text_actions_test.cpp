@@ -194,6 +194,7 @@ TEST_F(TextActionsTest, EachKindAddsItsGroup) {
             "Email this link — default mail app\n"
             "Email this link — Gmail (web)\n"
             "Copy link\n"
+            "Preview…\n"
             "-\n"
             "Call +1 415 555 2671\n"
             "FaceTime +1 415 555 2671\n"
@@ -201,14 +202,17 @@ TEST_F(TextActionsTest, EachKindAddsItsGroup) {
             "-\n"
             "Search the web for “ann@example.org, https://examp…”\n"
             "Search in Other Web\n"
-            "Add to Calendar…\n");
+            "Add to Calendar…\n"
+            "Add to Notes\n");
   EXPECT_EQ(titles("1600 Pennsylvania Ave NW\nWashington, DC 20500"),
+            "Show map…\n"
             "Open in Maps app\n"
             "Copy address\n"
             "-\n"
             "Search the web for “1600 Pennsylvania Ave NW⏎Washi…”\n"
             "Search in Other Web\n"
-            "Add to Calendar…\n");
+            "Add to Calendar…\n"
+            "Add to Notes\n");
   const std::shared_ptr<Menu> menu = menuOf("ann@example.org +1 415 555 2671");
   EXPECT_TRUE(itemAt(*menu, {"Email in Letters"})->image);
   EXPECT_TRUE(itemAt(*menu, {"Compose in Gmail (web)"})->image) << "the browser's";
@@ -280,12 +284,17 @@ TEST_F(TextActionsTest, NothingUnsafeIsOfferedOrOpened) {
   }
   EXPECT_TRUE(desk.workspace.opened.empty());
   sender.represented = std::int64_t{3};
-  for (const char* action : {"copyDetectedString:", "addToCalendar:"}) {
+  for (const char* action : {"copyDetectedString:", "addToCalendar:", "addToNotes:",
+                             "previewURLAction:", "showAddressMapAction:"}) {
     sender.action = action;
     EXPECT_TRUE(table.perform(sender));
   }
   desk.queue.drain();
+  sender.action = "previewURLAction:";
+  sender.represented = std::string("javascript:alert(1)");
+  EXPECT_TRUE(table.perform(sender));
   EXPECT_TRUE(desk.notices.posted.empty() && desk.workspace.opened.empty());
+  EXPECT_TRUE(desk.webWindows.live.empty());
 }
 
 TEST_F(TextActionsTest, SecretsStayMaskedWhereverAMenuTellsOfThem) {
@@ -358,6 +367,43 @@ TEST_F(TextActionsTest, EventsAreFilesOfTheirOwnThatTheCalendarOpens) {
   writeFile(folder, "in the way");
   EXPECT_EQ(opened("Supper", "Add to Calendar…"), "");
   EXPECT_EQ(desk.notices.last(), "Couldn't create the event");
+}
+
+TEST_F(TextActionsTest, NotesTellWhatBecameOfThem) {
+  opened("a \"note\"", "Add to Notes");
+  EXPECT_EQ(desk.workspace.notes.back(), "a \"note\"");
+  EXPECT_TRUE(desk.notices.posted.empty()) << "not before it is there";
+  desk.workspace.noted(std::nullopt);
+  EXPECT_EQ(desk.notices.last(), "Added to Notes");
+  EXPECT_EQ(flashes, 1);
+  desk.workspace.noted("Not allowed");
+  EXPECT_EQ(desk.notices.last(), "Notes: Not allowed");
+  desk.workspace.noted("");
+  EXPECT_EQ(desk.notices.last(), "Notes: couldn't add note");
+  EXPECT_EQ(flashes, 1);
+}
+
+TEST_F(TextActionsTest, PagesAndPlacesHaveWindowsUntilTheyAreClosed) {
+  opened("see https://example.com:8080/a?b", "Preview…");
+  opened("1600 Pennsylvania Ave NW\nWashington, DC 20500", "Show map…");
+  opened("see https://example.org", "Preview…");
+  ASSERT_EQ(desk.webWindows.live.size(), 3U);
+  EXPECT_EQ(actions.urlPreviewWindows.size(), 2U);
+  const WebWindowDescription page = desk.webWindows.live.front();
+  EXPECT_EQ(page.title, "Preview example.com");
+  EXPECT_EQ(page.subject, "https://example.com:8080/a?b");
+  EXPECT_EQ(page.contentSize.width, 720);
+  const WebWindowDescription map = *std::next(desk.webWindows.live.begin());
+  EXPECT_EQ(map.title, "Map — 1600 Pennsylvania Ave NW, Washington, DC 20500");
+  EXPECT_EQ(map.notFoundTitle, "Map — location not found");
+  EXPECT_EQ(map.contentSize.width, 640);
+  page.closed("");
+  map.closed("install something");
+  desk.queue.drain();
+  EXPECT_EQ(desk.webWindows.live.size(), 1U);
+  EXPECT_EQ(actions.urlPreviewWindows.size(), 1U);
+  EXPECT_TRUE(actions.mapWindows.empty());
+  EXPECT_EQ(desk.notices.last(), "install something");
 }
 
 }  // namespace

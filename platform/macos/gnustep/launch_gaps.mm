@@ -1,6 +1,18 @@
-// What GNUstep lacks of macOS to open links with. There is nobody here who would know of
-// applications, so that there are none.
+// What GNUstep lacks of macOS to hand things to other programs. There is nobody here who
+// would know of applications or run scripts, so that there are none.
 #import <AppKit/AppKit.h>
+
+NSString* const NSAppleScriptErrorMessage = @"NSAppleScriptErrorMessage";
+
+@implementation NSAppleScript (LaunchGaps)
+- (instancetype)initWithSource:(NSString*)source {
+  return [self init];
+}
+- (id)executeAndReturnError:(NSDictionary**)error {
+  if (error != nullptr) *error = @{NSAppleScriptErrorMessage : @"there are no scripts here"};
+  return nil;
+}
+@end
 
 @implementation NSWorkspaceOpenConfiguration
 + (instancetype)configuration {
