@@ -106,13 +106,19 @@ class WaylandDesktop(VirtualDesktop):
 
     def point(self, x, y, click=False):
         """Moves sway's pointer, as a hand would, and presses its left button."""
+        self._hand(f"move {x} {y}", *(["sleep 50", "press", "sleep 50", "release"] if click else []))
+
+    def drag(self, x, y, width, height):
+        self._hand(f"move {x} {y}", "sleep 50", "press", f"move {x + width // 2} {y}",
+                   f"move {x + width} {y + height}", "sleep 50", "release")
+
+    def _hand(self, *words):
         if not self._mouse:
             width, height = self.size
             self._mouse = subprocess.Popen([BIN / "wayland_pointer", str(width), str(height)],
                                            env=self.env, stdin=subprocess.PIPE,
                                            stdout=subprocess.PIPE, text=True)
-        self._mouse.stdin.write(f"move {x} {y}\n" +
-                                ("sleep 50 press sleep 50 release\n" if click else "") + "done\n")
+        self._mouse.stdin.write(" ".join((*words, "done\n")))
         self._mouse.stdin.flush()
         self._mouse.stdout.readline()
 

@@ -1,5 +1,9 @@
 #include "platform/linux/capture_tools.h"
 
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <algorithm>
 #include <charconv>
 
@@ -24,6 +28,59 @@ Words maimArguments(const CaptureRequest& request, const std::string&) {
   return {};
 }
 
+// On Wayland, where slurp finds out what to take and grim takes it. PPM takes no time to write.
+Words slurpArguments(const CaptureRequest&, const std::string&) { return {}; }
+
+Words grimArguments(const CaptureRequest&, const std::string& before) {
+  if (before.empty()) return {"-t", "ppm", "-"};
+  return {"-t", "ppm", "-g", before.substr(0, before.find('\n')), "-"};
+}
+
+Words treeArguments(const CaptureRequest&, const std::string&) { return {"-t", "get_tree"}; }
+
+// The windows that are to be seen, one a line, as slurp takes them.
+void listWindows(const QJsonObject& node, std::string& lines) {
+  bool isLeaf = true;
+  for (const char* kind : {"nodes", "floating_nodes"}) {
+    for (const QJsonValue& child : node[kind].toArray()) {
+      isLeaf = false;
+      listWindows(child.toObject(), lines);
+    }
+  }
+  if (!isLeaf || !node["visible"].toBool()) return;
+  const QJsonObject place = node["rect"].toObject();
+  const auto number = [&](const char* name) { return std::to_string(place[name].toInt()); };
+  lines += number("x") + "," + number("y") + " " + number("width") + "x" + number("height") + "\n";
+}
+
+// A child is given nothing on its standard input, but slurp wants the windows there.
+Words pickArguments(const CaptureRequest&, const std::string& before) {
+  std::string lines;
+  listWindows(QJsonDocument::fromJson(QByteArray::fromStdString(before)).object(), lines);
+  return {"-c", "printf %s \"$0\" | slurp -r", lines};
+}
+
+const CaptureStep slurpStep{"slurp", "slurp", slurpArguments};
+const CaptureStep grimStep{"grim", "grim", grimArguments};
+
+bool isWayland() { return qEnvironmentVariableIsSet("WAYLAND_DISPLAY"); }
+
+// Desktops that let no other program than their own tool see the screen.
+bool isClosed() {
+  const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP").toUpper();
+  return desktop.contains("GNOME") || desktop.contains("KDE");
+}
+
+const std::vector<CaptureStep>& waylandSteps(CaptureRequest::Subject subject) {
+  static const std::vector<CaptureStep> none, screen{grimStep}, area{slurpStep, grimStep},
+      window{{"swaymsg", "sway", treeArguments}, {"sh", "dash", pickArguments}, grimStep};
+  if (isClosed()) return none;
+  if (subject == CaptureRequest::Subject::screen) return screen;
+  const bool canPick =
+      subject == CaptureRequest::Subject::pickedWindow && qEnvironmentVariableIsSet("SWAYSOCK");
+  return canPick ? window : area;
+}
+
 }  // namespace
 
 CaptureRequest captureRequest(const std::vector<std::string>& arguments) {
@@ -43,7 +100,10 @@ CaptureRequest captureRequest(const std::vector<std::string>& arguments) {
   return request;
 }
 
-const std::vector<CaptureStep>& captureSteps(const CaptureRequest&) {
+const std::vector<CaptureStep>& captureSteps(const CaptureRequest& request) {
+  // The windows that have numbers are X11's there, too.
+  if (isWayland() && request.subject != CaptureRequest::Subject::window)
+    return waylandSteps(request.subject);
   static const std::vector<CaptureStep> x11{{"maim", "maim", maimArguments}};
   return x11;
 }

@@ -32,7 +32,7 @@ struct CaptureStep {
   std::vector<std::string> (*arguments)(const CaptureRequest& request, const std::string& before);
 };
 
-// How it is done on this desktop.
+// How it is done on this desktop; empty where only the desktop's own tool can.
 const std::vector<CaptureStep>& captureSteps(const CaptureRequest& request);
 
 }  // namespace marbelot

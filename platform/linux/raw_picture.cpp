@@ -1,5 +1,7 @@
 #include "platform/linux/raw_picture.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 
@@ -25,9 +27,40 @@ void convert(const char* from, std::size_t step, std::uint8_t* to, int pixels) {
   }
 }
 
+// Without comments, which such tools do not write.
+std::optional<Bitmap> portablePixmap(std::string_view bytes) {
+  std::size_t at = 2;
+  const auto number = [&] {
+    at = std::min(bytes.find_first_not_of(" \n", at), bytes.size());
+    int value = 0;
+    const char* const end = bytes.data() + bytes.size();
+    at =
+        static_cast<std::size_t>(std::from_chars(bytes.data() + at, end, value).ptr - bytes.data());
+    return value;
+  };
+  const int width = number(), height = number(), most = number();
+  ++at;  // the one blank behind the numbers
+  if (most != 255 || !Bitmap::fits(width, height)) return std::nullopt;
+  const std::size_t rowBytes = static_cast<std::size_t>(width) * 3;
+  if (at > bytes.size() || (bytes.size() - at) / rowBytes < static_cast<std::size_t>(height))
+    return std::nullopt;
+  auto bitmap = Bitmap::make(width, height);
+  if (!bitmap) return std::nullopt;
+  for (int y = 0; y < height; ++y) {
+    const char* from = bytes.data() + at + static_cast<std::size_t>(y) * rowBytes;
+    std::uint8_t* to = bitmap->row(y);
+    for (int x = 0; x < width; ++x, from += 3, to += Bitmap::pixelBytes) {
+      std::memcpy(to, from, 3);
+      to[3] = 255;
+    }
+  }
+  return bitmap;
+}
+
 }  // namespace
 
 std::optional<Bitmap> rawPicture(std::string_view bytes) {
+  if (bytes.starts_with("P6")) return portablePixmap(bytes);
   if (bytes.size() < headersBytes || !bytes.starts_with("BM")) return std::nullopt;
   const std::size_t start = word(bytes, 10);
   const auto width = static_cast<std::int32_t>(word(bytes, 18));

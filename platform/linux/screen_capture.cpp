@@ -108,7 +108,12 @@ void DesktopScreenCapture::startWaiting() {
 }
 
 void DesktopScreenCapture::run(Job& job, const std::string& before) {
-  const CaptureStep& step = captureSteps(job.request)[job.step];
+  const std::vector<CaptureStep>& steps = captureSteps(job.request);
+  if (steps.empty())
+    return finish(job,
+                  "This desktop lets only its own tool take pictures of the screen. What that "
+                  "saves in the watched folder is copied.");
+  const CaptureStep& step = steps[job.step];
   const QString program = QStandardPaths::findExecutable(step.program);
   if (program.isEmpty())
     return finish(job, std::string("Taking pictures of the screen needs ") + step.program +

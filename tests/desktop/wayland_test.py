@@ -2,6 +2,7 @@
 
 import hashlib
 import pathlib
+import time
 import unittest
 
 from desktop_case import BIN, DesktopTest, Marbelot, NOTICE_TITLE, png, screenshot_name, until
@@ -93,6 +94,37 @@ class WaylandTest(DesktopTest):
         self.screen.key("Up")
         self.screen.key("Return")
         self.program.process.wait(10)  # the last item quits
+
+    def test_pictures_are_taken_of_native_windows(self):
+        self.start()
+        self.screen.spawn("foot", "-o", "colors.background=206080", "sleep", "60")
+        until(lambda: b'"app_id": "foot"' in self.screen.run("swaymsg", "-t", "get_tree").stdout,
+              "a native window")
+        width, height = self.screen.size
+        self.screen.point(10, 10)  # there is a mouse, before anybody looks for one
+        # A tiled window has a title bar above it, which is not part of it.
+        self.check_capture(["Full screen"], None, lambda w, h: (w, h) == (width, height))
+        self.check_capture(["Area"], lambda: self.screen.drag(400, 300, 200, 100),
+                           lambda w, h: abs(w - 200) < 3 and abs(h - 100) < 3)
+        self.check_capture(["Window", "Click a window…"],
+                           lambda: self.screen.point(500, 500, click=True),
+                           lambda w, h: width - 8 < w <= width and height - 40 < h < height)
+        folder = self.screen.home / "Pictures/Marbelot"
+        self.assertEqual(len(list(folder.iterdir())), 3)
+
+    def check_capture(self, item, act, fits):
+        before = self.program.copied()
+        self.program.ctl("invoke", "Capture screenshot", *item, check=True)
+        if act:
+            def selecting():
+                return self.screen.run("pgrep", "-x", "slurp").stdout
+            until(selecting, "selection")
+            # Nothing tells when it is on the screen; before, a hand does nothing to it.
+            until(lambda: act() or not selecting(), "selected", interval=0.3)
+        until(lambda: self.program.copied() > before, f"picture: {item}")
+        header = self.screen.clipboard("image/png")[16:24]
+        size = int.from_bytes(header[:4], "big"), int.from_bytes(header[4:], "big")
+        self.assertTrue(fits(*size), size)
 
     def test_without_xwayland_it_says_once_what_is_missing(self):
         self.start(xwayland=False)
