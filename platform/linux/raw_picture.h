@@ -8,8 +8,8 @@
 
 namespace marbelot {
 
-// A BMP of 24 or 32 bits a pixel, uncompressed, or a binary PPM, as tools write them; opaque. None for anything else
-// and for one that breaks off. Any thread.
+// A BMP of 24 or 32 bits a pixel, uncompressed, or a binary PPM, as tools write them; opaque. None
+// for anything else and for one that breaks off. Any thread.
 std::optional<Bitmap> rawPicture(std::string_view bytes);
 
 }  // namespace marbelot
