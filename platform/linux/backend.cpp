@@ -52,6 +52,8 @@ class QtApplication : public Application {
   RemoteControl& remote_;
 };
 
+// All that a signal handler can reach.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
 int signalPipe[2] = {-1, -1};
 
 // SIGTERM and SIGINT end the program the ordinary way, so that a write under way is completed.

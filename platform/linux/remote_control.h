@@ -24,6 +24,7 @@ class RemoteControl : public QObject {
   void serve(RemoteRequests requests) { requests_ = std::move(requests); }
 
  public Q_SLOTS:
+  // The methods' names on the bus. NOLINTBEGIN(readability-identifier-naming)
   QString Menu() { return call(requests_.menu); }
   QString InvokeTitles(const QString& titles);
   QString InvokeAction(const QString& action, const QStringList& object);
@@ -31,6 +32,7 @@ class RemoteControl : public QObject {
   QString Press(const QString& window, const QString& spec);
   void PopUpMenu();
   void Quit();
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   static QString call(const std::function<std::string()>& request);
