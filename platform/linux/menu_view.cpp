@@ -214,14 +214,7 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
     if (!fits) {
       QAction* made = item->submenu ? (new QMenu(&view))->menuAction() : new QAction(&view);
       made->setSeparator(item->separator);
-      if (QMenu* submenu = made->menu()) {
-        submenu->setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
-        submenu->installEventFilter(this);
-        connect(submenu, &QMenu::aboutToShow, this, [this, submenu] {
-          const MenuItemRef parent = itemOf(submenu->menuAction());
-          if (parent && parent->submenu) fill(*submenu, *parent->submenu);
-        });
-      }
+      if (made->menu()) prepareSubmenu(*made->menu());
       view.insertAction(action, made);
       if (action) {
         view.removeAction(action);
@@ -237,6 +230,15 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
     view.removeAction(surplus);
     surplus->menu() ? surplus->menu()->deleteLater() : surplus->deleteLater();
   }
+}
+
+void MenuView::prepareSubmenu(QMenu& view) {
+  view.setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+  view.installEventFilter(this);
+  connect(&view, &QMenu::aboutToShow, this, [this, &view] {
+    const MenuItemRef parent = itemOf(view.menuAction());
+    if (parent && parent->submenu) fill(view, *parent->submenu);
+  });
 }
 
 void MenuView::dress(QAction& action, const MenuItemRef& item, bool withKey) {

@@ -36,6 +36,7 @@ class MenuView : public QObject {
   void endCatching();
   void setExportedOpen(bool open);
   void fill(QMenu& view, const Menu& menu);
+  void prepareSubmenu(QMenu& view);
   // `withKey`: shows its key equivalent, which a host would show as part of the title.
   void dress(QAction& action, const MenuItemRef& item, bool withKey);
   void tell(const MenuItemRef& item);
