@@ -91,9 +91,10 @@ void HistoryMenus::tellApart(std::vector<Entry>& entries,
                              const std::vector<std::size_t>& alike) const {
   std::vector<std::string_view> beginnings;
   beginnings.reserve(alike.size());
-  for (const std::size_t i : alike)
+  for (const std::size_t i : alike) {
     beginnings.push_back(entries[i].analysis ? std::string_view(entries[i].analysis->beginning)
                                              : std::string_view());
+  }
   const std::vector<std::string> different = titlesAtDifference(beginnings);
   for (std::size_t k = 0; k < alike.size(); ++k) {
     Entry& entry = entries[alike[k]];
@@ -166,9 +167,10 @@ std::shared_ptr<Menu> HistoryMenus::clipboardHistoryMenu() {
   const std::vector<Entry> all = entries();
   auto menu = std::make_shared<Menu>();
   menu->add(filterItem(all));
-  for (const Entry& entry : all)
+  for (const Entry& entry : all) {
     if (!history_.clipTypeFilter || entry.category == *history_.clipTypeFilter)
       menu->add(entryItem(entry));
+  }
   addClear(*menu);
   return menu;
 }
@@ -182,9 +184,10 @@ std::shared_ptr<Menu> HistoryMenus::clipboardByTypeMenu() {
     ofCategory->add(entryItem(entry));
   }
   auto menu = std::make_shared<Menu>();
-  for (std::size_t position = 0; position < menus.size(); ++position)
+  for (std::size_t position = 0; position < menus.size(); ++position) {
     if (menus[position])
       menu->addSubmenu(displayTitle(static_cast<ClipCategory>(position)), menus[position]);
+  }
   addClear(*menu);
   return menu;
 }

@@ -26,9 +26,10 @@ class Builder {
   void openInOthers(const std::string& prefix, const std::string& url, const std::string& masked) {
     const auto* all = applications_(schemeOf(url));
     if (!all) return;
-    for (const LinkApplication& application : *all)
+    for (const LinkApplication& application : *all) {
       if (!application.isDefault)
         add(prefix + application.name, url, application.id, masked, &application);
+    }
   }
 
   void openInAll(const std::string& url, const std::string& masked) {
@@ -41,9 +42,10 @@ class Builder {
   // Leads to an endpoint, unless what it would be told does not fit into its URL.
   void compose(std::string title, std::string_view endpoint, const TextTarget& told) {
     const EncodedText value = percentEncoded(told.value, longestQuery);
-    if (value.whole)
+    if (value.whole) {
       open(std::move(title), std::string(endpoint) + value.text,
            std::string(endpoint) + told.shown);
+    }
   }
 
   // Calls are made by a program or not at all: without one the item is disabled.

@@ -85,9 +85,10 @@ QImage decoded(std::string_view bytes, marbelot::ImageFormat format) {
   // Megabytes: the largest picture that its header may claim, at eight bytes a pixel.
   QImageReader::setAllocationLimit(static_cast<int>(marbelot::maximumImagePixels * 8 >> 20));
   QImageReader reader(&device);
-  if (format == marbelot::ImageFormat::jpeg)
+  if (format == marbelot::ImageFormat::jpeg) {
     if (const QImage inks = decodedCmykJpeg(bytes); !inks.isNull())
       return upright(inks, reader.transformation());
+  }
   reader.setAutoTransform(true);
   return reader.read();
 }

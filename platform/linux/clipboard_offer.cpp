@@ -49,10 +49,11 @@ std::vector<std::string> offeredTypes(const ClipboardOffer& offer) {
 
 std::vector<std::string> keptTypes(const ClipboardOffer& offer) {
   std::vector<std::string> types = offeredTypes(offer);
-  if (offer.image)
+  if (offer.image) {
     std::erase_if(types, [own = mimeType(offer.image->format())](const std::string& type) {
       return type != own && type != "image/png";
     });
+  }
   return types;
 }
 

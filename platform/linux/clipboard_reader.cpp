@@ -221,9 +221,10 @@ void ClipboardReader::tell(Read& read) {
 
 ClipboardClock::time_point ClipboardReader::deadline() const {
   auto earliest = ClipboardClock::time_point::max();
-  for (const auto& read : reads_)
+  for (const auto& read : reads_) {
     for (const Conversion& conversion : read->conversions)
       if (conversion.open()) earliest = std::min(earliest, conversion.deadline);
+  }
   return earliest;
 }
 

@@ -17,9 +17,10 @@ std::optional<Image> imageOf(const QIcon& icon) {
                            .convertToFormat(QImage::Format_RGBA8888_Premultiplied);
   auto bitmap = Bitmap::make(drawn.width(), drawn.height());
   if (!bitmap) return std::nullopt;
-  for (int y = 0; y < drawn.height(); ++y)
+  for (int y = 0; y < drawn.height(); ++y) {
     std::memcpy(bitmap->row(y), drawn.constScanLine(y),
                 static_cast<std::size_t>(drawn.width() * Bitmap::pixelBytes));
+  }
   return Image::fromPixels(std::make_shared<const Bitmap>(*std::move(bitmap)));
 }
 

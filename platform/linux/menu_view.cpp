@@ -80,9 +80,10 @@ char latinLetter(const QKeyEvent& event) {
   // The key codes of linux/input-event-codes.h, 8 higher in X11.
   constexpr std::pair<int, std::string_view> rows[] = {
       {KEY_Q + 8, "qwertyuiop"}, {KEY_A + 8, "asdfghjkl"}, {KEY_Z + 8, "zxcvbnm"}};
-  for (const auto& [first, letters] : rows)
+  for (const auto& [first, letters] : rows) {
     if (code >= first && code < first + static_cast<int>(letters.size()))
       return letters[static_cast<std::size_t>(code - first)];
+  }
   return 0;
 }
 

@@ -96,6 +96,7 @@ class FileStream {
  public:
   using Ch = char;
   explicit FileStream(int file) : file_(file) {}
+  // The names that RapidJSON asks for. NOLINTBEGIN(readability-identifier-naming)
   void Put(char c) {
     if (used_ == buffer_.size()) Flush();
     buffer_[used_++] = c;
@@ -104,6 +105,7 @@ class FileStream {
     good_ = good_ && writeFully(file_, {buffer_.data(), used_});
     used_ = 0;
   }
+  // NOLINTEND(readability-identifier-naming)
   bool good() const { return good_; }
 
  private:

@@ -112,9 +112,10 @@ QAbstractButton* makeButton(const Button& button) {
     Font font = button.font;
     if (button.small) font.size = std::min(font.size, 11.);
     if (font != Font{}) push->setFont(qtFont(font));
-    if (!button.symbol.empty())
+    if (!button.symbol.empty()) {
       push->setIcon(symbolAsIcon(button.symbol, qtColor(button.tint, push->palette()),
                                  std::min(mostSymbolSize, font.size + 1)));
+    }
     made = push;
   }
   setButtonTitle(*made, button.title);

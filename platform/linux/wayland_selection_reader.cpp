@@ -69,10 +69,11 @@ void WaylandSelectionReader::begin(std::unique_ptr<WaylandOffer> offer,
 
 void WaylandSelectionReader::request(Read& read, Conversion& conversion) {
   Descriptor pipe = static_cast<Owner&>(*read.owner).offer->receive(conversion.type);
-  if (!pipe)
+  if (!pipe) {
     conversion.state = Conversion::State::failed;
-  else
+  } else {
     conversion.channel = std::make_unique<Pipe>(std::move(pipe));
+  }
 }
 
 void WaylandSelectionReader::discard(Conversion& conversion) {
@@ -82,16 +83,18 @@ void WaylandSelectionReader::discard(Conversion& conversion) {
 }
 
 void WaylandSelectionReader::watch(std::vector<pollfd>& watched) const {
-  for (const auto& read : reads_)
+  for (const auto& read : reads_) {
     for (const Conversion& conversion : read->conversions)
       if (conversion.channel) watched.push_back({Pipe::of(conversion).from.get(), POLLIN, 0});
+  }
   for (const Abandoned& pipe : abandoned_) watched.push_back({pipe.from.get(), POLLIN, 0});
 }
 
 void WaylandSelectionReader::receive() {
-  for (const auto& read : reads_)
+  for (const auto& read : reads_) {
     for (Conversion& conversion : read->conversions)
       if (conversion.channel && receive(*read, conversion)) advance(*read);
+  }
   abandoned_.remove_if([&](Abandoned& pipe) {
     const auto got = take(pipe.from, buffer_);
     if (!got) return false;

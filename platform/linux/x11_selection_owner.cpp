@@ -153,9 +153,10 @@ void X11SelectionOwner::answer(const xcb_selection_request_event_t& event) {
         pairs ? static_cast<std::size_t>(xcb_get_property_value_length(pairs.get())) : 0;
     request->parts.resize(bytes / sizeof(Request::Part));
     request->refused = request->parts.empty();
-    if (!request->refused)
+    if (!request->refused) {
       std::memcpy(request->parts.data(), xcb_get_property_value(pairs.get()),
                   request->parts.size() * sizeof(Request::Part));
+    }
   } else {
     request->parts.push_back({event.target, request->event.property});
   }
@@ -196,10 +197,11 @@ void X11SelectionOwner::convert(const std::shared_ptr<Request>& request, std::si
 void X11SelectionOwner::answerPart(Request& request, std::size_t part, xcb_atom_t type,
                                    const SharedBytes& bytes) {
   xcb_atom_t& property = request.parts[part].property;
-  if (bytes)
+  if (bytes) {
     send(request.event.requestor, property, type, bytes);
-  else
+  } else {
     property = XCB_ATOM_NONE;
+  }
   if (--request.open == 0) notify(request);
 }
 
@@ -207,10 +209,11 @@ void X11SelectionOwner::notify(const Request& request) {
   const auto& event = request.event;
   const bool refused =
       request.multiple ? request.refused : request.parts.front().property == XCB_ATOM_NONE;
-  if (request.multiple && !refused)  // tells which of the parts were refused
+  if (request.multiple && !refused) {  // tells which of the parts were refused
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, event.requestor, event.property,
                         connection_.atom("ATOM_PAIR"), 32,
                         static_cast<std::uint32_t>(request.parts.size() * 2), request.parts.data());
+  }
   xcb_selection_notify_event_t notify{};
   notify.response_type = XCB_SELECTION_NOTIFY;
   notify.time = event.time;

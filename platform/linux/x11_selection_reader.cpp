@@ -101,10 +101,11 @@ void X11SelectionReader::handle(const xcb_generic_event_t& event) {
         connection_.atom(conversion->type) != notify.target)
       return;
     read->revive();
-    if (notify.property == XCB_ATOM_NONE)
+    if (notify.property == XCB_ATOM_NONE) {
       conversion->state = Conversion::State::failed;
-    else
+    } else {
       receive(*read, *conversion);
+    }
     advance(*read);
   } else if (eventType(event) == XCB_PROPERTY_NOTIFY) {
     const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
@@ -162,10 +163,12 @@ void X11SelectionReader::finishTargets(Read& read, Conversion& conversion, int b
 }
 
 auto X11SelectionReader::find(xcb_window_t window) -> std::pair<Read*, Conversion*> {
-  for (const auto& read : reads_)
-    for (Conversion& conversion : read->conversions)
+  for (const auto& read : reads_) {
+    for (Conversion& conversion : read->conversions) {
       if (conversion.channel && Answer::of(conversion).window == window)
         return {read.get(), &conversion};
+    }
+  }
   return {nullptr, nullptr};
 }
 

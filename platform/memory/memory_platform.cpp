@@ -64,10 +64,11 @@ std::int64_t Clipboard::replace(PasteboardContents contents) {
 }
 
 std::int64_t Clipboard::replaceAndAnnounce(PasteboardContents contents) {
-  if (announces)
+  if (announces) {
     queue_.post([this] {
       if (handler_) handler_();
     });
+  }
   return replace(std::move(contents));
 }
 
@@ -213,9 +214,10 @@ std::vector<WindowInfo> WindowList::visible() const {
     WindowInfo info{
         window->description.id, window->description.title, window->at, window->isKey(), {}, window};
     forEachView(window->description.views, [&info](const View& view) {
-      if (const auto* button = std::get_if<Button>(&view.content))
+      if (const auto* button = std::get_if<Button>(&view.content)) {
         info.buttons.push_back(
             {view.id, button->title.empty() ? button->symbol : button->title, button->enabled});
+      }
     });
     infos.push_back(std::move(info));
   }
