@@ -15,7 +15,6 @@ namespace {
 constexpr const char* missing =
     "Previews and maps need Qt WebEngine: install qt6-webengine-dev and build Marbelot again";
 constexpr int cannotLoad = 127;  // how the dynamic linker ends a program whose libraries lack
-constexpr int endMilliseconds = 500;
 
 // The helper's own display settings, which ours are not made for.
 QProcessEnvironment environment() {
@@ -64,9 +63,7 @@ class HelperWindow final : public WebWindow {
   }
   ~HelperWindow() override {
     process_.disconnect();
-    process_.terminate();
-    if (process_.state() != QProcess::NotRunning && !process_.waitForFinished(endMilliseconds))
-      process_.kill();
+    process_.kill();  // it has nothing to save, and nobody is to wait for it
   }
   HelperWindow(const HelperWindow&) = delete;
   HelperWindow& operator=(const HelperWindow&) = delete;
