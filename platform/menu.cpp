@@ -48,6 +48,13 @@ bool sameItem(const MenuItem* a, const MenuItem* b) {
          textOf(*a) == textOf(*b);
 }
 
+std::optional<std::size_t> indexOfOpen(const Menu& level, const MenuItem& open) {
+  if (open.payload) return std::nullopt;
+  for (std::size_t i = 0; i < level.items.size(); ++i)
+    if (level.items[i]->submenu && level.items[i]->title == open.title) return i;
+  return std::nullopt;
+}
+
 std::string representedText(const Represented& represented) {
   if (const auto* number = std::get_if<std::int64_t>(&represented)) return std::to_string(*number);
   if (const auto* flag = std::get_if<bool>(&represented)) return *flag ? "true" : "false";

@@ -84,6 +84,11 @@ bool sameItem(const MenuItem* a, const MenuItem* b);
 // The text of a represented object, as the command line shows and takes it; empty for none.
 std::string representedText(const Represented& represented);
 
+// Where an item whose submenu the user has open stands after its level was edited: the one of the
+// same title. None when there is none, or when the submenu acts on a piece of content: what the
+// user is about to choose there must go on meaning this piece, so the level is left as it is.
+std::optional<std::size_t> indexOfOpen(const Menu& level, const MenuItem& open);
+
 // The tree as a JSON array, hidden items included.
 std::string menuJson(const Menu& menu);
 

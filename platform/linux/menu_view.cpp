@@ -194,15 +194,30 @@ void MenuView::tell(const MenuItemRef& item) {
   if (delegate_) delegate_->menuWillHighlightItem(item.get());
 }
 
-void MenuView::fill(QMenu& view, const Menu& menu) {
+// Brings the action whose submenu is open to the place of its item, so that it stays in use for it.
+// False when the level must stay as it is.
+bool MenuView::alignOpen(QMenu& view, const Menu& menu) {
   const QList<QAction*> actions = view.actions();
-  // The submenu of a piece of content is open: what the user is about to choose there must go on
-  // meaning this piece, wherever it has moved meanwhile.
-  const auto isInUse = [](const QAction* action) {
-    const MenuItemRef item = itemOf(action);
-    return action->menu() && action->menu()->isVisible() && item && item->payload;
-  };
-  if (std::any_of(actions.begin(), actions.end(), isInUse)) return;
+  const auto open = std::find_if(actions.begin(), actions.end(), [](const QAction* action) {
+    return action->menu() && action->menu()->isVisible() && itemOf(action);
+  });
+  if (open == actions.end()) return true;
+  const auto wanted = indexOfOpen(menu, *itemOf(*open));
+  if (!wanted) return false;
+  auto at = static_cast<std::size_t>(open - actions.begin());
+  for (; at < *wanted; ++at) view.insertAction(actions.front(), new QAction(&view));
+  for (qsizetype first = 0; at > *wanted; --at, ++first) drop(view, actions[first]);
+  return true;
+}
+
+void MenuView::drop(QMenu& view, QAction* action) {
+  view.removeAction(action);
+  action->menu() ? action->menu()->deleteLater() : action->deleteLater();
+}
+
+void MenuView::fill(QMenu& view, const Menu& menu) {
+  if (!alignOpen(view, menu)) return;
+  const QList<QAction*> actions = view.actions();
   bool isExported = false;
   for (const QObject* ancestor = &view; ancestor; ancestor = ancestor->parent())
     isExported = isExported || ancestor == exported_.get();
@@ -217,20 +232,13 @@ void MenuView::fill(QMenu& view, const Menu& menu) {
       made->setSeparator(item->separator);
       if (made->menu()) prepareSubmenu(*made->menu());
       view.insertAction(action, made);
-      if (action) {
-        view.removeAction(action);
-        action->menu() ? action->menu()->deleteLater() : action->deleteLater();
-      }
+      if (action) drop(view, action);
       action = made;
     }
     dress(*action, item, !isExported);
     ++at;
   }
-  for (; at < actions.size(); ++at) {
-    QAction* surplus = actions[at];
-    view.removeAction(surplus);
-    surplus->menu() ? surplus->menu()->deleteLater() : surplus->deleteLater();
-  }
+  for (; at < actions.size(); ++at) drop(view, actions[at]);
 }
 
 void MenuView::prepareSubmenu(QMenu& view) {

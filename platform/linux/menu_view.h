@@ -35,6 +35,8 @@ class MenuView : public QObject {
  private:
   void endCatching();
   void setExportedOpen(bool open);
+  static bool alignOpen(QMenu& view, const Menu& menu);
+  static void drop(QMenu& view, QAction* action);
   void fill(QMenu& view, const Menu& menu);
   void prepareSubmenu(QMenu& view);
   // `withKey`: shows its key equivalent, which a host would show as part of the title.

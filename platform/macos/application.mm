@@ -30,7 +30,7 @@
 - (NSMenu*)applicationDockMenu:(NSApplication*)sender {
   if (!buildDockMenu) return nil;
   _dockRenderer = [[MarbelotMenuRenderer alloc] init];
-  [_dockRenderer showTree:buildDockMenu() delegate:nullptr chosen:dockItemChosen];
+  [_dockRenderer fillWithTree:buildDockMenu() chosen:dockItemChosen];
   return _dockRenderer.menu;
 }
 @end

@@ -197,13 +197,12 @@ class ViewPainter final : public Painter {
   if (tree == nullptr) return nil;
   _menu = [[MarbelotMenuRenderer alloc] init];
   MarbelotCanvas* __weak const weakSelf = self;
-  [_menu showTree:std::move(tree)
-         delegate:nullptr
-           chosen:[weakSelf](const marbelot::MenuItem& item) {
-             MarbelotCanvas* const canvas = weakSelf;
-             if (canvas != nil && canvas->_delegate != nullptr)
-               canvas->_delegate->menuItemChosen(item);
-           }];
+  [_menu fillWithTree:std::move(tree)
+               chosen:[weakSelf](const marbelot::MenuItem& item) {
+                 MarbelotCanvas* const canvas = weakSelf;
+                 if (canvas != nil && canvas->_delegate != nullptr)
+                   canvas->_delegate->menuItemChosen(item);
+               }];
   return _menu.menu;
 }
 

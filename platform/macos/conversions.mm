@@ -5,6 +5,13 @@
 namespace marbelot {
 
 NSString* nsString(std::string_view text) {
+  // Most large texts are plain ASCII, which the system keeps as it is.
+  unsigned char any = 0;
+  for (const char byte : text) any |= static_cast<unsigned char>(byte);
+  if (any < 0x80)
+    return [[NSString alloc] initWithBytes:text.data()
+                                    length:text.size()
+                                  encoding:NSASCIIStringEncoding];
   // Not initWithBytes:, which gives nil for damaged text and swallows a byte order mark.
   const std::u16string units = toUtf16(text);
   return [[NSString alloc] initWithCharacters:reinterpret_cast<const unichar*>(units.data())

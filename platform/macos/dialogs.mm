@@ -1,5 +1,6 @@
 // Modal alerts.
 #import <AppKit/AppKit.h>
+#include <objc/runtime.h>
 
 #include <map>
 #include <vector>
@@ -7,6 +8,32 @@
 #include "platform/macos/conversions.h"
 #include "platform/macos/services.h"
 #import "platform/macos/views.h"
+
+// Holds an alert's accessory and hears the keys that AppKit leaves without a button: Command and
+// Return beside a text, and Escape, which a text would take for itself.
+@interface MarbelotAlertKeys : NSView <NSTextViewDelegate>
+@property(nonatomic, weak) NSButton* first;
+@property(nonatomic, weak) NSButton* last;
+@end
+
+@implementation MarbelotAlertKeys
+- (BOOL)performKeyEquivalent:(NSEvent*)event {
+  const BOOL command = (event.modifierFlags & NSEventModifierFlagCommand) != 0;
+  NSString* const key = event.charactersIgnoringModifiers;
+  NSButton* const pressed = command && [key isEqualToString:@"\r"]      ? self.first
+                            : !command && [key isEqualToString:@"\033"] ? self.last
+                                                                        : nil;
+  if (pressed == nil) return [super performKeyEquivalent:event];
+  [pressed performClick:self];
+  return YES;
+}
+
+- (BOOL)textView:(NSTextView*)textView doCommandBySelector:(SEL)selector {
+  if (!sel_isEqual(selector, @selector(cancelOperation:))) return NO;
+  [self.last performClick:self];
+  return YES;
+}
+@end
 
 namespace marbelot {
 namespace {
@@ -18,22 +45,29 @@ AlertAnswer run(const Alert& alert, OpenAlerts& open) {
   NSAlert* const panel = [[NSAlert alloc] init];
   panel.messageText = nsString(alert.message);
   panel.informativeText = nsString(alert.informative);
-  NSButton* last = nil;
-  for (const std::string& title : alert.buttons) last = [panel addButtonWithTitle:nsString(title)];
-  NSButton* const first = panel.buttons.firstObject;
-  if (!alert.toolTip.empty()) first.toolTip = nsString(alert.toolTip);
-  // AppKit itself does this only for a button that is called "Cancel".
-  if (alert.buttons.size() > 1) last.keyEquivalent = @"\033";
+  MarbelotAlertKeys* const keys = [[MarbelotAlertKeys alloc] initWithFrame:NSZeroRect];
+  for (const std::string& title : alert.buttons) [panel addButtonWithTitle:nsString(title)];
   NSWindow* const window = panel.window;
+  keys.first = panel.buttons.firstObject;
+  keys.last = panel.buttons.lastObject;
+  if (!alert.toolTip.empty()) keys.first.toolTip = nsString(alert.toolTip);
+  // AppKit itself does this only for a button that is called "Cancel".
+  if (alert.buttons.size() > 1) keys.last.keyEquivalent = @"\033";
   NSView* text = nil;
   if (!alert.accessory.empty()) {
     const View& view = alert.accessory.front();
     const MadeView made = makeView(view, nil, nullptr, nullptr);
-    panel.accessoryView = made.outer;
-    [panel layout];  // only now is the accessory in the alert's window
+    keys.frame = NSMakeRect(0, 0, NSWidth(made.outer.frame), NSHeight(made.outer.frame));
+    [made.outer setFrameOrigin:NSZeroPoint];
+    [keys addSubview:made.outer];
     text = made.inner;
-    const auto* const area = std::get_if<TextArea>(&view.content);
-    if (area != nullptr && area->editable) window.initialFirstResponder = text;
+    if (std::holds_alternative<TextArea>(view.content))
+      static_cast<NSTextView*>(text).delegate = keys;
+  }
+  if (text != nil || alert.buttons.size() == 1) {
+    panel.accessoryView = keys;
+    [panel layout];  // only now is the accessory in the alert's window
+    if (text != nil) window.initialFirstResponder = text;
   }
   window.identifier = @"alert";
   window.title = panel.messageText;
@@ -47,7 +81,7 @@ AlertAnswer run(const Alert& alert, OpenAlerts& open) {
   const NSInteger pressed = response - NSAlertFirstButtonReturn;
   const NSInteger closed = buttons > 0 ? buttons - 1 : 0;
   answer.button = static_cast<std::size_t>(pressed >= 0 && pressed < buttons ? pressed : closed);
-  if (text != nil) answer.text = utf8(viewText(text));
+  if (text != nil) answer.text = *viewText(text);
   return answer;
 }
 

@@ -54,14 +54,19 @@ NSImage* menuImage(const marbelot::Image& image) {
   std::shared_ptr<marbelot::Menu> _tree;
   marbelot::MenuDelegate* _delegate;
   std::function<void(const marbelot::MenuItem&)> _chosen;
-  BOOL _open;
   NSMenu* __weak _highlightedIn;
   MenuItemRef _told;  // what is highlighted, as the delegate knows it
+  NSHashTable<NSMenu*>* _open;
+  BOOL _fillsAll;
 }
 
 - (instancetype)init {
   self = [super init];
-  if (self != nil) _menu = [self emptyMenu];
+  if (self != nil) {
+    _menu = [self emptyMenu];
+    _open = [NSHashTable hashTableWithOptions:NSPointerFunctionsWeakMemory |
+                                              NSPointerFunctionsObjectPointerPersonality];
+  }
   return self;
 }
 
@@ -73,35 +78,63 @@ NSImage* menuImage(const marbelot::Image& image) {
   return menu;
 }
 
-- (void)showTree:(std::shared_ptr<marbelot::Menu>)tree
-        delegate:(marbelot::MenuDelegate*)delegate
-          chosen:(std::function<void(const marbelot::MenuItem&)>)chosen {
+- (void)showTree:(std::shared_ptr<marbelot::Menu>)tree delegate:(marbelot::MenuDelegate*)delegate {
   _tree = std::move(tree);
   _delegate = delegate;
-  _chosen = std::move(chosen);
   [self refresh];
 }
 
-- (void)refresh {
-  [self fill:_menu from:_tree.get()];
+- (void)fillWithTree:(std::shared_ptr<marbelot::Menu>)tree
+              chosen:(std::function<void(const marbelot::MenuItem&)>)chosen {
+  _tree = std::move(tree);
+  _chosen = std::move(chosen);
+  _fillsAll = YES;
+  [self fill:_menu from:*_tree];
 }
 
-// Edits in place and keeps what is the same: taking items away from an open menu would close the
-// submenus that the user is in. The depth of the recursion is that of the menus.
-- (void)fill:(NSMenu*)menu from:(const marbelot::Menu*)tree {
-  const NSInteger wanted = tree != nullptr ? static_cast<NSInteger>(tree->items.size()) : 0;
+- (void)refresh {
+  if (_tree != nullptr && [_open containsObject:_menu]) [self fill:_menu from:*_tree];
+}
+
+- (NSMenuItem*)addItem:(BOOL)separator to:(NSMenu*)menu at:(NSInteger)index {
+  if (separator) {
+    [menu insertItem:[NSMenuItem separatorItem] atIndex:index];
+  } else {
+    [menu insertItemWithTitle:@"" action:nullptr keyEquivalent:@"" atIndex:index];
+  }
+  return [menu itemAtIndex:index];
+}
+
+// Brings the item whose submenu is open to its new place, so that it stays in use. NO when the
+// level must stay as it is.
+- (BOOL)alignOpenIn:(NSMenu*)menu with:(const marbelot::Menu&)tree {
+  NSInteger at = 0;
+  while (at < menu.numberOfItems && ![self isOpen:[menu itemAtIndex:at]]) ++at;
+  if (at == menu.numberOfItems) return YES;
+  const MenuItemRef open = [self itemOf:[menu itemAtIndex:at]];
+  const auto wanted = open != nullptr ? marbelot::indexOfOpen(tree, *open) : std::nullopt;
+  if (!wanted) return NO;
+  for (; at < static_cast<NSInteger>(*wanted); ++at) [self addItem:NO to:menu at:0];
+  for (; at > static_cast<NSInteger>(*wanted); --at) [menu removeItemAtIndex:0];
+  return YES;
+}
+
+- (BOOL)isOpen:(NSMenuItem*)shown {
+  return shown.submenu != nil && [_open containsObject:shown.submenu];
+}
+
+// Edits in place: taking items away from an open menu would close the submenus that the user is in.
+// The depth of the recursion is that of the menus.
+- (void)fill:(NSMenu*)menu from:(const marbelot::Menu&)tree {
+  if (![self alignOpenIn:menu with:tree]) return;
+  const NSInteger wanted = static_cast<NSInteger>(tree.items.size());
   while (menu.numberOfItems > wanted) [menu removeItemAtIndex:menu.numberOfItems - 1];
   for (NSInteger index = 0; index < wanted; ++index) {
-    const MenuItemRef& item = tree->items[static_cast<std::size_t>(index)];
+    const MenuItemRef& item = tree.items[static_cast<std::size_t>(index)];
     NSMenuItem* shown = index < menu.numberOfItems ? [menu itemAtIndex:index] : nil;
     if (shown == nil || shown.isSeparatorItem != item->separator) {
       if (shown != nil) [menu removeItemAtIndex:index];
-      if (item->separator) {
-        [menu insertItem:[NSMenuItem separatorItem] atIndex:index];
-      } else {
-        [menu insertItemWithTitle:@"" action:nullptr keyEquivalent:@"" atIndex:index];
-      }
-      shown = [menu itemAtIndex:index];
+      shown = [self addItem:item->separator to:menu at:index];
     }
     [self update:shown from:item];
   }
@@ -120,9 +153,9 @@ NSImage* menuImage(const marbelot::Image& image) {
   shown.state = item->checked ? NSControlStateValueOn : NSControlStateValueOff;
   shown.keyEquivalent = marbelot::nsString(item->key);
   if (item->submenu != nullptr) {
-    NSMenu* submenu = shown.submenu != nil ? shown.submenu : [self emptyMenu];
-    [self fill:submenu from:item->submenu.get()];
+    NSMenu* const submenu = shown.submenu != nil ? shown.submenu : [self emptyMenu];
     if (shown.submenu != submenu) shown.submenu = submenu;
+    if (_fillsAll || [_open containsObject:submenu]) [self fill:submenu from:*item->submenu];
     return;
   }
   if (shown.submenu != nil) shown.submenu = nil;
@@ -136,6 +169,13 @@ NSImage* menuImage(const marbelot::Image& image) {
   return static_cast<MarbelotItemBox*>(box)->item;
 }
 
+// By identity: two menus with nothing in them may count as equal.
+- (NSMenuItem*)parentOf:(NSMenu*)menu {
+  for (NSMenuItem* item in menu.supermenu.itemArray)
+    if (item.submenu == menu) return item;
+  return nil;
+}
+
 - (void)itemChosen:(NSMenuItem*)sender {
   // A copy: the action may rebuild the tree.
   const MenuItemRef item = [self itemOf:sender];
@@ -147,12 +187,20 @@ NSImage* menuImage(const marbelot::Image& image) {
   }
 }
 
+// The last moment at which items may come and go before the menu is shown.
+- (void)menuNeedsUpdate:(NSMenu*)menu {
+  if (_fillsAll || _tree == nullptr || [_open containsObject:menu]) return;
+  if (menu == _menu) {
+    if (_delegate != nullptr) _delegate->menuWillOpen();
+    [self fill:menu from:*_tree];
+    return;
+  }
+  const MenuItemRef item = [self itemOf:[self parentOf:menu]];
+  if (item != nullptr && item->submenu != nullptr) [self fill:menu from:*item->submenu];
+}
+
 - (void)menuWillOpen:(NSMenu*)menu {
-  if (menu != _menu) return;
-  _open = YES;
-  if (_delegate == nullptr) return;
-  _delegate->menuWillOpen();
-  [self refresh];
+  [_open addObject:menu];
 }
 
 - (void)menu:(NSMenu*)menu willHighlightItem:(NSMenuItem*)shown {
@@ -161,21 +209,20 @@ NSImage* menuImage(const marbelot::Image& image) {
 }
 
 - (void)menuDidClose:(NSMenu*)menu {
+  [_open removeObject:menu];
   if (menu == _menu) {
-    _open = NO;
     [self tell:nil];
     if (_delegate != nullptr) _delegate->menuDidClose();
   } else if (NSMenu* const parent = menu.supermenu; parent != nil && menu == _highlightedIn) {
     // The keys go back to the item beside it, which has been highlighted all the time.
     _highlightedIn = parent;
-    const NSInteger index = [parent indexOfItemWithSubmenu:menu];
-    [self tell:index >= 0 ? [parent itemAtIndex:index] : nil];
+    [self tell:[self parentOf:menu]];
   }
 }
 
 // The system says only which windows there are, the one that was opened last first.
 - (std::optional<marbelot::Rect>)openFrame {
-  if (!_open) return std::nullopt;
+  if (![_open containsObject:_menu]) return std::nullopt;
   NSScreen* const first = NSScreen.screens.firstObject;
   const double top = first != nil ? NSMaxY(first.frame) : 0;
   NSArray* const windows = (__bridge_transfer NSArray*)CGWindowListCopyWindowInfo(

@@ -4,6 +4,7 @@
 #include "platform/concealed_types.h"
 #include "platform/macos/conversions.h"
 #include "platform/macos/services.h"
+#include "platform/text.h"
 
 // An image for the pasteboard in all that the system's image object offers, but a PNG as its own
 // bytes: what AppKit would write has lost its metadata and colour profile.
@@ -104,15 +105,23 @@ std::optional<Image> readImage(NSPasteboard* pasteboard, bool holdsText) {
   return document != nil ? drawing([pasteboard dataForType:document]) : std::nullopt;
 }
 
+SharedText readText(NSPasteboard* pasteboard) {
+  NSData* const data = [pasteboard dataForType:NSPasteboardTypeString];
+  if (data != nil)
+    return share(text::sanitized({static_cast<const char*>(data.bytes), data.length}));
+  // Of another encoding, which the system converts.
+  NSString* const string = [pasteboard stringForType:NSPasteboardTypeString];
+  return string != nil ? share(utf8(string)) : nullptr;
+}
+
 PasteboardContents readContents(NSPasteboard* pasteboard) {
   PasteboardContents contents;
   for (NSString* type in pasteboard.types) {
     contents.types.push_back(utf8(type));
     if (isConcealedType(contents.types.back())) contents.concealed = true;
   }
-  NSString* const string = [pasteboard stringForType:NSPasteboardTypeString];
-  if (string != nil) contents.text = share(utf8(string));
-  contents.image = readImage(pasteboard, string != nil);
+  contents.text = readText(pasteboard);
+  contents.image = readImage(pasteboard, contents.text != nullptr);
   return contents;
 }
 
@@ -137,8 +146,8 @@ class GeneralPasteboard final : public Pasteboard {
     @autoreleasepool {
       // The count of this very write: another program's may follow at any moment.
       const std::int64_t count = [pasteboard_ clearContents];
-      if (![pasteboard_ setString:nsString(*text) forType:NSPasteboardTypeString])
-        return std::nullopt;
+      // The type is UTF-8: what is large need not be converted and back.
+      if (![pasteboard_ setData:nsData(text) forType:NSPasteboardTypeString]) return std::nullopt;
       if (concealed) [pasteboard_ setString:@"" forType:@"org.nspasteboard.ConcealedType"];
       return note(count,
                   {.text = std::move(text), .image = {}, .types = {}, .concealed = concealed});

@@ -37,7 +37,7 @@ class BarItem final : public StatusItem {
 
   void setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate) override {
     @autoreleasepool {
-      [renderer_ showTree:std::move(menu) delegate:delegate chosen:nullptr];
+      [renderer_ showTree:std::move(menu) delegate:delegate];
     }
   }
 

@@ -1,46 +1,38 @@
 #include "platform/macos/utf16.h"
 
+#include <unicode/ustring.h>
+
+#include <cstdint>
+
 #include "platform/text.h"
 
 namespace marbelot {
 namespace {
 
-bool isLeadSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
-bool isTrailSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+constexpr UChar32 replacement = 0xFFFD;
 
 }  // namespace
 
-void appendUtf16(std::u16string& to, char32_t scalar) {
-  if (scalar >= 0x10000) {
-    to += static_cast<char16_t>(0xD7C0 + (scalar >> 10));
-    scalar = 0xDC00 | (scalar & 0x3FF);
-  }
-  to += static_cast<char16_t>(scalar);
-}
-
 std::u16string toUtf16(std::string_view text) {
-  std::u16string result;
-  result.reserve(text.size());
-  for (std::size_t at = 0; at < text.size();) {
-    const text::Scalar scalar = text::scalarAt(text, at);
-    appendUtf16(result, scalar.value);
-    at += scalar.bytes;
-  }
-  return result;
+  std::u16string units(text.size(), u'\0');  // never more than bytes
+  std::int32_t length = 0;
+  UErrorCode error = U_ZERO_ERROR;
+  u_strFromUTF8WithSub(units.data(), static_cast<std::int32_t>(units.size()), &length, text.data(),
+                       static_cast<std::int32_t>(text.size()), replacement, nullptr, &error);
+  units.resize(static_cast<std::size_t>(length));
+  return units;
 }
 
 std::string fromUtf16(std::u16string_view text) {
-  std::string result;
-  result.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    char32_t scalar = text[at];
-    if (isLeadSurrogate(text[at]) && at + 1 < text.size() && isTrailSurrogate(text[at + 1])) {
-      scalar = 0x10000 + ((scalar & 0x3FF) << 10) + (text[at + 1] & 0x3FF);
-      ++at;
-    }
-    text::appendScalar(result, scalar);
-  }
-  return result;
+  const auto size = static_cast<std::int32_t>(text.size());
+  std::int32_t length = 0;
+  UErrorCode error = U_ZERO_ERROR;
+  u_strToUTF8WithSub(nullptr, 0, &length, text.data(), size, replacement, nullptr, &error);
+  std::string bytes(static_cast<std::size_t>(length), '\0');
+  error = U_ZERO_ERROR;
+  u_strToUTF8WithSub(bytes.data(), length, nullptr, text.data(), size, replacement, nullptr,
+                     &error);
+  return bytes;
 }
 
 std::size_t Utf16Offsets::bytesAt(std::size_t unit) {

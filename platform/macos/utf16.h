@@ -9,7 +9,6 @@
 namespace marbelot {
 
 std::u16string toUtf16(std::string_view text);
-void appendUtf16(std::u16string& to, char32_t scalar);
 std::string fromUtf16(std::u16string_view text);
 
 // Finds the byte that a UTF-16 unit of toUtf16(text) came from. Asked in ascending order, all

@@ -35,8 +35,9 @@ void appendButtons(NSView* view, std::vector<ButtonInfo>& buttons);
 
 // The title or contents of `inner`. Undoing does not bring back what it was before, and what is
 // copied from a `concealed` text is marked so.
-void setViewText(NSView* inner, NSString* text, bool concealed);
-// What is typed after asking is a step of its own for undoing.
-NSString* viewText(NSView* inner);
+void setViewText(NSView* inner, const SharedText& text, bool concealed);
+// The very text that was set, unless the user has changed it. What is typed after asking is a step
+// of its own for undoing. Never null.
+SharedText viewText(NSView* inner);
 
 }  // namespace marbelot

@@ -1,5 +1,7 @@
 #import "platform/macos/views.h"
 
+#include <dispatch/dispatch.h>
+
 #include <algorithm>
 #include <limits>
 #include <optional>
@@ -10,10 +12,49 @@
 
 @interface MarbelotTextView : NSTextView
 @property BOOL concealed;
+@property BOOL takesText;  // editable, once all of it is there
+- (void)showText:(marbelot::SharedText)text;
+- (marbelot::SharedText)text;
 @end
 
 @implementation MarbelotTextView {
   marbelot::UndoSteps _steps;
+  marbelot::SharedText _set;  // null when the user has changed it
+}
+
+// A large text is made ready in the background; the view is empty and not editable until then.
+- (void)showText:(marbelot::SharedText)text {
+  constexpr std::size_t large = 1 << 20;  // bytes
+  // The steps that are recorded belong to the former text.
+  [self breakUndoCoalescing];
+  [self.undoManager removeAllActions];
+  _set = text;
+  if (text->size() < large) {
+    self.string = marbelot::nsString(*text);
+    self.editable = self.takesText;
+    return;
+  }
+  self.string = @"";
+  self.editable = NO;
+  dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{
+    NSString* const ready = marbelot::nsString(*text);
+    dispatch_async(dispatch_get_main_queue(), ^{
+      if (self->_set != text) return;  // another one has taken its place
+      self.string = ready;
+      self.editable = self.takesText;
+    });
+  });
+}
+
+- (marbelot::SharedText)text {
+  [self breakUndoCoalescing];
+  if (_set == nullptr) _set = marbelot::share(marbelot::utf8(self.string));
+  return _set;
+}
+
+- (void)didChangeText {
+  [super didChangeText];
+  _set = nullptr;
 }
 
 // AppKit would take back at once whatever was typed without moving the insertion point.
@@ -200,7 +241,7 @@ MadeView makeText(const TextArea& area) {
 
   text.font = nsFont(area.font);
   text.richText = NO;
-  text.editable = area.editable;
+  text.takesText = area.editable;
   text.selectable = YES;
   text.allowsUndo = area.editable;
   // What is copied must be what was written.
@@ -208,7 +249,7 @@ MadeView makeText(const TextArea& area) {
   text.automaticDashSubstitutionEnabled = NO;
   text.automaticTextReplacementEnabled = NO;
   text.automaticSpellingCorrectionEnabled = NO;
-  text.string = nsString(area.text);
+  [text showText:share(area.text)];
   if (area.transparent) {
     scroll.drawsBackground = NO;
     text.drawsBackground = NO;
@@ -300,30 +341,26 @@ void appendButtons(NSView* view, std::vector<ButtonInfo>& buttons) {
   }
 }
 
-void setViewText(NSView* inner, NSString* text, bool concealed) {
+void setViewText(NSView* inner, const SharedText& text, bool concealed) {
   if ([inner isKindOfClass:[MarbelotTextView class]]) {
     MarbelotTextView* const view = static_cast<MarbelotTextView*>(inner);
-    // The steps that are recorded belong to the former text.
-    [view breakUndoCoalescing];
-    view.string = text;
-    [view.undoManager removeAllActions];
+    [view showText:text];
     view.concealed = concealed;
   } else if ([inner isKindOfClass:[NSButton class]]) {
-    static_cast<NSButton*>(inner).title = text;
+    static_cast<NSButton*>(inner).title = nsString(*text);
   } else if ([inner isKindOfClass:[NSTextField class]]) {
-    static_cast<NSTextField*>(inner).stringValue = text;
+    static_cast<NSTextField*>(inner).stringValue = nsString(*text);
   }
 }
 
-NSString* viewText(NSView* inner) {
-  if ([inner isKindOfClass:[NSTextView class]]) {
-    [static_cast<NSTextView*>(inner) breakUndoCoalescing];
-    return static_cast<NSTextView*>(inner).string;
-  }
-  if ([inner isKindOfClass:[NSButton class]]) return static_cast<NSButton*>(inner).title;
+SharedText viewText(NSView* inner) {
+  if ([inner isKindOfClass:[MarbelotTextView class]])
+    return [static_cast<MarbelotTextView*>(inner) text];
+  if ([inner isKindOfClass:[NSButton class]])
+    return share(utf8(static_cast<NSButton*>(inner).title));
   if ([inner isKindOfClass:[NSTextField class]])
-    return static_cast<NSTextField*>(inner).stringValue;
-  return @"";
+    return share(utf8(static_cast<NSTextField*>(inner).stringValue));
+  return share({});
 }
 
 }  // namespace marbelot

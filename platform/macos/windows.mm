@@ -1,5 +1,6 @@
 // Windows from their descriptions.
 #import <AppKit/AppKit.h>
+#include <objc/runtime.h>
 
 #include <algorithm>
 #include <chrono>
@@ -51,7 +52,7 @@
 
 // A text offers completions on Escape unless its delegate takes the key.
 - (BOOL)textView:(NSTextView*)textView doCommandBySelector:(SEL)selector {
-  if (selector != @selector(cancelOperation:)) return NO;
+  if (!sel_isEqual(selector, @selector(cancelOperation:))) return NO;
   [self cancelOperation:textView];
   return YES;
 }
@@ -153,7 +154,8 @@ class DescribedWindow final : public Window {
  public:
   DescribedWindow(WindowDescription description, MainQueue& queue, Pictures& pictures,
                   WindowList& list)
-      : pictures_(pictures),
+      : queue_(queue),
+        pictures_(pictures),
         list_(list),
         alpha_(description.alpha),
         moving_(queue),
@@ -279,13 +281,12 @@ class DescribedWindow final : public Window {
   using Window::setText;
   void setText(const std::string& viewId, const SharedText& text, bool concealed) override {
     @autoreleasepool {
-      setViewText(viewOf(viewId), text ? nsString(*text) : @"", concealed);
+      setViewText(viewOf(viewId), text ? text : share({}), concealed);
     }
   }
   SharedText text(const std::string& viewId) const override {
     @autoreleasepool {
-      NSView* const view = viewOf(viewId);
-      return share(view != nil ? utf8(viewText(view)) : std::string());
+      return viewText(viewOf(viewId));
     }
   }
   void focus(const std::string& viewId) override { [window_ makeFirstResponder:viewOf(viewId)]; }
@@ -300,10 +301,13 @@ class DescribedWindow final : public Window {
                  std::function<void(const MenuItem&)> chosen) override {
     NSView* const view = viewOf(viewId);
     if (view == nil || menu == nullptr) return;
-    MarbelotMenuRenderer* const renderer = [[MarbelotMenuRenderer alloc] init];
-    [renderer showTree:std::move(menu) delegate:nullptr chosen:std::move(chosen)];
-    const CGFloat below = view.isFlipped ? NSMaxY(view.bounds) : NSMinY(view.bounds);
-    [renderer.menu popUpMenuPositioningItem:nil atLocation:NSMakePoint(0, below) inView:view];
+    popped_ = [[MarbelotMenuRenderer alloc] init];
+    [popped_ fillWithTree:std::move(menu) chosen:std::move(chosen)];
+    // From the run loop, as the call lasts until the menu closes.
+    popping_ = queue_.after(0, [popped = popped_.menu, view] {
+      const CGFloat below = view.isFlipped ? NSMaxY(view.bounds) : NSMinY(view.bounds);
+      [popped popUpMenuPositioningItem:nil atLocation:NSMakePoint(0, below) inView:view];
+    });
   }
   std::string viewAt(Point point) const override {
     const NSPoint inWindow =
@@ -388,8 +392,11 @@ class DescribedWindow final : public Window {
     return viewNamed(window_.contentView, nsString(id));
   }
 
+  MainQueue& queue_;
   Pictures& pictures_;
   WindowList& list_;
+  MarbelotMenuRenderer* popped_ = nil;
+  Task popping_;
   const double alpha_;
   Animation moving_;
   Animation fading_;

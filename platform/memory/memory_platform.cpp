@@ -1,6 +1,7 @@
 #include "platform/memory/memory_platform.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "platform/files.h"
 
@@ -142,6 +143,9 @@ void Folders::fire() {
 Task Desktop::trash(std::vector<std::string> paths, std::function<void()> done) {
   return queue_.inBackground([] { return true; },
                              [this, paths = std::move(paths), done = std::move(done)](bool) {
+                               std::error_code error;
+                               for (const std::string& path : paths)
+                                 std::filesystem::remove(path, error);
                                trashed.insert(trashed.end(), paths.begin(), paths.end());
                                done();
                              });
@@ -178,6 +182,12 @@ void Icon::setMenu(std::shared_ptr<Menu> tree, MenuDelegate* owner) {
   menu = std::move(tree);
   delegate = owner;
   ++builds;
+  shown.sync(menu);
+}
+
+void Icon::open() {
+  delegate->menuWillOpen();
+  shown.open(menu);
 }
 
 std::unique_ptr<Window> WindowList::create(WindowDescription description) {
@@ -208,7 +218,9 @@ void callLive(Handlers& handlers, Call call) {
 }  // namespace
 
 std::vector<WindowInfo> WindowList::visible() const {
-  std::vector<WindowInfo> infos;
+  WindowInfo alert;
+  alert.id = "alert";
+  std::vector<WindowInfo> infos(dialogs_.open().size(), alert);
   for (MemoryWindow* window : live) {
     if (!window->shown) continue;
     WindowInfo info{

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/memory/shown_menu.h"
 #include "platform/platform.h"
 
 namespace marbelot::memory {
@@ -153,13 +154,16 @@ class Icon : public StatusItem {
   bool setSymbol(const std::string& name, const std::string& description) override;
   void setTitle(const std::string& text) override { title = text; }
   void setMenu(std::shared_ptr<Menu> tree, MenuDelegate* owner) override;
-  void menuChanged() override { ++changes; }
+  void menuChanged() override {
+    ++changes;
+    shown.sync(menu);
+  }
   void popUpMenu() override { open(); }
   void setNoHostHandler(std::function<void()> handler) override { noHost = std::move(handler); }
 
   std::optional<Rect> openMenuFrame() const override { return menuFrame; }
 
-  void open() { delegate->menuWillOpen(); }
+  void open();
 
   std::optional<Rect> menuFrame;
 
@@ -167,6 +171,7 @@ class Icon : public StatusItem {
   std::vector<std::string> symbols;  // as they were shown, the present one last
   std::string description, title;
   std::shared_ptr<Menu> menu;
+  ShownMenu shown;
   MenuDelegate* delegate = nullptr;
   int builds = 0;
   int changes = 0;
@@ -175,13 +180,41 @@ class Icon : public StatusItem {
 
 class MemoryWindow;
 
+class DialogList : public Dialogs {
+ public:
+  void chooseFolder(FolderPanel panel, std::function<void(const std::string&)> chosen) override {
+    panels.push_back(std::move(panel));
+    folderChosen = std::move(chosen);
+  }
+  std::vector<FolderPanel> panels;
+  std::function<void(const std::string&)> folderChosen;  // of the last panel
+  void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
+  // Answers the oldest open alert.
+  void answer(std::size_t button, const std::string& text = {});
+  std::vector<Alert> shown;
+  std::vector<std::string> raised;  // ids of open ones that were asked for again
+
+  struct Open {
+    std::string id;
+    std::function<void(AlertAnswer)> answered;
+  };
+  const std::deque<Open>& open() const { return open_; }
+
+ private:
+  std::deque<Open> open_;
+};
+
 class WindowList : public Windows {
  public:
+  explicit WindowList(const DialogList& dialogs) : dialogs_(dialogs) {}
   std::unique_ptr<Window> create(WindowDescription description) override;
   std::vector<WindowInfo> visible() const override;
   // The live window of that id, or null.
   MemoryWindow* find(const std::string& id) const;
   std::vector<MemoryWindow*> live;
+
+ private:
+  const DialogList& dialogs_;
 };
 
 class MemoryWindow : public Window {
@@ -277,28 +310,6 @@ class Keyboard : public KeyMonitors {
   std::vector<std::pair<std::weak_ptr<void>, std::function<void(const KeyEvent&)>>> global_;
 };
 
-class DialogList : public Dialogs {
- public:
-  void chooseFolder(FolderPanel panel, std::function<void(const std::string&)> chosen) override {
-    panels.push_back(std::move(panel));
-    folderChosen = std::move(chosen);
-  }
-  std::vector<FolderPanel> panels;
-  std::function<void(const std::string&)> folderChosen;  // of the last panel
-  void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
-  // Answers the oldest open alert.
-  void answer(std::size_t button, const std::string& text = {});
-  std::vector<Alert> shown;
-  std::vector<std::string> raised;  // ids of open ones that were asked for again
-
- private:
-  struct Open {
-    std::string id;
-    std::function<void(AlertAnswer)> answered;
-  };
-  std::deque<Open> open_;
-};
-
 // Captures that are under way until the test ends them.
 class Camera : public ScreenCapture {
  public:
@@ -371,8 +382,8 @@ struct MemoryPlatform {
   NoticeList notices;
   Desktop workspace{queue};
   Icon statusItem;
-  WindowList windows;
   DialogList dialogs;
+  WindowList windows{dialogs};
   ScreenList screens;
   Keyboard keyMonitors;
   Camera screenCapture;

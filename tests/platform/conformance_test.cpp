@@ -1,5 +1,6 @@
 #include "tests/platform/conformance.h"
 
+#include <filesystem>
 #include <string>
 
 #include "tests/support/png.h"
@@ -7,6 +8,8 @@
 
 namespace marbelot {
 namespace {
+
+MARBELOT_ON_EACH_DESKTOP(Conformance);
 
 TEST_P(Conformance, TimersRunInOrderAndEndWithTheirHandles) {
   std::string order;
@@ -140,6 +143,53 @@ TEST_P(Conformance, FolderEventsLastAsLongAsTheirStream) {
   writeFile(home / "other.png", "x");
   settle();
   EXPECT_EQ(calls, 0);
+}
+
+TEST_P(Conformance, OtherProgramsAndTheUserCopyAndPaste) {
+  auto& pasteboard = platform.pasteboard;
+  ASSERT_TRUE(pasteboard.write(share("ours, Größe\n")));
+  EXPECT_EQ(desktop->pasteElsewhere(), "ours, Größe\n");
+  const std::int64_t count = pasteboard.changeCount();
+  desktop->copyElsewhere("theirs\n \U0001F44D");
+  EXPECT_TRUE(wait([&] { return pasteboard.changeCount() > count; }));
+  ASSERT_TRUE(pasteboard.contents().text);
+  EXPECT_EQ(*pasteboard.contents().text, "theirs\n \U0001F44D");
+  EXPECT_FALSE(pasteboard.contents().concealed);
+  ASSERT_TRUE(pasteboard.write(share("secret"), true));
+  EXPECT_TRUE(pasteboard.contents().concealed);
+  EXPECT_EQ(*pasteboard.contents().text, "secret");
+}
+
+TEST_P(Conformance, NoticesReachTheUser) {
+  platform.notices.post("Screenshot copied to clipboard", "Screenshot <1> & more.png");
+  EXPECT_TRUE(wait([&] { return !desktop->notices().empty(); }));
+  EXPECT_EQ(desktop->notices(), std::vector<std::string>{"Screenshot <1> & more.png"});
+}
+
+TEST_P(Conformance, LinksAndFilesAreHandedOn) {
+  const TemporaryHome home;
+  const std::string path = home / "data/a b#1.png";  // beside where the trash will stand
+  const std::string other = home / "data/other.png";
+  writeFile(path, "x");
+  writeFile(other, "x");
+  auto& workspace = platform.workspace;
+  const auto opens = [&](const std::string& what) {
+    return wait([&] { return !desktop->opened().empty() && desktop->opened().back() == what; });
+  };
+  workspace.openUrl("https://example.org/a?b=1&c=%20#d");
+  EXPECT_TRUE(opens("https://example.org/a?b=1&c=%20#d"))
+      << testing::PrintToString(desktop->opened());
+  workspace.openPath(path);
+  EXPECT_TRUE(opens(path)) << testing::PrintToString(desktop->opened());
+  workspace.reveal(path);
+  EXPECT_TRUE(wait([&] { return !desktop->revealed().empty(); }));
+  EXPECT_EQ(desktop->revealed().back(), path);
+  bool done = false;
+  const Task trashing =
+      workspace.trash({path, home / "data/none.png", other}, [&] { done = true; });
+  EXPECT_TRUE(wait([&] { return done; }));
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_FALSE(std::filesystem::exists(other)) << "what cannot be moved keeps nothing else";
 }
 
 }  // namespace

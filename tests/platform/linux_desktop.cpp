@@ -1,5 +1,12 @@
 #include <QApplication>
+#include <QDBusConnection>
+#include <QDesktopServices>
+#include <QMenu>
 #include <QProcess>
+#include <QPushButton>
+#include <QTest>
+#include <QUrl>
+#include <stdexcept>
 
 #include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
@@ -12,6 +19,7 @@
 #include "platform/linux/screens.h"
 #include "platform/linux/session_bus.h"
 #include "platform/linux/tesseract_recognizer.h"
+#include "platform/linux/text_view.h"
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/linux/wayland_clipboard.h"
@@ -59,15 +67,181 @@ class PrivateBus {
   QProcess daemon_;
 };
 
+// The other programs on the bus and behind the links.
+class Others : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+
+ public:
+  std::vector<std::string> notices, opened, revealed;
+
+ public Q_SLOTS:
+  Q_SCRIPTABLE QStringList GetCapabilities() { return {}; }
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): as the bus calls it
+  Q_SCRIPTABLE uint Notify(QString, uint, QString, QString, QString body, QStringList, QVariantMap,
+                           int) {
+    notices.push_back(body.toStdString());
+    return static_cast<uint>(notices.size());
+  }
+  void open(const QUrl& url) {
+    opened.push_back(
+        (url.isLocalFile() ? url.toLocalFile() : url.toString(QUrl::FullyEncoded)).toStdString());
+  }
+};
+
+class FileManager : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+
+ public:
+  explicit FileManager(Others& others) : others_(others) {}
+
+ public Q_SLOTS:
+  Q_SCRIPTABLE void ShowItems(const QStringList& urls, const QString&) {
+    for (const QString& url : urls)
+      others_.revealed.push_back(QUrl(url).toLocalFile().toStdString());
+  }
+
+ private:
+  Others& others_;
+};
+
+QString titleOf(const QAction& action) {
+  if (action.isSeparator()) return "—";
+  return action.text().section('\t', 0, 0).replace("&&", "&");
+}
+
 class LinuxDesktop : public TestDesktop {
  public:
   explicit LinuxDesktop(std::unique_ptr<ClipboardConnection> clipboard)
-      : pasteboard_(queue_, std::move(clipboard)) {}
+      : pasteboard_(queue_, std::move(clipboard)) {
+    QDBusConnection user =
+        QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), userBus);
+    user.registerObject("/org/freedesktop/Notifications", &others_,
+                        QDBusConnection::ExportScriptableSlots);
+    user.registerService("org.freedesktop.Notifications");
+    user.registerObject("/org/freedesktop/FileManager1", &fileManager_,
+                        QDBusConnection::ExportScriptableSlots);
+    user.registerService("org.freedesktop.FileManager1");
+    for (const char* scheme : schemes) QDesktopServices::setUrlHandler(scheme, &others_, "open");
+    EXPECT_TRUE(waitWithQt([&] { return bus_.connected(); }));
+  }
+  ~LinuxDesktop() override {
+    for (const char* scheme : schemes) QDesktopServices::unsetUrlHandler(scheme);
+    QDBusConnection::disconnectFromBus(userBus);
+  }
+  LinuxDesktop(const LinuxDesktop&) = delete;
+  LinuxDesktop& operator=(const LinuxDesktop&) = delete;
+
   Platform& platform() override { return platform_; }
   bool wait(const std::function<bool()>& done) override { return waitWithQt(done); }
 
+  void copyElsewhere(const std::string& text) override {
+    owner_ = std::make_unique<TestOwner>(qgetenv("DISPLAY").toStdString(),
+                                         TestOwner::Data{{"UTF8_STRING", text}});
+  }
+  std::string pasteElsewhere() override {
+    return paste(qgetenv("DISPLAY").toStdString(), "UTF8_STRING").value_or("");
+  }
+
+  std::vector<ShownItem> shown(const Path& path) override {
+    std::vector<ShownItem> items;
+    const QMenu* menu = level(path);
+    if (!menu) return items;
+    for (const QAction* action : menu->actions())
+      if (action->isVisible())
+        items.push_back({titleOf(*action).toStdString(), action->isEnabled(), action->isChecked(),
+                         action->menu() != nullptr});
+    return items;
+  }
+  void highlight(const Path& path) override {
+    QAction* action = item(path);
+    if (action) level({path.begin(), path.end() - 1})->setActiveAction(action);
+  }
+  void choose(const Path& path) override {
+    highlight(path);
+    if (QMenu* menu = level({path.begin(), path.end() - 1})) QTest::keyClick(menu, Qt::Key_Return);
+  }
+  void closeMenu() override {
+    while (QWidget* popup = QApplication::activePopupWidget()) popup->close();
+  }
+
+  void press(const std::string& window, const std::string& button) override {
+    for (auto* each : find(window).findChildren<QPushButton*>())
+      if (each->text() == QString::fromStdString(button))
+        return QTest::mouseClick(each, Qt::LeftButton);
+    ADD_FAILURE() << "no button " << button;
+  }
+  void press(const std::string& window, Key key) override {
+    QWidget& pane = find(window);
+    pane.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&pane));
+    QWidget* focused = pane.focusWidget() ? pane.focusWidget() : &pane;
+    switch (key) {
+      case Key::escape:
+        return QTest::keyClick(focused, Qt::Key_Escape);
+      case Key::commandReturn:
+        return QTest::keyClick(focused, Qt::Key_Return, Qt::ControlModifier);
+      case Key::commandW:
+        return QTest::keyClick(focused, Qt::Key_W, Qt::ControlModifier);
+    }
+  }
+  void type(const std::string& window, const std::string& text) override {
+    auto* view = find(window).findChild<TextView*>();
+    EXPECT_TRUE(waitWithQt([&] { return !view->isReadOnly(); }));
+    view->moveCursor(QTextCursor::End);
+    QTest::keyClicks(view, QString::fromStdString(text));
+  }
+
+  std::vector<std::string> notices() override { return others_.notices; }
+  std::vector<std::string> opened() override { return others_.opened; }
+  std::vector<std::string> revealed() override { return others_.revealed; }
+
  private:
+  static constexpr const char* userBus = "user";
+  static constexpr const char* schemes[] = {"https", "file"};
+
+  static QWidget& find(const std::string& window) {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+      if (widget->isVisible() &&
+          widget->property(windowIdProperty).toString() == QString::fromStdString(window))
+        return *widget;
+    throw std::runtime_error("no window " + window);
+  }
+
+  static QMenu* level(const Path& path) {
+    QMenu* menu = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+      if (auto* open = qobject_cast<QMenu*>(widget);
+          open && open->isVisible() && !qobject_cast<QMenu*>(open->parentWidget()))
+        menu = open;
+    for (const std::string& title : path) {
+      QAction* action = menu ? actionOf(*menu, title) : nullptr;
+      if (!action || !action->menu()) return nullptr;
+      if (!action->menu()->isVisible()) {
+        menu->setActiveAction(action);
+        QTest::keyClick(menu, Qt::Key_Right);
+        EXPECT_TRUE(waitWithQt([&] { return action->menu()->isVisible(); })) << title;
+      }
+      menu = action->menu();
+    }
+    return menu;
+  }
+  static QAction* actionOf(const QMenu& menu, const std::string& title) {
+    for (QAction* action : menu.actions())
+      if (action->isVisible() && titleOf(*action) == QString::fromStdString(title)) return action;
+    ADD_FAILURE() << "no item " << title;
+    return nullptr;
+  }
+  static QAction* item(const Path& path) {
+    const QMenu* menu = level({path.begin(), path.end() - 1});
+    return menu ? actionOf(*menu, path.back()) : nullptr;
+  }
+
   TemporaryHome home_;
+  Others others_;
+  FileManager fileManager_{others_};
+  std::unique_ptr<TestOwner> owner_;
   NoApplication application_;
   QtMainQueue queue_;
   SessionBus bus_{queue_};
@@ -101,12 +275,22 @@ class WaylandDesktop : private PrivateCompositor, public LinuxDesktop {
   WaylandDesktop()
       : PrivateCompositor(waylandDesktops().front()),
         LinuxDesktop(connectWaylandClipboard(display())) {}
+
+  void copyElsewhere(const std::string& text) override {
+    owner_ = std::make_unique<WaylandTestOwner>(display(), WaylandTestOwner::Data{{type, text}});
+  }
+  std::string pasteElsewhere() override { return pasteFromWayland(display(), type).value_or(""); }
+
+ private:
+  static constexpr const char* type = "text/plain;charset=utf-8";
+
+  std::unique_ptr<WaylandTestOwner> owner_;
 };
 
 std::unique_ptr<TestDesktop> makeWaylandDesktop() { return std::make_unique<WaylandDesktop>(); }
 
-INSTANTIATE_TEST_SUITE_P(Linux, Conformance, testing::Values(&makeDesktop));
-INSTANTIATE_TEST_SUITE_P(Wayland, Conformance, testing::Values(&makeWaylandDesktop));
+const bool added = desktops().emplace("Linux", &makeDesktop).second &&
+                   desktops().emplace("Wayland", &makeWaylandDesktop).second;
 
 }  // namespace
 }  // namespace marbelot
@@ -118,6 +302,9 @@ int main(int argc, char** argv) {
   const marbelot::PrivateBus bus;
   qputenv("DISPLAY", QByteArray::fromStdString(server.display()));
   qputenv("QT_QPA_PLATFORM", "xcb");
+  qputenv("XDG_DATA_DIRS", "/var/empty");  // no other program opens what the tests hand on
   const QApplication application(argc, argv);
   return RUN_ALL_TESTS();
 }
+
+#include "linux_desktop.moc"

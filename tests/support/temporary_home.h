@@ -17,6 +17,7 @@ class TemporaryHome {
     path_ = mkdtemp(pattern.data());
     setenv("HOME", path_.c_str(), 1);
     setenv("XDG_CONFIG_HOME", (path_ + "/config").c_str(), 1);
+    setenv("XDG_DATA_HOME", (path_ + "/data").c_str(), 1);
     setenv("TMPDIR", path_.c_str(), 1);
     unsetenv("XDG_CURRENT_DESKTOP");
   }

@@ -21,8 +21,8 @@ mutate misspelt_selector workspace.mm \
   's/activateFileViewerSelectingURLs/activateFileViewerSelectingUrls/' \
   "no visible @interface for 'NSWorkspace' declares the selector"
 mutate wrong_argument pasteboard.mm \
-  's/setString:nsString\(\*text\)/setString:nsData(text)/' \
-  "cannot initialize a parameter of type 'NSString *' with an rvalue of type 'NSData *'"
+  's/setData:nsData\(text\)/setData:nsString(*text)/' \
+  "cannot initialize a parameter of type 'NSData *' with an rvalue of type 'NSString *'"
 mutate missing_method pasteboard.mm \
   '/bool announcesChanges/d' \
   'abstract'

@@ -10,3 +10,4 @@ typedef struct objc_property *objc_property_t;
 #ifdef __OBJC__
 @class Protocol;
 #endif
+extern "C" BOOL sel_isEqual(SEL, SEL);
