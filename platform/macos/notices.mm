@@ -24,6 +24,10 @@ namespace {
 class UserNotices final : public Notices {
  public:
   UserNotices() { NSUserNotificationCenter.defaultUserNotificationCenter.delegate = presenter_; }
+  // The centre does not retain its delegate, and outlives it.
+  ~UserNotices() override { NSUserNotificationCenter.defaultUserNotificationCenter.delegate = nil; }
+  UserNotices(const UserNotices&) = delete;
+  UserNotices& operator=(const UserNotices&) = delete;
 
   void post(const std::string& title, const std::string& text) override {
     @autoreleasepool {
