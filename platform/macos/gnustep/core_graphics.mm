@@ -162,7 +162,8 @@ const CFStringRef kCGWindowBounds = (__bridge CFStringRef) @"kCGWindowBounds";
 CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey) { return NSPopUpMenuWindowLevel; }
 
 CFArrayRef CGWindowListCopyWindowInfo(uint32_t, CGWindowID) {
-  const CGFloat top = NSMaxY(NSScreen.screens.firstObject.frame);
+  NSScreen* const first = NSScreen.screens.firstObject;
+  const CGFloat top = NSMaxY(first.frame);
   NSMutableArray* const found = [NSMutableArray array];
   for (NSWindow* window in NSApp.windows) {
     if (!window.isVisible || window.level != NSPopUpMenuWindowLevel) continue;
