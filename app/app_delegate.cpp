@@ -18,7 +18,6 @@ constexpr double promptSeconds = 2.5;
 constexpr double idleSeconds = 60;
 // Every message of the program stands under this title, whatever its subject.
 constexpr const char* noticeTitle = "Screenshot copied to clipboard";
-constexpr const char* collectionWindow = "Collected copies";
 
 }  // namespace
 
@@ -51,9 +50,11 @@ AppDelegate::AppDelegate(Platform& platform)
               [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
       collectCopies_(
           platform, *this, actions_,
-          [this](const SharedText& text) { editor_.openEditor(text, collectionWindow); }),
+          [this](const SharedText& text) { panels_.editor.open(text, std::nullopt, {}); }),
       cannedResponses_(platform, *this, actions_,
                        [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
+      panels_(platform, *this, actions_, history_, historyMenus_, analyses_, imageExport_, viewer_),
+      keyboardCleaning_(platform, *this, actions_),
       menu_(platform, *this, actions_,
             {
                 .state = state_,
@@ -69,12 +70,28 @@ AppDelegate::AppDelegate(Platform& platform)
                 .flattenTrim = flattenTrim_,
                 .collectCopies = collectCopies_,
                 .cannedResponses = cannedResponses_,
+                .hud = panels_.hud,
+                .widget = panels_.widget,
             }),
       requests_(platform, actions_, menu_.menu(), [this] { bringMenuUpToDate(); }) {
   actions_.add("quit", [this](const MenuItem&) { platform_.application.terminate(); });
   history_.onTextRecorded = [this](const SharedText& text) {
     analyses_.of(text);  // known when the menu opens
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
+    // The panel offers them at once.
+    if (panels_.hud.showClipboardHUD) textActions_.refreshApplications();
+    panels_.recorded(text);
+  };
+  history_.onImageRecorded = [this](const Image& image) { panels_.recorded(image); };
+  history_.onTick = [this] { panels_.widget.refresh(); };
+  panels_.editor.hooks.openInMenu = [this](const SharedText& text) {
+    return textActions_.openInMenu(text);
+  };
+  panels_.editor.hooks.actionsMenu = [this](const SharedText& text) {
+    return textActions_.actionMenu(text);
+  };
+  panels_.editor.hooks.append = [this](const SharedText& text) {
+    collectCopies_.append(text, false);
   };
   captureCommands_.onStart = [this](const std::string& path) { watched_.ignore(path); };
   captureCommands_.onCaptured = [this](const std::string& name, const std::string& message) {
@@ -84,11 +101,13 @@ AppDelegate::AppDelegate(Platform& platform)
   captureHistory_.onTrashed = [this] { imageHistory_.refresh(); };
   access_.onProbed = [this] { watched_.check(); };
   watched_.onChange = [this] { watchedFolderChanged(); };
-  historyMenus_.onReveal = [this](const SharedText& text) { viewer_.showText(text, "Full value"); };
   historyMenus_.addTextActions = [this](Menu& menu, const SharedText& text) {
     menu.addSubmenu(textActions_.submenuLabel(text), textActions_.actionMenu(text));
   };
-  analyses_.onArrival = [this] { rebuildMenu(); };
+  analyses_.onArrival = [this] {
+    rebuildMenu();
+    panels_.analysesChanged();
+  };
 }
 
 AppDelegate::~AppDelegate() { history_.finishSaving(); }
@@ -109,7 +128,9 @@ void AppDelegate::applicationDidFinishLaunching() {
       },
       [this](const MenuItem& item) { menuItemChosen(item); });
   requests_.serve();
+  panels_.placement.installLocalMonitor();
   history_.startClipPoller();
+  panels_.widget.refresh();
   tidying_ = platform_.queue.every(idleSeconds, releaseIdlePixelMemory);
 
   watched_.start();
@@ -130,6 +151,8 @@ void AppDelegate::registerAndReadSettings() {
   const auto settings = std::to_array<LaunchSetting*>({
       &history_.autoSaveClipImages,
       &menu_.showClipboardPreview,
+      &panels_.hud.showClipboardHUD,
+      &panels_.widget.alwaysOnPreview,
       &imageExport_.favoriteSaveDirs,
       &history_.archiveToPictures,
       &captureCommands_.countdownEnabled,
@@ -204,7 +227,10 @@ void AppDelegate::menuWillOpen() {
   bringMenuUpToDate();
 }
 
-void AppDelegate::menuDidClose() { menuIsOpen_ = false; }
+void AppDelegate::menuDidClose() {
+  menuIsOpen_ = false;
+  panels_.hud.menuDidClose();
+}
 
 void AppDelegate::bringMenuUpToDate() {
   access_.probe();

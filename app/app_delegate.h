@@ -8,6 +8,7 @@
 #include <string>
 
 #include "app/menu_requests.h"
+#include "app/panels.h"
 #include "app/status_menu.h"
 #include "capture/capture_commands.h"
 #include "capture/capture_history.h"
@@ -19,6 +20,7 @@
 #include "clipboard/text_analysis.h"
 #include "image/image_editing.h"
 #include "image/image_export.h"
+#include "keyboard/keyboard_cleaning.h"
 #include "platform/platform.h"
 #include "shell/shell.h"
 #include "text/canned_responses.h"
@@ -57,7 +59,7 @@ class AppDelegate : private Shell, private MenuDelegate {
 
   // MenuDelegate
   void menuWillOpen() override;
-  void menuWillHighlightItem(const MenuItem*) override {}
+  void menuWillHighlightItem(const MenuItem* item) override { panels_.hud.menuWillHighlight(item); }
   void menuDidClose() override;
   void menuItemChosen(const MenuItem& item) override;
 
@@ -85,6 +87,9 @@ class AppDelegate : private Shell, private MenuDelegate {
   TextEditor editor_;
   CollectCopies collectCopies_;
   CannedResponses cannedResponses_;
+
+  Panels panels_;
+  KeyboardCleaning keyboardCleaning_;
 
   StatusMenu menu_;
   MenuRequests requests_;

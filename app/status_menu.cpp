@@ -53,6 +53,7 @@ void StatusMenu::buildMenu() {
       menu.addSubmenu("Clipboard history", parts_.historyMenus.clipboardHistoryMenu());
   clipByTypeItem = menu.addSubmenu("Clipboard by type", parts_.historyMenus.clipboardByTypeMenu());
   imageHistoryItem = menu.addSubmenu("Image history", parts_.imageHistory.imageHistoryMenu());
+  menu.add("Clean keyboard (disable typing)…", "toggleKeyboardBlock");
   menu.addSubmenu("Settings", settingsMenu());
 
   menu.addSeparator();
@@ -70,6 +71,8 @@ std::shared_ptr<Menu> StatusMenu::settingsMenu() const {
   const ClipboardHistory& history = parts_.history;
   auto menu = std::make_shared<Menu>();
   showClipboardPreview.addToggle(*menu);
+  parts_.hud.showClipboardHUD.addToggle(*menu);
+  parts_.widget.alwaysOnPreview.addToggle(*menu);
   history.autoSaveClipImages.addToggle(*menu);
   menu->addDisabled("Save copied images to:");
   const auto addLocation = [&](const char* title, bool archive) {

@@ -14,6 +14,8 @@
 #include "clipboard/history_menus.h"
 #include "clipboard/image_history.h"
 #include "clipboard/text_analysis.h"
+#include "hud/always_on_widget.h"
+#include "hud/clipboard_hud.h"
 #include "platform/menu.h"
 #include "platform/platform.h"
 #include "shell/setting.h"
@@ -46,6 +48,8 @@ struct MenuParts {
   FlattenTrim& flattenTrim;
   CollectCopies& collectCopies;
   const CannedResponses& cannedResponses;
+  const ClipboardHUD& hud;
+  const AlwaysOnWidget& widget;
 };
 
 class StatusMenu {

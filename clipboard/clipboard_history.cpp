@@ -51,6 +51,7 @@ void ClipboardHistory::startClipPoller() {
 }
 
 void ClipboardHistory::tick() {
+  if (onTick) onTick();
   const std::int64_t count = platform_.pasteboard.changeCount();
   if (count == lastChangeCount) return;
   const auto changes = platform_.pasteboard.changesSince(lastChangeCount);

@@ -43,6 +43,8 @@ std::shared_ptr<const EditRequest> editRequest(const MenuItem& sender) {
 std::shared_ptr<Menu> editMenu(const EditSource& source,
                                const std::shared_ptr<const HUDPayload>& payload) {
   auto menu = std::make_shared<Menu>();
+  menu->add("Crop…", "cropClipImage:", std::make_shared<const EditRequest>(source, EditParameter{}))
+      ->payload = payload;
   for (const Operation& operation : operations()) {
     auto submenu = std::make_shared<Menu>();
     for (const EditChoice& choice : operation.choices) {

@@ -39,5 +39,7 @@ Result flip(const Bitmap& picture, FlipAxis axis);
 // To the factor's share of each side, cut to whole pixels, but at least one. Refused when the
 // factor is not finite or the sizes cannot be told in 64 bits.
 Result resize(const Bitmap& picture, double factor);
+// To a size in pixels.
+Result resizeTo(const Bitmap& picture, std::int64_t width, std::int64_t height);
 
 }  // namespace marbelot

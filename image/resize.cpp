@@ -7,12 +7,8 @@
 
 namespace marbelot {
 
-Result resize(const Bitmap& picture, double factor) {
-  const double width = factor * picture.width(), height = factor * picture.height();
-  constexpr double limit = 0x1p63;  // of 64-bit integers
-  if (!(std::abs(width) < limit && std::abs(height) < limit)) return Result::refusal();
-  Result result = Result::canvas(std::max<std::int64_t>(1, static_cast<std::int64_t>(width)),
-                                 std::max<std::int64_t>(1, static_cast<std::int64_t>(height)));
+Result resizeTo(const Bitmap& picture, std::int64_t width, std::int64_t height) {
+  Result result = Result::canvas(width, height);
   if (!result) return result;
   const auto axis = [](int from, int to) {
     return SampledAxis{to, 0, static_cast<double>(from) / to};
@@ -22,6 +18,14 @@ Result resize(const Bitmap& picture, double factor) {
   for (int y = 0; y < result->height(); ++y) resampler.row(y, result->row(y));
   finishStreaming();
   return result;
+}
+
+Result resize(const Bitmap& picture, double factor) {
+  const double width = factor * picture.width(), height = factor * picture.height();
+  constexpr double limit = 0x1p63;  // of 64-bit integers
+  if (!(std::abs(width) < limit && std::abs(height) < limit)) return Result::refusal();
+  return resizeTo(picture, std::max<std::int64_t>(1, static_cast<std::int64_t>(width)),
+                  std::max<std::int64_t>(1, static_cast<std::int64_t>(height)));
 }
 
 }  // namespace marbelot

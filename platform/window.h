@@ -134,6 +134,8 @@ class Windows {
   virtual std::unique_ptr<Window> create(WindowDescription description) = 0;
   // The visible windows and dialogs of the program.
   virtual std::vector<WindowInfo> visible() const = 0;
+  // The width of `text` on one line, in points, as labels, buttons and painters draw it.
+  virtual double textWidth(const std::string& text, const Font& font) const = 0;
 };
 
 struct Alert {

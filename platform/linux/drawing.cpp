@@ -71,6 +71,10 @@ QFont qtFont(const Font& font) {
   return made;
 }
 
+double textWidth(const std::string& text, const Font& font) {
+  return QFontMetricsF(qtFont(font)).horizontalAdvance(QString::fromStdString(text));
+}
+
 Qt::Alignment qtAlignment(Alignment alignment) {
   switch (alignment) {
     case Alignment::centre:

@@ -13,6 +13,7 @@ namespace marbelot {
 QColor qtColor(const Color& color, const QPalette& palette);
 // The desktop's own font of that kind; points are pixels here.
 QFont qtFont(const Font& font);
+double textWidth(const std::string& text, const Font& font);
 Qt::Alignment qtAlignment(Alignment alignment);
 KeyEvent keyEvent(const QKeyEvent& event);
 

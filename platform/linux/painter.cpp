@@ -81,7 +81,7 @@ bool QtPainter::drawSymbol(const std::string& name, const Rect& rect, const Colo
 void QtPainter::clip(const Rect& rect) { painter_.setClipRect(flipped(rect), Qt::IntersectClip); }
 
 double QtPainter::width(const std::string& text, const Font& font) const {
-  return QFontMetricsF(qtFont(font)).horizontalAdvance(QString::fromStdString(text));
+  return textWidth(text, font);
 }
 
 }  // namespace marbelot

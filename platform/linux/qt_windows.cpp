@@ -6,6 +6,7 @@
 #include <QScreen>
 #include <algorithm>
 
+#include "platform/linux/drawing.h"
 #include "platform/linux/keyboard_grab.h"
 #include "platform/linux/popped_menu.h"
 #include "platform/linux/screens.h"
@@ -204,6 +205,10 @@ class QtWindow : public Window {
 
 std::unique_ptr<Window> QtWindows::create(WindowDescription description) {
   return std::make_unique<QtWindow>(std::move(description), pictures_);
+}
+
+double QtWindows::textWidth(const std::string& text, const Font& font) const {
+  return marbelot::textWidth(text, font);
 }
 
 std::vector<WindowInfo> QtWindows::visible() const {

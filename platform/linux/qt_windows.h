@@ -18,6 +18,7 @@ class QtWindows : public Windows {
   explicit QtWindows(PictureCache& pictures) : pictures_(pictures) {}
   std::unique_ptr<Window> create(WindowDescription description) override;
   std::vector<WindowInfo> visible() const override;
+  double textWidth(const std::string& text, const Font& font) const override;
 
  private:
   PictureCache& pictures_;

@@ -17,6 +17,7 @@ namespace marbelot {
 
 NSColor* nsColor(const Color& color);
 NSFont* nsFont(const Font& font);
+double textWidth(const std::string& text, const Font& font);
 KeyEvent keyEvent(NSEvent* event);
 
 }  // namespace marbelot

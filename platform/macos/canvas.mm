@@ -38,6 +38,10 @@ NSFont* nsFont(const Font& font) {
                          : [NSFont systemFontOfSize:font.size weight:weight];
 }
 
+double textWidth(const std::string& text, const Font& font) {
+  return [nsString(text) sizeWithAttributes:@{NSFontAttributeName : nsFont(font)}].width;
+}
+
 KeyEvent keyEvent(NSEvent* event) {
   const NSEventModifierFlags modifiers = event.modifierFlags;
   KeyEvent made;
@@ -114,7 +118,7 @@ class ViewPainter final : public Painter {
   }
   void clip(const Rect& rect) override { NSRectClip(nsRect(rect)); }
   double width(const std::string& text, const Font& font) const override {
-    return [nsString(text) sizeWithAttributes:@{NSFontAttributeName : nsFont(font)}].width;
+    return textWidth(text, font);
   }
 
  private:

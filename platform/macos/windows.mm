@@ -416,6 +416,10 @@ class DescribedWindows final : public Windows {
     }
   }
 
+  double textWidth(const std::string& text, const Font& font) const override {
+    return marbelot::textWidth(text, font);
+  }
+
   std::vector<WindowInfo> visible() const override {
     std::vector<WindowInfo> found;
     @autoreleasepool {

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "platform/files.h"
+#include "platform/text.h"
 
 namespace marbelot::memory {
 
@@ -234,6 +235,10 @@ std::vector<WindowInfo> WindowList::visible() const {
     infos.push_back(std::move(info));
   }
   return infos;
+}
+
+double WindowList::textWidth(const std::string& text, const Font& font) const {
+  return static_cast<double>(text::characterCount(text)) * font.size * 0.6;
 }
 
 MemoryWindow* WindowList::find(const std::string& id) const {

@@ -209,6 +209,8 @@ class WindowList : public Windows {
   explicit WindowList(const DialogList& dialogs) : dialogs_(dialogs) {}
   std::unique_ptr<Window> create(WindowDescription description) override;
   std::vector<WindowInfo> visible() const override;
+  // Every character is three fifths as wide as the font is large.
+  double textWidth(const std::string& text, const Font& font) const override;
   // The live window of that id, or null.
   MemoryWindow* find(const std::string& id) const;
   std::vector<MemoryWindow*> live;

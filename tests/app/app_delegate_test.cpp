@@ -73,6 +73,7 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
                                                 "Clipboard history",
                                                 "Clipboard by type",
                                                 "Image history",
+                                                "Clean keyboard (disable typing)…",
                                                 "Settings",
                                                 "-",
                                                 "Watching: " + home_ / "Desktop",
@@ -83,6 +84,8 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
   for (const MenuItemRef& item : settings.items) states.emplace_back(item->title, item->checked);
   EXPECT_EQ(states, (std::vector<std::pair<std::string, bool>>{
                         {"Show clipboard preview at top", true},
+                        {"Flash on-screen preview when clipboard changes", false},
+                        {"Always show a small preview widget", false},
                         {"Auto-save copied images to a file", true},
                         {"Save copied images to:", false},
                         {"Temporary folder (cleared on reboot)", true},
@@ -163,8 +166,9 @@ TEST_F(AppDelegateTest, ReadsItsSettingsInOrder) {
     if (key != "recordConcealedCopies") reads.push_back(key);
   EXPECT_EQ(reads, (std::vector<std::string>{
                        "cannedResponses", "clipTextHistory", "autoSaveClipImages",
-                       "showClipboardPreview", "favoriteSaveDirs", "archiveClipImagesToPictures",
-                       "countdownEnabled", "concatEnabled", "concatBuffer", "concatSeparator"}));
+                       "showClipboardPreview", "showClipboardHUD", "alwaysOnPreview",
+                       "favoriteSaveDirs", "archiveClipImagesToPictures", "countdownEnabled",
+                       "concatEnabled", "concatBuffer", "concatSeparator"}));
 }
 
 TEST_F(AppDelegateTest, AScreenshotIsCountedNamedFlashedAndAnnounced) {

@@ -1,0 +1,301 @@
+#include "hud/always_on_widget.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace marbelot {
+namespace {
+
+constexpr double cornerMargin = 12;
+constexpr double buttonSide = 15;
+constexpr double buttonMargin = 2;
+
+constexpr const char* widgetView = "widget";
+constexpr const char* closeId = "close";
+constexpr const char* cornerId = "corner";
+
+View iconButton(const char* id, const char* symbol, const char* toolTip, const Rect& frame) {
+  Button button;
+  button.symbol = symbol;
+  button.toolTip = toolTip;
+  button.flat = true;
+  button.tint = Color::of(Color::Role::secondaryLabel);
+  return {id, frame, {.leftMargin = true, .bottomMargin = true}, std::move(button)};
+}
+
+}  // namespace
+
+std::optional<std::string> HUDWidgetView::hitTest(Point point) {
+  const bool within = Rect{0, 0, bounds_.width, bounds_.height}.contains(point);
+  if (within && closeButtonFrame.contains(point)) return closeButton;
+  return "";
+}
+
+std::shared_ptr<Menu> HUDWidgetView::menuForEvent(Point) {
+  return menuProvider ? menuProvider() : nullptr;
+}
+
+void HUDWidgetView::menuItemChosen(const MenuItem& item) {
+  if (onChosen) onChosen(item);
+}
+
+void HUDWidgetView::mouseDown(const MouseEvent& event) {
+  onCorner_ = cornerButtonFrame.contains(event.point);
+  if (event.clickCount == 2 && onDoubleClick && !onCorner_) onDoubleClick();
+}
+
+void HUDWidgetView::mouseDragged(const MouseEvent&) {
+  onCorner_ = false;
+  if (onDrag) onDrag();
+}
+
+void HUDWidgetView::mouseUp(const MouseEvent& event) {
+  if (std::exchange(onCorner_, false) && cornerButtonFrame.contains(event.point) && onCornerButton)
+    onCornerButton();
+}
+
+Point widgetCornerOrigin(int corner, Size size, const Rect& area) {
+  const bool left = corner == 0 || corner == 2, bottom = corner == 2 || corner == 3;
+  return {left ? area.x + cornerMargin : area.maxX() - size.width - cornerMargin,
+          bottom ? area.y + cornerMargin : area.maxY() - size.height - cornerMargin};
+}
+
+Point freeWidgetOrigin(Point stored, Size size, const Rect& area) {
+  return {std::min(std::max(stored.x, area.x), area.maxX() - size.width),
+          std::min(std::max(stored.y, area.y), area.maxY() - size.height)};
+}
+
+int nextWidgetCorner(int corner) {
+  constexpr std::array<int, 4> clockwise{0, 1, 3, 2};
+  const auto at = std::find(clockwise.begin(), clockwise.end(), corner);
+  const std::size_t index =
+      at == clockwise.end() ? 1 : static_cast<std::size_t>(at - clockwise.begin());
+  return clockwise[(index + 1) % clockwise.size()];
+}
+
+AlwaysOnWidget::AlwaysOnWidget(Platform& platform, Shell& shell, ActionTable& actions,
+                               TextAnalyses& analyses,
+                               std::function<bool(const PasteboardContents&)> withheld,
+                               ContentItems contentItems, std::function<void()> openBigPreview)
+    : platform_(platform),
+      shell_(shell),
+      actions_(actions),
+      analyses_(analyses),
+      withheld_(std::move(withheld)),
+      contentItems_(std::move(contentItems)),
+      thumbnails_(platform.queue) {
+  alwaysOnPreview.offerToggle(actions, shell, [this] {
+    alwaysLastCount = -1;
+    refresh();
+  });
+  actions.add("hideAlwaysOnWidget", [this](const MenuItem&) { hideAlwaysOnWidget(); });
+  actions.add("cycleAlwaysHUDCorner", [this](const MenuItem&) { cycleAlwaysHUDCorner(); });
+  actions.add("snapAlwaysHUD:", [this](const MenuItem& sender) {
+    const auto* corner = std::get_if<std::int64_t>(&sender.represented);
+    if (corner && *corner >= 0 && *corner <= 3) snapAlwaysHUD(static_cast<int>(*corner));
+  });
+  view_.closeButton = closeId;
+  view_.menuProvider = [this] { return contextMenu(); };
+  view_.onChosen = [this](const MenuItem& item) { actions_.perform(item); };
+  view_.onDoubleClick = std::move(openBigPreview);
+  view_.onDrag = [this] { alwaysHUDWindow->performDrag(); };
+  view_.onCornerButton = [this] { cycleAlwaysHUDCorner(); };
+  face_.cornerSpace = 2 * (buttonSide + buttonMargin);
+  screens_ = platform_.screens.onChange([this] { screensChanged(); });
+}
+
+void AlwaysOnWidget::hideAlwaysOnWidget() {
+  alwaysOnPreview = false;
+  refresh();
+  shell_.rebuildMenu();
+}
+
+void AlwaysOnWidget::refresh() {
+  if (!alwaysOnPreview) {
+    if (!alwaysHUDWindow || !alwaysHUDWindow->isVisible()) return;
+    alwaysHUDWindow->hide();
+    thumbnails_.cancel();
+    face_.face = TextFace{};
+    return;
+  }
+  const std::int64_t count = platform_.pasteboard.changeCount();
+  if (count == alwaysLastCount && alwaysHUDWindow && alwaysHUDWindow->isVisible()) return;
+  alwaysLastCount = count;
+  if (!alwaysHUDWindow) makeWindow();
+  fill(platform_.pasteboard.contents());
+  place();
+  alwaysHUDWindow->showWithoutActivating();
+}
+
+void AlwaysOnWidget::analysesChanged() {
+  if (!provisional_) return;
+  alwaysLastCount = -1;
+  refresh();
+}
+
+void AlwaysOnWidget::makeWindow() {
+  WindowDescription window;
+  window.id = "widget";
+  window.title = "Clipboard";
+  window.titled = false;
+  window.panel = true;
+  window.level = WindowLevel::floating;
+  window.everySpace = true;
+  window.movableByBackground = true;
+  window.pressed = [this](const std::string& id) {
+    id == closeId ? hideAlwaysOnWidget() : cycleAlwaysHUDCorner();
+  };
+  window.moved = [this] { windowDidMove(); };
+  alwaysHUDWindow = platform_.windows.create(std::move(window));
+}
+
+HUDLayout AlwaysOnWidget::note(const std::string& text) {
+  TextFace face;
+  face.heading = text;
+  face.font = {.size = 2};
+  return compactTextLayout(std::move(face), {}, face_);
+}
+
+void AlwaysOnWidget::fill(const PasteboardContents& contents) {
+  const Measure measure = [this](const std::string& text, const Font& font) {
+    return platform_.windows.textWidth(text, font);
+  };
+  provisional_ = false;
+  thumbnails_.cancel();
+  if (withheld_(contents)) return setViews(note("Hidden by its owner"));
+  if (contents.image) {
+    setViews(compactImageLayout(contents.image->width(), contents.image->height(), face_));
+    const Size shown = std::get<ImageFace>(face_.face).frame.size();
+    thumbnails_.make(*contents.image, static_cast<int>(std::ceil(shown.width * scale())),
+                     static_cast<int>(std::ceil(shown.height * scale())),
+                     [this](const std::optional<Image>& made) {
+                       auto* face = std::get_if<ImageFace>(&face_.face);
+                       if (!face) return;
+                       face->thumbnail = made;
+                       face->unreadable = !made;
+                       alwaysHUDWindow->redraw(hudFace);
+                     });
+  } else if (contents.text && !contents.text->empty()) {
+    const auto analysis = analyses_.of(contents.text);
+    provisional_ = analysis->provisional;
+    setViews(compactTextLayout(textFace(contents.text, *analysis, compactTextRoom, measure),
+                               measure, face_));
+  } else {
+    setViews(note("The clipboard is empty"));
+  }
+}
+
+void AlwaysOnWidget::setViews(HUDLayout content) {
+  const Size size = content.size;
+  const auto button = [&](int place) {
+    return Rect{size.width - (buttonSide + buttonMargin) * place,
+                size.height - buttonSide - buttonMargin, buttonSide, buttonSide};
+  };
+  view_.bounds_ = size;
+  view_.closeButtonFrame = button(1);
+  view_.cornerButtonFrame = button(2);
+  content.views.push_back(iconButton(closeId, "xmark.circle.fill", "Hide the clipboard widget",
+                                     view_.closeButtonFrame));
+  content.views.push_back(iconButton(cornerId, "arrow.up.left.and.arrow.down.right",
+                                     "Move the widget to the next corner",
+                                     view_.cornerButtonFrame));
+  std::vector<View> views;
+  views.push_back({widgetView,
+                   {0, 0, size.width, size.height},
+                   {.width = true, .height = true},
+                   Canvas{&view_, std::move(content.views)}});
+  alwaysHUDWindow->setContent(size, std::move(views));
+}
+
+Rect AlwaysOnWidget::area() const {
+  const auto screens = platform_.screens.all();
+  if (screens.empty()) return screenArea(screens, {});
+  // Before it has been shown, its screen is the one on which it was left.
+  const auto stored = storedOrigin();
+  const bool known = alwaysHUDWindow && alwaysHUDWindow->isVisible();
+  const Rect frame = known    ? alwaysHUDWindow->frame()
+                     : stored ? Rect{stored->x, stored->y, 1, 1}
+                              : Rect{};
+  const Screen* best = &screens.front();
+  double most = 0;
+  for (const Screen& screen : screens) {
+    const Rect common = screen.frame.intersection(frame);
+    if (common.width * common.height <= most) continue;
+    most = common.width * common.height;
+    best = &screen;
+  }
+  return best->visibleFrame;
+}
+
+int AlwaysOnWidget::corner() const {
+  return *alwaysHUDCorner < 0 ? freeWidgetPosition
+                              : static_cast<int>(std::min<std::int64_t>(*alwaysHUDCorner, 4));
+}
+
+std::optional<Point> AlwaysOnWidget::storedOrigin() const {
+  const auto x = alwaysHUDX.stored(), y = alwaysHUDY.stored();
+  return x && y ? std::optional(Point{*x, *y}) : std::nullopt;
+}
+
+void AlwaysOnWidget::place() {
+  const Size size = alwaysHUDWindow->frame().size();
+  const int at = corner();
+  const auto stored = storedOrigin();
+  if (at == freeWidgetPosition && stored) return moveTo(freeWidgetOrigin(*stored, size, area()));
+  moveTo(widgetCornerOrigin(at == freeWidgetPosition ? 1 : at, size, area()));
+}
+
+void AlwaysOnWidget::moveTo(Point origin) {
+  put_ = origin;
+  suppressHUDMoveSave = true;
+  alwaysHUDWindow->setOrigin(origin);
+  suppressHUDMoveSave = false;
+}
+
+void AlwaysOnWidget::snapAlwaysHUD(int corner) {
+  alwaysHUDCorner = corner;
+  if (!alwaysHUDWindow) return;
+  const Point origin = widgetCornerOrigin(corner, alwaysHUDWindow->frame().size(), area());
+  moveTo(origin);
+  alwaysHUDX = origin.x;
+  alwaysHUDY = origin.y;
+}
+
+void AlwaysOnWidget::cycleAlwaysHUDCorner() { snapAlwaysHUD(nextWidgetCorner(corner())); }
+
+void AlwaysOnWidget::windowDidMove() {
+  if (suppressHUDMoveSave || !alwaysHUDWindow || !alwaysHUDWindow->isVisible()) return;
+  const Point origin = alwaysHUDWindow->frame().origin();
+  // The system may tell of the program's own moves later.
+  if (put_ && std::abs(put_->x - origin.x) < 1 && std::abs(put_->y - origin.y) < 1) return;
+  put_.reset();
+  alwaysHUDCorner = freeWidgetPosition;
+  alwaysHUDX = origin.x;
+  alwaysHUDY = origin.y;
+}
+
+void AlwaysOnWidget::screensChanged() {
+  if (alwaysHUDWindow && alwaysHUDWindow->isVisible()) place();
+}
+
+std::shared_ptr<Menu> AlwaysOnWidget::contextMenu() {
+  auto menu = std::make_shared<Menu>();
+  contentItems_(*menu);
+  if (!menu->items.empty()) menu->addSeparator();
+  menu->add("Move to top-left", "snapAlwaysHUD:", std::int64_t{0});
+  menu->add("Move to top-right", "snapAlwaysHUD:", std::int64_t{1});
+  menu->add("Move to bottom-left", "snapAlwaysHUD:", std::int64_t{2});
+  menu->add("Move to bottom-right", "snapAlwaysHUD:", std::int64_t{3});
+  menu->addSeparator();
+  menu->add("Hide widget", "hideAlwaysOnWidget");
+  return menu;
+}
+
+double AlwaysOnWidget::scale() const {
+  double largest = 1;
+  for (const Screen& screen : platform_.screens.all()) largest = std::max(largest, screen.scale);
+  return largest;
+}
+
+}  // namespace marbelot

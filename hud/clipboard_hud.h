@@ -1,0 +1,99 @@
+// The panel that shows for a moment what was copied, and what a menu item stands for.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "clipboard/text_analysis.h"
+#include "hud/edit_bar.h"
+#include "hud/hud_placement.h"
+#include "hud/hud_view.h"
+#include "hud/pointer_watch.h"
+#include "platform/platform.h"
+#include "shell/setting.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+// Main thread only; everything it is given outlives it.
+class ClipboardHUD {
+  Platform& platform_;
+
+ public:
+  // Opens the editor for what a panel shows, at its place, to carry out what `spec` names unless it
+  // is empty.
+  using OpenEditor =
+      std::function<void(const Content& content, Point origin, const std::string& spec)>;
+
+  ClipboardHUD(Platform& platform, Shell& shell, ActionTable& actions, HUDPlacement& placement,
+               TextAnalyses& analyses, std::function<BarAbilities()> abilities,
+               OpenEditor openEditor);
+
+  Setting<bool> showClipboardHUD{
+      platform_.defaults,
+      "showClipboardHUD",
+      false,
+      {.toggle = {"Flash on-screen preview when clipboard changes", "toggleClipboardHUD"}}};
+  // The frame of a panel that this one is not to cover; none when there is none.
+  std::function<std::optional<Rect>()> occupied;
+
+  // Something was copied.
+  void contentChanged(const Content& content);
+  // Shows the content at the panels' place. Whoever has the keys keeps them.
+  void show(const Content& content);
+  void hide();
+
+  // The status menu tells what happens in it.
+  void menuWillHighlight(const MenuItem* item);
+  void menuDidClose();
+
+  // Shows a whole text near the pointer for a while, unmasked. False when there is no room for it.
+  [[nodiscard]] bool reveal(const SharedText& text);
+
+  // An analysis that was provisional may have arrived.
+  void analysesChanged();
+
+  // The application's state, open to its tests.
+  Task hudHideTimer;
+
+ private:
+  // A panel with what it shows.
+  struct Panel {
+    explicit Panel(MainQueue& queue) : thumbnails(queue) {}
+    std::unique_ptr<Window> window;  // made on first use
+    std::optional<Content> content;
+    bool provisional = false;
+    HUDClickView view;
+    Thumbnails thumbnails;
+    Task open;  // keeps it among the open panels
+  };
+
+  void fill(Panel& panel, const Content& content);
+  HUDLayout layoutFor(Panel& panel, const Content& content);
+  void makeWindow(Panel& panel);
+  void place();
+  void handOver(Panel& panel, const std::string& spec);
+  void hide(Panel& panel, bool fades);
+  Point besideMenu(Size size) const;
+  Point besideOccupied(Point origin, Size size) const;
+  Measure measure() const;
+  double scale() const;
+
+  HUDPlacement& placement_;
+  TextAnalyses& analyses_;
+  const std::function<BarAbilities()> abilities_;
+  const OpenEditor openEditor_;
+
+  Panel previewHUD_;  // of what was copied
+  PointerWatch previewWatch_;
+  Panel hud_;                                      // beside the menu
+  std::shared_ptr<const HUDPayload> highlighted_;  // what hud_ shows
+  PointerWatch hudWatch_;
+  std::unique_ptr<Window> revealWindow_;
+  HUDClickView revealView_;
+  Task revealHide_;
+};
+
+}  // namespace marbelot

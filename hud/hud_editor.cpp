@@ -1,0 +1,359 @@
+#include "hud/hud_editor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "image/image_file.h"
+#include "image/operations.h"
+#include "platform/files.h"
+#include "platform/image_codec.h"
+#include "text/masked_title.h"
+
+namespace marbelot {
+namespace {
+
+constexpr const char* textView = "hudEditorText";
+// Masking more would be felt.
+constexpr std::size_t maskedBytes = std::size_t{256} << 10;
+
+SharedText shownText(const SharedText& text) {
+  std::string masked = text->size() <= maskedBytes ? maskSecrets(*text) : maskedWindow(*text);
+  if (masked == *text) return text;
+  if (text->size() > maskedBytes) masked += "…";
+  return share(std::move(masked));
+}
+
+struct Edited {
+  SharedBitmap before;
+  std::optional<Image> image;
+};
+
+}  // namespace
+
+HUDEditor::HUDEditor(Platform& platform, Shell& shell, ActionTable& actions,
+                     HUDPlacement& placement, TextAnalyses& analyses)
+    : platform_(platform),
+      shell_(shell),
+      actions_(actions),
+      placement_(placement),
+      analyses_(analyses),
+      thumbnails_(platform.queue),
+      watch_(platform.queue, platform.screens, [this] { pointerAway(); }) {
+  const auto onText = [&actions](const char* selector, auto action) {
+    actions.add(selector, [action](const MenuItem& sender) {
+      if (const auto* text = std::get_if<std::string>(&sender.represented)) action(*text);
+    });
+  };
+  onText("hudBarClicked:", [this](const std::string& spec) {
+    if (frame()) press(spec);
+  });
+  onText("hudMenuPicked:", [this](const std::string& op) {
+    if (hudEditorImage) afterEdits([this, op] { startEdit(op); });
+  });
+  hudEditorImageView.onDrag = [this] { hudEditorPanel->performDrag(); };
+}
+
+Measure HUDEditor::measure() const {
+  return [this](const std::string& text, const Font& font) {
+    return platform_.windows.textWidth(text, font);
+  };
+}
+
+BarAbilities HUDEditor::abilities() const {
+  return {.crop = static_cast<bool>(hooks.crop),
+          .recognize = static_cast<bool>(hooks.recognize),
+          .openIn = static_cast<bool>(hooks.openInMenu),
+          .textActions = static_cast<bool>(hooks.actionsMenu),
+          .saveText = static_cast<bool>(hooks.saveText),
+          .append = static_cast<bool>(hooks.append)};
+}
+
+void HUDEditor::makePanel() {
+  WindowDescription window;
+  window.id = "editor";
+  window.title = "Clipboard editor";
+  window.titled = false;
+  window.panel = true;
+  window.level = WindowLevel::overlay;
+  window.everySpace = true;
+  window.pressed = [this](const std::string& spec) { press(spec); };
+  window.keyDown = [this](const KeyEvent& key) {
+    if (key.code == KeyCode::escape) return finish(), true;
+    return placement_.onArrow(key);
+  };
+  hudEditorPanel = platform_.windows.create(std::move(window));
+}
+
+void HUDEditor::open(const Content& content, std::optional<Point> origin, const std::string& spec) {
+  // Whoever opens something else does not mean to lose what was edited.
+  if (hudEditorImage && hudEditorEdited && !hudEditorCopied && hooks.keep)
+    hooks.keep(*hudEditorImage);
+  close();
+  if (!hudEditorPanel) makePanel();
+  if (const auto* image = std::get_if<Image>(&content)) {
+    hudEditorImage = *image;
+  } else {
+    hudEditorText = std::get<SharedText>(content);
+    const PasteboardContents clipboard = platform_.pasteboard.contents();
+    concealed_ = clipboard.concealed && clipboard.text && *clipboard.text == *hudEditorText;
+  }
+  HUDLayout layout = hudEditorImage ? imagePanel() : textPanel();
+  hudEditorPanel->setContent(layout.size, std::move(layout.views));
+  if (hudEditorText) hudEditorPanel->setText(textView, shownText(hudEditorText), concealed_);
+  hudEditorPanel->setOrigin(origin ? originWithin(placement_.area(), layout.size, *origin)
+                                   : placement_.origin(layout.size));
+  hudEditorPanel->showWithoutActivating();
+  open_ = placement_.follow(*hudEditorPanel);
+  showPicture();
+  watch();
+  // The event that opened it may be a menu's that is still closing.
+  if (!spec.empty()) pressing_ = platform_.queue.after(0, [this, spec] { press(spec); });
+}
+
+std::optional<Rect> HUDEditor::frame() const {
+  if (!hudEditorPanel || !hudEditorPanel->isVisible()) return std::nullopt;
+  return hudEditorPanel->frame();
+}
+
+HUDLayout HUDEditor::imagePanel() {
+  ImageRoom room;
+  room.leastHeight = std::max(room.leastHeight, wellHeight_);
+  HUDLayout layout =
+      imageLayout(hudEditorImage->width(), hudEditorImage->height(),
+                  pixelSizeTitle(hudEditorImage->width(), hudEditorImage->height()) +
+                      (hudEditorEdited ? " — edited" : ""),
+                  room, imageBarButtons(pinned_, abilities()), measure(), hudEditorImageView);
+  auto& face = std::get<ImageFace>(hudEditorImageView.face);
+  wellHeight_ = face.well.height;
+  face.thumbnail = shown_;
+  return layout;
+}
+
+HUDLayout HUDEditor::textPanel() {
+  return textAreaLayout(
+      textFace(hudEditorText, *analyses_.of(hudEditorText), editorTextRoom, measure()), textView,
+      textBarButtons(*hudEditorText, pinned_, abilities()), measure(), hudEditorImageView);
+}
+
+// The corner at the screen's edge stays where it is.
+void HUDEditor::rebuild() {
+  if (!frame()) return;
+  HUDLayout layout = hudEditorImage ? imagePanel() : textPanel();
+  const Rect old = hudEditorPanel->frame();
+  const Rect area = placement_.area();
+  const int place = placement_.placement();
+  const double wider = layout.size.width - old.width, higher = layout.size.height - old.height;
+  hudEditorPanel->setContent(layout.size, std::move(layout.views));
+  if (hudEditorText) hudEditorPanel->setText(textView, shownText(hudEditorText), concealed_);
+  if (wider != 0 || higher != 0)
+    hudEditorPanel->setOrigin(
+        originWithin(area, layout.size,
+                     {old.x - wider * (place % 3) / 2, old.y - higher * (2 - place / 3) / 2}));
+}
+
+void HUDEditor::showPicture() {
+  const auto* face = std::get_if<ImageFace>(&hudEditorImageView.face);
+  if (!face || !hudEditorImage) return;
+  double scale = 1;
+  for (const Screen& screen : platform_.screens.all()) scale = std::max(scale, screen.scale);
+  thumbnails_.make(*hudEditorImage, static_cast<int>(std::ceil(face->frame.width * scale)),
+                   static_cast<int>(std::ceil(face->frame.height * scale)),
+                   [this](const std::optional<Image>& made) {
+                     auto* shown = std::get_if<ImageFace>(&hudEditorImageView.face);
+                     if (!shown) return;
+                     shown_ = made;
+                     shown->thumbnail = made;
+                     shown->unreadable = !made;
+                     hudEditorPanel->redraw(hudFace);
+                   });
+}
+
+void HUDEditor::press(const std::string& spec) {
+  if (spec == "pin") return togglePin();
+  if (spec == "done") return finish();
+  if (spec == "copy") return afterEdits([this] { copy(); });
+  if (hudEditorImage) {
+    if (spec == "undo") return afterEdits([this] { undo(); });
+    if (spec == "save") return afterEdits([this] { save(); });
+    if (spec == "crop" && hooks.crop) {
+      watch_.hold();
+      return afterEdits([this] { hooks.crop(*hudEditorImage); });
+    }
+    if (spec == "ocr" && hooks.recognize)
+      return afterEdits([this] { hooks.recognize(*hudEditorImage); });
+    return popUp(spec, editGroupMenu(spec));
+  }
+  if (!hudEditorText) return;
+  if (spec == "open") {
+    if (const auto link = webLink(*hudEditorText)) platform_.workspace.openUrl(*link);
+  } else if (spec == "openin" && hooks.openInMenu) {
+    popUp(spec, hooks.openInMenu(hudEditorText));
+  } else if (spec == "actions" && hooks.actionsMenu) {
+    popUp(spec, hooks.actionsMenu(hudEditorText));
+  } else if (spec == "savetxt" && hooks.saveText) {
+    watch_.hold();
+    hooks.saveText(hudEditorText);
+  } else if (spec == "append" && hooks.append) {
+    hooks.append(hudEditorText);
+  }
+}
+
+void HUDEditor::popUp(const std::string& spec, const std::shared_ptr<Menu>& menu) {
+  if (!menu || menu->items.empty()) return;
+  watch_.hold();
+  hudEditorPanel->popUpMenu(spec, menu, [this](const MenuItem& item) { actions_.perform(item); });
+}
+
+// Steps are taken in the order in which they were asked for, each on what the one before it made.
+void HUDEditor::afterEdits(std::function<void()> step) {
+  steps_.push_back(std::move(step));
+  runSteps();
+}
+
+void HUDEditor::runSteps() {
+  while (!editing_ && !steps_.empty()) {
+    const auto step = std::move(steps_.front());
+    steps_.pop_front();
+    step();
+  }
+}
+
+void HUDEditor::startEdit(const std::string& op) {
+  editing_ = true;
+  working_ = platform_.queue.inBackground(
+      [image = *hudEditorImage, before = pixels_, op]() -> Edited {
+        Edited edited{before ? before : decode(image), {}};
+        if (!edited.before) return edited;
+        if (auto made = marbelot::apply(op, *edited.before))
+          edited.image = Image::fromPixels(std::make_shared<const Bitmap>(std::move(*made)));
+        return edited;
+      },
+      [this](const Edited& edited) {
+        editing_ = false;
+        pixels_ = edited.before;
+        if (edited.image) {
+          hudEditorUndo.push(*hudEditorImage);
+          ++edits_;
+          replaceImage(*edited.image);
+        } else {
+          shell_.notify("Couldn't apply that edit");
+        }
+        runSteps();
+      });
+}
+
+void HUDEditor::replaceImage(Image image) {
+  hudEditorImage = std::move(image);
+  pixels_ = hudEditorImage->pixels();
+  hudEditorEdited = edits_ > 0;
+  hudEditorCopied = false;
+  rebuild();
+  showPicture();
+}
+
+bool HUDEditor::cropped(const Image& image) {
+  if (!hudEditorImage) return false;
+  afterEdits([this, image] {
+    hudEditorUndo.push(*hudEditorImage);
+    ++edits_;
+    replaceImage(image);
+  });
+  bringToFront();
+  return true;
+}
+
+void HUDEditor::bringToFront() {
+  if (hudEditorImage) hudEditorPanel->showWithoutActivating();
+}
+
+void HUDEditor::undo() {
+  auto before = hudEditorUndo.pop();
+  if (!before) return shell_.notify("Nothing to undo");
+  --edits_;
+  replaceImage(std::move(*before));
+}
+
+bool HUDEditor::copyImage() {
+  // What has not been edited is in the history already.
+  if (!hudEditorEdited) return shell_.copyWithoutRecording(*hudEditorImage);
+  const auto count = platform_.pasteboard.write(*hudEditorImage);
+  if (count) copiedCount_ = *count;
+  return count.has_value();
+}
+
+void HUDEditor::copy() {
+  const bool written =
+      hudEditorImage ? copyImage() : shell_.copyWithoutRecording(hudEditorText, concealed_);
+  if (shell_.confirmCopy(written, hudEditorImage ? "Copied image" : "Copied text"))
+    hudEditorCopied = true;
+}
+
+void HUDEditor::save() {
+  const std::string folder = files::join(files::picturesFolder(), "Marbelot");
+  const std::uint64_t id = ++lastSave_;
+  saves_[id] = platform_.queue.inBackground(
+      [folder, base = "Edit " + text::fileTimestamp(clock()), image = *hudEditorImage] {
+        files::makeFolder(folder);
+        return writeImageFile(folder, base, image);
+      },
+      [this, id](const std::optional<ImageFile>& file) {
+        saves_.erase(id);
+        shell_.notify(file ? "Saved " + text::sanitized(files::lastComponent(file->path))
+                           : "Couldn't save the image");
+      });
+}
+
+void HUDEditor::togglePin() {
+  pinned_ = !pinned_;
+  rebuild();
+  watch();
+}
+
+void HUDEditor::watch() {
+  if (pinned_) {
+    watch_.stop();
+  } else {
+    watch_.start(*hudEditorPanel, std::nullopt);
+  }
+}
+
+void HUDEditor::pointerAway() {
+  if (editing_ || (hudEditorEdited && !hudEditorCopied)) return watch();
+  open_.cancel();
+  hudEditorPanel->fadeOut();
+  close();
+}
+
+void HUDEditor::finish() {
+  afterEdits([this] {
+    // Nobody means to lose an edit.
+    if (hudEditorImage && hudEditorEdited && !hudEditorCopied) {
+      copy();
+      if (!hudEditorCopied) return;
+    }
+    if (hudEditorPanel) hudEditorPanel->hide();
+    close();
+  });
+}
+
+// Lets go of the content.
+void HUDEditor::close() {
+  watch_.stop();
+  open_.cancel();
+  working_.cancel();
+  pressing_.cancel();
+  thumbnails_.cancel();
+  steps_.clear();
+  editing_ = false;
+  hudEditorImage.reset();
+  hudEditorText.reset();
+  pixels_.reset();
+  shown_.reset();
+  hudEditorUndo.clear();
+  hudEditorEdited = hudEditorCopied = concealed_ = pinned_ = false;
+  edits_ = 0;
+  wellHeight_ = 0;
+}
+
+}  // namespace marbelot

@@ -1,0 +1,117 @@
+// The panel in which a picture is edited, and a text is looked at, with a bar of buttons.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "clipboard/text_analysis.h"
+#include "hud/edit_bar.h"
+#include "hud/hud_placement.h"
+#include "hud/hud_view.h"
+#include "hud/pointer_watch.h"
+#include "hud/undo_stack.h"
+#include "platform/platform.h"
+#include "platform/text.h"
+#include "shell/shell.h"
+
+namespace marbelot {
+
+// What other features do with a panel's content. A button without one is left out.
+struct HUDHooks {
+  std::function<void(const Image&)> crop;
+  std::function<void(const Image&)> recognize;
+  // Menus whose items name actions; null when there is nothing to offer.
+  std::function<std::shared_ptr<Menu>(const SharedText&)> openInMenu;
+  std::function<std::shared_ptr<Menu>(const SharedText&)> actionsMenu;
+  std::function<void(const SharedText&)> saveText;
+  std::function<void(const SharedText&)> append;
+  // Keeps a picture in the history without putting it on the clipboard.
+  std::function<void(const Image&)> keep;
+};
+
+// Main thread only; everything it is given outlives it. It works on its own copy of the picture, in
+// the background, one step after the other.
+class HUDEditor {
+ public:
+  HUDEditor(Platform& platform, Shell& shell, ActionTable& actions, HUDPlacement& placement,
+            TextAnalyses& analyses);
+
+  HUDHooks hooks;
+  // The wall clock, seconds since 1970.
+  std::function<double()> clock = text::now;
+
+  BarAbilities abilities() const;
+
+  // Shows the content with its lower left corner at `origin`, or at the panels' place, and presses
+  // the button `spec`, unless that is empty.
+  void open(const Content& content, std::optional<Point> origin, const std::string& spec);
+  // None while it is closed.
+  std::optional<Rect> frame() const;
+  // Whether the present contents of the clipboard were put there by the editor.
+  bool madeChange(std::int64_t changeCount) const { return changeCount == copiedCount_; }
+
+  // A picture came back from being cropped. False when the editor has none any more.
+  bool cropped(const Image& image);
+  void bringToFront();
+
+  // The application's state, open to its tests.
+  std::unique_ptr<Window> hudEditorPanel;  // made on first use
+  HUDClickView hudEditorImageView;
+  std::optional<Image> hudEditorImage;
+  SharedText hudEditorText;
+  UndoStack hudEditorUndo;
+  bool hudEditorEdited = false;
+  bool hudEditorCopied = false;
+
+ private:
+  void makePanel();
+  void rebuild();
+  void layOut(Size size, std::vector<View> views);
+  HUDLayout imagePanel();
+  HUDLayout textPanel();
+  void showPicture();
+  void press(const std::string& spec);
+  void popUp(const std::string& spec, const std::shared_ptr<Menu>& menu);
+  void pick(const MenuItem& item);
+  void afterEdits(std::function<void()> step);
+  void runSteps();
+  void startEdit(const std::string& op);
+  void replaceImage(Image image);
+  void undo();
+  void copy();
+  bool copyImage();
+  void save();
+  void togglePin();
+  void watch();
+  void pointerAway();
+  void finish();
+  void close();
+  Measure measure() const;
+
+  Platform& platform_;
+  Shell& shell_;
+  ActionTable& actions_;
+  HUDPlacement& placement_;
+  TextAnalyses& analyses_;
+
+  std::size_t edits_ = 0;   // that the picture shows
+  SharedBitmap pixels_;     // of the picture, once they are known
+  bool concealed_ = false;  // the text's owner marked it as secret
+  bool pinned_ = false;
+  double wellHeight_ = 0;          // it never shrinks under the pointer
+  std::optional<Image> shown_;     // the picture as large as it is shown
+  std::int64_t copiedCount_ = -1;  // the clipboard's, of the last copy
+  std::deque<std::function<void()>> steps_;
+  bool editing_ = false;
+  Task working_, pressing_, open_;
+  std::map<std::uint64_t, Task> saves_;
+  std::uint64_t lastSave_ = 0;
+  Thumbnails thumbnails_;
+  PointerWatch watch_;
+};
+
+}  // namespace marbelot

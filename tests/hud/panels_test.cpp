@@ -1,0 +1,425 @@
+// The panels through the whole application, over services in memory.
+#include "tests/hud/panels_fixture.h"
+
+namespace marbelot {
+namespace {
+
+constexpr const char* key =
+    "ghp_"
+    "abcdefghijklmnopqrstuvwxyz0123456789";
+
+class ClipboardHUDTest : public PanelsTest {
+ protected:
+  ClipboardHUDTest() { perform("toggleClipboardHUD"); }
+  MenuItem item(const Content& content) {
+    MenuItem entry;
+    entry.payload = std::make_shared<const HUDPayload>(HUDPayload{content});
+    return entry;
+  }
+  MenuDelegate& menu() { return *desk_.statusItem.delegate; }
+};
+
+TEST_F(ClipboardHUDTest, ShowsASampleWhenItIsTurnedOnAndGoesWhenItIsTurnedOff) {
+  EXPECT_EQ(face(shown("hud")).texts.at(1), "Clipboard preview enabled");
+  EXPECT_EQ(desk_.defaults.stored.at("showClipboardHUD").asBool(), true);
+  perform("toggleClipboardHUD");
+  EXPECT_EQ(shown("hud"), nullptr);
+  copy("silent");
+  EXPECT_EQ(shown("hud"), nullptr);
+}
+
+TEST_F(ClipboardHUDTest, ShowsWhatWasCopiedInOneWindowThatNeverTakesTheKeys) {
+  copy("first");
+  copy(picture(40, 30));
+  copy("second\nline");
+  EXPECT_EQ(desk_.windows.live.size(), 1U);
+  memory::MemoryWindow* hud = shown("hud");
+  ASSERT_TRUE(hud);
+  EXPECT_TRUE(hud->description.panel && hud->description.everySpace && !hud->description.titled);
+  EXPECT_FALSE(hud->isKey());
+  EXPECT_EQ(face(hud).texts,
+            (std::vector<std::string>{"Text — 2 lines, 11 characters", "second", "line"}));
+  EXPECT_EQ(specs(hud), "pin actions append copy done ");
+  copy("  \n ");
+  EXPECT_EQ(face(hud).texts.at(1), "second");  // blanks are no copy
+}
+
+TEST_F(ClipboardHUDTest, ShowsNoSecretAndNothingThatItsOwnerKeepsBack) {
+  copy(std::string("token ") + key);
+  EXPECT_EQ(face(shown("hud")).all().find(key + 6), std::string::npos);
+  PasteboardContents secret;
+  secret.text = share("hush");
+  secret.concealed = true;
+  desk_.pasteboard.copyElsewhere(secret, true);
+  EXPECT_EQ(face(shown("hud")).all().find("hush"), std::string::npos);
+}
+
+TEST_F(ClipboardHUDTest, GoesByItselfButStaysWhileThePointerIsOnIt) {
+  copy("text");
+  memory::MemoryWindow* hud = shown("hud");
+  desk_.queue.advance(2.5);
+  ASSERT_TRUE(shown("hud"));
+  desk_.screens.at = {hud->at.x - 5, hud->at.midY()};  // near enough
+  desk_.queue.advance(20);
+  ASSERT_TRUE(shown("hud"));
+  desk_.screens.at = {3, 3};
+  desk_.queue.advance(0.3);
+  EXPECT_TRUE(shown("hud"));
+  desk_.queue.advance(0.3);
+  EXPECT_TRUE(hud->fading);
+  EXPECT_EQ(desk_.keyMonitors.globals(), 0U);
+  // A new copy brings it back.
+  copy("other");
+  EXPECT_TRUE(shown("hud"));
+}
+
+TEST_F(ClipboardHUDTest, OffersTheBrowserForLinksOnly) {
+  copy("  https://user@example.org:8080/a?b#c \n");
+  memory::MemoryWindow* hud = shown("hud");
+  ASSERT_TRUE(specs(hud).starts_with("pin open "));
+  EXPECT_EQ(std::get<Button>(hud->find("open")->content).toolTip,
+            "Open example.org in your browser");
+  press(hud, "open");
+  EXPECT_EQ(desk_.workspace.opened.back(), "https://user@example.org:8080/a?b#c");
+  for (const char* text : {"ftp://example.org", "see https://example.org", "https://", "http:/x"}) {
+    copy(text);
+    EXPECT_EQ(specs(shown("hud")).find("open"), std::string::npos) << text;
+  }
+}
+
+TEST_F(ClipboardHUDTest, PreviewsTheHighlightedEntryBesideTheMenuWithoutCoveringIt) {
+  perform("toggleClipboardHUD");
+  desk_.statusItem.menuFrame = Rect{1000, 300, 300, 500};
+  const MenuItem entry = item(share("entry")), other = item(picture(300, 200));
+  menu().menuWillHighlightItem(&entry);
+  memory::MemoryWindow* hud = shown("hud");
+  ASSERT_TRUE(hud);
+  EXPECT_EQ(hud->at.maxX(), 992);
+  menu().menuWillHighlightItem(&other);
+  EXPECT_EQ(face(hud).texts, std::vector<std::string>{"300 × 200"});
+  EXPECT_EQ(hud->at.maxX(), 992);
+  // Leaving the item hides it, unless the pointer is on its way to the panel.
+  menu().menuWillHighlightItem(nullptr);
+  desk_.queue.advance(0.5);
+  menu().menuWillHighlightItem(&entry);
+  desk_.queue.advance(3);
+  EXPECT_TRUE(shown("hud"));
+  menu().menuWillHighlightItem(nullptr);
+  desk_.screens.at = {hud->at.midX(), hud->at.midY()};
+  desk_.queue.advance(3);
+  EXPECT_TRUE(shown("hud"));
+  desk_.screens.at = {1100, 400};
+  desk_.queue.advance(0.3);
+  EXPECT_FALSE(shown("hud"));
+}
+
+TEST_F(ClipboardHUDTest, OpensTheEditorWhereThePreviewWasClickedAsTheMenuCloses) {
+  perform("toggleClipboardHUD");
+  const MenuItem entry = item(picture(300, 200));
+  menu().menuWillHighlightItem(&entry);
+  memory::MemoryWindow* hud = shown("hud");
+  const Rect at = hud->at, pin = hud->find("pin")->frame;
+  desk_.screens.at = {at.x + pin.midX(), at.y + pin.midY()};
+  menu().menuDidClose();
+  desk_.queue.advance(0);
+  EXPECT_FALSE(shown("hud"));
+  memory::MemoryWindow* editor = shown("editor");
+  ASSERT_TRUE(editor);
+  EXPECT_EQ(editor->at.origin(), at.origin());
+  EXPECT_EQ(std::get<Button>(editor->find("pin")->content).symbol, "pin.fill");
+}
+
+TEST_F(ClipboardHUDTest, ClosingTheMenuElsewhereLeavesThePreviewToItsOwnRule) {
+  const MenuItem entry = item(share("entry"));
+  menu().menuWillHighlightItem(&entry);
+  desk_.screens.at = {3, 3};
+  menu().menuDidClose();
+  EXPECT_TRUE(shown("hud"));
+  EXPECT_FALSE(shown("editor"));
+  desk_.queue.advance(5);
+  EXPECT_FALSE(shown("hud"));
+}
+
+TEST_F(ClipboardHUDTest, StandsBesideAnOpenEditor) {
+  copy(picture(300, 200));
+  click(canvas(shown("hud")));
+  memory::MemoryWindow* editor = shown("editor");
+  ASSERT_TRUE(editor);
+  copy("new");
+  EXPECT_TRUE(shown("hud")->at.intersection(editor->at).isEmpty());
+}
+
+TEST_F(ClipboardHUDTest, RevealsAValueNearThePointerAndForgetsIt) {
+  perform("toggleClipboardHUD");
+  copy(std::string("token ") + key);
+  const auto entry = inMenu("Reveal full value");
+  ASSERT_TRUE(entry);
+  desk_.screens.at = {1400, 20};
+  menu().menuItemChosen(*entry);
+  memory::MemoryWindow* panel = shown("hud");
+  ASSERT_TRUE(panel && panel->description.ignoresMouse);
+  EXPECT_NE(face(panel).all().find(key), std::string::npos);
+  EXPECT_EQ(panel->at.intersection(desk_.screens.screens[0].visibleFrame), panel->at);
+  desk_.queue.advance(10);
+  EXPECT_FALSE(shown("hud"));
+  EXPECT_EQ(face(panel).all().find(key), std::string::npos);
+}
+
+class HUDEditorTest : public PanelsTest {
+ protected:
+  // The editor on a picture of 300 × 200 pixels.
+  HUDEditorTest() {
+    perform("toggleClipboardHUD");
+    copy(picture(300, 200));
+    click(canvas(shown("hud")));
+    editor_ = shown("editor");
+    desk_.queue.drain();
+  }
+  void pick(const std::string& group, const std::string& title) {
+    ASSERT_TRUE(editor_->press("group:" + group));
+    EXPECT_EQ(editor_->popUpView, "group:" + group);
+    const auto item = memory::itemAt(*editor_->popUp, {title});
+    ASSERT_TRUE(item && item->choosable()) << title;
+    editor_->popUpChosen(*item);
+    desk_.queue.drain();
+  }
+  std::string caption() { return face(editor_).texts.back(); }
+  memory::MemoryWindow* editor_ = nullptr;
+};
+
+TEST_F(HUDEditorTest, AppliesEditsToItsOwnCopyAndUndoesThem) {
+  EXPECT_EQ(specs(editor_),
+            "pin crop group:transform group:border group:shadow group:emblem group:alpha "
+            "undo copy save done ");
+  press(editor_, "undo");
+  EXPECT_EQ(last(), "Nothing to undo");
+  pick("transform", "Rotate right 90°");
+  EXPECT_EQ(caption(), "200 × 300 — edited");
+  pick("border", "Red");
+  EXPECT_EQ(caption(), "212 × 312 — edited");
+  EXPECT_EQ(clipboardSize(), "300x200");
+  press(editor_, "undo");
+  press(editor_, "undo");
+  EXPECT_EQ(caption(), "300 × 200");
+  const std::size_t notices = desk_.notices.posted.size();
+  press(editor_, "done");
+  EXPECT_EQ(shown("editor"), nullptr);
+  EXPECT_EQ(clipboardSize(), "300x200");
+  EXPECT_EQ(desk_.notices.posted.size(), notices);  // nothing was left to copy
+}
+
+TEST_F(HUDEditorTest, CopiesAnEditThatWasNotCopiedWhenDone) {
+  pick("transform", "Resize to 50%");
+  press(editor_, "done");
+  EXPECT_EQ(clipboardSize(), "150x100");
+  EXPECT_EQ(last(), "Copied image");
+  desk_.queue.advance(0.6);
+  EXPECT_FALSE(shown("hud"));  // it has been looked at
+}
+
+TEST_F(HUDEditorTest, TakesStepsInTheirOrderWhileAnEditIsUnderWay) {
+  desk_.queue.holdBackground = true;
+  ASSERT_TRUE(editor_->press("group:transform"));
+  editor_->popUpChosen(*memory::itemAt(*editor_->popUp, {"Resize to 50%"}));
+  editor_->press("group:border");
+  editor_->popUpChosen(*memory::itemAt(*editor_->popUp, {"Black"}));
+  editor_->press("copy");
+  editor_->press("undo");
+  EXPECT_EQ(clipboardSize(), "300x200");
+  desk_.queue.holdBackground = false;
+  desk_.queue.drain();
+  EXPECT_EQ(clipboardSize(), "162x112");
+  EXPECT_EQ(caption(), "150 × 100 — edited");
+}
+
+TEST_F(HUDEditorTest, AFailedEditChangesNothing) {
+  pick("transform", "Resize to 25%");
+  pick("transform", "Resize to 25%");
+  pick("shadow", "  Small");
+  const std::string before = caption();
+  perform("hudMenuPicked:", "shadow:same:large");
+  const bool fits = last() != "Couldn't apply that edit";
+  perform("hudMenuPicked:", "resize:0.05");
+  perform("hudMenuPicked:", "shadow:same:small");
+  EXPECT_EQ(last(), "Couldn't apply that edit");
+  press(editor_, "undo");
+  if (fits) press(editor_, "undo");
+  EXPECT_EQ(caption(), before);
+}
+
+TEST_F(HUDEditorTest, SavesUnderNamesThatAreFree) {
+  press(editor_, "save");
+  press(editor_, "save");
+  const auto& posted = desk_.notices.posted;
+  ASSERT_GE(posted.size(), 2U);
+  const std::string first = posted[posted.size() - 2].text, second = last();
+  EXPECT_TRUE(first.starts_with("Saved Edit ") && first.ends_with(".png")) << first;
+  EXPECT_NE(first, second);
+  const std::string folder = home_ / "Pictures/Marbelot";
+  EXPECT_TRUE(std::filesystem::exists(folder + "/" + first.substr(6)));
+  EXPECT_TRUE(std::filesystem::exists(folder + "/" + second.substr(6)));
+}
+
+TEST_F(HUDEditorTest, StaysWhilePinnedOrWhileAnEditWouldBeLost) {
+  desk_.screens.at = {editor_->at.midX(), editor_->at.midY()};
+  desk_.queue.advance(1);
+  press(editor_, "pin");
+  desk_.screens.at = {3, 3};
+  desk_.queue.advance(30);
+  ASSERT_TRUE(shown("editor"));
+  press(editor_, "pin");
+  pick("border", "Red");
+  desk_.screens.at = {editor_->at.midX(), editor_->at.midY()};
+  desk_.queue.advance(1);
+  desk_.screens.at = {3, 3};
+  desk_.queue.advance(30);
+  ASSERT_TRUE(shown("editor"));
+  press(editor_, "copy");
+  desk_.screens.at = {editor_->at.midX(), editor_->at.midY()};
+  desk_.queue.advance(1);
+  desk_.screens.at = {3, 3};
+  desk_.queue.advance(2);
+  EXPECT_FALSE(shown("editor"));
+}
+
+TEST_F(HUDEditorTest, KeepsAnEditInTheHistoryWhenSomethingElseIsOpened) {
+  pick("border", "Red");
+  copy("text");
+  click(canvas(shown("hud")));
+  EXPECT_EQ(*editor_->text("hudEditorText"), "text");
+  EXPECT_TRUE(inMenu("312 × 212"));
+  EXPECT_EQ(*desk_.pasteboard.contents().text, "text");
+}
+
+TEST_F(HUDEditorTest, CropsAndTakesTheResultAsAnEdit) {
+  press(editor_, "crop");
+  memory::MemoryWindow* crop = shown("crop");
+  ASSERT_TRUE(crop);
+  press(crop, "cancel");
+  EXPECT_FALSE(shown("crop"));
+  press(editor_, "crop");
+  crop = shown("crop");
+  CanvasDelegate& view = canvas(crop, "cropView");
+  drawn(view, {320, 240});
+  view.mouseDown({{32, 20}});
+  view.mouseDragged({{192, 120}});
+  press(crop, "crop");
+  EXPECT_EQ(last(), "Cropped");
+  EXPECT_EQ(caption(), "150 × 94 — edited");
+  EXPECT_EQ(clipboardSize(), "300x200");
+  press(editor_, "undo");
+  EXPECT_EQ(caption(), "300 × 200");
+}
+
+TEST(UndoStack, DropsTheOldestWhereMemoryEnds) {
+  UndoStack stack;
+  const auto image = [](int side) {
+    return Image::fromPixels(std::make_shared<const Bitmap>(*Bitmap::make(side, 4096)));
+  };
+  for (int side = 8000; side < 8006; ++side) stack.push(image(side));
+  EXPECT_EQ(stack.size(), 4U);
+  for (int side = 8005; side > 8001; --side) EXPECT_EQ(stack.pop()->width(), side);
+  EXPECT_FALSE(stack.pop());
+}
+
+TEST_F(PanelsTest, ShowsTheCollectionInTheEditorAndCopiesItWhole) {
+  perform("toggleConcat");
+  copy("one");
+  copy("two");
+  perform("viewConcat");
+  memory::MemoryWindow* editor = shown("editor");
+  ASSERT_TRUE(editor);
+  EXPECT_EQ(*editor->text("hudEditorText"), "one\ntwo");
+  desk_.queue.advance(60);  // nobody has been there yet
+  press(editor, "copy");
+  EXPECT_EQ(last(), "Copied text");
+  EXPECT_EQ(*desk_.pasteboard.contents().text, "one\ntwo");
+  press(editor, "append");
+  EXPECT_EQ(last(), "Collected 3 pieces");
+}
+
+class WidgetTest : public PanelsTest {
+ protected:
+  WidgetTest() { perform("toggleAlwaysOnPreview"); }
+  memory::MemoryWindow& widget() { return *shown("widget"); }
+  std::optional<std::int64_t> corner() {
+    return desk_.defaults.stored.at("alwaysHUDCorner").asInteger();
+  }
+};
+
+TEST_F(WidgetTest, FollowsTheClipboardAndDrawsNothingWhileItIsUnchanged) {
+  EXPECT_EQ(widget().at.maxX(), 1440 - 12);
+  EXPECT_EQ(widget().at.maxY(), 875 - 12);
+  copy("hello");
+  EXPECT_EQ(face(&widget()).texts.at(1), "hello");
+  const View* before = widget().find("face");
+  const auto redrawn = widget().redrawn;
+  desk_.queue.advance(60);
+  EXPECT_EQ(widget().find("face"), before);
+  EXPECT_EQ(widget().redrawn, redrawn);
+  copy(picture(400, 100));
+  EXPECT_EQ(face(&widget()).images.size(), 1U);
+  // What the program writes itself is shown as well.
+  perform("copyConcat");
+  EXPECT_TRUE(widget().description.panel);
+  press(&widget(), "close");
+  EXPECT_FALSE(shown("widget"));
+  EXPECT_EQ(desk_.defaults.stored.at("alwaysOnPreview").asBool(), false);
+}
+
+TEST_F(WidgetTest, RemembersWhereItWasDraggedAndSnapsToCorners) {
+  perform("snapAlwaysHUD:", std::int64_t{2});
+  EXPECT_EQ(corner(), 2);
+  EXPECT_EQ(widget().at.origin(), (Point{12, 12}));
+  perform("cycleAlwaysHUDCorner");
+  EXPECT_EQ(corner(), 0);
+  widget().setOrigin({200, 100}, false);  // as the user does
+  EXPECT_EQ(corner(), -1);
+  perform("cycleAlwaysHUDCorner");
+  EXPECT_EQ(corner(), 3);
+  widget().setOrigin({1300, 860}, false);
+  desk_.screens.set({{{0, 0, 800, 600}, {0, 0, 800, 600}, 1}});
+  EXPECT_EQ(widget().at.maxX(), 800);
+  EXPECT_EQ(widget().at.maxY(), 600);
+  EXPECT_EQ(corner(), -1);
+  launch();
+  EXPECT_EQ(widget().at.maxX(), 800);
+}
+
+TEST_F(WidgetTest, GivesTheMouseToItsCloseButtonOnly) {
+  auto& view = dynamic_cast<HUDWidgetView&>(canvas(&widget(), "widget"));
+  const Size size = widget().at.size();
+  EXPECT_EQ(view.hitTest({size.width - 10, size.height - 10}), "close");
+  EXPECT_EQ(view.hitTest({size.width - 27, size.height - 10}), "");
+  EXPECT_EQ(view.hitTest({10, 10}), "");
+  view.mouseDown({{10, 10}, 1});
+  view.mouseDragged({{30, 30}});
+  EXPECT_EQ(widget().drags, 1);
+  copy(picture(40, 30));
+  view.mouseDown({{10, 10}, 2});
+  EXPECT_EQ(shown("preview")->description.title, "Clipboard — 40 × 30");
+  // The button beside it is the view's own.
+  view.mouseDown({view.cornerButtonFrame.origin(), 1});
+  view.mouseUp({view.cornerButtonFrame.origin(), 1});
+  EXPECT_EQ(corner(), 3);
+}
+
+TEST_F(WidgetTest, OffersWhatCanBeDoneWithTheContent) {
+  const auto titles = [this] {
+    std::string all;
+    const auto menu = canvas(&widget(), "widget").menuForEvent({});
+    for (const auto& item : menu->items) all += item->title + "|";
+    return all;
+  };
+  const std::string moves =
+      "Move to top-left|Move to top-right|Move to bottom-left|Move to bottom-right||Hide widget|";
+  EXPECT_EQ(titles(), moves);
+  copy(picture(40, 30));
+  EXPECT_EQ(titles(),
+            "Edit image|Save image to Desktop|Save image to Downloads|Save image to "
+            "Pictures/Marbelot|Save image to folder…|Reveal in Finder|Copy image file path||" +
+                moves);
+}
+
+}  // namespace
+}  // namespace marbelot
