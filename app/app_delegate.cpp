@@ -55,6 +55,19 @@ AppDelegate::AppDelegate(Platform& platform)
                        [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
       panels_(platform, *this, actions_, history_, historyMenus_, analyses_, imageExport_, viewer_),
       keyboardCleaning_(platform, *this, actions_),
+      textSaving_(platform, *this),
+      scannedTextPanel_(platform, *this, actions_, textSaving_,
+                        {[this](Size panel) { return panels_.placement.origin(panel); },
+                         [this](Window& panel) { return panels_.placement.follow(panel); }},
+                        [this](const SharedText& text, const std::string& title) {
+                          editor_.openEditor(text, title);
+                        }),
+      textRecognition_(
+          platform, *this, actions_,
+          [this](const MenuItem& sender) { return historyMenus_.imageFor(sender); },
+          [this](const SharedText& text, const Image& image) {
+            scannedTextPanel_.show(text, image);
+          }),
       menu_(platform, *this, actions_,
             {
                 .state = state_,
@@ -70,6 +83,7 @@ AppDelegate::AppDelegate(Platform& platform)
                 .flattenTrim = flattenTrim_,
                 .collectCopies = collectCopies_,
                 .cannedResponses = cannedResponses_,
+                .textRecognition = textRecognition_,
                 .hud = panels_.hud,
                 .widget = panels_.widget,
             }),
@@ -82,7 +96,10 @@ AppDelegate::AppDelegate(Platform& platform)
     if (panels_.hud.showClipboardHUD) textActions_.refreshApplications();
     panels_.recorded(text);
   };
-  history_.onImageRecorded = [this](const Image& image) { panels_.recorded(image); };
+  history_.onImageRecorded = [this](const Image& image) {
+    panels_.recorded(image);
+    textRecognition_.imageCopied(image);
+  };
   history_.onTick = [this] { panels_.widget.refresh(); };
   panels_.editor.hooks.openInMenu = [this](const SharedText& text) {
     return textActions_.openInMenu(text);
@@ -90,6 +107,10 @@ AppDelegate::AppDelegate(Platform& platform)
   panels_.editor.hooks.actionsMenu = [this](const SharedText& text) {
     return textActions_.actionMenu(text);
   };
+  panels_.editor.hooks.recognize = [this](const Image& image) {
+    textRecognition_.recognize(image, false);
+  };
+  panels_.editor.hooks.saveText = [this](const SharedText& text) { textSaving_.save(text, *text); };
   panels_.editor.hooks.append = [this](const SharedText& text) {
     collectCopies_.append(text, false);
   };
@@ -150,6 +171,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 void AppDelegate::registerAndReadSettings() {
   const auto settings = std::to_array<LaunchSetting*>({
       &history_.autoSaveClipImages,
+      &textRecognition_.autoOCR,
       &menu_.showClipboardPreview,
       &panels_.hud.showClipboardHUD,
       &panels_.widget.alwaysOnPreview,

@@ -27,8 +27,11 @@
 #include "text/clipboard_viewer.h"
 #include "text/collect_copies.h"
 #include "text/flatten_trim_menus.h"
+#include "text/save_text.h"
+#include "text/scanned_text_panel.h"
 #include "text/text_actions.h"
 #include "text/text_editor.h"
+#include "text/text_recognition.h"
 
 namespace marbelot {
 
@@ -90,6 +93,10 @@ class AppDelegate : private Shell, private MenuDelegate {
 
   Panels panels_;
   KeyboardCleaning keyboardCleaning_;
+
+  TextSaving textSaving_;
+  ScannedTextPanel scannedTextPanel_;
+  TextRecognition textRecognition_;
 
   StatusMenu menu_;
   MenuRequests requests_;

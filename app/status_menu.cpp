@@ -30,6 +30,7 @@ void StatusMenu::buildMenu() {
   openActionsItem = menu.addSubmenu("Open…", std::make_shared<Menu>());
   refreshOpenActions();
   editImageItem = menu.addSubmenu("Edit image", editMenu(EditClipboard{}));
+  ocrClipItem = menu.add("Scan text (OCR)…", "ocrClipboardImage");
   imgTagClipItem = menu.add("Copy as <img> tag (base64)", "copyClipboardImageAsTag");
   refreshImageItems();
   menu.add("Edit clipboard text…", "editClipboardText");
@@ -74,6 +75,7 @@ std::shared_ptr<Menu> StatusMenu::settingsMenu() const {
   parts_.hud.showClipboardHUD.addToggle(*menu);
   parts_.widget.alwaysOnPreview.addToggle(*menu);
   history.autoSaveClipImages.addToggle(*menu);
+  parts_.textRecognition.autoOCR.addToggle(*menu);
   menu->addDisabled("Save copied images to:");
   const auto addLocation = [&](const char* title, bool archive) {
     const MenuItemRef item = menu->add(title, "setArchiveLocation:", archive);
@@ -105,6 +107,7 @@ void StatusMenu::refreshOpenActions() {
 void StatusMenu::refreshImageItems() {
   const bool none = !platform_.pasteboard.contents().image;
   editImageItem->hidden = none;
+  ocrClipItem->hidden = none;
   imgTagClipItem->hidden = none;
 }
 

@@ -24,6 +24,7 @@
 #include "text/collect_copies.h"
 #include "text/flatten_trim_menus.h"
 #include "text/text_actions.h"
+#include "text/text_recognition.h"
 
 namespace marbelot {
 
@@ -48,6 +49,7 @@ struct MenuParts {
   FlattenTrim& flattenTrim;
   CollectCopies& collectCopies;
   const CannedResponses& cannedResponses;
+  const TextRecognition& textRecognition;
   const ClipboardHUD& hud;
   const AlwaysOnWidget& widget;
 };
@@ -87,6 +89,7 @@ class StatusMenu {
   MenuItemRef clipPreviewItem;
   MenuItemRef openActionsItem;
   MenuItemRef editImageItem;
+  MenuItemRef ocrClipItem;
   MenuItemRef imgTagClipItem;
   MenuItemRef captureItem;
   MenuItemRef historyItem;

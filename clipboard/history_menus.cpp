@@ -143,6 +143,7 @@ std::shared_ptr<Menu> HistoryMenus::entryMenu(const MenuItem& item, const Entry&
   };
   add("Copy to clipboard", "copyClipHistory:");
   if (entry.category == ClipCategory::image) {
+    add("Scan text (OCR)…", "ocrClipHistory:");
     add("Copy as <img> tag (base64)", "copyClipHistoryImageAsTag:");
     add("Reveal in Finder", "revealClipHistory:");
     add("Copy file path", "copyClipHistoryPath:");

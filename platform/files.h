@@ -43,6 +43,10 @@ SharedBytes read(const std::string& path, std::size_t maximumBytes);
 // or it cannot be written.
 bool create(const std::string& path, std::string_view bytes);
 
+// Makes the file hold these bytes, whole or not at all; a new one is readable by its owner only,
+// one that was there keeps its mode. False when it cannot be written; then it is as it was.
+bool replace(const std::string& path, std::string_view bytes);
+
 // Makes the folder with those above it; folders it makes are for their owner only. True when the
 // folder is there afterwards.
 bool makeFolder(const std::string& path);
@@ -61,6 +65,8 @@ std::string homeFolder();
 std::string desktopFolder();
 // The user's folder of downloads, or "Downloads" in the home folder.
 std::string downloadsFolder();
+// The user's folder of documents, or "Documents" in the home folder.
+std::string documentsFolder();
 // The user's pictures folder, or "Pictures" in the home folder.
 std::string picturesFolder();
 // Emptied by the system at some time; private to the user.

@@ -159,6 +159,15 @@ struct FolderPanel {
   std::string message;
 };
 
+// Asks for a file to write.
+struct FilePanel {
+  std::string id;         // while one with the same id is open, that one comes to the front instead
+  std::string folder;     // where it starts
+  std::string name;       // as proposed
+  std::string extension;  // the only one allowed, e.g. "txt"; added where it is left out
+  std::string kind;       // what such files are called
+};
+
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
@@ -166,6 +175,8 @@ class Dialogs {
   // when it is cancelled.
   virtual void chooseFolder(FolderPanel panel,
                             std::function<void(const std::string& folder)> chosen) = 0;
+  // The same for a file's path, which may be that of a file that the user agreed to replace.
+  virtual void saveFile(FilePanel panel, std::function<void(const std::string& path)> chosen) = 0;
   // Activates the application, shows the alert modally, of a fixed size, and answers once. While
   // one with the same id is open, that one comes to the front instead, and only its own `answered`
   // is called.

@@ -105,6 +105,25 @@ void presentNow(const Alert& alert, const std::function<void(AlertAnswer)>& answ
   }
 }
 
+// Deletes itself when it is closed.
+QFileDialog* makeFileDialog(const char* kind, const QString& id) {
+  auto* dialog = new QFileDialog;
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setProperty(windowIdProperty, kind);
+  dialog->setProperty(alertIdProperty, id);
+  dialog->setModal(true);
+  return dialog;
+}
+
+void showFileDialog(QFileDialog& dialog, std::function<void(const std::string& path)> chosen) {
+  QObject::connect(&dialog, &QFileDialog::accepted, &dialog, [&dialog, chosen = std::move(chosen)] {
+    const QStringList files = dialog.selectedFiles();
+    if (!files.isEmpty()) chosen(QFile::encodeName(files.first()).toStdString());
+  });
+  dialog.move(centred(dialog.frameGeometry()).topLeft());
+  bringToFront(dialog);
+}
+
 }  // namespace
 
 void QtDialogs::chooseFolder(FolderPanel panel,
@@ -112,21 +131,29 @@ void QtDialogs::chooseFolder(FolderPanel panel,
   bus_.whenKnown([panel = std::move(panel), chosen = std::move(chosen)] {
     const QString id = QString::fromStdString(panel.id);
     if (raiseOpen(id)) return;
-    auto* dialog = new QFileDialog;
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setProperty(windowIdProperty, "folder");
-    dialog->setProperty(alertIdProperty, id);
+    QFileDialog* const dialog = makeFileDialog("folder", id);
     dialog->setWindowTitle(QString::fromStdString(panel.message));
     dialog->setLabelText(QFileDialog::Accept, QString::fromStdString(panel.prompt));
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
-    dialog->setModal(true);
-    QObject::connect(dialog, &QFileDialog::accepted, dialog, [dialog, chosen] {
-      const QStringList folders = dialog->selectedFiles();
-      if (!folders.isEmpty()) chosen(QFile::encodeName(folders.first()).toStdString());
-    });
-    dialog->move(centred(dialog->frameGeometry()).topLeft());
-    bringToFront(*dialog);
+    showFileDialog(*dialog, chosen);
+  });
+}
+
+void QtDialogs::saveFile(FilePanel panel, std::function<void(const std::string& path)> chosen) {
+  bus_.whenKnown([panel = std::move(panel), chosen = std::move(chosen)] {
+    const QString id = QString::fromStdString(panel.id);
+    if (raiseOpen(id)) return;
+    const QString extension = QString::fromStdString(panel.extension);
+    QFileDialog* const dialog = makeFileDialog("save", id);
+    dialog->setWindowTitle("Save");
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setNameFilter(QString::fromStdString(panel.kind) + " (*." + extension + ")");
+    dialog->setDefaultSuffix(extension);
+    dialog->setDirectory(QFile::decodeName(panel.folder.c_str()));
+    dialog->selectFile(QString::fromStdString(panel.name));
+    showFileDialog(*dialog, chosen);
   });
 }
 

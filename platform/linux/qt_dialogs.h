@@ -11,6 +11,7 @@ class QtDialogs : public Dialogs {
  public:
   QtDialogs(SessionBus& bus, PictureCache& pictures) : bus_(bus), pictures_(pictures) {}
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override;
+  void saveFile(FilePanel panel, std::function<void(const std::string& path)> chosen) override;
   void chooseFolder(FolderPanel panel,
                     std::function<void(const std::string& folder)> chosen) override;
 

@@ -100,6 +100,10 @@ std::string downloadsFolder() {
   return configuredFolder("XDG_DOWNLOAD_DIR").value_or(join(homeFolder(), "Downloads"));
 }
 
+std::string documentsFolder() {
+  return configuredFolder("XDG_DOCUMENTS_DIR").value_or(join(homeFolder(), "Documents"));
+}
+
 std::string picturesFolder() {
   return configuredFolder("XDG_PICTURES_DIR").value_or(join(homeFolder(), "Pictures"));
 }

@@ -111,6 +111,24 @@ class ModalDialogs final : public Dialogs {
     });
   }
 
+  void saveFile(FilePanel panel, std::function<void(const std::string& path)> chosen) override {
+    const auto task = std::make_shared<Task>();
+    *task = queue_.after(0, [task, panel = std::move(panel), chosen = std::move(chosen)] {
+      task->cancel();
+      @autoreleasepool {
+        NSSavePanel* const save = [NSSavePanel savePanel];
+        save.canCreateDirectories = YES;
+        save.allowedFileTypes = @[ nsString(panel.extension) ];
+        save.directoryURL = [NSURL fileURLWithPath:nsString(panel.folder)];
+        save.nameFieldStringValue = nsString(panel.name);
+        [NSApp activateIgnoringOtherApps:YES];
+        if ([save runModal] != NSModalResponseOK) return;
+        NSURL* const file = save.URL;
+        if (file != nil) chosen(file.path.fileSystemRepresentation);
+      }
+    });
+  }
+
   // From a timer of its own: whoever asks for an alert goes on before it is answered, and so does
   // work that was posted in the meantime.
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override {

@@ -117,6 +117,8 @@ std::string desktopFolder() { return join(homeFolder(), "Desktop"); }
 
 std::string downloadsFolder() { return folderOrInHome(NSDownloadsDirectory, "Downloads"); }
 
+std::string documentsFolder() { return folderOrInHome(NSDocumentDirectory, "Documents"); }
+
 std::string picturesFolder() { return folderOrInHome(NSPicturesDirectory, "Pictures"); }
 
 std::string temporaryFolder() { return withoutTrailingSlash(utf8(NSTemporaryDirectory())); }

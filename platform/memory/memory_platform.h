@@ -186,6 +186,12 @@ class DialogList : public Dialogs {
     panels.push_back(std::move(panel));
     folderChosen = std::move(chosen);
   }
+  void saveFile(FilePanel panel, std::function<void(const std::string&)> chosen) override {
+    filePanels.push_back(std::move(panel));
+    fileChosen = std::move(chosen);
+  }
+  std::vector<FilePanel> filePanels;
+  std::function<void(const std::string&)> fileChosen;  // of the last panel
   std::vector<FolderPanel> panels;
   std::function<void(const std::string&)> folderChosen;  // of the last panel
   void present(Alert alert, std::function<void(AlertAnswer)> answered) override;

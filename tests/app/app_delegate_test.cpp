@@ -87,6 +87,7 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
                         {"Flash on-screen preview when clipboard changes", false},
                         {"Always show a small preview widget", false},
                         {"Auto-save copied images to a file", true},
+                        {"Auto-scan copied images for text (OCR)", true},
                         {"Save copied images to:", false},
                         {"Temporary folder (cleared on reboot)", true},
                         {"~/Pictures/Marbelot/Clipboard (kept)", false},

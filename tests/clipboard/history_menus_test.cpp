@@ -70,8 +70,8 @@ TEST_F(HistoryMenusTest, EntriesAreMaskedFilteredAndGrouped) {
   EXPECT_EQ(titles(*entry(3)->submenu),
             (Titles{"Copy to clipboard", "Edit…", "Save as canned response", "Delete"}));
   EXPECT_EQ(titles(*entry(1)->submenu),
-            (Titles{"Copy to clipboard", "Copy as <img> tag (base64)", "Reveal in Finder",
-                    "Copy file path", "Delete", "Edit image"}));
+            (Titles{"Copy to clipboard", "Scan text (OCR)…", "Copy as <img> tag (base64)",
+                    "Reveal in Finder", "Copy file path", "Delete", "Edit image"}));
   EXPECT_EQ(std::get<std::int64_t>(entry(2)->represented), 2);
   EXPECT_EQ(std::get<SharedText>(entry(2)->payload->content), history.clipHistory[2].kind.text());
 

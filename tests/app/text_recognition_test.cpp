@@ -1,0 +1,216 @@
+// Reading the text in images through the whole application, over services in memory.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+
+#include "app/app_delegate.h"
+#include "platform/files.h"
+#include "platform/memory/memory_platform.h"
+#include "tests/support/png.h"
+#include "tests/support/temporary_home.h"
+#include "text/save_text.h"
+
+namespace marbelot {
+namespace {
+
+using memory::itemAt;
+using Titles = std::vector<std::string>;
+
+// Told apart by its width.
+Image picture(int width) {
+  Bitmap bitmap = *Bitmap::make(width, 8);
+  std::memset(bitmap.data(), 255, bitmap.bytesPerRow() * 8);
+  return Image::fromPixels(std::make_shared<const Bitmap>(std::move(bitmap)));
+}
+
+class TextRecognitionTest : public testing::Test {
+ protected:
+  TextRecognitionTest() {
+    application_ = std::make_unique<AppDelegate>(desktop_.platform);
+    application_->applicationDidFinishLaunching();
+    desktop_.queue.drain();
+  }
+  void copy(const Image& image) {
+    PasteboardContents contents;
+    contents.image = image;
+    desktop_.pasteboard.copyElsewhere(contents);
+    desktop_.queue.advance(0.6);
+  }
+  MenuItemRef item(const Titles& path) {
+    desktop_.statusItem.open();
+    return itemAt(*desktop_.statusItem.menu, path);
+  }
+  void choose(const Titles& path) {
+    const MenuItemRef chosen = item(path);
+    ASSERT_TRUE(chosen && chosen->choosable()) << path.back();
+    desktop_.statusItem.delegate->menuItemChosen(*chosen);
+    desktop_.queue.drain();
+  }
+  void switchAutoOff() { choose({"Settings", "Auto-scan copied images for text (OCR)"}); }
+  memory::Recognizer& recognizer() { return desktop_.recognizer; }
+  memory::MemoryWindow* panel() { return desktop_.windows.find("ocr"); }
+  bool isShown() { return panel() && panel()->shown; }
+  std::string shown() { return isShown() ? *panel()->text("ocrHUDTextView") : ""; }
+  std::string last() const { return desktop_.notices.last(); }
+  int widthRead() { return recognizer().pictures.back()->width(); }
+  void press(const std::string& button) { ASSERT_TRUE(panel()->press(button)) << button; }
+
+  TemporaryHome home_;
+  memory::MemoryPlatform desktop_;
+  std::unique_ptr<AppDelegate> application_;
+};
+
+TEST_F(TextRecognitionTest, ScansEachCopiedImageQuietlyAndShowsOnlyText) {
+  copy(picture(40));
+  ASSERT_TRUE(recognizer().isReading());
+  recognizer().answer(std::vector<std::string>{});
+  copy(picture(41));
+  recognizer().answer(Recognition{Recognition::Outcome::missingTool, {}, "nothing there"});
+  EXPECT_FALSE(isShown());
+  EXPECT_TRUE(desktop_.notices.posted.empty()) << last();
+
+  copy(picture(42));
+  recognizer().answer({"first line", "second"});
+  EXPECT_EQ(shown(), "first line\nsecond");
+  EXPECT_EQ(*panel()->text("ocrHeader"),
+            "Scanned text — 17 characters   ·   ← → ↑ ↓ moves this panel");
+  EXPECT_FALSE(panel()->isKey());
+  EXPECT_TRUE(desktop_.notices.posted.empty()) << last();
+}
+
+TEST_F(TextRecognitionTest, DropsAQuietScanForANewerImage) {
+  desktop_.queue.holdBackground = true;
+  copy(picture(40));
+  copy(picture(41));
+  copy(picture(42));
+  desktop_.queue.holdBackground = false;
+  desktop_.queue.drain();
+  ASSERT_EQ(recognizer().pictures.size(), 1u) << "those that nobody wants are not even read";
+  EXPECT_EQ(widthRead(), 42);
+  copy(picture(43));
+  ASSERT_EQ(recognizer().pictures.size(), 2u);
+  recognizer().answer({"of the newest"});
+  EXPECT_EQ(shown(), "of the newest");
+}
+
+TEST_F(TextRecognitionTest, FinishesAScanThatWasAskedForBeforeAQuietOne) {
+  switchAutoOff();
+  copy(picture(40));
+  EXPECT_TRUE(recognizer().pictures.empty());
+  switchAutoOff();  // on again
+  choose({"Scan text (OCR)…"});
+  EXPECT_EQ(last(), "Scanning image for text…");
+  copy(picture(41));
+  EXPECT_EQ(widthRead(), 40);
+  recognizer().answer({"asked for"});
+  EXPECT_EQ(shown(), "asked for");
+  desktop_.queue.drain();
+  EXPECT_EQ(widthRead(), 41);
+  switchAutoOff();
+  EXPECT_FALSE(recognizer().isReading());
+}
+
+TEST_F(TextRecognitionTest, TellsHowAScanThatWasAskedForWent) {
+  EXPECT_TRUE(item({"Scan text (OCR)…"})->hidden);
+  switchAutoOff();
+  copy(picture(40));
+  const Titles entry{"Clipboard history", "🖼 Image*", "Scan text (OCR)…"};
+  choose(entry);
+  recognizer().answer(std::vector<std::string>{});
+  EXPECT_EQ(last(), "No text found in the image");
+  choose(entry);
+  recognizer().answer(Recognition{});
+  EXPECT_EQ(last(), "OCR failed");
+  choose(entry);
+  recognizer().answer(Recognition{Recognition::Outcome::missingLanguage, {}, "install one"});
+  EXPECT_EQ(last(), "OCR failed: install one");
+  std::string bytes = *png(640);
+  bytes[bytes.size() / 2] ^= 1;
+  copy(*Image::fromBytes(share(bytes)));
+  choose({"Scan text (OCR)…"});
+  EXPECT_EQ(last(), "Couldn't read the image");
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(TextRecognitionTest, CopiesSavesEditsAndForgetsTheText) {
+  copy(picture(40));
+  recognizer().answer({"a/b", "c"});
+  const auto before = item({"Clipboard history", "Filter by type — All"})->submenu->items.size();
+  press("copyOCRText");
+  desktop_.queue.advance(0.6);
+  EXPECT_EQ(*desktop_.pasteboard.contents().text, "a/b\nc");
+  EXPECT_EQ(last(), "Copied the scanned text");
+  EXPECT_EQ(item({"Clipboard history", "Filter by type — All"})->submenu->items.size(), before);
+  EXPECT_TRUE(item({"Clipboard history", "🖼 Image*"}));
+  EXPECT_FALSE(item({"Clipboard history", "*a/b*"}));
+
+  press("saveOCRText");
+  ASSERT_EQ(desktop_.dialogs.filePanels.size(), 1u);
+  EXPECT_EQ(desktop_.dialogs.filePanels[0].extension, "txt");
+  EXPECT_EQ(desktop_.dialogs.filePanels[0].folder, files::documentsFolder());
+  const std::string path = files::join(home_.path(), "notes.txt");
+  for (int i = 0; i < 2; ++i) {  // the second time in the first one's place
+    desktop_.dialogs.fileChosen(path);
+    desktop_.queue.drain();
+    EXPECT_EQ(last(), "Saved notes.txt");
+    EXPECT_EQ(*files::read(path, 100), "a/b\nc");
+  }
+  desktop_.dialogs.fileChosen("/nowhere/notes.txt");
+  desktop_.queue.drain();
+  EXPECT_EQ(last(), "Couldn't save that file");
+
+  press("openOCRInEditor");
+  EXPECT_FALSE(isShown());
+  memory::MemoryWindow* const editor = desktop_.windows.find("editor");
+  ASSERT_TRUE(editor && editor->shown);
+  EXPECT_EQ(editor->description.title, "Text in image (OCR)");
+  EXPECT_EQ(*editor->text("editTextView"), "a/b\nc");
+  EXPECT_EQ(*panel()->text("ocrHUDTextView"), "");
+}
+
+TEST_F(TextRecognitionTest, MovesWithTheOtherPanels) {
+  copy(picture(40));
+  recognizer().answer({"text"});
+  const Rect topRight = panel()->frame();
+  press("cycleHUDPlacement");
+  const Rect bottomRight = panel()->frame();
+  EXPECT_EQ(bottomRight.x, topRight.x);
+  EXPECT_LT(bottomRight.y, topRight.y);
+  press("closeOCRHUD");
+  EXPECT_FALSE(isShown());
+}
+
+TEST(TextFileName, IsFitForAFileSystem) {
+  EXPECT_EQ(textFileName("a/b", "now"), "a-b.txt");
+  EXPECT_EQ(textFileName(" \n\t", "now"), "Clipboard now.txt");
+  EXPECT_EQ(textFileName("\n two\nlines ", "now"), "two lines.txt");
+  EXPECT_EQ(textFileName(std::string(500, 'x'), "now"), std::string(60, 'x') + ".txt");
+  std::string families;
+  for (int i = 0; i < 80; ++i) families += "👩‍👩‍👧‍👦";
+  EXPECT_LE(textFileName(families, "now").size(), 204u);
+}
+
+TEST(Replacing, KeepsWhatWasThereUnlessItSucceeds) {
+  const TemporaryHome home;
+  const std::string file = files::join(home.path(), "file"),
+                    link = files::join(home.path(), "link");
+  ASSERT_TRUE(files::replace(file, "new"));
+  struct stat status {};
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  chmod(file.c_str(), 0644);
+  ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+  ASSERT_TRUE(files::replace(link, "newer"));
+  EXPECT_EQ(*files::read(file, 10), "newer");
+  ASSERT_EQ(lstat(link.c_str(), &status), 0);
+  EXPECT_TRUE(S_ISLNK(status.st_mode));
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0644u);
+  EXPECT_FALSE(files::replace(home.path(), "a folder"));
+  EXPECT_EQ(files::list(home.path())->size(), 2u) << "no draft stays behind";
+}
+
+}  // namespace
+}  // namespace marbelot

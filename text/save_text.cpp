@@ -1,0 +1,54 @@
+#include "text/save_text.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "platform/files.h"
+
+namespace marbelot {
+namespace {
+
+constexpr std::size_t longestName = 60;        // characters
+constexpr std::size_t longestNameBytes = 200;  // file systems take 255
+
+std::string_view beginning(std::string_view text) {
+  text = text::trimmedBlanksAndNewlines(text);
+  std::size_t characters = longestName;
+  std::size_t bytes = 0;
+  while ((bytes = text::prefixBytes(text, characters)) > longestNameBytes) --characters;
+  return text.substr(0, bytes);
+}
+
+}  // namespace
+
+std::string textFileName(std::string_view base, const std::string& timestamp) {
+  std::string name = text::shownTitle(beginning(base));
+  std::replace(name.begin(), name.end(), '/', '-');
+  name = text::trimmedBlanksAndNewlines(name);
+  return (name.empty() ? "Clipboard " + timestamp : name) + ".txt";
+}
+
+void TextSaving::save(const SharedText& text, std::string_view base) {
+  FilePanel panel;
+  panel.id = "saveText";
+  panel.folder = files::documentsFolder();
+  panel.name = textFileName(base, text::fileTimestamp(clock()));
+  panel.extension = "txt";
+  panel.kind = "Plain text";
+  platform_.dialogs.saveFile(std::move(panel),
+                             [this, text](const std::string& path) { write(text, path); });
+}
+
+void TextSaving::write(const SharedText& text, const std::string& path) {
+  const std::uint64_t id = ++lastWrite_;
+  writing_[id] = platform_.queue.inBackground(
+      [text, path] { return files::replace(path, *text); },
+      [this, id, path](bool written) {
+        const auto done = writing_.extract(id);
+        shell_.notify(written ? "Saved " + text::sanitized(files::lastComponent(path))
+                              : "Couldn't save that file");
+      });
+}
+
+}  // namespace marbelot
