@@ -24,7 +24,7 @@ class RecognitionTest(DesktopTest):
 
     def panel(self):
         windows = json.loads(self.program.ctl("windows", "--json").stdout)
-        return next((window for window in windows if window["id"] == "ocr"), None)
+        return next((window for window in windows if window["kind"] == "ocr"), None)
 
     def press(self, button):
         result = self.program.ctl("press", "ocr", button)
