@@ -138,7 +138,7 @@ HUDLayout HUDEditor::textPanel() {
 
 // The corner at the screen's edge stays where it is.
 void HUDEditor::rebuild() {
-  if (!frame()) return;
+  if (!hudEditorPanel) return;
   HUDLayout layout = hudEditorImage ? imagePanel() : textPanel();
   const Rect old = hudEditorPanel->frame();
   const Rect area = placement_.area();
@@ -177,8 +177,12 @@ void HUDEditor::press(const std::string& spec) {
     if (spec == "undo") return afterEdits([this] { undo(); });
     if (spec == "save") return afterEdits([this] { save(); });
     if (spec == "crop" && hooks.crop) {
-      watch_.hold();
-      return afterEdits([this] { hooks.crop(*hudEditorImage); });
+      return afterEdits([this] {
+        // It would stand on the window in which the picture is cropped.
+        watch_.stop();
+        hudEditorPanel->hide();
+        hooks.crop(*hudEditorImage);
+      });
     }
     if (spec == "ocr" && hooks.recognize)
       return afterEdits([this] { hooks.recognize(*hudEditorImage); });
@@ -264,7 +268,9 @@ bool HUDEditor::cropped(const Image& image) {
 }
 
 void HUDEditor::bringToFront() {
-  if (hudEditorImage) hudEditorPanel->showWithoutActivating();
+  if (!hudEditorImage || !hudEditorPanel) return;
+  hudEditorPanel->showWithoutActivating();
+  watch();
 }
 
 void HUDEditor::undo() {

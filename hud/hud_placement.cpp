@@ -31,9 +31,16 @@ Task HUDPlacement::follow(Window& window, std::function<void()> moved) {
 
 void HUDPlacement::cycleHUDPlacement() { store(nextCorner(placement()), false); }
 
+bool HUDPlacement::isMenuOpen() const {
+  const auto windows = platform_.windows.visible();
+  return std::any_of(windows.begin(), windows.end(),
+                     [](const WindowInfo& window) { return window.id == "menu"; });
+}
+
 bool HUDPlacement::onArrow(const KeyEvent& key) {
   const auto next = placementAfterKey(placement(), key.code);
-  if (!next || open_.empty()) return false;
+  // In a menu they choose an item.
+  if (!next || open_.empty() || isMenuOpen()) return false;
   store(*next, true);
   return true;
 }

@@ -49,6 +49,7 @@ class HUDPlacement {
     Window* window;
     std::function<void()> moved;
   };
+  bool isMenuOpen() const;
   void store(int placement, bool animated);
   void placeAll(bool animated);
   void screensChanged();

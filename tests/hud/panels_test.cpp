@@ -295,8 +295,11 @@ TEST_F(HUDEditorTest, CropsAndTakesTheResultAsAnEdit) {
   press(editor_, "crop");
   memory::MemoryWindow* crop = shown("crop");
   ASSERT_TRUE(crop);
+  EXPECT_FALSE(shown("editor"));  // it would stand in the way
+  desk_.queue.advance(5);
   press(crop, "cancel");
   EXPECT_FALSE(shown("crop"));
+  EXPECT_TRUE(shown("editor"));
   press(editor_, "crop");
   crop = shown("crop");
   CanvasDelegate& view = canvas(crop, "cropView");

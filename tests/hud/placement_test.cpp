@@ -93,6 +93,14 @@ TEST_F(HUDPlacementTest, MovesOpenPanelsByKeysOfAnyProgramAndTakesThoseOfPanelsO
   EXPECT_TRUE(desk.keyMonitors.pressHere({.code = KeyCode::leftArrow}));
   EXPECT_FALSE(desk.keyMonitors.pressHere({.code = KeyCode::space}));
   EXPECT_EQ(placement.placement(), 3);
+  // In a menu they choose an item.
+  WindowDescription menu = described();
+  menu.id = "menu";
+  auto opened = desk.windows.create(menu);
+  opened->showWithoutActivating();
+  EXPECT_FALSE(desk.keyMonitors.pressHere({.code = KeyCode::leftArrow}));
+  EXPECT_EQ(placement.placement(), 3);
+  opened.reset();
   open.cancel();
   EXPECT_EQ(desk.keyMonitors.globals() + desk.keyMonitors.locals(), 0U);
   EXPECT_FALSE(placement.onArrow({.code = KeyCode::leftArrow}));
