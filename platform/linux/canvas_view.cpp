@@ -34,7 +34,8 @@ QWidget* CanvasView::receiver(QPointF position, QWidget& under) const {
   if (!delegate_ || !QRectF(rect()).contains(position)) return &under;
   const std::optional<std::string> hit = delegate_->hitTest(pointAt(position));
   if (!hit) return &under;
-  QWidget* const named = hit->empty() ? const_cast<CanvasView*>(this) : viewNamed_(*hit);
+  if (hit->empty()) return const_cast<CanvasView*>(this);
+  QWidget* const named = viewNamed_(*hit);
   if (!named) return const_cast<CanvasView*>(this);
   return named->isAncestorOf(&under) ? &under : named;
 }
