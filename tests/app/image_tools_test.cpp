@@ -106,8 +106,8 @@ TEST_F(ImageToolsTest, TheMenuOffersWhatTheTableHolds) {
   Titles titles;
   for (const MenuItemRef& entry : item({"Edit image"})->submenu->items)
     titles.push_back(entry->separator ? "-" : entry->title);
-  EXPECT_EQ(titles, (Titles{"Add border", "Add rounded shadow", "Make transparent", "Make emblem",
-                            "-", "Rotate", "Flip", "Resize"}));
+  EXPECT_EQ(titles, (Titles{"Crop…", "Add border", "Add rounded shadow", "Make transparent",
+                            "Make emblem", "-", "Rotate", "Flip", "Resize"}));
   const MenuItemRef left = item({"Edit image", "Rotate", "Left 90°"});
   EXPECT_EQ(left->action, "rotateClip:");
   EXPECT_EQ(representedText(left->represented), "clipboard:-90");
