@@ -112,6 +112,8 @@ QFileDialog* makeFileDialog(const char* kind, const QString& id) {
   dialog->setProperty(windowIdProperty, kind);
   dialog->setProperty(alertIdProperty, id);
   dialog->setModal(true);
+  // The panel that asks for it is above ordinary windows.
+  dialog->setWindowFlag(Qt::WindowStaysOnTopHint);
   return dialog;
 }
 
@@ -151,7 +153,8 @@ void QtDialogs::saveFile(FilePanel panel, std::function<void(const std::string& 
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setNameFilter(QString::fromStdString(panel.kind) + " (*." + extension + ")");
     dialog->setDefaultSuffix(extension);
-    dialog->setDirectory(QFile::decodeName(panel.folder.c_str()));
+    const QString folder = QFile::decodeName(panel.folder.c_str());
+    dialog->setDirectory(QFileInfo(folder).isDir() ? folder : QDir::homePath());
     dialog->selectFile(QString::fromStdString(panel.name));
     showFileDialog(*dialog, chosen);
   });
