@@ -68,6 +68,7 @@ AppDelegate::AppDelegate(Platform& platform)
           [this](const SharedText& text, const Image& image) {
             scannedTextPanel_.show(text, image);
           }),
+      updates_(platform, *this, actions_),
       menu_(platform, *this, actions_,
             {
                 .state = state_,
@@ -86,8 +87,11 @@ AppDelegate::AppDelegate(Platform& platform)
                 .textRecognition = textRecognition_,
                 .hud = panels_.hud,
                 .widget = panels_.widget,
+                .updates = updates_,
             }),
-      requests_(platform, actions_, menu_.menu(), [this] { bringMenuUpToDate(); }) {
+      historyRequests_(historyMenus_, history_),
+      requests_(platform, actions_, menu_.menu(), historyRequests_,
+                [this] { bringMenuUpToDate(); }) {
   actions_.add("quit", [this](const MenuItem&) { platform_.application.terminate(); });
   history_.onTextRecorded = [this](const SharedText& text) {
     analyses_.of(text);  // known when the menu opens
@@ -154,6 +158,9 @@ void AppDelegate::applicationDidFinishLaunching() {
   panels_.widget.refresh();
   tidying_ = platform_.queue.every(idleSeconds, releaseIdlePixelMemory);
 
+  updates_.updaterController();
+  updates_.updateFrequency.read();
+  updates_.applyFrequency(true);
   watched_.start();
   access_.probe();
   prompt_ = platform_.queue.after(promptSeconds, [this] {

@@ -9,6 +9,7 @@
 
 #include "app/menu_requests.h"
 #include "app/panels.h"
+#include "app/software_updates.h"
 #include "app/status_menu.h"
 #include "capture/capture_commands.h"
 #include "capture/capture_history.h"
@@ -98,7 +99,9 @@ class AppDelegate : private Shell, private MenuDelegate {
   ScannedTextPanel scannedTextPanel_;
   TextRecognition textRecognition_;
 
+  SoftwareUpdates updates_;
   StatusMenu menu_;
+  HistoryRequests historyRequests_;
   MenuRequests requests_;
 
   bool menuIsStale_ = false;

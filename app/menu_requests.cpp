@@ -67,8 +67,13 @@ int screenOf(const Rect& frame, const std::vector<Screen>& screens) {
 }  // namespace
 
 MenuRequests::MenuRequests(Platform& platform, const ActionTable& actions,
-                           std::shared_ptr<Menu> menu, std::function<void()> open)
-    : platform_(platform), actions_(actions), menu_(std::move(menu)), open_(std::move(open)) {}
+                           std::shared_ptr<Menu> menu, HistoryRequests& history,
+                           std::function<void()> open)
+    : platform_(platform),
+      actions_(actions),
+      menu_(std::move(menu)),
+      history_(history),
+      open_(std::move(open)) {}
 
 void MenuRequests::serve() {
   RemoteRequests requests;
@@ -85,6 +90,11 @@ void MenuRequests::serve() {
   requests.press = [this](const std::string& window, const std::string& spec) {
     return press(window, spec);
   };
+  requests.history = [this](const std::string& search, const std::string& category) {
+    return history_.list(search, category);
+  };
+  requests.copyEntry = [this](const std::string& id) { return history_.copy(id); };
+  requests.deleteEntry = [this](const std::string& id) { return history_.remove(id); };
   requests.popUpMenu = [this] { platform_.statusItem.popUpMenu(); };
   requests.quit = [this] { platform_.application.terminate(); };
   platform_.application.serve(std::move(requests));

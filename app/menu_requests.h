@@ -1,10 +1,12 @@
-// The menu for those who are not looking at it: printed, searched and driven from the command line.
+// The menu and the history for those who are not looking at them: printed, searched and driven from
+// the command line.
 #pragma once
 
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "clipboard/history_requests.h"
 #include "platform/platform.h"
 #include "shell/shell.h"
 
@@ -14,7 +16,7 @@ class MenuRequests {
  public:
   // `open` does what opening the menu does: brings it up to date.
   MenuRequests(Platform& platform, const ActionTable& actions, std::shared_ptr<Menu> menu,
-               std::function<void()> open);
+               HistoryRequests& history, std::function<void()> open);
 
   void serve();
 
@@ -27,6 +29,7 @@ class MenuRequests {
   Platform& platform_;
   const ActionTable& actions_;
   const std::shared_ptr<Menu> menu_;
+  HistoryRequests& history_;
   const std::function<void()> open_;
 };
 

@@ -65,12 +65,14 @@ void StatusMenu::buildMenu() {
     menu.addDisabled("Looking every second: the system does not tell of changes");
 
   menu.addSeparator();
+  menu.add("Check for Updates…", "checkForUpdates");
   menu.add("Quit Marbelot", "quit")->key = "q";
 }
 
 std::shared_ptr<Menu> StatusMenu::settingsMenu() const {
   const ClipboardHistory& history = parts_.history;
   auto menu = std::make_shared<Menu>();
+  menu->addSubmenu("Check for updates", parts_.updates.menu());
   showClipboardPreview.addToggle(*menu);
   parts_.hud.showClipboardHUD.addToggle(*menu);
   parts_.widget.alwaysOnPreview.addToggle(*menu);

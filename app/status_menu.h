@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "app/software_updates.h"
 #include "capture/capture_commands.h"
 #include "capture/capture_history.h"
 #include "capture/screenshot_access.h"
@@ -52,6 +53,7 @@ struct MenuParts {
   const TextRecognition& textRecognition;
   const ClipboardHUD& hud;
   const AlwaysOnWidget& widget;
+  const SoftwareUpdates& updates;
 };
 
 class StatusMenu {

@@ -111,7 +111,8 @@ class ClipboardHistory {
   std::optional<ClipItem> loadedItem(const Value& entry);
 
   Shell& shell_;
-  std::uint64_t lastId_ = 0;
+  // From the time on, in milliseconds, so that no id means another entry after a restart.
+  std::uint64_t lastId_ = static_cast<std::uint64_t>(text::now() * 1000);
   std::map<std::uint64_t, PendingSave> saves_;  // by the item's id
 };
 

@@ -216,15 +216,18 @@ std::optional<Image> HistoryMenus::imageFor(const MenuItem& sender) const {
 }
 
 void HistoryMenus::copyClipHistory(const MenuItem& sender) {
-  const auto index = indexFor(sender);
-  if (!index) return;
+  if (const auto index = indexFor(sender)) copyEntry(*index);
+}
+
+bool HistoryMenus::copyEntry(std::size_t index) {
   // A copy: writing may record another program's copy first, and so move the entry.
-  const ClipItem item = history_.clipHistory[*index];
+  const ClipItem item = history_.clipHistory[index];
   const SharedText text = item.kind.text();
   const bool written = text ? history_.copyWithoutRecording(text)
                             : history_.copyWithoutRecording(*item.kind.image());
   if (written) history_.moveToFront(item);
-  shell_.confirmCopy(written, text ? "Copied text from history" : "Copied image from history");
+  return shell_.confirmCopy(written,
+                            text ? "Copied text from history" : "Copied image from history");
 }
 
 void HistoryMenus::setClipTypeFilter(const MenuItem& sender) {

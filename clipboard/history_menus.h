@@ -34,6 +34,20 @@ class HistoryMenus {
   std::shared_ptr<Menu> clipboardHistoryMenu();
   std::shared_ptr<Menu> clipboardByTypeMenu();
 
+  // An entry as the menus show it.
+  struct Entry {
+    std::size_t index = 0;
+    ClipCategory category = ClipCategory::image;
+    std::shared_ptr<const TextAnalysis> analysis;  // null for an image
+    std::string title;
+  };
+
+  // All of them, the newest first.
+  std::vector<Entry> entries();
+  // Puts the entry on the clipboard and makes it the newest; tells the user. False when the
+  // clipboard cannot be written to.
+  bool copyEntry(std::size_t index);
+
   // Where the entry that the sender was made for is by now; none when it has gone or the sender
   // carries no index in the history. For everyone's actions on entries.
   std::optional<std::size_t> indexFor(const MenuItem& sender) const;
@@ -43,14 +57,6 @@ class HistoryMenus {
   std::optional<Image> imageFor(const MenuItem& sender) const;
 
  private:
-  struct Entry {
-    std::size_t index = 0;
-    ClipCategory category = ClipCategory::image;
-    std::shared_ptr<const TextAnalysis> analysis;  // null for an image
-    std::string title;
-  };
-
-  std::vector<Entry> entries();
   void tellApart(std::vector<Entry>& entries, const std::vector<std::size_t>& alike) const;
   MenuItem entryItem(const Entry& entry);
   std::shared_ptr<Menu> entryMenu(const MenuItem& item, const Entry& entry) const;

@@ -15,6 +15,7 @@
 #include "platform/screens.h"
 #include "platform/status_item.h"
 #include "platform/text_recognizer.h"
+#include "platform/updater.h"
 #include "platform/user_defaults.h"
 #include "platform/web_windows.h"
 #include "platform/window.h"
@@ -96,6 +97,11 @@ struct RemoteRequests {
   std::function<std::string()> windows;  // JSON
   // Presses a button of the window of that kind. Returns an error for the user, empty when done.
   std::function<std::string(const std::string& window, const std::string& spec)> press;
+  // The clipboard history as JSON: the entries that hold `search` and are of the category, all
+  // where that is empty.
+  std::function<std::string(const std::string& search, const std::string& category)> history;
+  // By an entry's id in it. Both return an error for the user, empty when done.
+  std::function<std::string(const std::string&id)> copyEntry, deleteEntry;
   std::function<void()> popUpMenu;
   std::function<void()> quit;
 };
@@ -126,6 +132,7 @@ struct Platform {
   ScreenCapture& screenCapture;
   TextRecognizer& recognizer;
   WebWindows& webWindows;
+  Updates& updates;
 };
 
 }  // namespace marbelot

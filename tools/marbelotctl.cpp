@@ -37,6 +37,12 @@ constexpr const char* usage =
     "  invoke --action NAME [--object VALUE]  carries out an action\n"
     "  windows [--json]                       the windows that are open\n"
     "  press WINDOW SPEC                      presses a button of a window that is open\n"
+    "  history [--search TEXT] [--type T] [--json]\n"
+    "                                         the clipboard history, secrets masked: id and "
+    "title;\n"
+    "                                         T as classify names it, or image\n"
+    "  copy ID                                puts an entry of it back on the clipboard\n"
+    "  delete ID                              takes one out of it\n"
     "  quit                                   ends Marbelot\n"
     "\n"
     "Exit status: 0 done, 1 it could not be done, 2 wrong usage.\n";

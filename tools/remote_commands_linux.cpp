@@ -8,6 +8,7 @@
 #include <QJsonObject>
 #include <cstdio>
 
+#include "classification/classifier.h"
 #include "platform/linux/remote_control.h"
 #include "platform/text.h"
 #include "tools/arguments.h"
@@ -80,8 +81,18 @@ void printWindows(const QJsonArray& windows) {
   }
 }
 
-int show(const char* method, bool json, void (*printed)(const QJsonArray&)) {
-  const auto answer = ask(method);
+// One line for each entry: its id, a tab, its title.
+void printHistory(const QJsonArray& entries) {
+  for (const QJsonValue value : entries) {
+    const QJsonObject entry = value.toObject();
+    std::printf("%s\t%s\n", qUtf8Printable(entry["id"].toString()),
+                shown(entry["title"].toString()).c_str());
+  }
+}
+
+int show(const char* method, bool json, void (*printed)(const QJsonArray&),
+         const QVariantList& arguments = {}) {
+  const auto answer = ask(method, arguments);
   if (!answer) return failed;
   const QByteArray text = answer->toUtf8();
   if (json) {
@@ -122,12 +133,36 @@ int press(Arguments& arguments) {
   return error->isEmpty() ? done : fail(*error);
 }
 
+bool isCategory(const std::string& name) {
+  for (int position = 0; position < clipCategoryCount; ++position)
+    if (rawValue(static_cast<ClipCategory>(position)) == name) return true;
+  return false;
+}
+
+int history(Arguments& arguments) {
+  const auto search = arguments.takeOption("--search");
+  const auto type = arguments.takeOption("--type");
+  const bool json = arguments.takeFlag("--json");
+  if (arguments.hasUnknownOptions() || !arguments.rest().empty() || (type && !isCategory(*type)))
+    return wrongUsage;
+  return show(
+      "History", json, printHistory,
+      {QString::fromStdString(search.value_or("")), QString::fromStdString(type.value_or(""))});
+}
+
+int onEntry(const char* method, Arguments& arguments) {
+  if (arguments.hasUnknownOptions() || arguments.rest().size() != 1) return wrongUsage;
+  const auto error = ask(method, {QString::fromStdString(arguments.rest()[0])});
+  if (!error) return failed;
+  return error->isEmpty() ? done : fail(*error);
+}
+
 }  // namespace
 
 int runRemoteCommand(Arguments& arguments, bool& known) {
   const std::string& command = arguments.command();
   known = command == "menu" || command == "invoke" || command == "windows" || command == "press" ||
-          command == "quit";
+          command == "quit" || command == "history" || command == "copy" || command == "delete";
   if (!known) return wrongUsage;
   int argc = 1;
   std::string name = "marbelotctl";
@@ -136,6 +171,9 @@ int runRemoteCommand(Arguments& arguments, bool& known) {
 
   if (command == "invoke") return invoke(arguments);
   if (command == "press") return press(arguments);
+  if (command == "history") return history(arguments);
+  if (command == "copy") return onEntry("CopyEntry", arguments);
+  if (command == "delete") return onEntry("DeleteEntry", arguments);
   const bool json = command != "quit" && arguments.takeFlag("--json");
   const bool popup = command == "menu" && arguments.takeFlag("--popup");
   if (arguments.hasUnknownOptions() || !arguments.rest().empty() || (json && popup))

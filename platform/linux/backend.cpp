@@ -32,6 +32,7 @@
 #include "platform/linux/tray_status_item.h"
 #include "platform/linux/user_defaults.h"
 #include "platform/linux/wayland_clipboard.h"
+#include "platform/linux/web_fetch.h"
 #include "platform/linux/web_windows.h"
 #include "platform/linux/workspace.h"
 #include "platform/linux/x11_clipboard.h"
@@ -190,9 +191,12 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   DesktopScreenCapture screenCapture(queue);
   TesseractRecognizer recognizer(queue);
   HelperWebWindows webWindows;
-  Platform platform{quitter, queue,       pasteboard,    defaults,   folderEvents,
-                    notices, workspace,   statusItem,    windows,    dialogs,
-                    screens, keyMonitors, screenCapture, recognizer, webWindows};
+  AppcastUpdates updates({queue, defaults, notices, dialogs, workspace},
+                         {MARBELOT_FEED_URL, MARBELOT_VERSION, "linux", systemVersion()},
+                         webFetch(queue));
+  Platform platform{quitter,       queue,      pasteboard, defaults, folderEvents, notices,
+                    workspace,     statusItem, windows,    dialogs,  screens,      keyMonitors,
+                    screenCapture, recognizer, webWindows, updates};
 
   std::shared_ptr<void> launched;
   const auto start = [&] {

@@ -19,6 +19,16 @@ QString RemoteControl::call(const std::function<std::string()>& request) {
   return request ? QString::fromStdString(request()) : QString("[]");
 }
 
+QString RemoteControl::call(const std::function<std::string(const std::string&)>& request,
+                            const QString& argument) {
+  return request ? QString::fromStdString(request(argument.toStdString())) : notReady;
+}
+
+QString RemoteControl::History(const QString& search, const QString& category) {
+  if (!requests_.history) return "[]";
+  return QString::fromStdString(requests_.history(search.toStdString(), category.toStdString()));
+}
+
 QString RemoteControl::InvokeTitles(const QString& titles) {
   if (!requests_.invokeTitles) return notReady;
   return QString::fromStdString(requests_.invokeTitles(titles.toStdString()));

@@ -30,12 +30,17 @@ class RemoteControl : public QObject {
   QString InvokeAction(const QString& action, const QStringList& object);
   QString Windows() { return call(requests_.windows); }
   QString Press(const QString& window, const QString& spec);
+  QString History(const QString& search, const QString& category);
+  QString CopyEntry(const QString& id) { return call(requests_.copyEntry, id); }
+  QString DeleteEntry(const QString& id) { return call(requests_.deleteEntry, id); }
   void PopUpMenu();
   void Quit();
   // NOLINTEND(readability-identifier-naming)
 
  private:
   static QString call(const std::function<std::string()>& request);
+  static QString call(const std::function<std::string(const std::string&)>& request,
+                      const QString& argument);
   RemoteRequests requests_;
 };
 

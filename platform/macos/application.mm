@@ -115,9 +115,11 @@ struct Services {
   std::unique_ptr<ScreenCapture> screenCapture = makeScreenCapture(*queue);
   std::unique_ptr<TextRecognizer> recognizer = makeTextRecognizer(*queue);
   std::unique_ptr<WebWindows> webWindows = makeWebWindows();
-  Platform platform = {application, *queue,       *pasteboard,    *defaults,   *folderEvents,
-                       *notices,    *workspace,   *statusItem,    *windows,    *dialogs,
-                       *screens,    *keyMonitors, *screenCapture, *recognizer, *webWindows};
+  std::unique_ptr<Updates> updates = makeUpdates(*dialogs);
+  Platform platform = {application,    *queue,      *pasteboard, *defaults,
+                       *folderEvents,  *notices,    *workspace,  *statusItem,
+                       *windows,       *dialogs,    *screens,    *keyMonitors,
+                       *screenCapture, *recognizer, *webWindows, *updates};
 };
 
 }  // namespace

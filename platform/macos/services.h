@@ -20,6 +20,7 @@ std::unique_ptr<Screens> makeScreens();
 std::unique_ptr<KeyMonitors> makeKeyMonitors();
 std::unique_ptr<ScreenCapture> makeScreenCapture(MainQueue& queue);
 std::unique_ptr<TextRecognizer> makeTextRecognizer(MainQueue& queue);
+std::unique_ptr<Updates> makeUpdates(Dialogs& dialogs);
 std::unique_ptr<WebWindows> makeWebWindows();
 
 }  // namespace marbelot

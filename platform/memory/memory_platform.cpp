@@ -152,6 +152,22 @@ Task Desktop::trash(std::vector<std::string> paths, std::function<void()> done) 
                              });
 }
 
+std::unique_ptr<Updater> UpdateList::startUpdater() {
+  class Told : public Updater {
+   public:
+    explicit Told(UpdateList& list) : list_(list) {}
+    void checkForUpdates() override { ++list_.checks; }
+    void checkForUpdatesInBackground() override { ++list_.backgroundChecks; }
+    void setAutomaticallyChecksForUpdates(bool checks) override { list_.automatic = checks; }
+    void setUpdateCheckInterval(double seconds) override { list_.interval = seconds; }
+
+   private:
+    UpdateList& list_;
+  };
+  ++started;
+  return std::make_unique<Told>(*this);
+}
+
 void Camera::Capture::end(const SharedBytes& picture, const std::string& problem) const {
   if (!isAlive()) return;
   if (picture) files::create(path, *picture);

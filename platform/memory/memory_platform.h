@@ -344,6 +344,16 @@ class Camera : public ScreenCapture {
   std::vector<std::int64_t> activated;
 };
 
+// What the updater that the program has started was told.
+class UpdateList : public Updates {
+ public:
+  std::unique_ptr<Updater> startUpdater() override;
+  int started = 0;
+  int checks = 0, backgroundChecks = 0;
+  std::optional<bool> automatic;
+  std::optional<double> interval;  // seconds
+};
+
 class App : public Application {
  public:
   void terminate() override { terminated = true; }
@@ -397,9 +407,10 @@ struct MemoryPlatform {
   Camera screenCapture;
   Recognizer recognizer;
   WebWindowList webWindows;
-  Platform platform{application, queue,       pasteboard,    defaults,   folderEvents,
-                    notices,     workspace,   statusItem,    windows,    dialogs,
-                    screens,     keyMonitors, screenCapture, recognizer, webWindows};
+  UpdateList updates;
+  Platform platform{application,   queue,      pasteboard, defaults, folderEvents, notices,
+                    workspace,     statusItem, windows,    dialogs,  screens,      keyMonitors,
+                    screenCapture, recognizer, webWindows, updates};
 };
 
 // The item reached by its titles from the top; a title that ends in "*" matches by its beginning.

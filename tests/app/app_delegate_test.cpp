@@ -3,6 +3,7 @@
 #include "app/app_delegate.h"
 
 #include <gtest/gtest.h>
+#include <rapidjson/document.h>
 
 #include "platform/memory/memory_platform.h"
 #include "tests/support/png.h"
@@ -78,11 +79,13 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
                                                 "-",
                                                 "Watching: " + home_ / "Desktop",
                                                 "-",
+                                                "Check for Updates…",
                                                 "Quit Marbelot"}));
   const Menu& settings = *itemAt(menu(), {"Settings"})->submenu;
   std::vector<std::pair<std::string, bool>> states;
   for (const MenuItemRef& item : settings.items) states.emplace_back(item->title, item->checked);
   EXPECT_EQ(states, (std::vector<std::pair<std::string, bool>>{
+                        {"Check for updates", false},
                         {"Show clipboard preview at top", true},
                         {"Flash on-screen preview when clipboard changes", false},
                         {"Always show a small preview widget", false},
@@ -169,7 +172,51 @@ TEST_F(AppDelegateTest, ReadsItsSettingsInOrder) {
                        "cannedResponses", "clipTextHistory", "autoSaveClipImages", "autoOCRImages",
                        "showClipboardPreview", "showClipboardHUD", "alwaysOnPreview",
                        "favoriteSaveDirs", "archiveClipImagesToPictures", "countdownEnabled",
-                       "concatEnabled", "concatBuffer", "concatSeparator"}));
+                       "concatEnabled", "concatBuffer", "concatSeparator", "updateFrequency"}));
+}
+
+TEST_F(AppDelegateTest, UpdatesAreLookedForAsOftenAsTheUserWants) {
+  memory::UpdateList& updates = desktop_.updates;
+  launch();
+  EXPECT_EQ(updates.started, 1);
+  EXPECT_EQ(updates.automatic, false);
+  desktop_.queue.advance(2.9);
+  EXPECT_EQ(updates.backgroundChecks, 0);
+  desktop_.queue.advance(0.2);
+  EXPECT_EQ(updates.backgroundChecks, 1);
+  choose({"Check for Updates…"});
+  choose({"Settings", "Check for updates", "Check now…"});
+  EXPECT_EQ(updates.checks, 2);
+
+  const std::pair<const char*, double> intervals[] = {
+      {"Every week", 604800}, {"Every 2 weeks", 1209600}, {"Monthly", 2592000}};
+  for (const auto& [title, interval] : intervals) {
+    choose({"Settings", "Check for updates", title});
+    EXPECT_EQ(updates.automatic, true);
+    EXPECT_EQ(updates.interval, interval);
+    EXPECT_TRUE(itemAt(menu(), {"Settings", "Check for updates", title})->checked);
+    EXPECT_FALSE(itemAt(menu(), {"Settings", "Check for updates", "On app start"})->checked);
+  }
+  EXPECT_EQ(*desktop_.defaults.stored.at("updateFrequency").asText(), "monthly");
+  choose({"Settings", "Check for updates", "Never"});
+  EXPECT_EQ(updates.automatic, false);
+  desktop_.queue.advance(10);
+  EXPECT_EQ(updates.backgroundChecks, 1);
+  choose({"Settings", "Check for updates", "On app start"});
+  desktop_.queue.advance(2.9);
+  EXPECT_EQ(updates.backgroundChecks, 1);
+  desktop_.queue.advance(0.2);
+  EXPECT_EQ(updates.backgroundChecks, 2) << "as if it had just started";
+
+  desktop_.application.requests.invokeAction("setUpdateFrequency:", "7");  // no text
+  EXPECT_EQ(*desktop_.defaults.stored.at("updateFrequency").asText(), "start");
+  desktop_.defaults.set("updateFrequency", "daily");
+  application_.reset();
+  launch();
+  desktop_.queue.advance(3.1);
+  EXPECT_EQ(updates.backgroundChecks, 3) << "unknown means at the start";
+  EXPECT_EQ(updates.started, 2);
+  EXPECT_TRUE(itemAt(menu(), {"Settings", "Check for updates", "On app start"})->checked);
 }
 
 TEST_F(AppDelegateTest, AScreenshotIsCountedNamedFlashedAndAnnounced) {
@@ -379,6 +426,49 @@ TEST_F(AppDelegateTest, RequestsFindItemsAndSayWhatIsWrong) {
   EXPECT_TRUE(*desktop_.defaults.stored.at("archiveClipImagesToPictures").asBool());
   ask.quit();
   EXPECT_TRUE(desktop_.application.terminated);
+}
+
+TEST_F(AppDelegateTest, TheHistoryIsPickedFromByIds) {
+  launch();
+  const std::string secret =
+      "ghp_Zx81Kq"
+      "Zx81KqZx81KqZx81KqZx81KqabcD";
+  const std::string longText = std::string(500, 'x') + " marble";
+  for (const std::string& text : {std::string("https://example.org/marble"), secret,
+                                  std::string("Marble\x1bslate here"), longText})
+    desktop_.pasteboard.copyElsewhere(text, true);
+  desktop_.queue.drain();
+  const RemoteRequests& ask = desktop_.application.requests;
+  const auto list = [&](const std::string& search, const std::string& category) {
+    rapidjson::Document found;
+    found.Parse(ask.history(search, category));
+    std::vector<std::pair<std::string, std::string>> entries;  // id, title
+    for (const auto& entry : found.GetArray())
+      entries.emplace_back(entry["id"].GetString(), entry["title"].GetString());
+    return entries;
+  };
+  const auto all = list("", "");
+  ASSERT_EQ(all.size(), 4U);
+  EXPECT_EQ(all[1].second, "📝 “Marble slate here”");
+  EXPECT_EQ(all[2].second.find("Zx81"), std::string::npos);
+  EXPECT_EQ(list("MARBLE", "").size(), 3U) << "in the whole text, whatever its case";
+  EXPECT_EQ(list("marble", "url"), (decltype(all){all[3]}));
+  EXPECT_TRUE(list("81Kq", "").empty()) << "a secret cannot be guessed piece by piece";
+  EXPECT_TRUE(list("", "none").empty());
+
+  EXPECT_EQ(ask.copyEntry(all[2].first), "");
+  EXPECT_EQ(*desktop_.pasteboard.contents().text, secret);
+  EXPECT_EQ(desktop_.notices.last(), "Copied text from history");
+  EXPECT_EQ(list("", "")[0], all[2]) << "the newest now, under its own id";
+  EXPECT_EQ(ask.deleteEntry(all[0].first), "");
+  EXPECT_EQ(list("", "").size(), 3U);
+  for (const char* none : {all[0].first.c_str(), "", "0", "-1", "!", "zzzzzzzzzzzzzzzzzzzzz"}) {
+    EXPECT_NE(ask.copyEntry(none), "") << none;
+    EXPECT_NE(ask.deleteEntry(none), "") << none;
+  }
+  desktop_.pasteboard.refuses = true;
+  EXPECT_EQ(ask.copyEntry(all[1].first), "the clipboard cannot be written to");
+  EXPECT_EQ(list("", "").size(), 3U);
 }
 
 TEST_F(AppDelegateTest, TroubleIsTold) {

@@ -31,6 +31,7 @@
 #include "tests/platform/wayland_test_clients.h"
 #include "tests/platform/x11_test_clients.h"
 #include "tests/support/temporary_home.h"
+#include "updates/appcast_updater.h"
 
 namespace marbelot {
 namespace {
@@ -260,9 +261,11 @@ class LinuxDesktop : public TestDesktop {
   DesktopScreenCapture screenCapture_{queue_};
   TesseractRecognizer recognizer_{queue_};
   HelperWebWindows webWindows_;
-  Platform platform_{application_, queue_,       pasteboard_,    defaults_,   folderEvents_,
-                     notices_,     workspace_,   statusItem_,    windows_,    dialogs_,
-                     screens_,     keyMonitors_, screenCapture_, recognizer_, webWindows_};
+  AppcastUpdates updates_{{queue_, defaults_, notices_, dialogs_, workspace_}, {}, {}};
+  Platform platform_{application_,   queue_,      pasteboard_, defaults_,
+                     folderEvents_,  notices_,    workspace_,  statusItem_,
+                     windows_,       dialogs_,    screens_,    keyMonitors_,
+                     screenCapture_, recognizer_, webWindows_, updates_};
 };
 
 std::unique_ptr<TestDesktop> makeDesktop() {
