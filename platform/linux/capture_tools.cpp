@@ -12,14 +12,22 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+// A selection by a blue frame, two pixels wide; a click that moves no further than that is meant
+// for a window.
+Words selecting(Words words, const char* tolerance) {
+  for (const char* word : {"-s", "-b", "2", "-c", "0.15,0.55,1,1", "-t", tolerance})
+    words.emplace_back(word);
+  return words;
+}
+
 // Without the pointer. BMP takes no time to write, and windows keep their transparency as PNG.
 Words maimArguments(const CaptureRequest& request, const std::string&) {
   switch (request.subject) {
     case CaptureRequest::Subject::area:
-      // No tolerance: a click without dragging selects nothing rather than some window.
-      return {"-u", "-f", "bmp", "-s", "-t", "0"};
+      // A click without dragging selects nothing rather than some window.
+      return selecting({"-u", "-f", "bmp"}, "0");
     case CaptureRequest::Subject::pickedWindow:
-      return {"-u", "-f", "png", "-m", "1", "-s", "-t", "9999999"};
+      return selecting({"-u", "-f", "png", "-m", "1"}, "9999999");
     case CaptureRequest::Subject::screen:
       return {"-u", "-f", "bmp"};
     case CaptureRequest::Subject::window:
