@@ -18,8 +18,9 @@ void CanvasView::watchMouse() {
   for (QWidget* inside : findChildren<QWidget*>()) inside->installEventFilter(this);
 }
 
+// The lower left corner of the pixel, as with the pointer's place on the screen.
 Point CanvasView::pointAt(QPointF position) const {
-  return {position.x(), height() - position.y()};
+  return {position.x(), height() - position.y() - 1 / devicePixelRatioF()};
 }
 
 void CanvasView::paintEvent(QPaintEvent*) {
@@ -129,7 +130,7 @@ bool CanvasView::event(QEvent* event) {
 
 void CanvasView::keyPressEvent(QKeyEvent* event) {
   if (std::exchange(keyTaken_, false)) return;
-  if (!delegate_ || !delegate_->keyDown(keyEvent(*event))) event->ignore();
+  if (isModifier(*event) || !delegate_ || !delegate_->keyDown(keyEvent(*event))) event->ignore();
 }
 
 }  // namespace marbelot

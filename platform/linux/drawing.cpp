@@ -87,6 +87,13 @@ Qt::Alignment qtAlignment(Alignment alignment) {
   return Qt::AlignLeft | Qt::AlignAbsolute;
 }
 
+bool isModifier(const QKeyEvent& event) {
+  const int key = event.key();
+  return (key >= Qt::Key_Shift && key <= Qt::Key_ScrollLock) ||
+         (key >= Qt::Key_Super_L && key <= Qt::Key_Hyper_R && key != Qt::Key_Menu) ||
+         key == Qt::Key_AltGr || key == Qt::Key_Mode_switch;
+}
+
 KeyEvent keyEvent(const QKeyEvent& event) {
   const Qt::KeyboardModifiers modifiers = event.modifiers();
   KeyEvent made;

@@ -15,6 +15,8 @@ QColor qtColor(const Color& color, const QPalette& palette);
 QFont qtFont(const Font& font);
 double textWidth(const std::string& text, const Font& font);
 Qt::Alignment qtAlignment(Alignment alignment);
+// Whether it is a key that only changes what others mean; nobody is told of these.
+bool isModifier(const QKeyEvent& event);
 KeyEvent keyEvent(const QKeyEvent& event);
 
 }  // namespace marbelot

@@ -22,6 +22,12 @@ enum KeySymbol : xcb_keysym_t {
   symbolSpace = 0x20,
 };
 
+// Shift and its like, which only change what others mean.
+bool isModifier(xcb_keysym_t symbol) {
+  return (symbol >= 0xffe1 && symbol <= 0xffee) || (symbol & 0xfff0) == 0xfe00 ||
+         symbol == 0xff7e || symbol == 0xff7f;
+}
+
 KeyCode keyCode(xcb_keysym_t symbol) {
   switch (symbol) {
     case symbolReturn:
@@ -84,13 +90,14 @@ void GlobalKeys::read() {
     const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(*event);
     if (generic.extension != opcode_ || generic.event_type != XCB_INPUT_RAW_KEY_PRESS) continue;
     const auto& key = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(*event);
-    pressed_(eventOf(static_cast<std::uint8_t>(key.detail),
-                     key.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT));
+    const auto pressed = eventOf(static_cast<std::uint8_t>(key.detail),
+                                 key.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT);
+    if (pressed) pressed_(*pressed);
   }
   if (!connection_.alive()) readable_->setEnabled(false);
 }
 
-KeyEvent GlobalKeys::eventOf(std::uint8_t keycode, bool isRepeat) {
+std::optional<KeyEvent> GlobalKeys::eventOf(std::uint8_t keycode, bool isRepeat) {
   xcb_connection_t* const xcb = connection_.get();
   const auto mappingCookie = xcb_get_keyboard_mapping(xcb, keycode, 1);
   const auto pointerCookie =
@@ -101,8 +108,11 @@ KeyEvent GlobalKeys::eventOf(std::uint8_t keycode, bool isRepeat) {
       xcb_query_pointer_reply(xcb, pointerCookie, nullptr));
   KeyEvent event;
   event.isRepeat = isRepeat;
-  if (mapping && xcb_get_keyboard_mapping_keysyms_length(mapping.get()) > 0)
-    event.code = keyCode(*xcb_get_keyboard_mapping_keysyms(mapping.get()));
+  if (mapping && xcb_get_keyboard_mapping_keysyms_length(mapping.get()) > 0) {
+    const xcb_keysym_t symbol = *xcb_get_keyboard_mapping_keysyms(mapping.get());
+    if (isModifier(symbol)) return std::nullopt;
+    event.code = keyCode(symbol);
+  }
   const unsigned state = pointer ? pointer->mask : 0;
   event.command = state & XCB_KEY_BUT_MASK_CONTROL;
   event.shift = state & XCB_KEY_BUT_MASK_SHIFT;

@@ -18,7 +18,8 @@ class GlobalKeys {
  private:
   bool listen();
   void read();
-  KeyEvent eventOf(std::uint8_t keycode, bool isRepeat);
+  // None for keys that only change what others mean.
+  std::optional<KeyEvent> eventOf(std::uint8_t keycode, bool isRepeat);
 
   const std::function<void(const KeyEvent&)> pressed_;
   X11Connection connection_{{}};

@@ -69,6 +69,7 @@ bool QtKeyMonitors::eventFilter(QObject* watched, QEvent* event) {
   const bool asking = event->type() == QEvent::ShortcutOverride;
   if (!asking && !(event->type() == QEvent::KeyPress && watched->isWindowType())) return false;
   const auto* const key = static_cast<QKeyEvent*>(event);
+  if (isModifier(*key)) return false;
   if (!asked_ || asked_->key != key->key() || asked_->timestamp != key->timestamp())
     asked_ = {key->key(), key->timestamp(), tellLocal(keyEvent(*key))};
   const bool taken = asked_->taken;

@@ -1,5 +1,6 @@
 #include "platform/linux/picture_cache.h"
 
+#include <QCoreApplication>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
@@ -11,7 +12,7 @@ namespace {
 
 // Pixels that are here already and so few are resized at once rather than a moment later.
 constexpr std::int64_t fewPixels = 1 << 18;
-constexpr double sweepSeconds = 20;
+constexpr double sweepSeconds = 60;
 
 // Not null unless the image is damaged.
 QImage resized(const Image& image, QSize size) {
@@ -89,8 +90,11 @@ void PictureCache::begin(Entry& entry) {
                           // The entry goes with its task, and stays where it is in memory.
                           [this, &entry](QImage made) {
                             finish(entry, std::move(made));
-                            for (const QPointer<QWidget>& view : entry.views)
-                              if (view) view->update();
+                            for (const QPointer<QWidget>& view : entry.views) {
+                              if (!view) continue;
+                              view->update();
+                              QCoreApplication::postEvent(view->window(), new QEvent(readyEvent));
+                            }
                           });
 }
 

@@ -1,6 +1,7 @@
 // Pictures ready to be drawn: decoded and resized off the main thread.
 #pragma once
 
+#include <QEvent>
 #include <QImage>
 #include <QPointer>
 #include <QRectF>
@@ -17,6 +18,8 @@ namespace marbelot {
 // Keeps what was drawn last, up to `limit` bytes, and no longer than a view that drew it is shown.
 class PictureCache {
  public:
+  // Sent to the window of a view when a picture is ready that the view has waited for.
+  static constexpr auto readyEvent = static_cast<QEvent::Type>(QEvent::User + 1);
   static constexpr std::size_t defaultLimit = 64 << 20;  // bytes
   explicit PictureCache(MainQueue& queue, std::size_t limit = defaultLimit)
       : queue_(queue), limit_(limit) {}

@@ -45,15 +45,14 @@ class QtWindow : public Window {
       : id_(std::move(description.id)),
         alpha_(description.alpha),
         moved_(std::move(description.moved)),
-        frame_(*new WindowFrame(description, pictures)) {
+        frame_(*new WindowFrame(description, pictures,
+                                {[this, closed = description.closed] {
+                                   grab_.release();
+                                   if (closed) closed();
+                                 },
+                                 [this] { tellMoved(); }, description.keyDown})) {
     frame_.setProperty(windowIdProperty, QString::fromStdString(id_));
     frame_.setProperty(handleProperty, QVariant::fromValue(static_cast<void*>(this)));
-    frame_.closed = [this, closed = std::move(description.closed)] {
-      grab_.release();
-      if (closed) closed();
-    };
-    frame_.moved = [this] { tellMoved(); };
-    frame_.keyDown = std::move(description.keyDown);
     fading_.setTargetObject(&frame_);
     fading_.setPropertyName("windowOpacity");
     moving_.setDuration(animationMilliseconds);
@@ -86,10 +85,10 @@ class QtWindow : public Window {
     frame_.raise();
   }
   void hide() override {
-    stopFading();
     moving_.stop();
     grab_.release();
     frame_.hide();
+    stopFading();
   }
   void fadeOut() override {
     if (!isVisible() || fading_.state() == QAbstractAnimation::Running) return;
@@ -163,9 +162,8 @@ class QtWindow : public Window {
  private:
   bool isMoving() const { return moving_.state() == QAbstractAnimation::Running; }
   void stopFading() {
-    if (fading_.state() != QAbstractAnimation::Running) return;
     fading_.stop();
-    frame_.setWindowOpacity(alpha_);
+    if (frame_.windowOpacity() != alpha_) frame_.setWindowOpacity(alpha_);
   }
   void appear(bool activating) {
     stopFading();

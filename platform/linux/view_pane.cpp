@@ -19,8 +19,12 @@ struct Overloaded : Cases... {
 }  // namespace
 
 ViewPane::ViewPane(Size designed, const std::vector<View>& views, PictureCache& pictures,
-                   std::function<void(const std::string&)> pressed)
-    : ViewBox(designed), pictures_(pictures), pressed_(std::move(pressed)) {
+                   std::function<void(const std::string&)> pressed,
+                   std::function<void()> textClicked)
+    : ViewBox(designed),
+      pictures_(pictures),
+      pressed_(std::move(pressed)),
+      textClicked_(std::move(textClicked)) {
   resize(static_cast<int>(designed.width), static_cast<int>(designed.height));
   fill(*this, views);
 }
@@ -37,7 +41,7 @@ void ViewPane::setContent(Size designed, const std::vector<View>& views) {
 
 void ViewPane::detach() {
   pressed_ = nullptr;
-  textClicked = nullptr;
+  textClicked_ = nullptr;
   for (const Named& named : widgets_)
     if (auto* canvas = dynamic_cast<CanvasView*>(named.widget)) canvas->detach();
 }
@@ -104,7 +108,7 @@ QWidget* ViewPane::makePressable(const std::string& id, const Button& described)
 }
 
 bool ViewPane::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::MouseButtonPress && textClicked) textClicked();
+  if (event->type() == QEvent::MouseButtonPress && textClicked_) textClicked_();
   const auto* text = dynamic_cast<TextView*>(watched);
   if (event->type() == QEvent::KeyPress && text && !text->keysWait()) {
     const auto* key = static_cast<QKeyEvent*>(event);

@@ -16,9 +16,10 @@ namespace marbelot {
 
 class ViewPane : public ViewBox {
  public:
-  // `designed` is the size that the frames are meant for.
+  // `designed` is the size that the frames are meant for. A text that is clicked asks for the keys.
   ViewPane(Size designed, const std::vector<View>& views, PictureCache& pictures,
-           std::function<void(const std::string&)> pressed);
+           std::function<void(const std::string&)> pressed,
+           std::function<void()> textClicked = nullptr);
 
   void setContent(Size designed, const std::vector<View>& views);
   // Canvases and buttons tell nobody any more.
@@ -33,8 +34,6 @@ class ViewPane : public ViewBox {
   std::vector<ButtonInfo> buttons() const;
   // The id of the uppermost view there that has one.
   std::string viewAt(QPoint position) const;
-
-  std::function<void()> textClicked;  // which asks for the keys
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -51,6 +50,7 @@ class ViewPane : public ViewBox {
 
   PictureCache& pictures_;
   std::function<void(const std::string&)> pressed_;
+  std::function<void()> textClicked_;
   std::vector<Named> widgets_;  // what holds views before what it holds
   QAbstractButton* default_ = nullptr;
 };

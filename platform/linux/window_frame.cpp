@@ -63,7 +63,8 @@ QRegion solidPart(const QImage& image) {
 
 }  // namespace
 
-WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pictures)
+WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pictures,
+                         Events events)
     : titled_(description.titled),
       panel_(description.panel),
       resizable_(description.resizable),
@@ -71,7 +72,9 @@ WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pic
       everySpace_(description.everySpace),
       ignoresMouse_(description.ignoresMouse),
       movableByBackground_(description.movableByBackground),
-      pane_(description.contentSize, description.views, pictures, description.pressed) {
+      events_(std::move(events)),
+      pane_(description.contentSize, description.views, pictures, description.pressed,
+            [this] { acceptFocus(); }) {
   setWindowFlags(flagsFor(description));
   setWindowTitle(QString::fromStdString(description.title));
   setAttribute(Qt::WA_AlwaysShowToolTips);
@@ -81,7 +84,6 @@ WindowFrame::WindowFrame(const WindowDescription& description, PictureCache& pic
   }
   if (description.alpha < 1) setWindowOpacity(description.alpha);
   pane_.setParent(this);
-  pane_.textClicked = [this] { acceptFocus(); };
   takeFirstFocus();
   setPaneSize(wholeSize(description.contentSize));
   if (titled_ && description.closable) {
@@ -103,8 +105,7 @@ void WindowFrame::takeFirstFocus() {
 }
 
 void WindowFrame::detach() {
-  closed = moved = nullptr;
-  keyDown = nullptr;
+  events_ = {};
   pane_.detach();
 }
 
@@ -149,8 +150,11 @@ void WindowFrame::setContent(Size size, const std::vector<View>& views) {
   takeFirstFocus();
   QRect after(QPoint(), wholeSize(size) + bars);
   after.moveBottomLeft(before.bottomLeft());
-  if (after.size() != before.size()) setShownFrame(after);
-  if (isVisible()) shape();
+  if (after.size() != before.size()) {
+    setShownFrame(after);
+  } else if (isVisible()) {
+    shape();
+  }
 }
 
 void WindowFrame::prepare() {
@@ -202,6 +206,7 @@ void WindowFrame::acceptFocus() {
 }
 
 bool WindowFrame::event(QEvent* event) {
+  if (event->type() == PictureCache::readyEvent && isVisible()) shape();
   if (event->type() == QEvent::WindowDeactivate && panel_ && windowHandle())
     windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
   return QWidget::event(event);
@@ -209,8 +214,7 @@ bool WindowFrame::event(QEvent* event) {
 
 void WindowFrame::closeEvent(QCloseEvent* event) {
   QWidget::closeEvent(event);
-  // A copy, because the callee may drop the window.
-  if (const auto told = closed) told();
+  if (const auto told = events_.closed) told();
 }
 
 void WindowFrame::paintEvent(QPaintEvent* event) {
@@ -235,7 +239,7 @@ void WindowFrame::moveEvent(QMoveEvent*) {
   const QPoint now = shownFrame().topLeft();
   if (!settled_ || dragging_ || now == told_) return;
   told_ = now;
-  if (const auto told = moved) told();
+  if (const auto told = events_.moved) told();
 }
 
 void WindowFrame::mousePressEvent(QMouseEvent* event) {
@@ -257,7 +261,7 @@ bool WindowFrame::eventFilter(QObject* watched, QEvent* event) {
     if (corner != told_) {
       told_ = corner;
       move(titled_ ? corner : corner - QPoint(margin_, margin_));
-      if (const auto told = moved) told();
+      if (const auto told = events_.moved) told();
     }
     return true;
   }
@@ -269,8 +273,8 @@ bool WindowFrame::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void WindowFrame::keyPressEvent(QKeyEvent* event) {
-  const auto told = keyDown;
-  if (told && told(keyEvent(*event))) return;
+  const auto told = events_.keyDown;
+  if (told && !isModifier(*event) && told(keyEvent(*event))) return;
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
   if (isReturn && !(event->modifiers() & ~Qt::KeypadModifier) && pane_.pressDefault()) return;
   QWidget::keyPressEvent(event);

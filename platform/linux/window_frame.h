@@ -16,7 +16,13 @@ namespace marbelot {
 // are told without it, and the mouse goes through.
 class WindowFrame : public QWidget {
  public:
-  explicit WindowFrame(const WindowDescription& description, PictureCache& pictures);
+  // What the user does. A copy is called, because the callee may drop the window.
+  struct Events {
+    std::function<void()> closed;
+    std::function<void()> moved;
+    std::function<bool(const KeyEvent&)> keyDown;
+  };
+  WindowFrame(const WindowDescription& description, PictureCache& pictures, Events events);
 
   ViewPane& pane() { return pane_; }
   const ViewPane& pane() const { return pane_; }
@@ -32,10 +38,6 @@ class WindowFrame : public QWidget {
   void drag();
   // Drops all callbacks.
   void detach();
-
-  std::function<void()> closed;  // by the user
-  std::function<void()> moved;   // by the user
-  std::function<bool(const KeyEvent&)> keyDown;
 
  protected:
   bool event(QEvent* event) override;
@@ -60,6 +62,7 @@ class WindowFrame : public QWidget {
   const bool everySpace_;
   const bool ignoresMouse_;
   const bool movableByBackground_;
+  Events events_;
   ViewPane pane_;
   bool composited_ = false;
   int margin_ = 0;

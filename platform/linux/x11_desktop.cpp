@@ -92,7 +92,7 @@ QRect without(const Strut& strut, QRect screen, QSize desktop) {
 }  // namespace
 
 bool isComposited() {
-  if (!connection()) return false;
+  if (!connection()) return QGuiApplication::platformName().startsWith("wayland");
   const X11Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
       connection(), xcb_get_selection_owner(connection(), atom("_NET_WM_CM_S0")), nullptr));
   return owner && owner->owner != XCB_WINDOW_NONE;

@@ -19,7 +19,7 @@
 
 namespace marbelot {
 
-PrivateServer::PrivateServer() {
+PrivateServer::PrivateServer(const char* screen) {
   std::array<int, 2> pipe{};
   if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return;
   process_ = ::fork();
@@ -29,8 +29,8 @@ PrivateServer::PrivateServer() {
     const int null = ::open("/dev/null", O_RDWR);
     ::dup2(null, STDERR_FILENO);
     const std::string descriptor = std::to_string(number);
-    ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "320x240x24",
-             "-nolisten", "tcp", "-noreset", nullptr);
+    ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", screen, "-nolisten",
+             "tcp", "-noreset", nullptr);
     ::_exit(127);
   }
   ::close(pipe[1]);

@@ -17,7 +17,8 @@ namespace marbelot {
 
 class PrivateServer {
  public:
-  PrivateServer();
+  // `screen` is its width, height and depth.
+  explicit PrivateServer(const char* screen = "320x240x24");
   ~PrivateServer();
   // ":N"; empty when the server could not be started.
   const std::string& display() const { return display_; }
