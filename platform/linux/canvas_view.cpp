@@ -120,16 +120,20 @@ bool CanvasView::event(QEvent* event) {
   // Told before every shortcut; whoever accepts it gets the key itself next.
   if (event->type() == QEvent::ShortcutOverride && delegate_) {
     const auto* const key = static_cast<QKeyEvent*>(event);
-    keyTaken_ =
-        key->modifiers() & Qt::ControlModifier && delegate_->performKeyEquivalent(keyEvent(*key));
-    if (keyTaken_) event->accept();
+    // Qt asks more than once.
+    if (!asked_ || asked_->key != key->key() || asked_->timestamp != key->timestamp())
+      asked_ = {key->key(), key->timestamp(),
+                key->modifiers() & Qt::ControlModifier && !isModifier(*key) &&
+                    delegate_->performKeyEquivalent(keyEvent(*key))};
+    if (asked_->taken) event->accept();
     return true;
   }
   return ViewBox::event(event);
 }
 
 void CanvasView::keyPressEvent(QKeyEvent* event) {
-  if (std::exchange(keyTaken_, false)) return;
+  const auto asked = std::exchange(asked_, std::nullopt);
+  if (asked && asked->taken && asked->key == event->key()) return;
   if (isModifier(*event) || !delegate_ || !delegate_->keyDown(keyEvent(*event))) event->ignore();
 }
 

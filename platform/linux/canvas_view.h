@@ -44,7 +44,13 @@ class CanvasView : public ViewBox {
   PictureCache& pictures_;
   const std::function<QWidget*(const std::string&)> viewNamed_;
   QPointer<QWidget> pressed_;  // has had the button that is down
-  bool keyTaken_ = false;      // by performKeyEquivalent
+  // The key that shortcuts were asked about, and whether performKeyEquivalent took it.
+  struct Asked {
+    int key;
+    quint64 timestamp;
+    bool taken;
+  };
+  std::optional<Asked> asked_;
   int clicks_ = 0;
   quint64 lastClick_ = 0;  // milliseconds
   QPointF lastPlace_;

@@ -124,7 +124,11 @@ class QtWindow : public Window {
     frame_.setWindowTitle(QString::fromStdString(title));
   }
   void setContent(Size contentSize, std::vector<View> views) override {
+    // A move that is under way is over.
+    const Rect now = frame();
+    const bool moving = isMoving();
     moving_.stop();
+    if (moving) frame_.setShownFrame(qtRect(now));
     frame_.setContent(contentSize, views);
   }
   void redraw(const std::string& viewId) override {

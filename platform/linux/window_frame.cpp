@@ -21,6 +21,7 @@ namespace {
 constexpr QSize leastSize(240, 160);
 // Less than this is taken for the smooth edge of a shape where nothing can be translucent.
 constexpr int leastAlpha = 40;
+constexpr std::size_t rememberedMoves = 32;  // more than an animation has
 
 Qt::WindowFlags flagsFor(const WindowDescription& description) {
   Qt::WindowFlags flags = description.panel ? Qt::Tool : Qt::Window;
@@ -116,6 +117,8 @@ QRect WindowFrame::shownFrame() const {
 
 void WindowFrame::setShownFrame(const QRect& frame) {
   told_ = frame.topLeft();
+  if (asked_.size() >= rememberedMoves) asked_.erase(asked_.begin());
+  asked_.push_back(told_);
   if (titled_) {
     // How large the title bar is turns out on the screen.
     if (!framed_) wanted_ = frame;
@@ -238,6 +241,9 @@ void WindowFrame::resizeEvent(QResizeEvent*) {
 void WindowFrame::moveEvent(QMoveEvent*) {
   const QPoint now = shownFrame().topLeft();
   if (!settled_ || dragging_ || now == told_) return;
+  // The server tells late of where the program has put it meanwhile.
+  if (std::find(asked_.begin(), asked_.end(), now) != asked_.end()) return;
+  asked_.clear();
   told_ = now;
   if (const auto told = events_.moved) told();
 }

@@ -5,6 +5,7 @@
 #include <QWidget>
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "platform/linux/view_pane.h"
 #include "platform/window.h"
@@ -67,6 +68,7 @@ class WindowFrame : public QWidget {
   bool composited_ = false;
   int margin_ = 0;
   QImage shadowImage_;
+  std::vector<QPoint> asked_;    // where the program has put it, the last one last
   QPoint told_;                  // where the frame was when it was last told of
   bool framed_ = false;          // by the window manager
   std::optional<QRect> wanted_;  // until it is
