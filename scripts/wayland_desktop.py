@@ -9,8 +9,10 @@ As a program it runs one command on such a desktop:
 and exits with 77, having said so, where that compositor is not installed.
 """
 
+import contextlib
 import os
 import shutil
+import signal
 import subprocess
 import sys
 
@@ -19,12 +21,12 @@ from virtual_desktop import STARTUP_SECONDS, VirtualDesktop, until
 
 NOT_INSTALLED = 77  # what CTest takes for a skipped test
 PROGRAMS = {"sway": "sway", "kwin": "kwin_wayland", "mutter": "mutter"}
-# The compositor runs this once it is ready, and kwin ends with it.
+# The compositor runs this once it is ready. kwin and mutter end with it; sway's would outlive sway.
 TELL = """#!/bin/sh
 { echo "WAYLAND_DISPLAY=${WAYLAND_DISPLAY:-wayland-0}"; echo "DISPLAY=$DISPLAY"
   echo "XAUTHORITY=$XAUTHORITY"; echo "SWAYSOCK=$SWAYSOCK"; } > "$0.part"
 mv "$0.part" "$0.env"
-exec sleep infinity
+[ -n "$SWAYSOCK" ] || exec sleep infinity
 """
 
 
@@ -41,6 +43,7 @@ class WaylandDesktop(VirtualDesktop):
         self.kind = kind
         self._xwayland = xwayland
         self._mouse = None
+        self.compositor = None
 
     def _start_display(self):
         """The compositor needs the bus; see _start_window_manager."""
@@ -131,6 +134,10 @@ class WaylandDesktop(VirtualDesktop):
             self._mouse.communicate()
             self._mouse = None
         super().close()
+        if self.compositor:
+            # What it was just starting, XWayland for one, heeds nothing milder.
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(self.compositor.pid, signal.SIGKILL)
 
     def offered(self):
         """The types on the clipboard."""
