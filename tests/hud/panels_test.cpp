@@ -39,7 +39,7 @@ TEST_F(ClipboardHUDTest, ShowsWhatWasCopiedInOneWindowThatNeverTakesTheKeys) {
   EXPECT_FALSE(hud->isKey());
   EXPECT_EQ(face(hud).texts,
             (std::vector<std::string>{"Text — 2 lines, 11 characters", "second", "line"}));
-  EXPECT_EQ(specs(hud), "pin actions append copy done ");
+  EXPECT_EQ(specs(hud), "pin actions savetxt append copy done ");
   copy("  \n ");
   EXPECT_EQ(face(hud).texts.at(1), "second");  // blanks are no copy
 }
@@ -190,7 +190,7 @@ class HUDEditorTest : public PanelsTest {
 TEST_F(HUDEditorTest, AppliesEditsToItsOwnCopyAndUndoesThem) {
   EXPECT_EQ(specs(editor_),
             "pin crop group:transform group:border group:shadow group:emblem group:alpha "
-            "undo copy save done ");
+            "ocr undo copy save done ");
   press(editor_, "undo");
   EXPECT_EQ(last(), "Nothing to undo");
   pick("transform", "Rotate right 90°");
