@@ -53,18 +53,20 @@ void SoftwareUpdates::applyFrequency(bool atLaunch) {
     return;
   }
   updater.setAutomaticallyChecksForUpdates(false);
-  if (atStart && atLaunch)
+  if (atStart && atLaunch) {
     launchCheck_ = platform_.queue.after(
         launchCheckSeconds, [this] { updaterController().checkForUpdatesInBackground(); });
+  }
 }
 
 std::shared_ptr<Menu> SoftwareUpdates::menu() const {
   auto menu = std::make_shared<Menu>();
   menu->add("Check now…", "checkForUpdates");
   menu->addSeparator();
-  for (const Frequency& frequency : frequencies)
+  for (const Frequency& frequency : frequencies) {
     menu->add(frequency.title, "setUpdateFrequency:", std::string(frequency.value))->checked =
         &frequency == &frequencyFor(updateFrequency);
+  }
   return menu;
 }
 

@@ -23,11 +23,12 @@ inline QImage desktopPicture(int width, int height) {
     painter.setBrush(window == 1 ? QColor("#1e1e2e") : QColor("#fbfbfb"));
     painter.drawRoundedRect(frame, 16, 16);
     painter.setPen(window == 1 ? QColor("#cdd6f4") : QColor("#222233"));
-    for (int line = 0; line < 44; ++line)
+    for (int line = 0; line < 44; ++line) {
       painter.drawText(frame.x() + 40, frame.y() + 70 + 32 * line,
                        QString("%1  the quick brown fox jumps over the lazy dog, line %2 of it")
                            .arg(line * 7919 % 1000)
                            .arg(line));
+    }
   }
   return image;
 }

@@ -30,12 +30,13 @@ QImage photograph() {
   std::uint32_t state = 1;
   for (int y = 0; y < height; ++y) {
     auto* line = image.scanLine(y);
-    for (int x = 0; x < width; ++x)
+    for (int x = 0; x < width; ++x) {
       for (int k = 0; k < 4; ++k) {
         state = state * 1664525 + 1013904223;
         const double smooth = 128 + 80 * std::sin(x / (190.0 + 40 * k)) * std::cos(y / 230.0 + k);
         line[4 * x + k] = k == 3 ? 255 : static_cast<uchar>(smooth + (state >> 29));
       }
+    }
   }
   return image;
 }
@@ -43,10 +44,12 @@ QImage photograph() {
 const QImage& picture(int kind) {
   static const QImage pictures[] = {desktopPicture(width, height), photograph(), [] {
                                       QImage image = desktopPicture(width, height);
-                                      for (int y = 0; y < height; ++y)
-                                        for (int x = 0; x < width; ++x)
+                                      for (int y = 0; y < height; ++y) {
+                                        for (int x = 0; x < width; ++x) {
                                           image.scanLine(y)[4 * x + 3] =
                                               static_cast<uchar>(255 - y / 10);
+                                        }
+                                      }
                                       return image;
                                     }()};
   return pictures[kind];
@@ -64,10 +67,12 @@ Rows& rows(int kind) {
   if (!rows.bytes.empty()) return rows;
   rows.channels = kind == translucent ? 4 : 3;
   rows.bytes.resize(std::size_t{1} * width * height * rows.channels);
-  for (int y = 0; y < height; ++y)
-    for (int x = 0; x < width; ++x)
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
       for (int k = 0; k < rows.channels; ++k)
         rows.row(y)[x * rows.channels + k] = picture(kind).constScanLine(y)[4 * x + k];
+    }
+  }
   return rows;
 }
 

@@ -190,10 +190,11 @@ Screen twoColumns(const std::string& kind, const QFont& font, const Theme& theme
   painter.setPen(theme.text);
   for (int column = 0; column < 2; ++column) {
     int y = px;
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
       y = drawParagraph(painter, prose[(column + i) % 3], {px + column * px * 31, y, px * 28, 0},
                         made.text) +
           px / 2;
+    }
   }
   return made;
 }
@@ -314,13 +315,16 @@ std::vector<Screen> renderedScreens() {
   const char* const families[] = {"DejaVu Sans",  "Liberation Sans",  "Noto Sans",      "Roboto",
                                   "DejaVu Serif", "Liberation Serif", "Liberation Mono"};
   std::vector<Screen> screens;
-  for (const int px : {11, 12, 13, 14, 16})
-    for (const char* family : families)
+  for (const int px : {11, 12, 13, 14, 16}) {
+    for (const char* family : families) {
       screens.push_back(
           paragraphs("light " + std::to_string(px) + " px", fontOf(family, px), light));
-  for (const int px : {11, 13, 16})
+    }
+  }
+  for (const int px : {11, 13, 16}) {
     for (const char* family : families)
       screens.push_back(paragraphs("dark " + std::to_string(px) + " px", fontOf(family, px), dark));
+  }
   for (const char* family : {"DejaVu Sans", "Roboto", "Noto Sans"}) {
     screens.push_back(paragraphs("dark 13 px", fontOf(family, 13), black));
     screens.push_back(paragraphs("dark 13 px", fontOf(family, 13), navy));

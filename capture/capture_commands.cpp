@@ -54,8 +54,9 @@ std::shared_ptr<Menu> CaptureCommands::windowMenu() const {
   menu->addSeparator();
   std::vector<const RunningApplication*> sorted;
   for (const RunningApplication& application : applications_) sorted.push_back(&application);
-  std::stable_sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) {
-    return text::localizedCompare(a->name, b->name) < 0;
+  std::sort(sorted.begin(), sorted.end(), [](const auto* a, const auto* b) {
+    const auto order = text::localizedCompare(a->name, b->name);
+    return order != 0 ? order < 0 : a->pid < b->pid;
   });
   for (const RunningApplication* application : sorted) {
     const std::string name = text::sanitized(application->name);

@@ -86,28 +86,31 @@ bool ClipboardHistory::record(const PasteboardContents& contents) {
 void ClipboardHistory::insert(Kind kind, std::size_t place) {
   clipHistory.insert(clipHistory.begin() + static_cast<std::ptrdiff_t>(place),
                      ClipItem{std::move(kind), clock(), {}, ++lastId_});
-  if (clipHistory.size() > clipHistoryLimit)
+  if (clipHistory.size() > clipHistoryLimit) {
     clipHistory.erase(clipHistory.begin() + static_cast<std::ptrdiff_t>(clipHistoryLimit),
                       clipHistory.end());
+  }
 }
 
 void ClipboardHistory::recordOvertaken(Kind kind) {
   if (clipPoller) tick();
   const std::size_t place = std::min<std::size_t>(clipHistory.size(), 1);
-  if (const Image* image = kind.image())
+  if (const Image* image = kind.image()) {
     recordImage(Image(*image), place);
-  else
+  } else {
     insert(std::move(kind), place);
+  }
   saveClipHistory();
   shell_.rebuildMenu();
 }
 
 void ClipboardHistory::recordImage(const Image& image, std::size_t place) {
   insert(image, place);
-  if (autoSaveClipImages)
+  if (autoSaveClipImages) {
     saveClipImage(lastId_, image, {});
-  else if (!image.isEncoded())  // forty bitmaps would fill the memory
+  } else if (!image.isEncoded()) {  // forty bitmaps would fill the memory
     platform_.queue.background([image] { image.bytes(); });
+  }
 }
 
 bool ClipboardHistory::recordText(const SharedText& text) {

@@ -44,7 +44,7 @@ std::size_t wordStart(std::string_view text, std::size_t end, std::size_t floor)
 // A fixed set of lower-case words.
 class WordSet {
  public:
-  explicit WordSet(std::string_view separatedByBlanks);
+  explicit WordSet(std::string_view words);  // separated by blanks
   bool has(const std::string& word) const { return words_.count(word) != 0; }
 
  private:

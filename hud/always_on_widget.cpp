@@ -27,7 +27,7 @@ View iconButton(const char* id, const char* symbol, const char* toolTip, const R
 }  // namespace
 
 std::optional<std::string> HUDWidgetView::hitTest(Point point) {
-  const bool within = Rect{0, 0, bounds_.width, bounds_.height}.contains(point);
+  const bool within = Rect{0, 0, shownSize.width, shownSize.height}.contains(point);
   if (within && closeButtonFrame.contains(point)) return closeButton;
   return "";
 }
@@ -192,7 +192,7 @@ void AlwaysOnWidget::setViews(HUDLayout content) {
     return Rect{size.width - (buttonSide + buttonMargin) * place,
                 size.height - buttonSide - buttonMargin, buttonSide, buttonSide};
   };
-  view_.bounds_ = size;
+  view_.shownSize = size;
   view_.closeButtonFrame = button(1);
   view_.cornerButtonFrame = button(2);
   content.views.push_back(iconButton(closeId, "xmark.circle.fill", "Hide the clipboard widget",

@@ -29,7 +29,7 @@ class HUDWidgetView : public CanvasDelegate {
   std::string closeButton;  // the id of that view
   Rect closeButtonFrame, cornerButtonFrame;
 
-  void draw(Painter&, Size bounds) override { bounds_ = bounds; }
+  void draw(Painter&, Size bounds) override { shownSize = bounds; }
   std::optional<std::string> hitTest(Point point) override;
   std::shared_ptr<Menu> menuForEvent(Point) override;
   void menuItemChosen(const MenuItem& item) override;
@@ -37,7 +37,7 @@ class HUDWidgetView : public CanvasDelegate {
   void mouseDragged(const MouseEvent& event) override;
   void mouseUp(const MouseEvent& event) override;
 
-  Size bounds_;
+  Size shownSize;
 
  private:
   bool onCorner_ = false;  // the button went down there

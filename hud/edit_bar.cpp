@@ -97,9 +97,10 @@ bool startsWithScheme(std::string_view text, std::string_view scheme) {
 std::vector<EditBarButton> imageBarButtons(bool pinned, const BarAbilities& abilities) {
   std::vector<EditBarButton> buttons{pinButton(pinned, "Pin")};
   if (abilities.crop) buttons.push_back({"crop", "crop", "Crop", "Crop…"});
-  for (const EditGroup& group : hudEditGroups)
+  for (const EditGroup& group : hudEditGroups) {
     buttons.push_back({std::string(group.spec), std::string(group.symbol), std::string(group.title),
                        std::string(group.toolTip)});
+  }
   if (abilities.recognize)
     buttons.push_back({"ocr", "text.viewfinder", "Scan text", "Scan text in this image (OCR)"});
   buttons.push_back({"undo", "arrow.uturn.backward", "Undo", "Undo the last edit"});

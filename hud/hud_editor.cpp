@@ -146,10 +146,11 @@ void HUDEditor::rebuild() {
   const double wider = layout.size.width - old.width, higher = layout.size.height - old.height;
   hudEditorPanel->setContent(layout.size, std::move(layout.views));
   if (hudEditorText) hudEditorPanel->setText(textView, shownText(hudEditorText), concealed_);
-  if (wider != 0 || higher != 0)
-    hudEditorPanel->setOrigin(
-        originWithin(area, layout.size,
-                     {old.x - wider * (place % 3) / 2, old.y - higher * (2 - place / 3) / 2}));
+  if (wider != 0 || higher != 0) {
+    const int column = place % 3, rowFromBelow = 2 - place / 3;
+    hudEditorPanel->setOrigin(originWithin(
+        area, layout.size, {old.x - wider * column / 2, old.y - higher * rowFromBelow / 2}));
+  }
 }
 
 void HUDEditor::showPicture() {

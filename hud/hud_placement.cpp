@@ -88,9 +88,10 @@ void HUDPlacement::updateMonitors() {
     return;
   }
   installLocalMonitor();
-  if (!hudArrowGlobalMonitor)
+  if (!hudArrowGlobalMonitor) {
     hudArrowGlobalMonitor =
         platform_.keyMonitors.addGlobal([this](const KeyEvent& key) { onArrow(key); });
+  }
 }
 
 }  // namespace marbelot

@@ -27,12 +27,14 @@ double textHeight(const TextFace& face) {
 void drawPattern(Painter& painter, const Rect& frame) {
   painter.fill(frame, Color::white());
   const Color gray{0.82, 0.82, 0.82};
-  for (int row = 0; row * squareSide < frame.height; ++row)
-    for (int column = row % 2; column * squareSide < frame.width; column += 2)
+  for (int row = 0; row * squareSide < frame.height; ++row) {
+    for (int column = row % 2; column * squareSide < frame.width; column += 2) {
       painter.fill(
           Rect{frame.x + column * squareSide, frame.y + row * squareSide, squareSide, squareSide}
               .intersection(frame),
           gray);
+    }
+  }
 }
 
 Rect onPixels(const Rect& rect) {
@@ -92,11 +94,12 @@ void HUDClickView::drawImage(Painter& painter, const ImageFace& image) const {
     painter.draw("This image can't be read", image.well, {.size = 12},
                  Color::of(Color::Role::secondaryLabel), Alignment::centre);
   }
-  if (!image.caption.empty())
+  if (!image.caption.empty()) {
     painter.draw(
         image.caption,
         {image.well.x, image.well.y - gap / 2 - headingHeight, image.well.width, headingHeight},
         headingFont, Color::of(Color::Role::secondaryLabel), Alignment::centre);
+  }
 }
 
 void HUDClickView::mouseDown(const MouseEvent& event) {

@@ -38,12 +38,13 @@ void PointerWatch::tick() {
   const bool on = isOn(*window_, screens_);
   if (on && !wasOn_) held_ = false;
   wasOn_ = on;
-  if (on && !held_)
+  if (on && !held_) {
     hide_ = queue_.after(stayingSeconds, [this] {
       const auto away = away_;
       stop();
       away();
     });
+  }
 }
 
 }  // namespace marbelot

@@ -32,7 +32,7 @@ class CropView : public CanvasDelegate {
   void mouseDragged(const MouseEvent& event) override;
 
  private:
-  void drawSize(Painter& painter, const Rect& shown) const;
+  void drawSize(Painter& painter, const Rect& selected) const;
 };
 
 // Main thread only; everything it is given outlives it.

@@ -54,10 +54,11 @@ Result cut(const Bitmap& picture, const PixelRect& part) {
   Result result = Result::canvas(part.width, part.height);
   if (!result) return result;
   const std::size_t bytes = static_cast<std::size_t>(part.width) * Bitmap::pixelBytes;
-  for (int y = 0; y < part.height; ++y)
+  for (int y = 0; y < part.height; ++y) {
     std::memcpy(result->row(y),
                 picture.row(part.y + y) + static_cast<std::size_t>(part.x) * Bitmap::pixelBytes,
                 bytes);
+  }
   return result;
 }
 

@@ -12,9 +12,10 @@ ImageEditing::ImageEditing(Platform& platform, Shell& shell, ActionTable& action
       shell_(shell),
       historyImage_(std::move(historyImage)),
       overtaken_(std::move(overtaken)) {
-  for (const Operation& operation : operations())
+  for (const Operation& operation : operations()) {
     actions.add(std::string(operation.selector),
                 [this, &operation](const MenuItem& sender) { edit(operation, sender); });
+  }
 }
 
 bool ImageEditing::Job::isOfClipboard() const {

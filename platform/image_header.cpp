@@ -238,9 +238,11 @@ std::optional<Size> heicSize(const Reader& in) {
 bool isHeic(const Reader& in) {
   if (!in.matches(4, "ftyp")) return false;
   const std::uint64_t end = std::min<std::uint64_t>(in.big(0, 4), 256);
-  for (std::uint64_t at = 8; at + 4 <= end; at += at == 8 ? 8 : 4)  // the minor version is no brand
+  for (std::uint64_t at = 8; at + 4 <= end;
+       at += at == 8 ? 8 : 4) {  // the minor version is no brand
     for (const std::string_view brand : {"heic", "heix", "heim", "heis"})
       if (in.matches(at, brand)) return true;
+  }
   return false;
 }
 

@@ -151,13 +151,14 @@ Value LargeTexts::outlinedPart(const Value& part, Files& used) {
     file->number = ++lastNumber_;
     file->text = text;
     file->state = File::beingWritten;
-    if (text->size() <= longestWrittenAtOnce)
+    if (text->size() <= longestWrittenAtOnce) {
       write(*file);
-    else
+    } else {
       inBackground([this, file] {
         if (file->state != File::unwanted) write(*file);
         written_();
       });
+    }
   }
   used.push_back(file);
   return Value::Dictionary{{std::string(fileKey), static_cast<std::int64_t>(file->number)},

@@ -187,9 +187,10 @@ Plane<std::uint8_t> inkOf(const Bitmap& bitmap) {
   for (int top = 0; top < picture.height; top += tile) {
     for (int left = 0; left < picture.width; left += tile) {
       Color ofTile = unknown;
-      for (int y = top; y < std::min(top + tile, picture.height); ++y)
+      for (int y = top; y < std::min(top + tile, picture.height); ++y) {
         for (int x = left; x < std::min(left + tile, picture.width); ++x)
           ink.values[picture.at(x, y)] = inkAt(x, y, ofTile);
+      }
     }
   }
   return ink;

@@ -61,10 +61,11 @@ Page magnified(const Plane<std::uint8_t>& gray, double scale, int margin) {
     std::array<const std::uint8_t*, taps> from;
     for (std::size_t tap = 0; tap < taps; ++tap)
       from[tap] = gray.values.data() + gray.at(0, row.at[tap]);
-    for (std::size_t x = 0; x < column.size(); ++x)
+    for (std::size_t x = 0; x < column.size(); ++x) {
       column[x] = (from[0][x] * row.weight[0] + from[1][x] * row.weight[1] +
                    from[2][x] * row.weight[2] + from[3][x] * row.weight[3]) >>
                   7;
+    }
     std::uint8_t* const to =
         page.gray.data() +
         static_cast<std::size_t>(y + margin) * static_cast<std::size_t>(page.width) + margin;

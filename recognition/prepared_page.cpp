@@ -32,9 +32,10 @@ void strengthen(Plane<std::uint8_t>& ink) {
   }
   const auto around = [&darkest](int column, int row) {
     int most = faintest;
-    for (int y = std::max(row - 1, 0); y <= std::min(row + 1, darkest.height - 1); ++y)
+    for (int y = std::max(row - 1, 0); y <= std::min(row + 1, darkest.height - 1); ++y) {
       for (int x = std::max(column - 1, 0); x <= std::min(column + 1, darkest.width - 1); ++x)
         most = std::max<int>(most, darkest.values[darkest.at(x, y)]);
+    }
     return most;
   };
   for (int top = 0; top < ink.height; top += cell) {

@@ -68,9 +68,10 @@ void eraseLines(Plane<std::uint8_t>& ink, bool turned, int shortest) {
     }
   }
   for (const Found& rule : found)
-    for (int along = rule.start; along < rule.end; ++along)
+    for (int along = rule.start; along < rule.end; ++along) {
       // What is thicker there is a letter that touches the line, or a crossing.
       if (thicknessAt(view, along, rule.line) <= thickest) view.at(along, rule.line) = 0;
+    }
 }
 
 }  // namespace

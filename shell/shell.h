@@ -50,10 +50,11 @@ class ActionTable {
 
   // Nobody else may offer the action: the program ends otherwise.
   void add(std::string selector, Action action) {
-    const auto [place, added] = actions_.try_emplace(std::move(selector), std::move(action));
-    if (added) return;
-    std::fprintf(stderr, "the action %s is offered twice\n", place->first.c_str());
-    std::abort();
+    if (actions_.contains(selector)) {
+      std::fprintf(stderr, "the action %s is offered twice\n", selector.c_str());
+      std::abort();
+    }
+    actions_[std::move(selector)] = std::move(action);
   }
   // False when nobody offers the sender's action.
   bool perform(const MenuItem& sender) const {

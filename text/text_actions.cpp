@@ -105,9 +105,9 @@ const std::vector<LinkApplication>* TextActions::applicationsFor(std::string_vie
 void TextActions::refreshApplications() {
   if (std::exchange(fresh_, true)) return;
   freshness_ = platform_.queue.after(freshSeconds, [this] { fresh_ = false; });
-  for (const auto& [scheme, url] : schemes) {
+  for (const auto& [name, url] : schemes) {
     platform_.workspace.findApplications(
-        url, [this, scheme = std::string(scheme),
+        url, [this, scheme = std::string(name),
               alive = std::weak_ptr(alive_)](std::vector<LinkApplication> found) {
           if (alive.lock()) applicationsFound(scheme, std::move(found));
         });

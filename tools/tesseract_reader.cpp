@@ -36,9 +36,10 @@ bool TesseractReader::loadLanguages() {
   // A first try to load nothing tells where the files are looked for.
   engine_->Init(nullptr, nullptr, tesseract::OEM_LSTM_ONLY);
   engine_->GetAvailableLanguagesAsVector(&installed);
-  for (const std::string& language : languages_)
+  for (const std::string& language : languages_) {
     if (std::find(installed.begin(), installed.end(), language) != installed.end())
       wanted += (wanted.empty() ? "" : "+") + language;
+  }
   if (wanted.empty()) wanted = english;
   if (engine_->Init(nullptr, wanted.c_str(), tesseract::OEM_LSTM_ONLY) != 0 &&
       engine_->Init(nullptr, english, tesseract::OEM_LSTM_ONLY) != 0)

@@ -55,16 +55,18 @@ void AppcastUpdater::schedule() {
 
 void AppcastUpdater::check(bool inForeground) {
   inForeground_ = inForeground_ || inForeground;
-  if (inForeground)
+  if (inForeground) {
     patience_ = services_.queue.after(
         patienceSeconds, [this] { services_.notices.post(noticeTitle, "Checking for updates…"); });
+  }
   if (checking_) return;
   const SharedText set = services_.defaults.textFor(feedKey);
   const std::string feed = set ? *set : source_.feed;
-  if (feed.empty())
+  if (feed.empty()) {
     return failed(
         "This Marbelot was built without an address to ask for newer versions. It is "
         "kept up to date by whatever installed it.");
+  }
   if (!isSecureAddress(feed))
     return failed("The address of the update feed is not a secure one (https).");
   services_.defaults.set(lastCheckKey, clock());
@@ -91,9 +93,10 @@ void AppcastUpdater::answered(const Answer& answer) {
   checking_.reset();
   if (answer.newer) {
     const SharedText skipped = services_.defaults.textFor(skippedKey);
-    if (!skipped || *skipped != answer.newer->version)
+    if (!skipped || *skipped != answer.newer->version) {
       services_.notices.post(noticeTitle, "Marbelot " + shownVersion(*answer.newer) +
                                               " is available: see “Check for Updates…”");
+    }
   } else if (std::exchange(inForeground_, false)) {
     tell("You’re up to date!",
          "Marbelot " + source_.version + " is currently the newest version available.");

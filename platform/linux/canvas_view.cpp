@@ -121,10 +121,11 @@ bool CanvasView::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride && delegate_) {
     const auto* const key = static_cast<QKeyEvent*>(event);
     // Qt asks more than once.
-    if (!asked_ || asked_->key != key->key() || asked_->timestamp != key->timestamp())
+    if (!asked_ || asked_->key != key->key() || asked_->timestamp != key->timestamp()) {
       asked_ = {key->key(), key->timestamp(),
                 key->modifiers() & Qt::ControlModifier && !isModifier(*key) &&
                     delegate_->performKeyEquivalent(keyEvent(*key))};
+    }
     if (asked_->taken) event->accept();
     return true;
   }

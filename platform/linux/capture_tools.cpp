@@ -50,7 +50,7 @@ Words treeArguments(const CaptureRequest&, const std::string&) { return {"-t", "
 void listWindows(const QJsonObject& node, std::string& lines) {
   bool isLeaf = true;
   for (const char* kind : {"nodes", "floating_nodes"}) {
-    for (const QJsonValue& child : node[kind].toArray()) {
+    for (const auto& child : node[kind].toArray()) {
       isLeaf = false;
       listWindows(child.toObject(), lines);
     }

@@ -32,7 +32,7 @@ std::vector<std::string> applicationFolders() {
 }
 
 std::optional<std::string> nameIn(const std::string& entry) {
-  const std::string language = locale::language();
+  const std::string& language = locale::language();
   for (const std::string& key : {"Name[" + language + "_" + locale::region() + "]",
                                  "Name[" + language + "]", std::string("Name")})
     if (auto name = iniValue(entry, "Desktop Entry", key)) return name;

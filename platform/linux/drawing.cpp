@@ -1,6 +1,7 @@
 #include "platform/linux/drawing.h"
 
 #include <QFontDatabase>
+#include <QFontMetricsF>
 #include <algorithm>
 #include <cmath>
 

@@ -66,7 +66,7 @@ void fill(const QString& note, const QString& text, const Done& done) {
 
 }  // namespace
 
-void addGnote(const SharedText& text, Done done) {
+void addGnote(const SharedText& text, const Done& done) {
   const std::string plain = noteText(*text);
   const std::string_view line = std::string_view(plain).substr(0, plain.find('\n'));
   const QString title =

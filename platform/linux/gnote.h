@@ -13,6 +13,6 @@ namespace marbelot {
 // it does not run. Tells what went wrong, in a word for the user (empty: nobody knows); none when
 // the note is there. The session bus is connected.
 void addGnote(const SharedText& text,
-              std::function<void(const std::optional<std::string>& problem)> done);
+              const std::function<void(const std::optional<std::string>& problem)>& done);
 
 }  // namespace marbelot

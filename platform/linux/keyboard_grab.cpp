@@ -36,9 +36,10 @@ bool KeyboardGrab::take(QWidget& window, std::string& leftOut) {
                         XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
       nullptr));
   held_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
-  if (held_)
+  if (held_) {
     leftOut = isGuest() ? "The desktop's own shortcuts and the power key still work"
                         : "Ctrl+Alt+F1 to F12 and the power key still work";
+  }
   return held_;
 }
 

@@ -22,10 +22,11 @@ void premultiplySimply(const std::uint8_t* from, std::uint8_t* to, int pixels) {
 void unpremultiplySimply(const std::uint8_t* from, std::uint8_t* to, int pixels) {
   for (int x = 0; x < pixels; ++x, from += 4, to += 4) {
     const unsigned alpha = from[3];
-    for (int channel = 0; channel < 3; ++channel)
+    for (int channel = 0; channel < 3; ++channel) {
       to[channel] = static_cast<std::uint8_t>(
           alpha == 0 ? 0
                      : (2 * 255 * std::min<unsigned>(from[channel], alpha) + alpha) / (2 * alpha));
+    }
     to[3] = from[3];
   }
 }

@@ -263,12 +263,13 @@ class Converter {
   void convert(const std::uint8_t* row, std::uint8_t* to) {
     if (png_.depth == 16) return convertWords(row, to);
     if (png_.samples() == 1) return convertIndices(row, to);
-    if (png_.type == colors)
+    if (png_.type == colors) {
       convertColors(row, to);
-    else if (png_.type == grayAlpha)
+    } else if (png_.type == grayAlpha) {
       convertGrayAlpha(row, to);
-    else
+    } else {
       std::memcpy(to, row, static_cast<std::size_t>(png_.width) * 4);
+    }
     if (transform_) transform_->apply(to, png_.width);
   }
 

@@ -49,9 +49,10 @@ Descriptor sharedPicture(const Bitmap& picture) {
   std::array<char, sharedPixelsOffset> head{};
   std::memcpy(head.data(), &shape, sizeof shape);
   if (!file || !writeFully(file.get(), {head.data(), head.size()})) return {};
-  for (int y = 0; y < picture.height(); ++y)
+  for (int y = 0; y < picture.height(); ++y) {
     if (!writeFully(file.get(), {reinterpret_cast<const char*>(picture.row(y)), rowBytes}))
       return {};
+  }
   return file;
 }
 

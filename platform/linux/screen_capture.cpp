@@ -26,9 +26,10 @@ std::optional<Bitmap> cropped(const Bitmap& whole, const X11Margins& margins) {
   auto part = Bitmap::make(whole.width() - margins.left - margins.right,
                            whole.height() - margins.top - margins.bottom);
   if (!part) return std::nullopt;
-  for (int y = 0; y < part->height(); ++y)
+  for (int y = 0; y < part->height(); ++y) {
     std::memcpy(part->row(y), whole.row(y + margins.top) + margins.left * Bitmap::pixelBytes,
                 static_cast<std::size_t>(part->width()) * Bitmap::pixelBytes);
+  }
   return part;
 }
 
@@ -109,15 +110,17 @@ void DesktopScreenCapture::startWaiting() {
 
 void DesktopScreenCapture::run(Job& job, const std::string& before) {
   const std::vector<CaptureStep>& steps = captureSteps(job.request);
-  if (steps.empty())
+  if (steps.empty()) {
     return finish(job,
                   "This desktop lets only its own tool take pictures of the screen. What that "
                   "saves in the watched folder is copied.");
+  }
   const CaptureStep& step = steps[job.step];
   const QString program = QStandardPaths::findExecutable(step.program);
-  if (program.isEmpty())
+  if (program.isEmpty()) {
     return finish(job, std::string("Taking pictures of the screen needs ") + step.program +
                            ": install the package “" + step.package + "”.");
+  }
   std::vector<std::string> words = step.arguments(job.request, before);
   words.insert(words.begin(), program.toStdString());
   job.child = ChildProcess::start(std::move(words), [this, &job](ChildProcess::Result result) {

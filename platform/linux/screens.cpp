@@ -83,9 +83,10 @@ void QtScreens::tell() {
 std::vector<Screen> QtScreens::all() const {
   std::vector<Screen> found;
   // The main one is the first.
-  for (const QScreen* screen : QGuiApplication::screens())
+  for (const QScreen* screen : QGuiApplication::screens()) {
     found.push_back(
         {seamRect(screen->geometry()), seamRect(usableArea(*screen)), screen->devicePixelRatio()});
+  }
   return found;
 }
 

@@ -3,6 +3,7 @@
 
 #include <QObject>
 #include <QRect>
+#include <QScreen>
 #include <memory>
 #include <vector>
 

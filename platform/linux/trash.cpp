@@ -191,9 +191,10 @@ bool moveToTrash(const std::string& given) {
   if (!device) return false;
   const Trash home{homeTrash(), {}};
   files::makeFolder(home.folder);
-  if (deviceOf(home.folder) != device)
+  if (deviceOf(home.folder) != device) {
     if (const auto trash = trashAtTop(path, *device); trash && moveInto(*trash, path, false))
       return true;
+  }
   return moveInto(home, path, true);
 }
 

@@ -8,6 +8,6 @@ namespace marbelot {
 
 // Moves the file (a link itself, not what it leads to) into the trash of its own file system, or
 // else into the one in the home folder. False when it stays where it is; it is never lost.
-bool moveToTrash(const std::string& path);
+bool moveToTrash(const std::string& given);
 
 }  // namespace marbelot

@@ -159,9 +159,10 @@ bool ViewPane::pressDefault() {
 
 std::vector<ButtonInfo> ViewPane::buttons() const {
   std::vector<ButtonInfo> found;
-  for (const Named& named : widgets_)
+  for (const Named& named : widgets_) {
     if (const auto* button = qobject_cast<const QAbstractButton*>(named.widget))
       found.push_back({named.id, shownTitle(*button), button->isEnabled()});
+  }
   return found;
 }
 

@@ -46,7 +46,7 @@ class ViewPane : public ViewBox {
   void fill(ViewBox& box, const std::vector<View>& views);
   QWidget* make(const View& view);
   QWidget* makeText(const TextArea& area);
-  QWidget* makePressable(const std::string& id, const Button& button);
+  QWidget* makePressable(const std::string& id, const Button& described);
 
   PictureCache& pictures_;
   std::function<void(const std::string&)> pressed_;

@@ -38,9 +38,10 @@ struct WaylandDataControl::Listeners {
                      std::uint32_t version) {
     WaylandDataControl& control = of(self);
     const std::string_view kind = interface;
-    if (kind == wl_seat_interface.name && !control.seat_)
+    if (kind == wl_seat_interface.name && !control.seat_) {
       control.seat_ =
           static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
+    }
     const bool ext = kind == extManager.name;
     if (!ext && (kind != zwlr_data_control_manager_v1_interface.name || control.manager_)) return;
     if (control.manager_) zwlr_data_control_manager_v1_destroy(control.manager_);

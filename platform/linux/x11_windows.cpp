@@ -85,10 +85,11 @@ std::vector<X11Window> X11Windows::stacked() {
     xcb_get_window_attributes_cookie_t attributes;
   };
   std::vector<Asked> asked;
-  for (const xcb_window_t id : words(list.get()))
+  for (const xcb_window_t id : words(list.get())) {
     asked.push_back({id, ask(id, "WM_CLASS", 256), ask(id, "_NET_WM_WINDOW_TYPE", 16),
                      ask(id, "_NET_WM_STATE", 32), ask(id, "_NET_WM_PID", 1),
                      xcb_get_window_attributes(x11_.get(), id)});
+  }
   const std::array<xcb_atom_t, 3> ordinary{x11_.atom("_NET_WM_WINDOW_TYPE_NORMAL"),
                                            x11_.atom("_NET_WM_WINDOW_TYPE_DIALOG"),
                                            x11_.atom("_NET_WM_WINDOW_TYPE_UTILITY")};
@@ -132,12 +133,14 @@ void X11Windows::askForProcesses(std::vector<X11Window>& windows) {
   const std::uint32_t ofClient = ~xcb_get_setup(x11_.get())->resource_id_mask;
   std::unordered_map<std::uint32_t, std::int64_t> processes;
   for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem;
-       xcb_res_client_id_value_next(&id))
+       xcb_res_client_id_value_next(&id)) {
     if (xcb_res_client_id_value_value_length(id.data) > 0)
       processes[id.data->spec.client & ofClient] = *xcb_res_client_id_value_value(id.data);
-  for (X11Window& window : windows)
+  }
+  for (X11Window& window : windows) {
     if (const auto found = processes.find(window.id & ofClient); found != processes.end())
       window.pid = found->second;
+  }
 }
 
 std::optional<Image> X11Windows::icon(xcb_window_t window) {

@@ -158,7 +158,7 @@ std::unique_ptr<Updater> UpdateList::startUpdater() {
     explicit Told(UpdateList& list) : list_(list) {}
     void checkForUpdates() override { ++list_.checks; }
     void checkForUpdatesInBackground() override { ++list_.backgroundChecks; }
-    void setAutomaticallyChecksForUpdates(bool checks) override { list_.automatic = checks; }
+    void setAutomaticallyChecksForUpdates(bool on) override { list_.automatic = on; }
     void setUpdateCheckInterval(double seconds) override { list_.interval = seconds; }
 
    private:
@@ -336,9 +336,7 @@ bool MemoryWindow::press(const std::string& viewId) {
   const View* view = find(viewId);
   const auto* button = view ? std::get_if<Button>(&view->content) : nullptr;
   if (!button || !button->enabled) return false;
-  // The views may be replaced by what the press does.
-  const std::string id = viewId;
-  if (description.pressed) description.pressed(id);
+  if (description.pressed) description.pressed(viewId);
   return true;
 }
 

@@ -151,7 +151,7 @@ class Desktop : public Workspace {
 
 class Icon : public StatusItem {
  public:
-  bool setSymbol(const std::string& name, const std::string& description) override;
+  bool setSymbol(const std::string& name, const std::string& text) override;
   void setTitle(const std::string& text) override { title = text; }
   void setMenu(std::shared_ptr<Menu> tree, MenuDelegate* owner) override;
   void menuChanged() override {

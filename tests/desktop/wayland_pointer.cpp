@@ -20,9 +20,10 @@ int main(int argc, char** argv) {
   static zwlr_virtual_pointer_manager_v1* manager = nullptr;
   static const wl_registry_listener listener = {
       [](void*, wl_registry* registry, uint32_t name, const char* interface, uint32_t) {
-        if (std::string(interface) == zwlr_virtual_pointer_manager_v1_interface.name)
+        if (std::string(interface) == zwlr_virtual_pointer_manager_v1_interface.name) {
           manager = static_cast<zwlr_virtual_pointer_manager_v1*>(
               wl_registry_bind(registry, name, &zwlr_virtual_pointer_manager_v1_interface, 1));
+        }
       },
       [](void*, wl_registry*, uint32_t) {}};
   wl_registry_add_listener(wl_display_get_registry(display), &listener, nullptr);

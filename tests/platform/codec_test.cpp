@@ -185,8 +185,8 @@ TEST(PngReader, RefusesDamage) {
 }
 
 TEST(PngFilters, TheFastOnesEqualTheSimpleOnes) {
-  for (const std::size_t pixel : {1, 2, 3, 4, 6, 8})
-    for (int filter = 0; filter < 6; ++filter)
+  for (const std::size_t pixel : {1, 2, 3, 4, 6, 8}) {
+    for (int filter = 0; filter < 6; ++filter) {
       for (const std::size_t pixels : {1, 2, 3, 50, 1001}) {
         std::vector<std::uint8_t> row(pixels * pixel + 4), above(row.size());
         for (auto* bytes : {&row, &above})
@@ -198,11 +198,13 @@ TEST(PngFilters, TheFastOnesEqualTheSimpleOnes) {
         EXPECT_EQ(known, filter < 5);
         EXPECT_EQ(row, expected) << "filter " << filter << ", " << pixel << " bytes a pixel";
       }
+    }
+  }
 }
 
 TEST(PngFilters, TwoRowsAtOnceEqualOneAfterTheOther) {
-  for (const std::size_t pixel : {1, 3, 4, 6})
-    for (int filters = 0; filters < 25; ++filters)
+  for (const std::size_t pixel : {1, 3, 4, 6}) {
+    for (int filters = 0; filters < 25; ++filters) {
       for (const std::size_t pixels : {1, 2, 3, 1001}) {
         const std::size_t bytes = pixels * pixel;
         std::vector<std::uint8_t> rows(3 * (bytes + 4));
@@ -217,14 +219,18 @@ TEST(PngFilters, TwoRowsAtOnceEqualOneAfterTheOther) {
                                 bytes, pixel));
         EXPECT_EQ(rows, expected) << filters << ", " << pixel << " bytes a pixel";
       }
+    }
+  }
 }
 
 TEST(PixelRows, EveryColourAndAlpha) {
   std::vector<std::uint8_t> pixels, fast, simple;
-  for (int alpha = 0; alpha < 256; ++alpha)
-    for (int color = 0; color < 256; ++color)
+  for (int alpha = 0; alpha < 256; ++alpha) {
+    for (int color = 0; color < 256; ++color) {
       for (const int part : {color, 255 - color, color / 2, alpha})
         pixels.push_back(static_cast<std::uint8_t>(part));
+    }
+  }
   const int count = static_cast<int>(pixels.size() / 4) - 1;  // not all in whole registers
   for (const auto& [quick, slow] :
        {std::pair(&premultiply, &premultiplySimply), {&unpremultiply, &unpremultiplySimply}}) {
@@ -254,11 +260,13 @@ Bitmap picture(int width, int height, bool opaque) {
   Bitmap bitmap = *Bitmap::make(width, height);
   for (int y = 0; y < height; ++y) {
     std::uint8_t* row = bitmap.row(y);
-    for (int x = 0; x < width; ++x)
-      for (int k = 0; k < 4; ++k)
+    for (int x = 0; x < width; ++x) {
+      for (int k = 0; k < 4; ++k) {
         row[4 * x + k] = static_cast<std::uint8_t>(x % 97 < 30   ? below(256)
                                                    : x % 97 < 60 ? x + y
                                                                  : 9);
+      }
+    }
     for (int x = 0; opaque && x < width; ++x) row[4 * x + 3] = 255;
     premultiplySimply(row, row, width);
   }
@@ -266,7 +274,7 @@ Bitmap picture(int width, int height, bool opaque) {
 }
 
 TEST(PngWriter, WritesWhatEveryReaderReads) {
-  for (const bool opaque : {true, false})
+  for (const bool opaque : {true, false}) {
     for (const auto& [width, height] :
          {std::pair(1, 1), {3, 1}, {1, 700}, {640, 480}, {2500, 1100}}) {
       const Bitmap bitmap = picture(width, height, opaque);
@@ -281,38 +289,42 @@ TEST(PngWriter, WritesWhatEveryReaderReads) {
       EXPECT_EQ(image.hasAlphaChannel(), !opaque);
       EXPECT_TRUE(image.colorSpace() == QColorSpace::SRgb);
     }
+  }
 }
 
 // A stripe of each colour in turn; of one more than a palette holds, too.
 TEST(PngWriter, KeepsFewColours) {
-  for (const int colours : {1, 2, 3, 4, 5, 16, 17, 256, 257})
+  for (const int colours : {1, 2, 3, 4, 5, 16, 17, 256, 257}) {
     for (const int width : {1, 7, 8, 300}) {
       Bitmap bitmap = *Bitmap::make(width, 300);
-      for (int y = 0; y < 300; ++y)
+      for (int y = 0; y < 300; ++y) {
         for (int x = 0; x < width; ++x) {
           const int colour = (x / 3 + y) % colours;
           const auto high = static_cast<std::uint8_t>(colour >> 4);
           const std::uint8_t pixel[] = {static_cast<std::uint8_t>(colour), high, 77, 255};
           std::copy_n(pixel, 4, bitmap.row(y) + 4 * x);
         }
+      }
       const SharedBytes bytes = encodePng(bitmap);
       ASSERT_TRUE(bytes);
       EXPECT_EQ(difference(bitmap, toolkit(*bytes)), 0) << colours << " colours, width " << width;
       const auto back = read(*bytes);
       ASSERT_TRUE(back) << colours;
-      for (int y = 0; y < 300; ++y)
+      for (int y = 0; y < 300; ++y) {
         ASSERT_EQ(std::memcmp(back->row(y), bitmap.row(y), 4 * static_cast<std::size_t>(width)), 0)
             << colours << " colours, width " << width << ", row " << y;
+      }
     }
+  }
 }
 
 // Whatever filter the picture asks for.
 TEST(PngWriter, FiltersWithoutLoss) {
   const auto wave = [](int at) { return static_cast<std::uint8_t>(128 + 90 * std::sin(at / 9.0)); };
-  for (const bool opaque : {true, false})
+  for (const bool opaque : {true, false}) {
     for (const int slope : {0, 1, 2, 3}) {
       Bitmap bitmap = *Bitmap::make(401, 203);
-      for (int y = 0; y < 203; ++y)
+      for (int y = 0; y < 203; ++y) {
         for (int x = 0; x < 401; ++x) {
           const std::uint8_t at = wave(slope == 0 ? x : slope == 1 ? y * 7 : x * slope + y * 5);
           const auto noisy = static_cast<std::uint8_t>(at + below(slope == 3 ? 9 : 2));
@@ -320,9 +332,11 @@ TEST(PngWriter, FiltersWithoutLoss) {
           std::copy_n(pixel, 4, bitmap.row(y) + 4 * x);
           if (!opaque) bitmap.row(y)[4 * x + 3] = wave(x + y);
         }
+      }
       for (int y = 0; y < 203; ++y) premultiplySimply(bitmap.row(y), bitmap.row(y), 401);
       EXPECT_EQ(difference(bitmap, toolkit(*encodePng(bitmap))), 0) << slope << opaque;
     }
+  }
 }
 
 TEST(Decode, CrossesTheProcessesBorder) {
@@ -379,14 +393,15 @@ TEST(Decode, TurnsPhotosUpright) {
 }
 
 TEST(Decode, ConvertsColoursToSrgb) {
-  for (const QImage::Format format : {QImage::Format_RGBA8888, QImage::Format_RGBA64})
+  for (const QImage::Format format : {QImage::Format_RGBA8888, QImage::Format_RGBA64}) {
     for (const auto space : {QColorSpace::AdobeRgb, QColorSpace::DisplayP3, QColorSpace::SRgb,
-                             QColorSpace::SRgbLinear, QColorSpace::ProPhotoRgb})
+                             QColorSpace::SRgbLinear, QColorSpace::ProPhotoRgb}) {
       for (const char* encoding : {"PNG", "TIFF"}) {
         QImage image(64, 64, format);
-        for (int y = 0; y < 64; ++y)
+        for (int y = 0; y < 64; ++y) {
           for (int x = 0; x < 64; ++x)
             image.setPixelColor(x, y, QColor(64 + x, 64 + y, 128, 255 - (x == 5 ? 200 : 0)));
+        }
         image.setColorSpace(space);
         const auto bitmap = decoded(encoded(image, encoding));
         ASSERT_TRUE(bitmap);
@@ -394,6 +409,8 @@ TEST(Decode, ConvertsColoursToSrgb) {
         EXPECT_LE(difference(*bitmap, expected.convertToFormat(QImage::Format_RGBA8888)), 3)
             << encoding << " in " << image.colorSpace().description().toStdString();
       }
+    }
+  }
   // The older way: a gamma alone. 1.0 is linear light, 1 / 2.2 what sRGB is taken for.
   std::string flat;
   for (int y = 0; y < 2; ++y) flat += std::string("\0\x80\x80\x80", 4);

@@ -149,10 +149,12 @@ class LinuxDesktop : public TestDesktop {
     std::vector<ShownItem> items;
     const QMenu* menu = level(path);
     if (!menu) return items;
-    for (const QAction* action : menu->actions())
-      if (action->isVisible())
+    for (const QAction* action : menu->actions()) {
+      if (action->isVisible()) {
         items.push_back({titleOf(*action).toStdString(), action->isEnabled(), action->isChecked(),
                          action->menu() != nullptr});
+      }
+    }
     return items;
   }
   void highlight(const Path& path) override {
@@ -168,9 +170,10 @@ class LinuxDesktop : public TestDesktop {
   }
 
   void press(const std::string& window, const std::string& button) override {
-    for (auto* each : find(window).findChildren<QPushButton*>())
+    for (auto* each : find(window).findChildren<QPushButton*>()) {
       if (each->text() == QString::fromStdString(button))
         return QTest::mouseClick(each, Qt::LeftButton);
+    }
     ADD_FAILURE() << "no button " << button;
   }
   void press(const std::string& window, Key key) override {
@@ -203,19 +206,21 @@ class LinuxDesktop : public TestDesktop {
   static constexpr const char* schemes[] = {"https", "file"};
 
   static QWidget& find(const std::string& window) {
-    for (QWidget* widget : QApplication::topLevelWidgets())
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
       if (widget->isVisible() &&
           widget->property(windowIdProperty).toString() == QString::fromStdString(window))
         return *widget;
+    }
     throw std::runtime_error("no window " + window);
   }
 
   static QMenu* level(const Path& path) {
     QMenu* menu = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets())
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
       if (auto* open = qobject_cast<QMenu*>(widget);
           open && open->isVisible() && !qobject_cast<QMenu*>(open->parentWidget()))
         menu = open;
+    }
     for (const std::string& title : path) {
       QAction* action = menu ? actionOf(*menu, title) : nullptr;
       if (!action || !action->menu()) return nullptr;

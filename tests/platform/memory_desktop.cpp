@@ -54,9 +54,10 @@ class MemoryDesktop : public TestDesktop {
                              std::exchange(typed_, {}));
       return;
     }
-    for (const WindowInfo& info : memory_.windows.visible())
+    for (const WindowInfo& info : memory_.windows.visible()) {
       for (const ButtonInfo& each : info.buttons)
         if (info.id == window && each.title == button) info.window->press(each.id);
+    }
   }
   void press(const std::string& window, Key key) override {
     if (window == "alert") {
@@ -66,10 +67,11 @@ class MemoryDesktop : public TestDesktop {
     }
     memory::MemoryWindow& pressed = *memory_.windows.find(window);
     if (key == Key::commandReturn) {
-      for (const View& view : pressed.description.views)
+      for (const View& view : pressed.description.views) {
         if (const auto* described = std::get_if<Button>(&view.content);
             described && described->defaultKey)
           pressed.press(view.id);
+      }
     } else if (key == Key::commandW || pressed.description.escapeCloses) {
       pressed.close();
     }

@@ -86,7 +86,7 @@ class Panels : public testing::TestWithParam<bool> {
     }
     other_ = std::make_unique<Program>(
         "xev", QStringList{"-name", "other", "-geometry", "300x200+600+20", "-event", "keyboard"});
-    EXPECT_TRUE(waitWithQt([this] {
+    EXPECT_TRUE(waitWithQt([] {
       // A window manager that has hardly started may leave the focus where it was.
       run("xdotool", {"search", "--name", "^other$", "windowactivate"});
       return activeTitle() == "other";
@@ -240,9 +240,9 @@ TEST_P(Panels, TheDelegateSaysWhoGetsTheMouse) {
   const auto window = shown(panel());
   canvas_.tests = true;
   click({160, 222});  // on the button, but too far to the right
-  click({120, 270});  // on the text
-  EXPECT_TRUE(waitWithQt([&] { return pressed_ == "button," || canvas_.downs.size() > 1; }));
-  EXPECT_EQ(canvas_.downs.size(), 1u);
+  click({120, 222});
+  EXPECT_TRUE(waitWithQt([&] { return pressed_ == "button,"; }));
+  EXPECT_EQ(canvas_.downs.size(), 1u) << "the first of them";
   EXPECT_FALSE(window->isKey());
   canvas_.downs.clear();
   move({250, 250});

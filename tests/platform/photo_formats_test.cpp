@@ -40,13 +40,15 @@ std::string cmykJpeg(const Inks& inks, bool photoshop, const std::string& profil
   jpeg_set_quality(&jpeg, 100, TRUE);
   jpeg.write_Adobe_marker = photoshop ? TRUE : FALSE;
   jpeg_start_compress(&jpeg, TRUE);
-  if (!profile.empty())
+  if (!profile.empty()) {
     jpeg_write_icc_profile(&jpeg, reinterpret_cast<const JOCTET*>(profile.data()),
                            static_cast<unsigned>(profile.size()));
+  }
   Inks row;
-  for (int x = 0; x < 32; ++x)
+  for (int x = 0; x < 32; ++x) {
     for (const std::uint8_t ink : inks)
       row.push_back(photoshop ? static_cast<std::uint8_t>(255 - ink) : ink);
+  }
   JSAMPROW rows[] = {row.data()};
   while (jpeg.next_scanline < 32) jpeg_write_scanlines(&jpeg, rows, 1);
   jpeg_finish_compress(&jpeg);
@@ -134,13 +136,14 @@ std::string heic(bool transparent) {
   int stride = 0;
   std::uint8_t* plane = heif_image_get_plane(image, heif_channel_interleaved, &stride);
   const int samples = transparent ? 4 : 3;
-  for (int y = 0; y < 64; ++y)
+  for (int y = 0; y < 64; ++y) {
     for (int x = 0; x < 64; ++x) {
       const std::uint8_t pixel[] = {static_cast<std::uint8_t>(x < 32 ? 220 : 30), 30,
                                     static_cast<std::uint8_t>(x < 32 ? 30 : 220),
                                     static_cast<std::uint8_t>(x < 32 ? 128 : 255)};
       std::copy_n(pixel, samples, plane + y * stride + x * samples);
     }
+  }
   const std::unique_ptr<heif_context, decltype(&heif_context_free)> context(heif_context_alloc(),
                                                                             heif_context_free);
   heif_encoder* encoder = nullptr;

@@ -141,11 +141,12 @@ struct TextActionsTest : testing::Test, Shell {
   bool copyWithoutRecording(const Image&) override { return false; }
 
   void install(const std::string& scheme, std::vector<std::string> names) {
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
       desk.workspace.applications[scheme].push_back(
           {name + ".desktop", name,
            Image::fromPixels(std::make_shared<const Bitmap>(*Bitmap::makeClear(16, 16))),
            name == names.front()});
+    }
   }
   std::shared_ptr<Menu> menuOf(const std::string& text) { return actions.actionMenu(share(text)); }
   std::string titles(const std::string& text) {

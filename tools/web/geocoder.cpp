@@ -25,12 +25,13 @@ std::optional<double> degrees(const QJsonValue& value, double most) {
 // What anybody may have written into the map, as one line.
 QString plainLine(const QString& text) {
   QString line;
-  for (const QChar c : text.left(longestName))
+  for (const QChar c : text.left(longestName)) {
     if (c.isSpace() || c.category() == QChar::Other_Control) {
       line += ' ';
     } else if (c.category() != QChar::Other_Format) {
       line += c;
     }
+  }
   return line.simplified();
 }
 
