@@ -212,6 +212,7 @@ class TextActionsTest(DesktopTest):
         until(lambda: "Preview 127.0.0.1" not in self.window_titles(), "preview closed")
         self.program.ctl("quit")
         until(lambda: title not in self.window_titles(), "map gone with the program")
+        self.assertEqual(self.program.process.wait(20), 0)
 
         self.start(**env, MARBELOT_GEOCODER_URL=web.url + "/none")
         self.copy("something else")
