@@ -6,6 +6,7 @@
 
 #include "image/operations.h"
 #include "platform/text.h"
+#include "text/open_action.h"
 
 namespace marbelot {
 namespace {
@@ -114,7 +115,7 @@ std::vector<EditBarButton> textBarButtons(std::string_view text, bool pinned,
                                           const BarAbilities& abilities) {
   std::vector<EditBarButton> buttons{pinButton(pinned, "")};
   if (const auto link = webLink(text)) {
-    const std::string host = hostOf(*link);
+    const std::string host = text::shownTitle(hostOf(*link));
     buttons.push_back(
         {"open", "safari", "Open", "Open " + (host.empty() ? "link" : host) + " in your browser"});
     if (abilities.openIn)
@@ -140,17 +141,6 @@ std::optional<std::string> webLink(std::string_view text) {
   const auto breaks = [](char c) { return static_cast<unsigned char>(c) <= ' '; };
   if (!isOne || std::any_of(link.begin(), link.end(), breaks)) return std::nullopt;
   return std::string(link);
-}
-
-std::string hostOf(std::string_view link) {
-  const std::size_t start = link.find("//");
-  if (start == link.npos) return {};
-  std::string_view host = link.substr(start + 2);
-  host = host.substr(0, host.find_first_of("/?#\\"));
-  if (const std::size_t user = host.rfind('@'); user != host.npos) host.remove_prefix(user + 1);
-  const std::size_t port = host.starts_with('[') ? host.find("]:") : host.find(':');
-  if (port != host.npos) host = host.substr(0, host.starts_with('[') ? port + 1 : port);
-  return text::shownTitle(host);
 }
 
 EditBar layOutBar(const std::vector<EditBarButton>& buttons, double width, bool filled,

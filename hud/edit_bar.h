@@ -48,8 +48,6 @@ std::vector<EditBarButton> textBarButtons(std::string_view text, bool pinned,
 
 // The address when the text is a link that a browser opens, blanks around it aside.
 std::optional<std::string> webLink(std::string_view text);
-// Its host; empty when it has none.
-std::string hostOf(std::string_view link);
 
 struct EditBar {
   double height = 0;
