@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/files.h"
+#include "text/masked_title.h"
 
 namespace marbelot {
 namespace {
@@ -23,7 +24,8 @@ std::string_view beginning(std::string_view text) {
 }  // namespace
 
 std::string textFileName(std::string_view base, const std::string& timestamp) {
-  std::string name = text::shownTitle(beginning(base));
+  // The panel shows it, and so does every file manager later.
+  std::string name = text::shownTitle(beginning(maskedWindow(base)));
   std::replace(name.begin(), name.end(), '/', '-');
   name = text::trimmedBlanksAndNewlines(name);
   return (name.empty() ? "Clipboard " + timestamp : name) + ".txt";

@@ -14,7 +14,7 @@
 namespace marbelot {
 
 // The name that a save panel proposes for a text called `base`, which may be any text: of one that
-// is empty, "Clipboard " and `timestamp`. Fit for a file system.
+// is empty, "Clipboard " and `timestamp`. Fit for a file system; secrets are masked.
 std::string textFileName(std::string_view base, const std::string& timestamp);
 
 // Main thread only; everything it is given outlives it. The file is written in the background.

@@ -186,6 +186,10 @@ TEST(TextFileName, IsFitForAFileSystem) {
   EXPECT_EQ(textFileName("a/b", "now"), "a-b.txt");
   EXPECT_EQ(textFileName(" \n\t", "now"), "Clipboard now.txt");
   EXPECT_EQ(textFileName("\n two\nlines ", "now"), "two lines.txt");
+  const std::string token = "ghp_" + std::string(12, 'a') + std::string(12, '7') + "QwErTyUiOpAs";
+  const std::string proposed = textFileName("token " + token, "now");
+  EXPECT_TRUE(proposed.starts_with("token ")) << proposed;
+  EXPECT_EQ(proposed.find(std::string(12, '7')), proposed.npos) << "a secret in a file's name";
   EXPECT_EQ(textFileName(std::string(500, 'x'), "now"), std::string(60, 'x') + ".txt");
   std::string families;
   for (int i = 0; i < 80; ++i) families += "👩‍👩‍👧‍👦";

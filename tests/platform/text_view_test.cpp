@@ -478,7 +478,7 @@ TEST_F(TextViewTest, LargeTextsCostLittleAtATime) {
   for (std::string& made : {std::ref(lines), std::ref(oneLine)}) {
     const SharedText text = share(std::move(made));
     view.setContents(text);
-    int most = view.document()->characterCount(), last = most, longestLine = 0;
+    int most = view.document()->characterCount(), last = most, mostInALine = 0;
     // Other events get their turns meanwhile.
     QTimer other;
     QObject::connect(&other, &QTimer::timeout, &view, [&] {
@@ -489,8 +489,8 @@ TEST_F(TextViewTest, LargeTextsCostLittleAtATime) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return !view.isReadOnly(); }, 120'000));
     EXPECT_LE(most, 2 * 9 * piece);
     for (QTextBlock block = view.document()->begin(); block.isValid(); block = block.next())
-      longestLine = std::max(longestLine, block.length());
-    EXPECT_LE(longestLine, 4096 + 256 + 1);  // what is laid out at once
+      mostInALine = std::max(mostInALine, block.length());
+    EXPECT_LE(mostInALine, 4096 + 256 + 1);  // characters, which are laid out at once
 
     EXPECT_EQ(view.contents(), text);  // the very text
     press(Qt::Key_A, Qt::ControlModifier);
