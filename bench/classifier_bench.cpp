@@ -101,7 +101,7 @@ void add(const std::string& name, void (*run)(benchmark::State&, const std::stri
          const std::string& text) {
   benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
     run(state, text);
-  })->Unit(text.size() < 10'000 ? benchmark::microsecond : benchmark::millisecond);
+  })->Unit(text.size() < 10'000 ? benchmark::microsecond : benchmark::kMillisecond);
 }
 
 }  // namespace

@@ -123,7 +123,7 @@ int main(int argc, char** argv) {
   for (std::size_t i = 0; i < 2; ++i) {
     const auto add = [&](const std::string& name, auto function) {
       benchmark::RegisterBenchmark((name + "/" + names[i]).c_str(), function)
-          ->Unit(benchmark::millisecond);
+          ->Unit(benchmark::kMillisecond);
     };
     const std::string& text = texts[i];
     add("memcpy", [&text](auto& state) { copy(state, text); });
@@ -161,10 +161,10 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark(("hostile, first/" + name).c_str(), [piece, link_phone,
                                                                       address](auto& state) {
       search(state, repeated(piece), link_phone | address, "DE");
-    })->Unit(benchmark::millisecond);
+    })->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(("hostile, all/" + name).c_str(), [piece, all](auto& state) {
       searchAll(state, repeated(piece), all);
-    })->Unit(benchmark::millisecond);
+    })->Unit(benchmark::kMillisecond);
   }
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

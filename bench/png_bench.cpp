@@ -189,7 +189,7 @@ void decodeLibpng(benchmark::State& state, const std::string& png) {
 
 void registerAll() {
   const auto add = [](const std::string& name, auto run) {
-    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::millisecond);
+    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
   };
   const std::pair<Kind, const char*> kinds[] = {
       {screen, "screen"}, {photo, "photo"}, {translucent, "translucent"}};

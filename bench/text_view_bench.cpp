@@ -93,9 +93,9 @@ void SaveWhatWasTyped(benchmark::State& state) {
   }
 }
 
-#define EVERY_CORPUS ->Arg(lines)->Arg(oneLine)->Unit(benchmark::millisecond)
+#define EVERY_CORPUS ->Arg(lines)->Arg(oneLine)->Unit(benchmark::kMillisecond)
 // The long line keeps it busy for more than ten minutes.
-BENCHMARK(SetPlainText)->Arg(lines)->Unit(benchmark::millisecond)->Iterations(1);
+BENCHMARK(SetPlainText)->Arg(lines)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(BringIn) EVERY_CORPUS->Iterations(3);
 BENCHMARK(SelectAllAndCopy) EVERY_CORPUS;
 BENCHMARK(Type) EVERY_CORPUS;
