@@ -6,6 +6,11 @@
 
 #import <Foundation/Foundation.h>
 
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
 #include "detection/detection.h"
 #include "platform/ascii.h"
 #include "platform/locale.h"
@@ -68,22 +73,39 @@ std::string onOneLine(NSString* address) {
   return utf8([lines componentsJoinedByString:@", "]);
 }
 
+// ISO 8601 to the second, by the clock that is `offset` seconds ahead of Greenwich's; by the user's
+// where there is none.
+std::string isoTime(double moment, std::optional<NSInteger> offset) {
+  std::tm fields{};
+  const auto seconds = static_cast<std::time_t>(std::floor(moment));
+  const auto shifted = static_cast<std::time_t>(seconds + offset.value_or(0));
+  tzset();  // the user may have moved to another zone
+  offset ? gmtime_r(&shifted, &fields) : localtime_r(&seconds, &fields);
+  char iso[sizeof "2026-05-03T14:30:00"];
+  return {iso, std::strftime(iso, sizeof iso, "%Y-%m-%dT%H:%M:%S", &fields)};
+}
+
+std::string offsetSuffix(NSInteger offset) {
+  if (offset == 0) return "Z";
+  const long minutes = std::labs(static_cast<long>(offset) / 60);
+  char suffix[sizeof "+00:00"];
+  std::snprintf(suffix, sizeof suffix, "%c%02ld:%02ld", offset < 0 ? '-' : '+', minutes / 60 % 24,
+                minutes % 60);
+  return suffix;
+}
+
 // The system's moment, in the form that suits what stands in the text: it gives days without a time
 // as their noon.
 std::string dateValue(NSDate* date, NSTimeZone* zone, NSString* matched) {
-  NSDateFormatter* formatter = [[NSDateFormatter alloc] init];
-  formatter.locale = [NSLocale localeWithLocaleIdentifier:@"en_US_POSIX"];
-  formatter.timeZone = zone != nil ? zone : NSTimeZone.localTimeZone;
-  formatter.dateFormat = @"yyyy-MM-dd'T'HH:mm:ss";
-  const std::string iso = utf8([formatter stringFromDate:date]);
+  std::optional<NSInteger> offset;
+  if (zone != nil) offset = [zone secondsFromGMTForDate:date];
+  const std::string iso = isoTime(date.timeIntervalSince1970, offset);
   constexpr std::size_t day = 10, minute = 16;
   const std::optional<std::string> own = ownValue(matched, DetectionKind::date);
   const bool whole_day = own ? own->size() == day : iso.ends_with("T12:00:00");
   if (whole_day) return iso.substr(0, day);
-  std::string value = iso.ends_with(":00") ? iso.substr(0, minute) : iso;
-  if (zone == nil) return value;
-  formatter.dateFormat = @"XXX";
-  return value + utf8([formatter stringFromDate:date]);
+  const std::string value = iso.ends_with(":00") ? iso.substr(0, minute) : iso;
+  return offset ? value + offsetSuffix(*offset) : value;
 }
 
 // None for results that carry nothing to act on.

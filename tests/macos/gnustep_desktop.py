@@ -27,8 +27,10 @@ class GNUstepDesktop(VirtualDesktop):
         super()._start()
         configuration = (self.gnustep / "etc/GNUstep/GNUstep.conf").read_text()
         own = self.folder / "GNUstep.conf"
-        # Relative folders are those in the user's home.
-        own.write_text(re.sub(r"^(GNUSTEP_USER_D\w+)=(?!/)(.*)$", rf"\1={self.home}/\2",
+        # Relative folders are those in the user's home; of the resources' keys GNUstep says at each
+        # start that it does not know them.
+        own.write_text(re.sub(r"^(GNUSTEP_USER_D\w+)=(?!/)(.*)$|^\w+_RESOURCES=.*\n",
+                              lambda key: key[1] and f"{key[1]}={self.home}/{key[2]}" or "",
                               configuration, flags=re.MULTILINE))
         own.chmod(0o600)
         self.env |= {

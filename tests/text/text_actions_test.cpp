@@ -67,12 +67,13 @@ TEST(OpenableLinks, AreThoseThatLeadWhereTheySeemTo) {
 
 TEST(CalendarEvent, IsWrittenToTheByte) {
   setenv("TZ", "America/New_York", 1);
-  EXPECT_EQ(calendarEvent("\n  Lunch; with A\\B, C  \r\nat noon\r", 1767193199.9, "THE-UID"),
+  EXPECT_EQ(calendarEvent("\n  Lunch; with A\\B, C  \r\n31 December 2025 at noon\r", 1767193199.9,
+                          "THE-UID"),
             "BEGIN:VCALENDAR\nVERSION:2.0\nPRODID:-//Marbelot//EN\nCALSCALE:GREGORIAN\n"
             "METHOD:PUBLISH\nBEGIN:VEVENT\nUID:THE-UID@marbelot\nDTSTAMP:20251231T145959Z\n"
             "DTSTART:20251231T170000Z\nDTEND:20251231T180000Z\n"
             "SUMMARY:Lunch\\; with A\\\\B\\, C\n"
-            "DESCRIPTION:\\n  Lunch\\; with A\\\\B\\, C  \\nat noon\\n\n"
+            "DESCRIPTION:\\n  Lunch\\; with A\\\\B\\, C  \\n31 December 2025 at noon\\n\n"
             "END:VEVENT\nEND:VCALENDAR");
   const auto lineOf = [](const std::string& text, const std::string& name) {
     const std::string event = calendarEvent(text, 1000000000, "U");

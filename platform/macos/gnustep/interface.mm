@@ -131,7 +131,18 @@ id systemStatusBar(id, SEL) {
 }
 @end
 
+@implementation NSColor (MarbelotGaps)
++ (NSColor*)controlAccentColor {
+  return NSColor.alternateSelectedControlColor;
+}
+@end
+
+// Of the weights there are two here.
 @implementation NSFont (MarbelotGaps)
++ (NSFont*)systemFontOfSize:(CGFloat)size weight:(NSFontWeight)weight {
+  return weight >= NSFontWeightSemibold ? [NSFont boldSystemFontOfSize:size]
+                                        : [NSFont systemFontOfSize:size];
+}
 + (NSFont*)monospacedSystemFontOfSize:(CGFloat)size weight:(NSFontWeight)weight {
   return [NSFont userFixedPitchFontOfSize:size];
 }

@@ -12,6 +12,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <thread>
@@ -187,13 +189,6 @@ NSString* NSHomeDirectory(void) { return @(getenv("HOME")); }
 
 // --- Foundation ------------------------------------------------------------------------------
 
-// Nothing is detected: GNUstep has no detector.
-@implementation NSDataDetector
-+ (NSDataDetector*)dataDetectorWithTypes:(NSTextCheckingTypes)types error:(NSError**)error {
-  return nil;
-}
-@end
-
 @implementation NSFileManager (MarbelotGaps)
 - (BOOL)trashItemAtURL:(NSURL*)url resultingItemURL:(NSURL**)trashed error:(NSError**)error {
   NSString* const trash = [NSHomeDirectory() stringByAppendingPathComponent:@".Trash"];
@@ -214,6 +209,17 @@ NSString* NSHomeDirectory(void) { return @(getenv("HOME")); }
 
 // --- The methods that GNUstep has, but otherwise ---------------------------------------------
 
+// An exception may be swallowed on its way, or end in another case; this says what is missing here.
+namespace {
+[[noreturn]] void reportUnknown(id self, SEL, SEL unknown) {
+  const bool isClass = class_isMetaClass(object_getClass(self));
+  std::fprintf(stderr, "GNUstep has no %c[%s %s]\n", isClass ? '+' : '-',
+               class_getName(isClass ? static_cast<Class>(self) : object_getClass(self)),
+               sel_getName(unknown));
+  std::abort();
+}
+}  // namespace
+
 @interface SystemReplacements : NSObject
 @end
 
@@ -222,5 +228,7 @@ NSString* NSHomeDirectory(void) { return @(getenv("HOME")); }
   addTimerForMode = replace([NSRunLoop class], @selector(addTimer:forMode:), addTimer);
   performAfterDelay = replace(
       [NSObject class], @selector(performSelector:withObject:afterDelay:inModes:), performLater);
+  replace([NSObject class], @selector(doesNotRecognizeSelector:), reportUnknown);
+  replace(object_getClass([NSObject class]), @selector(doesNotRecognizeSelector:), reportUnknown);
 }
 @end
