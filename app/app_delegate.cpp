@@ -59,14 +59,14 @@ AppDelegate::AppDelegate(Platform& platform)
       scannedTextPanel_(platform, *this, actions_, textSaving_,
                         {[this](Size panel) { return panels_.placement.origin(panel); },
                          [this](Window& panel) { return panels_.placement.follow(panel); }},
-                        [this](const SharedText& text, const std::string& title) {
-                          editor_.openEditor(text, title);
+                        [this](const SharedText& text, const std::string& title, bool concealed) {
+                          editor_.openEditor(text, title, concealed);
                         }),
       textRecognition_(
           platform, *this, actions_,
           [this](const MenuItem& sender) { return historyMenus_.imageFor(sender); },
-          [this](const SharedText& text, const Image& image) {
-            scannedTextPanel_.show(text, image);
+          [this](const SharedText& text, const Image& image, bool concealed) {
+            scannedTextPanel_.show(text, image, concealed);
           }),
       updates_(platform, *this, actions_),
       menu_(platform, *this, actions_,
@@ -111,8 +111,8 @@ AppDelegate::AppDelegate(Platform& platform)
   panels_.editor.hooks.actionsMenu = [this](const SharedText& text) {
     return textActions_.actionMenu(text);
   };
-  panels_.editor.hooks.recognize = [this](const Image& image) {
-    textRecognition_.recognize(image, false);
+  panels_.editor.hooks.recognize = [this](const Image& image, bool concealed) {
+    textRecognition_.recognize(image, false, concealed);
   };
   panels_.editor.hooks.saveText = [this](const SharedText& text) { textSaving_.save(text, *text); };
   panels_.editor.hooks.append = [this](const SharedText& text) {
@@ -236,8 +236,8 @@ bool AppDelegate::copyWithoutRecording(SharedText text, bool concealed) {
   return history_.copyWithoutRecording(std::move(text), concealed);
 }
 
-bool AppDelegate::copyWithoutRecording(const Image& image) {
-  return history_.copyWithoutRecording(image);
+bool AppDelegate::copyWithoutRecording(const Image& image, bool concealed) {
+  return history_.copyWithoutRecording(image, concealed);
 }
 
 void AppDelegate::refreshHistories() {

@@ -59,7 +59,7 @@ class AppDelegate : private Shell, private MenuDelegate {
   void flashStatusIcon() override;
   void rebuildMenu() override;
   bool copyWithoutRecording(SharedText text, bool concealed) override;
-  bool copyWithoutRecording(const Image& image) override;
+  bool copyWithoutRecording(const Image& image, bool concealed) override;
 
   // MenuDelegate
   void menuWillOpen() override;

@@ -29,7 +29,9 @@ Panels::Panels(Platform& platform, Shell& shell, ActionTable& actions, Clipboard
       platform_(platform),
       imageExport_(imageExport) {
   hud.occupied = [this] { return editor.frame(); };
-  editor.hooks.crop = [this](const Image& image) { crop.cropForEditor(image); };
+  editor.hooks.crop = [this](const Image& image, bool concealed) {
+    crop.cropForEditor(image, concealed);
+  };
   editor.hooks.keep = [&history](const Image& image) { history.recordOvertaken(image); };
   crop.onReturn = [this](const Image& image) { return editor.cropped(image); };
   crop.onCancelled = [this] { editor.bringToFront(); };

@@ -175,9 +175,9 @@ bool ClipboardHistory::copyWithoutRecording(SharedText text, bool concealed) {
   return written(platform_.pasteboard.write(std::move(text), concealed));
 }
 
-bool ClipboardHistory::copyWithoutRecording(const Image& image) {
+bool ClipboardHistory::copyWithoutRecording(const Image& image, bool concealed) {
   if (clipPoller) tick();
-  return written(platform_.pasteboard.write(image));
+  return written(platform_.pasteboard.write(image, concealed));
 }
 
 bool ClipboardHistory::written(std::optional<std::int64_t> count) {

@@ -68,7 +68,7 @@ class ClipboardHistory {
   // Puts on the clipboard what the program already holds. A copy by another program that has not
   // been handled yet is recorded first. False when the clipboard could not be written.
   [[nodiscard]] bool copyWithoutRecording(SharedText text, bool concealed = false);
-  [[nodiscard]] bool copyWithoutRecording(const Image& image);
+  [[nodiscard]] bool copyWithoutRecording(const Image& image, bool concealed = false);
 
   // Records what was made while a newer copy came onto the clipboard: behind that one.
   void recordOvertaken(Kind kind);

@@ -87,15 +87,16 @@ void HUDEditor::makePanel() {
 
 void HUDEditor::open(const Content& content, std::optional<Point> origin, const std::string& spec) {
   // Whoever opens something else does not mean to lose what was edited.
-  if (hudEditorImage && hudEditorEdited && !hudEditorCopied && hooks.keep)
+  if (hudEditorImage && hudEditorEdited && !hudEditorCopied && !concealed_ && hooks.keep)
     hooks.keep(*hudEditorImage);
   close();
   if (!hudEditorPanel) makePanel();
+  const PasteboardContents clipboard = platform_.pasteboard.contents();
   if (const auto* image = std::get_if<Image>(&content)) {
     hudEditorImage = *image;
+    concealed_ = clipboard.conceals(*image);
   } else {
     hudEditorText = std::get<SharedText>(content);
-    const PasteboardContents clipboard = platform_.pasteboard.contents();
     concealed_ = clipboard.concealed && clipboard.text && *clipboard.text == *hudEditorText;
   }
   HUDLayout layout = hudEditorImage ? imagePanel() : textPanel();
@@ -182,11 +183,11 @@ void HUDEditor::press(const std::string& spec) {
         // It would stand on the window in which the picture is cropped.
         watch_.stop();
         hudEditorPanel->hide();
-        hooks.crop(*hudEditorImage);
+        hooks.crop(*hudEditorImage, concealed_);
       });
     }
     if (spec == "ocr" && hooks.recognize)
-      return afterEdits([this] { hooks.recognize(*hudEditorImage); });
+      return afterEdits([this] { hooks.recognize(*hudEditorImage, concealed_); });
     return popUp(spec, editGroupMenu(spec));
   }
   if (!hudEditorText) return;
@@ -283,8 +284,8 @@ void HUDEditor::undo() {
 
 bool HUDEditor::copyImage() {
   // What has not been edited is in the history already.
-  if (!hudEditorEdited) return shell_.copyWithoutRecording(*hudEditorImage);
-  const auto count = platform_.pasteboard.write(*hudEditorImage);
+  if (!hudEditorEdited) return shell_.copyWithoutRecording(*hudEditorImage, concealed_);
+  const auto count = platform_.pasteboard.write(*hudEditorImage, concealed_);
   if (count) copiedCount_ = *count;
   return count.has_value();
 }

@@ -22,8 +22,9 @@ namespace marbelot {
 
 // What other features do with a panel's content. A button without one is left out.
 struct HUDHooks {
-  std::function<void(const Image&)> crop;
-  std::function<void(const Image&)> recognize;
+  // `concealed`: its owner marked it as secret.
+  std::function<void(const Image&, bool concealed)> crop;
+  std::function<void(const Image&, bool concealed)> recognize;
   // Menus whose items name actions; null when there is nothing to offer.
   std::function<std::shared_ptr<Menu>(const SharedText&)> openInMenu;
   std::function<std::shared_ptr<Menu>(const SharedText&)> actionsMenu;
@@ -100,7 +101,7 @@ class HUDEditor {
 
   std::size_t edits_ = 0;   // that the picture shows
   SharedBitmap pixels_;     // of the picture, once they are known
-  bool concealed_ = false;  // the text's owner marked it as secret
+  bool concealed_ = false;  // the content's owner marked it as secret
   bool pinned_ = false;
   double wellHeight_ = 0;          // it never shrinks under the pointer
   std::optional<Image> shown_;     // the picture as large as it is shown

@@ -82,18 +82,20 @@ Crop::Crop(Platform& platform, Shell& shell, ActionTable& actions, HistoryImage 
 }
 
 void Crop::cropClipImage(const MenuItem& sender) {
-  cropReturnsToEditor = false;
+  cropReturnsToEditor = concealed_ = false;
   const auto request = editRequest(sender);
   if (const auto* file = std::get_if<EditFile>(&request->source))
     return load([path = file->path] { return Image::fromFile(path); }, "Couldn't read that image");
-  const bool isClipboard = std::holds_alternative<EditClipboard>(request->source);
-  load([image = isClipboard ? platform_.pasteboard.contents().image
-                            : historyImage_(sender)] { return image; },
-       isClipboard ? "No image on clipboard" : "Couldn't read that image");
+  if (!std::holds_alternative<EditClipboard>(request->source))
+    return load([image = historyImage_(sender)] { return image; }, "Couldn't read that image");
+  const PasteboardContents contents = platform_.pasteboard.contents();
+  concealed_ = contents.concealed;
+  load([image = contents.image] { return image; }, "No image on clipboard");
 }
 
-void Crop::cropForEditor(const Image& image) {
+void Crop::cropForEditor(const Image& image, bool concealed) {
   cropReturnsToEditor = true;
+  concealed_ = concealed;
   load([image]() -> std::optional<Image> { return image; }, "Couldn't read that image");
 }
 
@@ -172,15 +174,15 @@ void Crop::applyCrop() {
         if (!result) return std::nullopt;
         return Image::fromPixels(std::make_shared<const Bitmap>(std::move(*result)));
       },
-      [this](const std::optional<Image>& cropped) {
-        cropped ? deliver(*cropped) : shell_.notify("Couldn't read that image");
+      [this, concealed = concealed_](const std::optional<Image>& cropped) {
+        cropped ? deliver(*cropped, concealed) : shell_.notify("Couldn't read that image");
       });
 }
 
-void Crop::deliver(const Image& cropped) {
+void Crop::deliver(const Image& cropped, bool concealed) {
   if (std::exchange(cropReturnsToEditor, false) && onReturn && onReturn(cropped))
     return shell_.notify("Cropped");
-  shell_.confirmCopy(platform_.pasteboard.write(cropped).has_value(), "Cropped");
+  shell_.confirmCopy(platform_.pasteboard.write(cropped, concealed).has_value(), "Cropped");
 }
 
 void Crop::cancelCrop() {

@@ -50,8 +50,8 @@ class Crop {
   std::function<bool(const Image& cropped)> onReturn;
   std::function<void()> onCancelled;
 
-  // Crops a picture for onReturn.
-  void cropForEditor(const Image& image);
+  // Crops a picture for onReturn. `concealed`: its owner marked it as secret.
+  void cropForEditor(const Image& image, bool concealed);
 
   // The application's state, open to its tests.
   std::unique_ptr<Window> cropWindow;  // while it is open
@@ -69,7 +69,7 @@ class Crop {
   void load(std::function<std::optional<Image>()> source, const std::string& failure);
   void openWindow(const Loaded& loaded);
   void applyCrop();
-  void deliver(const Image& cropped);
+  void deliver(const Image& cropped, bool concealed);
   void cancelCrop();
   void close();
 
@@ -78,6 +78,7 @@ class Crop {
   const HistoryImage historyImage_;
   const std::function<Rect()> area_;
   SharedBitmap pixels_;
+  bool concealed_ = false;  // what is being cropped
   Task loading_, cutting_, closing_;
 };
 

@@ -26,7 +26,7 @@ void ImageEditing::edit(const Operation& operation, const MenuItem& sender) {
   const std::int64_t changeCount = platform_.pasteboard.changeCount();
   const bool follows = !jobs_.empty() && jobs_.back().changeCount == changeCount;
   jobs_.push_back({&operation, editRequest(sender), historyImage_(sender),
-                   platform_.pasteboard.contents().image, changeCount, follows});
+                   platform_.pasteboard.contents(), changeCount, follows});
   if (jobs_.size() == 1) startNext();
 }
 
@@ -41,7 +41,7 @@ ImageEditing::Outcome ImageEditing::worked(const Job& job) {
       job.isOfClipboard() ? "No image on clipboard" : "Couldn't read that image";
   const auto* file = std::get_if<EditFile>(&job.request->source);
   const std::optional<Image> image = file                  ? Image::fromFile(file->path)
-                                     : job.isOfClipboard() ? job.clipboard
+                                     : job.isOfClipboard() ? job.clipboard.image
                                                            : job.entry;
   const SharedBitmap pixels = image ? decode(*image) : nullptr;
   const auto edit = pixels ? job.operation->edit(job.request->param) : std::nullopt;
@@ -60,19 +60,24 @@ void ImageEditing::finish(Outcome outcome) {
     shell_.notify(outcome.message);
   }
   jobs_.pop_front();
-  if (!jobs_.empty() && jobs_.front().follows)
-    jobs_.front().clipboard = outcome.result ? outcome.result : job.clipboard;
+  if (!jobs_.empty() && jobs_.front().follows) {
+    jobs_.front().clipboard =
+        outcome.result ? PasteboardContents{nullptr, outcome.result, {}, job.isConcealed()}
+                       : job.clipboard;
+  }
   startNext();
 }
 
 void ImageEditing::deliver(const Image& result, const std::string& message) {
   const std::int64_t replaced = jobs_.front().changeCount;
+  const bool concealed = jobs_.front().isConcealed();
   if (platform_.pasteboard.changeCount() != replaced) {
+    if (concealed) return shell_.notify(overtakenMessage);
     overtaken_(result);
     shell_.notify(message + keptInHistory);
     return;
   }
-  const auto written = platform_.pasteboard.write(result);
+  const auto written = platform_.pasteboard.write(result, concealed);
   shell_.confirmCopy(written.has_value(),
                      jobs_.front().isOfClipboard() ? message : message + " — copied to clipboard");
   if (!written) return;

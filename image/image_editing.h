@@ -31,12 +31,13 @@ class ImageEditing {
   struct Job {
     const Operation* operation;
     std::shared_ptr<const EditRequest> request;
-    std::optional<Image> entry;      // of the history
-    std::optional<Image> clipboard;  // what it held when the job was asked for
-    std::int64_t changeCount;        // of the contents that the result is to replace
-    bool follows;                    // nothing was copied between it and the job before it
+    std::optional<Image> entry;    // of the history
+    PasteboardContents clipboard;  // what it held when the job was asked for
+    std::int64_t changeCount;      // of the contents that the result is to replace
+    bool follows;                  // nothing was copied between it and the job before it
 
     bool isOfClipboard() const;
+    bool isConcealed() const { return isOfClipboard() && clipboard.concealed; }
   };
   struct Outcome {
     std::optional<Image> result;

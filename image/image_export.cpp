@@ -38,12 +38,12 @@ ImageExport::ImageExport(Platform& platform, Shell& shell, ActionTable& actions,
   });
   actions.add("copyCurrentClipImagePath", [this](const MenuItem&) { copyCurrentClipImagePath(); });
   actions.add("copyClipboardImageAsTag", [this](const MenuItem&) {
-    const auto image = platform_.pasteboard.contents().image;
-    image ? copyAsTag(*image) : shell_.notify(nothingToTag);
+    const PasteboardContents contents = platform_.pasteboard.contents();
+    contents.image ? copyAsTag(*contents.image, contents.concealed) : shell_.notify(nothingToTag);
   });
   actions.add("copyClipHistoryImageAsTag:",
               [this, historyImage = std::move(historyImage)](const MenuItem& sender) {
-                if (const auto image = historyImage(sender)) copyAsTag(*image);
+                if (const auto image = historyImage(sender)) copyAsTag(*image, false);
               });
 }
 
@@ -109,23 +109,24 @@ void ImageExport::copyCurrentClipImagePath() {
        });
 }
 
-void ImageExport::copyAsTag(const Image& image) {
+void ImageExport::copyAsTag(const Image& image, bool concealed) {
   run(
       [image]() -> SharedText {
         auto tag = imageTag(image);
         return tag ? share(*std::move(tag)) : nullptr;
       },
-      [this, replaced = platform_.pasteboard.changeCount()](const SharedText& tag) {
-        tag ? copyTag(tag, replaced) : shell_.notify("Couldn't encode the image");
+      [this, concealed, replaced = platform_.pasteboard.changeCount()](const SharedText& tag) {
+        tag ? copyTag(tag, concealed, replaced) : shell_.notify("Couldn't encode the image");
       });
 }
 
-void ImageExport::copyTag(const SharedText& tag, std::int64_t replaced) {
+void ImageExport::copyTag(const SharedText& tag, bool concealed, std::int64_t replaced) {
   const std::string message = "Copied <img> tag (base64)";
   if (platform_.pasteboard.changeCount() == replaced) {
-    shell_.confirmCopy(platform_.pasteboard.write(tag).has_value(), message);
+    shell_.confirmCopy(platform_.pasteboard.write(tag, concealed).has_value(), message);
     return;
   }
+  if (concealed) return shell_.notify(overtakenMessage);
   overtaken_(tag);
   shell_.notify(message + keptInHistory);
 }

@@ -47,8 +47,8 @@ class ImageExport {
   void chooseAndSaveClipImage();
   void remember(const std::string& folder);
   void copyCurrentClipImagePath();
-  void copyAsTag(const Image& image);
-  void copyTag(const SharedText& tag, std::int64_t replaced);
+  void copyAsTag(const Image& image, bool concealed);
+  void copyTag(const SharedText& tag, bool concealed, std::int64_t replaced);
   // Runs `work` in the background and then `then` here.
   template <class Work, class Then>
   void run(Work work, Then then);

@@ -18,6 +18,9 @@ struct PasteboardContents {
   std::optional<Image> image;      // none when there is none that can be read
   std::vector<std::string> types;  // the type names that the owner offers
   bool concealed = false;          // its owner marks it as secret, passing or machine-made
+
+  // Whether this is the image, and marked so.
+  bool conceals(const Image& other) const { return concealed && image && image->isSame(other); }
 };
 
 struct PasteboardChange {
@@ -43,12 +46,15 @@ class Pasteboard {
 
   // Replaces the contents; they stay pasteable as long as the program runs. Returns the change
   // count that this write made; none when it failed: the system takes nothing, or the image can no
-  // longer be read. A `concealed` text is marked so for other programs, too.
+  // longer be read. What is `concealed` is marked so for other programs, too.
   [[nodiscard]] virtual std::optional<std::int64_t> write(SharedText text, bool concealed) = 0;
   [[nodiscard]] std::optional<std::int64_t> write(SharedText text) {
     return write(std::move(text), false);
   }
-  [[nodiscard]] virtual std::optional<std::int64_t> write(const Image& image) = 0;
+  [[nodiscard]] virtual std::optional<std::int64_t> write(const Image& image, bool concealed) = 0;
+  [[nodiscard]] std::optional<std::int64_t> write(const Image& image) {
+    return write(image, false);
+  }
 
   // Whether the handler below is called. Elsewhere the change count has to be asked for.
   virtual bool announcesChanges() const = 0;

@@ -26,13 +26,16 @@ class Shell {
   virtual void rebuildMenu() = 0;
 
   // Puts something on the clipboard that the program already holds: it is neither recorded in the
-  // history nor collected. What was made of a concealed text stays concealed. False when the
+  // history nor collected. What was made of a concealed copy stays concealed. False when the
   // clipboard could not be written.
   [[nodiscard]] virtual bool copyWithoutRecording(SharedText text, bool concealed) = 0;
   [[nodiscard]] bool copyWithoutRecording(SharedText text) {
     return copyWithoutRecording(std::move(text), false);
   }
-  [[nodiscard]] virtual bool copyWithoutRecording(const Image& image) = 0;
+  [[nodiscard]] virtual bool copyWithoutRecording(const Image& image, bool concealed) = 0;
+  [[nodiscard]] bool copyWithoutRecording(const Image& image) {
+    return copyWithoutRecording(image, false);
+  }
 
   // Ends a user's copy: flashes and says `message` when the clipboard was written, else that it
   // was not. Returns `written`.

@@ -105,11 +105,12 @@ void ScannedTextPanel::pressed(const std::string& button) {
   actions_.perform(sender);
 }
 
-void ScannedTextPanel::show(const SharedText& text, const Image& image) {
+void ScannedTextPanel::show(const SharedText& text, const Image& image, bool concealed) {
   if (!ocrHUDWindow) makeWindow();
   ocrHUDImage = image;
+  concealed_ = concealed;
   ocrHUDWindow->setText(header, share(headerFor(*text)));
-  ocrHUDWindow->setText(ocrHUDTextView, text);
+  ocrHUDWindow->setText(ocrHUDTextView, text, concealed);
   if (!isShown()) ocrHUDWindow->setOrigin(place_.origin(panelSize));
   ocrHUDWindow->showWithoutActivating();
   open_ = place_.follow(*ocrHUDWindow);
@@ -117,7 +118,7 @@ void ScannedTextPanel::show(const SharedText& text, const Image& image) {
 
 void ScannedTextPanel::copyOCRText() {
   if (!isShown()) return;
-  shell_.confirmCopy(shell_.copyWithoutRecording(ocrHUDWindow->text(ocrHUDTextView)),
+  shell_.confirmCopy(shell_.copyWithoutRecording(ocrHUDWindow->text(ocrHUDTextView), concealed_),
                      "Copied the scanned text");
 }
 
@@ -129,7 +130,7 @@ void ScannedTextPanel::openOCRInEditor() {
   if (!isShown()) return;
   const SharedText text = ocrHUDWindow->text(ocrHUDTextView);
   closeOCRHUD();
-  openEditor_(text, "Text in image (OCR)");
+  openEditor_(text, "Text in image (OCR)", concealed_);
 }
 
 // What was read is let go of: a screen may have shown a password.

@@ -22,13 +22,15 @@ struct PanelPlace {
 // Main thread only; everything it is given outlives it.
 class ScannedTextPanel {
  public:
-  using OpenEditor = std::function<void(const SharedText& text, const std::string& title)>;
+  using OpenEditor =
+      std::function<void(const SharedText& text, const std::string& title, bool concealed)>;
 
   ScannedTextPanel(Platform& platform, Shell& shell, ActionTable& actions, TextSaving& saving,
                    PanelPlace place, OpenEditor openEditor);
 
-  // Shows the text in place of the one that is shown; whoever has the keys keeps them.
-  void show(const SharedText& text, const Image& image);
+  // Shows the text in place of the one that is shown; whoever has the keys keeps them. What is made
+  // of a `concealed` text stays concealed.
+  void show(const SharedText& text, const Image& image, bool concealed);
 
   // The application's state, open to its tests.
   std::unique_ptr<Window> ocrHUDWindow;  // made on first use, hidden when closed
@@ -51,6 +53,7 @@ class ScannedTextPanel {
   const PanelPlace place_;
   const OpenEditor openEditor_;
   Task open_;
+  bool concealed_ = false;
 };
 
 }  // namespace marbelot

@@ -10,8 +10,9 @@ TextRecognition::TextRecognition(Platform& platform, Shell& shell, ActionTable& 
                                  HistoryImage historyImage, Show show)
     : platform_(platform), shell_(shell), show_(std::move(show)) {
   actions.add("ocrClipboardImage", [this](const MenuItem&) {
-    const auto image = platform_.pasteboard.contents().image;
-    image ? recognize(*image, false) : shell_.notify("No image on the clipboard");
+    const PasteboardContents contents = platform_.pasteboard.contents();
+    contents.image ? recognize(*contents.image, false, contents.concealed)
+                   : shell_.notify("No image on the clipboard");
   });
   actions.add("ocrClipHistory:",
               [this, historyImage = std::move(historyImage)](const MenuItem& sender) {
@@ -25,12 +26,12 @@ TextRecognition::TextRecognition(Platform& platform, Shell& shell, ActionTable& 
 }
 
 void TextRecognition::imageCopied(const Image& image) {
-  if (autoOCR) recognize(image, true);
+  if (autoOCR) recognize(image, true, platform_.pasteboard.contents().conceals(image));
 }
 
-void TextRecognition::recognize(const Image& image, bool quiet) {
+void TextRecognition::recognize(const Image& image, bool quiet, bool concealed) {
   if (waiting_ && quiet && !waiting_->quiet) return;
-  waiting_ = Scan{image, quiet};
+  waiting_ = Scan{image, quiet, concealed};
   const bool makesWay = scan_ && (scan_->quiet || !quiet) && !isDecoding_;
   if (makesWay) {
     reading_.cancel();
@@ -66,9 +67,9 @@ void TextRecognition::finish(const Recognition& recognition) {
   if (recognition.lines.empty()) return end("No text found in the image");
   std::string text;
   for (const std::string& line : recognition.lines) text += (text.empty() ? "" : "\n") + line;
-  const Image image = scan_->image;
+  const Scan scan = *scan_;
   end({});
-  show_(share(std::move(text)), image);
+  show_(share(std::move(text)), scan.image, scan.concealed);
 }
 
 // Ends the scan that is under way; the message is for a user who asked for it.

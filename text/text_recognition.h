@@ -20,8 +20,8 @@ class TextRecognition {
  public:
   // The image in the history entry that the sender was made for, none when it is no image.
   using HistoryImage = std::function<std::optional<Image>(const MenuItem& sender)>;
-  // Shows the text, which is not empty.
-  using Show = std::function<void(const SharedText& text, const Image& image)>;
+  // Shows the text, which is not empty. `concealed`: the image's owner marked it as secret.
+  using Show = std::function<void(const SharedText& text, const Image& image, bool concealed)>;
 
   TextRecognition(Platform& platform, Shell& shell, ActionTable& actions, HistoryImage historyImage,
                   Show show);
@@ -32,7 +32,7 @@ class TextRecognition {
       true,
       {.registered = true, .toggle = {"Auto-scan copied images for text (OCR)", "toggleAutoOCR"}}};
 
-  void recognize(const Image& image, bool quiet);
+  void recognize(const Image& image, bool quiet, bool concealed = false);
   // A new image came onto the clipboard.
   void imageCopied(const Image& image);
 
@@ -40,6 +40,7 @@ class TextRecognition {
   struct Scan {
     Image image;
     bool quiet;
+    bool concealed;
   };
 
   void startNext();

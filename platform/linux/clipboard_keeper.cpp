@@ -15,15 +15,16 @@
 namespace marbelot {
 namespace {
 
-// The first byte in the memory file; the rest is the text, or the image as it is encoded.
-constexpr char plainText = 't', concealedText = 's', encodedImage = 'i';
+// Flags in the first byte of the memory file; the rest is the text, or the image as it is encoded.
+constexpr char isImage = 1, isConcealed = 2;
 
 }  // namespace
 
 Descriptor startClipboardKeeper(const ClipboardOffer& offer, const std::string& mark,
                                 const std::string& display) {
   const SharedBytes bytes = offer.image ? offer.image->bytes() : offer.text;
-  const char kind = offer.image ? encodedImage : offer.concealed ? concealedText : plainText;
+  const auto kind =
+      static_cast<char>((offer.image ? isImage : 0) | (offer.concealed ? isConcealed : 0));
   const Descriptor memory(::memfd_create("marbelot-kept", MFD_CLOEXEC));
   std::array<int, 2> ends{};
   if (!bytes || !memory || !writeFully(memory.get(), {&kind, 1}) ||
@@ -62,11 +63,11 @@ std::optional<ClipboardOffer> keptOffer(int from) {
   std::string bytes(static_cast<std::size_t>(status.st_size - 1), '\0');
   if (!readFully(from, &kind, 1) || !readFully(from, bytes.data(), bytes.size()))
     return std::nullopt;
-  if (kind != encodedImage)
-    return ClipboardOffer{share(std::move(bytes)), {}, kind == concealedText};
+  const bool concealed = (kind & isConcealed) != 0;
+  if ((kind & isImage) == 0) return ClipboardOffer{share(std::move(bytes)), {}, concealed};
   std::optional<Image> image = Image::fromBytes(share(std::move(bytes)));
   if (!image) return std::nullopt;
-  return ClipboardOffer{nullptr, std::move(image), false};
+  return ClipboardOffer{nullptr, std::move(image), concealed};
 }
 
 }  // namespace marbelot

@@ -35,15 +35,16 @@ std::string_view encodingOf(std::string_view type) {
 }  // namespace
 
 std::vector<std::string> offeredTypes(const ClipboardOffer& offer) {
-  if (!offer.image) {
-    std::vector<std::string> types{offeredTextTypes.begin(), offeredTextTypes.end()};
-    if (offer.concealed) types.emplace_back(passwordHint);
-    return types;
+  std::vector<std::string> types;
+  if (offer.image) {
+    const std::string_view own = mimeType(offer.image->format());
+    types.emplace_back(own);
+    for (const ImageType& type : imageTypes)
+      if (type.name != own) types.emplace_back(type.name);
+  } else {
+    types.assign(offeredTextTypes.begin(), offeredTextTypes.end());
   }
-  const std::string_view own = mimeType(offer.image->format());
-  std::vector<std::string> types{std::string(own)};
-  for (const ImageType& type : imageTypes)
-    if (type.name != own) types.emplace_back(type.name);
+  if (offer.concealed) types.emplace_back(passwordHint);
   return types;
 }
 
@@ -51,7 +52,7 @@ std::vector<std::string> keptTypes(const ClipboardOffer& offer) {
   std::vector<std::string> types = offeredTypes(offer);
   if (offer.image) {
     std::erase_if(types, [own = mimeType(offer.image->format())](const std::string& type) {
-      return type != own && type != "image/png";
+      return type.starts_with("image/") && type != own && type != "image/png";
     });
   }
   return types;
@@ -91,9 +92,9 @@ const ClipboardOffer* OfferedForms::offer() const {
 
 void OfferedForms::request(std::string_view type, Done done) {
   if (!contents_) return done(nullptr);
+  if (type == passwordHint) return done(share("secret"));
   if (contents_->offer.image) return convert(type, std::move(done));
   const SharedText& text = contents_->offer.text;
-  if (type == passwordHint) return done(share("secret"));
   done(type == "STRING" ? share(toLatin1(*text)) : text);
 }
 

@@ -18,12 +18,12 @@ namespace marbelot {
 struct ClipboardOffer {
   SharedText text;
   std::optional<Image> image;
-  bool concealed = false;  // of a text
+  bool concealed = false;
 };
 
 // The type names under which other programs can ask for it, the best one first.
 std::vector<std::string> offeredTypes(const ClipboardOffer& offer);
-// Those that cost nothing to make: all of a text's, of an image its own and PNG.
+// Those that cost little to make: all but an image's conversions to other formats than PNG.
 std::vector<std::string> keptTypes(const ClipboardOffer& offer);
 
 // Makes the forms when they are asked for: conversions on a thread beside, each only once.

@@ -84,9 +84,9 @@ std::optional<std::int64_t> DesktopPasteboard::write(SharedText text, bool conce
   return write(ClipboardOffer{text ? std::move(text) : share({}), std::nullopt, concealed});
 }
 
-std::optional<std::int64_t> DesktopPasteboard::write(const Image& image) {
+std::optional<std::int64_t> DesktopPasteboard::write(const Image& image, bool concealed) {
   if (!image.isReadable()) return std::nullopt;
-  return write(ClipboardOffer{nullptr, image, false});
+  return write(ClipboardOffer{nullptr, image, concealed});
 }
 
 std::optional<std::int64_t> DesktopPasteboard::write(ClipboardOffer offer) {

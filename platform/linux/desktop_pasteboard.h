@@ -29,7 +29,7 @@ class DesktopPasteboard final : public Pasteboard {
   std::vector<PasteboardChange> changesSince(std::int64_t count) override;
   using Pasteboard::write;
   std::optional<std::int64_t> write(SharedText text, bool concealed) override;
-  std::optional<std::int64_t> write(const Image& image) override;
+  std::optional<std::int64_t> write(const Image& image, bool concealed) override;
   bool announcesChanges() const override { return true; }
   void setChangeHandler(std::function<void()> handler) override;
 

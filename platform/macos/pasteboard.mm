@@ -148,13 +148,13 @@ class GeneralPasteboard final : public Pasteboard {
       const std::int64_t count = [pasteboard_ clearContents];
       // The type is UTF-8: what is large need not be converted and back.
       if (![pasteboard_ setData:nsData(text) forType:NSPasteboardTypeString]) return std::nullopt;
-      if (concealed) [pasteboard_ setString:@"" forType:@"org.nspasteboard.ConcealedType"];
+      if (concealed) markConcealed();
       return note(count,
                   {.text = std::move(text), .image = {}, .types = {}, .concealed = concealed});
     }
   }
 
-  std::optional<std::int64_t> write(const Image& image) override {
+  std::optional<std::int64_t> write(const Image& image, bool concealed) override {
     @autoreleasepool {
       MarbelotImageWriter* const writer = [[MarbelotImageWriter alloc] initWithImage:image];
       if (image.isEncoded()) {
@@ -168,7 +168,8 @@ class GeneralPasteboard final : public Pasteboard {
       }
       const std::int64_t count = [pasteboard_ clearContents];
       if (![pasteboard_ writeObjects:@[ writer ]]) return std::nullopt;
-      return note(count, {.text = nullptr, .image = image, .types = {}, .concealed = false});
+      if (concealed) markConcealed();
+      return note(count, {.text = nullptr, .image = image, .types = {}, .concealed = concealed});
     }
   }
 
@@ -176,6 +177,8 @@ class GeneralPasteboard final : public Pasteboard {
   void setChangeHandler(std::function<void()>) override {}
 
  private:
+  void markConcealed() { [pasteboard_ setString:@"" forType:@"org.nspasteboard.ConcealedType"]; }
+
   // Own writes are known without being read; one may be gone before anybody asks.
   std::int64_t note(std::int64_t count, PasteboardContents contents) {
     for (NSString* type in pasteboard_.types) contents.types.push_back(utf8(type));

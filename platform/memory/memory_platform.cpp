@@ -83,11 +83,12 @@ std::optional<std::int64_t> Clipboard::write(SharedText text, bool concealed) {
   return replaceAndAnnounce(std::move(contents));
 }
 
-std::optional<std::int64_t> Clipboard::write(const Image& image) {
+std::optional<std::int64_t> Clipboard::write(const Image& image, bool concealed) {
   if (refuses || !image.isReadable()) return std::nullopt;
   PasteboardContents contents;
   contents.image = image;
   contents.types = {std::string(mimeType(image.format()))};
+  contents.concealed = concealed;
   return replaceAndAnnounce(std::move(contents));
 }
 

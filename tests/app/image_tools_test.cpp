@@ -203,6 +203,35 @@ TEST_F(ImageToolsTest, ANewerCopyStaysOnTheClipboard) {
   EXPECT_EQ(history()[2], "\U0001F5BC Image 150 × 100");
 }
 
+TEST_F(ImageToolsTest, WhatIsMadeOfAConcealedPictureIsConcealed) {
+  PasteboardContents secret;
+  secret.image = picture(30, 20);
+  secret.concealed = true;
+  const auto isConcealed = [&] { return desktop_.pasteboard.contents().concealed; };
+  desktop_.pasteboard.copyElsewhere(secret);
+  ask({"Edit image", "Rotate", "Right 90°"});
+  choose({"Edit image", "Flip", "Vertical"});
+  EXPECT_EQ(size(), "20x30");
+  EXPECT_TRUE(isConcealed());
+  choose({"Copy as <img> tag (base64)"});
+  EXPECT_TRUE(desktop_.pasteboard.contents().text && isConcealed());
+
+  writeFile(home_ / "a.png", *picture(9, 9).bytes());
+  desktop_.pasteboard.copyElsewhere(secret);
+  perform("flipClip:", EditFile{home_ / "a.png"}, std::string("h"));
+  EXPECT_FALSE(isConcealed()) << "the file is no secret";
+
+  poll();
+  const Titles before = history();
+  desktop_.pasteboard.copyElsewhere(secret);
+  ask({"Edit image", "Flip", "Vertical"});
+  copy(*secret.image);
+  desktop_.queue.drain();
+  EXPECT_EQ(said(), "The clipboard has changed meanwhile");
+  poll();
+  EXPECT_EQ(history().size(), before.size() + 1) << "the newer copy alone";
+}
+
 TEST_F(ImageToolsTest, AnOpenMenuMeansTheEntryThatItShows) {
   copy(picture(10, 10));
   poll();

@@ -23,8 +23,8 @@ class MemoryShell : public Shell {
   bool copyWithoutRecording(SharedText text, bool concealed) override {
     return history->copyWithoutRecording(text, concealed);
   }
-  bool copyWithoutRecording(const Image& image) override {
-    return history->copyWithoutRecording(image);
+  bool copyWithoutRecording(const Image& image, bool concealed) override {
+    return history->copyWithoutRecording(image, concealed);
   }
   int flashes = 0;
   int rebuilds = 0;

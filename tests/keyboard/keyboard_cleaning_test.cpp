@@ -17,7 +17,7 @@ struct KeyboardCleaningTest : testing::Test, Shell {
   void flashStatusIcon() override {}
   void rebuildMenu() override { ++rebuilds; }
   bool copyWithoutRecording(SharedText, bool) override { return false; }
-  bool copyWithoutRecording(const Image&) override { return false; }
+  bool copyWithoutRecording(const Image&, bool) override { return false; }
 
   void toggle() {
     MenuItem sender;

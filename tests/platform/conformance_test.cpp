@@ -158,6 +158,10 @@ TEST_P(Conformance, OtherProgramsAndTheUserCopyAndPaste) {
   ASSERT_TRUE(pasteboard.write(share("secret"), true));
   EXPECT_TRUE(pasteboard.contents().concealed);
   EXPECT_EQ(*pasteboard.contents().text, "secret");
+  for (const bool concealed : {true, false}) {
+    ASSERT_TRUE(pasteboard.write(*Image::fromBytes(png(30)), concealed));
+    EXPECT_EQ(pasteboard.contents().concealed, concealed);
+  }
 }
 
 TEST_P(Conformance, NoticesReachTheUser) {

@@ -236,8 +236,10 @@ TEST_P(WaylandPasteboardTest, WhatItLeavesStaysUntilItIsReplaced) {
   EXPECT_TRUE(board->contents().concealed);
 
   Bitmap bitmap = *Bitmap::makeClear(40, 30);
-  EXPECT_TRUE(board->write(Image::fromPixels(std::make_shared<const Bitmap>(std::move(bitmap)))));
+  EXPECT_TRUE(
+      board->write(Image::fromPixels(std::make_shared<const Bitmap>(std::move(bitmap))), true));
   board.reset();
+  EXPECT_EQ(paste("x-kde-passwordManagerHint"), "secret");
   EXPECT_EQ(paste("image/png")->substr(0, 4), "\x89PNG");
   EXPECT_EQ(paste("image/bmp")->substr(0, 2), "BM") << "the keeper converts, too";
 

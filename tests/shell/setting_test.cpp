@@ -16,7 +16,7 @@ struct SettingTest : testing::Test, Shell {
   void flashStatusIcon() override {}
   void rebuildMenu() override { ++rebuilds; }
   bool copyWithoutRecording(SharedText, bool) override { return false; }
-  bool copyWithoutRecording(const Image&) override { return false; }
+  bool copyWithoutRecording(const Image&, bool) override { return false; }
 };
 
 TEST_F(SettingTest, EachTypeIsStoredAsSuchAndReadWithItsFallback) {

@@ -139,7 +139,7 @@ struct TextActionsTest : testing::Test, Shell {
     unrecorded = *text;
     return true;
   }
-  bool copyWithoutRecording(const Image&) override { return false; }
+  bool copyWithoutRecording(const Image&, bool) override { return false; }
 
   void install(const std::string& scheme, std::vector<std::string> names) {
     for (const std::string& name : names) {

@@ -37,7 +37,7 @@ struct TextTools : testing::Test, Shell {
     ++unrecorded;
     return desk.pasteboard.write(std::move(text), concealed).has_value();
   }
-  bool copyWithoutRecording(const Image&) override { return false; }
+  bool copyWithoutRecording(const Image&, bool) override { return false; }
 
   void copy(const std::string& text) { desk.pasteboard.copyElsewhere(text); }
   std::string clipboard() { return *desk.pasteboard.contents().text; }
