@@ -16,8 +16,6 @@ constexpr double flashSeconds = 0.9;
 constexpr double promptSeconds = 2.5;
 // After which the memory of pictures goes back; seldom enough not to be felt on an idle machine.
 constexpr double idleSeconds = 60;
-// Every message of the program stands under this title, whatever its subject.
-constexpr const char* noticeTitle = "Screenshot copied to clipboard";
 
 }  // namespace
 
@@ -118,6 +116,7 @@ AppDelegate::AppDelegate(Platform& platform)
   panels_.editor.hooks.append = [this](const SharedText& text) {
     collectCopies_.append(text, false);
   };
+  watched_.isCapturing = [this] { return captureCommands_.isCapturing(); };
   captureCommands_.onStart = [this](const std::string& path) { watched_.ignore(path); };
   captureCommands_.onCaptured = [this](const std::string& name, const std::string& message) {
     captureHistory_.refresh();

@@ -37,6 +37,9 @@ class CaptureCommands {
   // A picture was taken, and is on the clipboard unless it cannot be read.
   std::function<void(const std::string& fileName, const std::string& message)> onCaptured;
 
+  // Whether one is under way.
+  bool isCapturing() const { return !captures_.empty(); }
+
   // Looks which programs are running.
   void refresh() { applications_ = platform_.screenCapture.runningApplications(); }
   std::shared_ptr<Menu> menu() const;

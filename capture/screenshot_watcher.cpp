@@ -16,6 +16,8 @@ constexpr double attemptInterval = 0.05;
 // While a file is being written, looks at it become rarer: seconds between them.
 constexpr double shortestWritingWait = 0.005;
 constexpr double longestWritingWait = 3;
+// In which a file that the desktop has made for us is taken away.
+constexpr double holdSeconds = 1;
 // No screenshot is larger, and nothing larger belongs on the clipboard.
 constexpr std::size_t largestFile = std::size_t{512} << 20;
 
@@ -109,6 +111,7 @@ void ScreenshotWatcher::folderChanged() {
   for (const auto& [fullPath, attempt] : pending_) waiting.push_back(fullPath);
   for (const std::string& fullPath : waiting) {
     Attempt& pending = pending_[fullPath];
+    if (pending.isOnHold) continue;
     if (pending.number == 0) {
       pending.writingWait = 0;
       attempt(fullPath);
@@ -146,7 +149,16 @@ void ScreenshotWatcher::rescan() {
   }
   // Of several that came at once, the newest is the one to stay on the clipboard.
   std::sort(fresh.begin(), fresh.end());
-  for (const auto& [modified, fullPath] : fresh) attempt(fullPath);
+  for (const auto& [modified, fullPath] : fresh) isCapturing() ? hold(fullPath) : attempt(fullPath);
+}
+
+void ScreenshotWatcher::hold(const std::string& fullPath) {
+  Attempt& pending = pending_[fullPath];
+  pending.isOnHold = true;
+  pending.next = platform_.queue.after(holdSeconds, [this, fullPath] {
+    pending_[fullPath].isOnHold = false;
+    attempt(fullPath);
+  });
 }
 
 void ScreenshotWatcher::attempt(const std::string& fullPath) {

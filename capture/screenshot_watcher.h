@@ -31,6 +31,10 @@ class ScreenshotWatcher {
   // The file is not to be copied when it comes, if it is one of this folder.
   void ignore(const std::string& fullPath);
 
+  // Whether the desktop may be taking a picture for us, which it first saves where it saves all of
+  // them: such a file is taken away again, and nobody's find.
+  std::function<bool()> isCapturing = [] { return false; };
+
   // Looks whether the path means another folder by now.
   void check();
 
@@ -53,12 +57,14 @@ class ScreenshotWatcher {
   struct Attempt {
     int number = 0;          // 0 while the file is being written
     double writingWait = 0;  // seconds until the next look at a file that is being written
+    bool isOnHold = false;   // it may be about to be taken away
     Task next;
   };
 
   void folderChanged();
   void tellChange();
   void rescan();
+  void hold(const std::string& fullPath);
   void attempt(const std::string& fullPath);
   files::ScreenshotState copyIfFinished(const std::string& fullPath);
 

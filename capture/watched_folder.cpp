@@ -21,6 +21,7 @@ WatchedFolder::WatchedFolder(Platform& platform, std::function<void(const std::s
 
 std::unique_ptr<ScreenshotWatcher> WatchedFolder::made(const std::string& folder) {
   auto another = std::make_unique<ScreenshotWatcher>(platform_, folder, onCopy_);
+  another->isCapturing = [this] { return isCapturing(); };
   another->onChange = [this, which = another.get()] { changed(which); };
   return another;
 }

@@ -30,6 +30,9 @@ class WatchedFolder {
   // The file is not to be copied when it comes into a folder that is watched.
   void ignore(const std::string& fullPath);
 
+  // Whether the desktop may be taking a picture for us, whose file is nobody's find either.
+  std::function<bool()> isCapturing = [] { return false; };
+
   // Looks whether the path means another folder by now.
   void check();
 

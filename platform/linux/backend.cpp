@@ -44,7 +44,7 @@ class QtApplication : public Application {
  public:
   explicit QtApplication(RemoteControl& remote) : remote_(remote) {}
   void terminate() override { QCoreApplication::quit(); }
-  // No Linux desktop asks a program for a Dock menu.
+  // No Linux desktop asks a program for a Dock menu; the menu entry has a few commands for docks.
   void setDockMenu(std::function<std::shared_ptr<Menu>()>,
                    std::function<void(const MenuItem&)>) override {}
   void serve(RemoteRequests requests) override { remote_.serve(std::move(requests)); }
@@ -188,7 +188,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   QtDialogs dialogs(bus, pictures);
   QtScreens screens;
   QtKeyMonitors keyMonitors;
-  DesktopScreenCapture screenCapture(queue);
+  DesktopScreenCapture screenCapture(queue, bus);
   TesseractRecognizer recognizer(queue);
   HelperWebWindows webWindows;
   AppcastUpdates updates({queue, defaults, notices, dialogs, workspace},

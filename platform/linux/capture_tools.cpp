@@ -71,18 +71,9 @@ Words pickArguments(const CaptureRequest&, const std::string& before) {
 const CaptureStep slurpStep{"slurp", "slurp", slurpArguments};
 const CaptureStep grimStep{"grim", "grim", grimArguments};
 
-bool isWayland() { return qEnvironmentVariableIsSet("WAYLAND_DISPLAY"); }
-
-// Desktops that let no other program than their own tool see the screen.
-bool isClosed() {
-  const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP").toUpper();
-  return desktop.contains("GNOME") || desktop.contains("KDE");
-}
-
 const std::vector<CaptureStep>& waylandSteps(CaptureRequest::Subject subject) {
-  static const std::vector<CaptureStep> none, screen{grimStep}, area{slurpStep, grimStep},
+  static const std::vector<CaptureStep> screen{grimStep}, area{slurpStep, grimStep},
       window{{"swaymsg", "sway", treeArguments}, {"sh", "dash", pickArguments}, grimStep};
-  if (isClosed()) return none;
   if (subject == CaptureRequest::Subject::screen) return screen;
   const bool canPick =
       subject == CaptureRequest::Subject::pickedWindow && qEnvironmentVariableIsSet("SWAYSOCK");
@@ -90,6 +81,8 @@ const std::vector<CaptureStep>& waylandSteps(CaptureRequest::Subject subject) {
 }
 
 }  // namespace
+
+bool isWayland() { return qEnvironmentVariableIsSet("WAYLAND_DISPLAY"); }
 
 CaptureRequest captureRequest(const std::vector<std::string>& arguments) {
   const auto has = [&](const char* word) {

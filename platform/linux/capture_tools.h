@@ -32,7 +32,9 @@ struct CaptureStep {
   std::vector<std::string> (*arguments)(const CaptureRequest& request, const std::string& before);
 };
 
-// How it is done on this desktop; empty where only the desktop's own tool can.
+bool isWayland();
+
+// How it is done on X11, and on Wayland where programs may see the screen.
 const std::vector<CaptureStep>& captureSteps(const CaptureRequest& request);
 
 }  // namespace marbelot

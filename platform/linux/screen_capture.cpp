@@ -14,6 +14,7 @@
 #include "platform/image_codec.h"
 #include "platform/linux/desktop_entries.h"
 #include "platform/linux/raw_picture.h"
+#include "platform/linux/wayland_screen.h"
 
 namespace marbelot {
 namespace {
@@ -58,13 +59,20 @@ struct DesktopScreenCapture::Job {
   std::function<void(const std::string& problem)> finished;
   std::size_t step = 0;
   std::unique_ptr<ChildProcess> child;
+  std::unique_ptr<PortalScreenshot> portal;
   Task saving;
   bool started = false;
   bool cancelled = false;
 };
 
-DesktopScreenCapture::DesktopScreenCapture(MainQueue& queue) : queue_(queue) {
+DesktopScreenCapture::DesktopScreenCapture(MainQueue& queue, SessionBus& bus)
+    : queue_(queue), bus_(bus) {
   QCoreApplication::instance()->installEventFilter(this);
+  if (!isWayland()) return;
+  asking_ = queue_.inBackground(waylandShowsScreen, [this](bool shows) {
+    waylandShowsScreen_ = shows;
+    startWaiting();
+  });
 }
 
 DesktopScreenCapture::~DesktopScreenCapture() = default;
@@ -101,20 +109,22 @@ Task DesktopScreenCapture::capture(const std::vector<std::string>& arguments,
 
 // As soon as those that were cancelled are gone, which hold the pointer until then.
 void DesktopScreenCapture::startWaiting() {
+  if (isWayland() && !waylandShowsScreen_) return;
   if (std::any_of(jobs_.begin(), jobs_.end(), [](const auto& job) { return job->cancelled; }))
     return;
   const auto jobs = jobs_;
   for (const auto& job : jobs)
-    if (!std::exchange(job->started, true)) run(*job, "");
+    if (!std::exchange(job->started, true)) begin(*job);
+}
+
+void DesktopScreenCapture::begin(Job& job) {
+  // The windows that have numbers are X11's on Wayland, too.
+  const bool isWindow = job.request.subject == CaptureRequest::Subject::window;
+  isWayland() && !isWindow && !*waylandShowsScreen_ ? askPortal(job) : run(job, "");
 }
 
 void DesktopScreenCapture::run(Job& job, const std::string& before) {
   const std::vector<CaptureStep>& steps = captureSteps(job.request);
-  if (steps.empty()) {
-    return finish(job,
-                  "This desktop lets only its own tool take pictures of the screen. What that "
-                  "saves in the watched folder is copied.");
-  }
   const CaptureStep& step = steps[job.step];
   const QString program = QStandardPaths::findExecutable(step.program);
   if (program.isEmpty()) {
@@ -147,6 +157,27 @@ void DesktopScreenCapture::save(Job& job, Descriptor output) {
        margins = job.request.margins] {
         const SharedBytes png = pngOf(contents(*file, largestPicture), margins);
         return png && files::create(path, *png);
+      },
+      [this, &job](bool saved) { finish(job, saved ? "" : "Couldn't save the screenshot"); });
+}
+
+void DesktopScreenCapture::askPortal(Job& job) {
+  if (!bus_.connected()) return finish(job, "Taking pictures of the screen needs a session bus");
+  job.portal = std::make_unique<PortalScreenshot>(
+      job.request.subject != CaptureRequest::Subject::screen,
+      [this, &job](const PortalScreenshot::Answer& answer) { takeOver(job, answer); });
+}
+
+// The portal's file was made for us alone, and is one too many once we have saved ours.
+void DesktopScreenCapture::takeOver(Job& job, const PortalScreenshot::Answer& answer) {
+  if (answer.file.empty()) return finish(job, answer.problem);
+  job.saving = queue_.inBackground(
+      [from = answer.file, to = job.path] {
+        const auto image = Image::fromBytes(files::read(from, largestPicture));
+        const SharedBytes png = image ? pngBytes(*image) : nullptr;
+        if (!png || !files::create(to, *png)) return false;
+        ::unlink(from.c_str());
+        return true;
       },
       [this, &job](bool saved) { finish(job, saved ? "" : "Couldn't save the screenshot"); });
 }

@@ -10,6 +10,8 @@
 
 #include "platform/linux/capture_tools.h"
 #include "platform/linux/child_process.h"
+#include "platform/linux/portal_screenshot.h"
+#include "platform/linux/session_bus.h"
 #include "platform/linux/x11_windows.h"
 #include "platform/screen_capture.h"
 
@@ -17,7 +19,7 @@ namespace marbelot {
 
 class DesktopScreenCapture : public QObject, public ScreenCapture {
  public:
-  explicit DesktopScreenCapture(MainQueue& queue);
+  DesktopScreenCapture(MainQueue& queue, SessionBus& bus);
   ~DesktopScreenCapture() override;
 
   [[nodiscard]] Task capture(const std::vector<std::string>& arguments, const std::string& path,
@@ -32,13 +34,20 @@ class DesktopScreenCapture : public QObject, public ScreenCapture {
   bool eventFilter(QObject* watched, QEvent* event) override;
   X11Windows& windows();
   void startWaiting();
+  void begin(Job& job);
   void run(Job& job, const std::string& before);
+  void askPortal(Job& job);
   void stepEnded(Job& job, ChildProcess::Result result);
   void save(Job& job, Descriptor output);
+  void takeOver(Job& job, const PortalScreenshot::Answer& answer);
   void finish(Job& job, const std::string& problem);
   void cancel(const Job* job);
 
   MainQueue& queue_;
+  SessionBus& bus_;
+  // Whether programs may see the screen of a Wayland desktop; none until the compositor has told.
+  std::optional<bool> waylandShowsScreen_;
+  Task asking_;
   std::unique_ptr<X11Windows> windows_;
   std::list<std::shared_ptr<Job>> jobs_;
   Task starting_;

@@ -6,7 +6,7 @@ import re
 import shutil
 import unittest
 
-from desktop_case import DesktopTest, Marbelot, png, stays, until
+from desktop_case import BIN, DesktopTest, Marbelot, png, stays, until
 
 NAME = re.compile(r"Capture \d{4}-\d\d-\d\d at \d\d\.\d\d\.\d\d( \(\d+\))?\.png")
 
@@ -166,6 +166,46 @@ class CapturesTest(DesktopTest):
         until(self.said, "notice")
         self.assertEqual(self.said()[0], "Taking pictures of the screen needs maim: install the "
                          "package “maim”.")
+
+    def test_the_portal_where_nobody_else_sees_the_screen(self):
+        socket = self.screen.folder / "compositor"
+        self.screen.spawn(BIN / "fake_wayland_desktop", "ext", socket)
+        until(socket.exists, "a compositor")
+        self.start(env={"WAYLAND_DISPLAY": str(socket), "XDG_CURRENT_DESKTOP": "GNOME"})
+        self.program.invoke("captureFullScreen")
+        until(self.said, "notice")
+        self.assertEqual(self.said()[0], "Taking pictures of the screen needs the desktop's "
+                         "portal: install the package “xdg-desktop-portal-gnome”.")
+
+        picture = self.screen.folder / "picture.png"
+        picture.write_bytes(png(seed=7))
+        shots = self.program.shots
+        self.screen.spawn("/usr/bin/python3", pathlib.Path(__file__).with_name("portal.py"),
+                          picture, shots, log="portal")
+
+        def asked():
+            return self.screen.log("portal").split()
+        until(asked, "portal")
+        said = 1
+        for action, kind in (("captureFullScreen", "whole"), ("captureArea", "interactive")):
+            self.program.invoke(action)
+            until(lambda: len(self.said()) > said, "notice")
+            self.assertRegex(self.said()[said], "^Captured: ")
+            self.assertEqual(asked()[said], kind)
+            said += 1
+        # Saved where screenshots are watched for, and counted once all the same.
+        stays(lambda: self.program.copied() == 2 and len(self.said()) == said, "counted once", 1.5)
+        self.assertEqual(list(shots.iterdir()), [])
+        files = list(self.folder.iterdir())
+        self.assertEqual([file.read_bytes() for file in files], [png(seed=7)] * 2)
+
+        (shots / "Wait").touch()
+        self.program.invoke("captureArea")
+        until(lambda: len(asked()) == 4, "asked")
+        (shots / "Wait").rename(shots / "Cancel")
+        self.program.invoke("captureWindowInteractive")
+        until(lambda: asked()[4:] == ["withdrawn", "interactive"], "asked anew")
+        stays(lambda: self.program.copied() == 2 and len(self.said()) == said, "given up", 0.6)
 
     def test_what_the_history_holds(self):
         self.folder.mkdir(parents=True)

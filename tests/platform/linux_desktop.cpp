@@ -263,7 +263,7 @@ class LinuxDesktop : public TestDesktop {
   QtDialogs dialogs_{bus_, pictures_};
   QtScreens screens_;
   QtKeyMonitors keyMonitors_;
-  DesktopScreenCapture screenCapture_{queue_};
+  DesktopScreenCapture screenCapture_{queue_, bus_};
   TesseractRecognizer recognizer_{queue_};
   HelperWebWindows webWindows_;
   AppcastUpdates updates_{{queue_, defaults_, notices_, dialogs_, workspace_}, {}, {}};
