@@ -22,7 +22,7 @@ std::string idText(std::uint64_t id) {
 }
 
 std::string noEntry(const std::string& id) {
-  return "the history has no entry " + text::shownTitle(id);
+  return "the history has no entry \"" + text::shownTitle(id) + "\"";
 }
 
 bool isSecret(ClipCategory category) {

@@ -1,7 +1,10 @@
 // marbelotctl: Marbelot's decisions in a shell, and a running Marbelot on a lead.
 
 #include <cstdio>
+#include <string>
+#include <string_view>
 
+#include "platform/text.h"
 #include "tools/arguments.h"
 
 namespace {
@@ -47,6 +50,32 @@ constexpr const char* usage =
     "\n"
     "Exit status: 0 done, 1 it could not be done, 2 wrong usage.\n";
 
+// What the usage says of one command; all of it without one.
+void tellUsage(const std::string& command) {
+  if (command.empty()) {
+    std::fputs(usage, stderr);
+    return;
+  }
+  std::string told;
+  bool isAboutIt = false;
+  const std::string_view all = usage;
+  for (std::size_t at = 0; at < all.size();) {
+    const std::string_view line = all.substr(at, all.find('\n', at) + 1 - at);
+    at += line.size();
+    const bool goesOn = line.starts_with("   ");
+    if (!goesOn)
+      isAboutIt = line.starts_with("  " + command + " ") || line == "  " + command + "\n";
+    if (isAboutIt) told += line;
+  }
+  const std::string shown = marbelot::text::shownTitle(command);
+  if (told.empty()) {
+    std::fprintf(stderr, "marbelotctl: there is no command \"%s\"; see marbelotctl help\n",
+                 shown.c_str());
+  } else {
+    std::fprintf(stderr, "marbelotctl: this is how to use %s:\n%s", shown.c_str(), told.c_str());
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -60,6 +89,6 @@ int main(int argc, char** argv) {
   int status = runTextCommand(arguments, known);
   if (!known) status = runImageCommand(arguments, known);
   if (!known) status = runRemoteCommand(arguments, known);
-  if (status == wrongUsage) std::fputs(usage, stderr);
+  if (status == wrongUsage) tellUsage(arguments.command());
   return status;
 }

@@ -39,7 +39,8 @@ std::optional<QString> ask(const QString& method, const QVariantList& arguments 
   const QDBusMessage reply =
       QDBusConnection::sessionBus().call(call, QDBus::Block, answerMilliseconds);
   if (reply.type() != QDBusMessage::ReplyMessage) {
-    const bool absent = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown";
+    const bool absent = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown" ||
+                        reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner";
     fail(absent ? QString("Marbelot is not running") : reply.errorMessage());
     return std::nullopt;
   }
@@ -164,6 +165,8 @@ int runRemoteCommand(Arguments& arguments, bool& known) {
   known = command == "menu" || command == "invoke" || command == "windows" || command == "press" ||
           command == "quit" || command == "history" || command == "copy" || command == "delete";
   if (!known) return wrongUsage;
+  // What the toolkit has to say of itself is nobody's answer.
+  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
   int argc = 1;
   std::string name = "marbelotctl";
   char* argv[] = {name.data(), nullptr};

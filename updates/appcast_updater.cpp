@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "shell/shell.h"
 #include "updates/page_text.h"
 #include "updates/web_address.h"
 
 namespace marbelot {
 namespace {
 
-constexpr const char* noticeTitle = "Screenshot copied to clipboard";
 constexpr std::string_view feedKey = "SUFeedURL";
 constexpr std::string_view lastCheckKey = "lastUpdateCheck";
 constexpr std::string_view skippedKey = "skippedUpdate";
