@@ -160,7 +160,7 @@ Half readHalf(const DateSource& source, std::size_t at, std::size_t& end) {
     const Token next = source.token(after);
     if (next.isWord() && next.capital && source.isA(next, Kind::none)) {
       std::string zone;
-      const std::size_t zoneEnd = readZone(source.text, after, zone, Spaced::mayBeRange);
+      const std::size_t zoneEnd = readZone(source.text, after, zone, Offset::mayBeRange);
       if (zoneEnd == after) return Half::none;
     }
   }
@@ -251,7 +251,7 @@ std::optional<Clock> atNoon(const DateSource& source, const Token& word, int hou
   clock.hour = hour;
   clock.marked = clock.settled = true;
   clock.midnight = hour == 0;
-  clock.end = readZone(source.text, clock.end, clock.zone, Spaced::mayBeRange);
+  clock.end = readZone(source.text, clock.end, clock.zone, Offset::mayBeRange);
   const RangeEnd range = readRangeEnd(source, clock.end, false);
   if (range.enough) clock.end = range.end;
   return clock;
@@ -298,6 +298,7 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
   clock.hour = hourWith(face->hour, half);
   clock.minute = face->minute;
   clock.second = face->second;
+  clock.colon = face->colon;
   clock.end = face->end;
   clock.settled = half != Half::none || face->hour > 12 || face->hour == 0;
   bool marked = face->marked || clockWord || half != Half::none;
@@ -308,10 +309,11 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
       clock.settled = marked = true;
     }
   }
-  const Spaced spaced = clock.second >= 0 ? Spaced::stamp : Spaced::mayBeRange;
+  const bool isStamp = clock.second >= 0 || (at > 0 && lower(source.byte(at - 1)) == 't');
+  const Offset offset = isStamp ? Offset::stamp : Offset::mayBeRange;
   if (marked || face->colon) {
     const std::size_t end =
-        readZone(source.text, std::max(clock.end, rangeEnd), clock.zone, spaced);
+        readZone(source.text, std::max(clock.end, rangeEnd), clock.zone, offset);
     marked = marked || !clock.zone.empty();
     if (!clock.zone.empty()) (rangeEnd > 0 ? rangeEnd : clock.end) = end;
   }
@@ -332,7 +334,7 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
     const RangeEnd range = readRangeEnd(source, clock.end, false);
     if (range.enough) rangeEnd = range.end;
     if (rangeEnd > 0 && clock.zone.empty()) {
-      rangeEnd = readZone(source.text, rangeEnd, clock.zone, spaced);
+      rangeEnd = readZone(source.text, rangeEnd, clock.zone, offset);
     }
   }
   clock.end = std::max(clock.end, rangeEnd);

@@ -16,6 +16,7 @@ struct Clock {
   int minute = 0;
   int second = -1;        // -1: not given
   std::string zone;       // as readZone has it, or empty
+  bool colon = false;     // "14:30"
   bool marked = false;    // enough for a time wherever it stands
   bool settled = false;   // whether morning or afternoon is told
   bool midnight = false;  // the word, which is the end of a night rather than the start of a day

@@ -105,7 +105,7 @@ class DateFinder final : public TriggerFinder {
   std::optional<Detection> dayAlone(std::size_t at, const Day& day) const;
   // "in two weeks", "3 days ago at noon".
   std::optional<Detection> distance(std::size_t at) const;
-  // "on the 15th".
+  // "on the 15th", "the 15th at 3".
   std::optional<Detection> numberedDay(std::size_t at) const;
   std::optional<Clock> clockAfter(const Day& day) const;
   std::size_t pastLaterDay(std::size_t at) const;
@@ -217,7 +217,8 @@ std::optional<Clock> DateFinder::clockAfter(const Day& day) const {
     return readClock(source_, day.end + 1, ClockStyle::colon);
   Token token = source_.token(day.end);
   std::size_t at = day.end;
-  if (token.is(',') || token.is('-') || token.is(U'–') || token.is('|')) {
+  if (token.is(',') || token.is('-') || token.is(U'–') || token.is('|') || token.is(U'·') ||
+      token.is(U'⋅')) {
     at = token.end();
     token = source_.token(at);
   }
@@ -262,7 +263,7 @@ std::optional<Detection> DateFinder::dayAndTime(std::size_t at) const {
   // "Sat Nov 21 08:00:00 2026 +0200"
   if (day->guessedYear && clock->second >= 0) {
     if (const std::optional<Day> dated = days_.inYearAt(clock->end, *day)) {
-      clock->end = clock->zone.empty() ? readZone(text(), dated->end, clock->zone, Spaced::stamp)
+      clock->end = clock->zone.empty() ? readZone(text(), dated->end, clock->zone, Offset::stamp)
                                        : dated->end;
       return date(at, clock->end, *dated, *clock);
     }
@@ -338,7 +339,9 @@ std::optional<Detection> DateFinder::timeAndDay(std::size_t at) const {
       return date(at, day->end, *day, *clock);
     }
   }
-  if (!clock->marked && (token.isWord() || !(afterAt || followsTimeWord(at)))) return std::nullopt;
+  // "at 5 fires" is no time, "at 17:30 in the lobby" is one.
+  const bool mayEnd = clock->colon || !token.isWord();
+  if (!clock->marked && !(mayEnd && (afterAt || followsTimeWord(at)))) return std::nullopt;
   return timeAlone(at, *clock);
 }
 
@@ -360,13 +363,12 @@ std::optional<Detection> DateFinder::numberedDay(std::size_t at) const {
   static const WordSet prepositions("on by until till before after from since for to");
   std::size_t article = 0;
   std::size_t word = 0;
-  if (wordBefore(at, article) != "the" || !prepositions.has(wordBefore(article, word))) {
-    return std::nullopt;
-  }
+  if (wordBefore(at, article) != "the") return std::nullopt;
   const std::optional<Day> day = days_.ofAnyMonth(at);
   if (!day) return std::nullopt;
-  const std::optional<Clock> clock = clockAfter(*day);
-  return clock ? date(at, clock->end, *day, *clock) : dayAlone(at, *day);
+  if (const std::optional<Clock> clock = clockAfter(*day))
+    return date(at, clock->end, *day, *clock);
+  return prepositions.has(wordBefore(article, word)) ? dayAlone(at, *day) : std::nullopt;
 }
 
 }  // namespace

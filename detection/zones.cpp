@@ -137,26 +137,18 @@ std::size_t readName(std::string_view text, const Token& token, std::string& zon
   return next.lower == "time" ? next.end() : token.end();
 }
 
-}  // namespace
-
-std::size_t readZone(std::string_view text, std::size_t at, std::string& zone, Spaced spaced) {
+// As readZone, without brackets.
+std::size_t readBareZone(std::string_view text, std::size_t at, std::string& zone, Offset offset) {
   if (byteAt(text, at) == 'Z' && !isAlnum(byteAt(text, at + 1))) {
     zone = 'Z';
     return at + 1;
   }
   const Token token = tokenAt(text, at);
   if (!token.isWord()) {
-    // "10:00 -12:00" is a range unless more speaks for a stamp.
+    // "10:00-12:00" is a range unless more speaks for a stamp.
     const std::size_t sign = token.range.start;
     const bool colon = byteAt(text, sign + 3) == ':';
-    if (token.is('(')) {
-      const Token name = tokenAt(text, token.end());
-      const std::string inside = abbreviatedZone(written(text, name));
-      if (inside.empty() || byteAt(text, name.end()) != ')') return at;
-      zone = inside;
-      return name.end() + 1;
-    }
-    if (token.spaced && !token.is('+') && colon && spaced == Spaced::mayBeRange) return at;
+    if (!token.is('+') && colon && offset == Offset::mayBeRange) return at;
     const std::size_t end = readOffset(text, sign, Hours::both, zone);
     return end > sign ? afterZoneName(text, end) : at;
   }
@@ -169,6 +161,18 @@ std::size_t readZone(std::string_view text, std::size_t at, std::string& zone, S
   if (known.empty()) return at;
   zone = known;
   return known == "Z" ? readOffset(text, token.end(), Hours::either, zone) : token.end();
+}
+
+}  // namespace
+
+std::size_t readZone(std::string_view text, std::size_t at, std::string& zone, Offset offset) {
+  const Token token = tokenAt(text, at);
+  if (!token.is('(')) return readBareZone(text, at, zone, offset);
+  std::string inside;
+  const std::size_t end = readBareZone(text, token.end(), inside, Offset::stamp);
+  if (inside.empty() || byteAt(text, end) != ')') return at;
+  zone = inside;
+  return end + 1;
 }
 
 std::string zoneOffset(const std::string& zone, std::chrono::local_seconds when) {
