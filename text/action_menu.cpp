@@ -9,8 +9,8 @@ namespace {
 // Builds the groups one after another.
 class Builder {
  public:
-  Builder(Menu& menu, const ApplicationsFor& applications)
-      : menu_(menu), applications_(applications) {}
+  Builder(Menu& menu, const ApplicationsFor& applications, bool concealed = false)
+      : menu_(menu), applications_(applications), concealed_(concealed) {}
 
   void beginGroup() {
     if (!menu_.items.empty()) menu_.addSeparator();
@@ -59,7 +59,7 @@ class Builder {
 
   void copy(const char* title, const TextTarget& target) {
     menu_.add(title, "copyDetectedString:",
-              std::make_shared<const DetectedText>(share(target.value), target.shown));
+              std::make_shared<const DetectedText>(share(target.value), target.shown, concealed_));
   }
 
   void act(const char* title, const char* action, SharedText text, std::string masked) {
@@ -88,6 +88,7 @@ class Builder {
 
   Menu& menu_;
   const ApplicationsFor& applications_;
+  const bool concealed_;
 };
 
 void addMail(Builder& menu, const TextTarget& mail) {
@@ -111,7 +112,7 @@ void addLink(Builder& menu, const TextTarget& link) {
 
 void addOther(Builder& menu, const TextTarget& link) {
   menu.beginGroup();
-  menu.open("Open " + link.shown, link.url, link.shown);
+  if (!link.url.empty()) menu.open("Open " + link.shown, link.url, link.shown);
   menu.copy("Copy link", link);
 }
 
@@ -141,9 +142,9 @@ void addSearch(Builder& menu, const TextTargets& targets) {
 }  // namespace
 
 std::shared_ptr<Menu> actionMenu(const SharedText& text, const TextTargets& targets,
-                                 const ApplicationsFor& applications) {
+                                 const ApplicationsFor& applications, bool concealed) {
   auto menu = std::make_shared<Menu>();
-  Builder builder(*menu, applications);
+  Builder builder(*menu, applications, concealed);
   if (targets.mail) addMail(builder, *targets.mail);
   if (targets.link) addLink(builder, *targets.link);
   if (targets.other) addOther(builder, *targets.other);

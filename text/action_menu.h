@@ -17,9 +17,10 @@ namespace marbelot {
 // null while that is not known.
 using ApplicationsFor = std::function<const std::vector<LinkApplication>*(std::string_view scheme)>;
 
-// A group of items for each kind of target, and what can be done with any text.
+// A group of items for each kind of target, and what can be done with any text. What is copied out
+// of a `concealed` text is marked so.
 std::shared_ptr<Menu> actionMenu(const SharedText& text, const TextTargets& targets,
-                                 const ApplicationsFor& applications);
+                                 const ApplicationsFor& applications, bool concealed);
 
 // The applications to open a link to a page in, the default one first.
 std::shared_ptr<Menu> openInMenu(const TextTarget& link, const ApplicationsFor& applications);

@@ -51,24 +51,30 @@ std::shared_ptr<const OpenAction> openAction(const MenuItem& sender) {
   return objectOf<OpenAction>(sender);
 }
 
-SharedText detectedText(const MenuItem& sender) {
-  if (const auto* text = std::get_if<std::string>(&sender.represented)) return share(*text);
-  const auto object = objectOf<DetectedText>(sender);
-  return object ? object->value : nullptr;
+std::shared_ptr<const DetectedText> detectedText(const MenuItem& sender) {
+  if (const auto* text = std::get_if<std::string>(&sender.represented))
+    return std::make_shared<const DetectedText>(share(*text), "");
+  return objectOf<DetectedText>(sender);
+}
+
+bool isHonest(std::string_view url) {
+  constexpr std::array<std::string_view, 5> programs{"javascript", "vbscript", "data", "blob",
+                                                     "filesystem"};
+  const std::string scheme = schemeOf(url);
+  return !scheme.empty() && url.size() > scheme.size() + 1 && !hasTreacherous(url) &&
+         std::find(programs.begin(), programs.end(), scheme) == programs.end() &&
+         authorityOf(url).find('@') == std::string_view::npos;
 }
 
 bool isOpenable(std::string_view url) {
-  if (url.size() > longestLink || hasTreacherous(url)) return false;
+  if (url.size() > longestLink || !isHonest(url)) return false;
   const std::string scheme = schemeOf(url);
-  if (isWebScheme(scheme)) {
-    const std::string_view authority = authorityOf(url);
-    return !authority.empty() && authority.find('@') == std::string_view::npos;
-  }
-  constexpr std::array<std::string_view, 13> others{"mailto", "tel",  "facetime", "sms", "sip",
-                                                    "sips",   "xmpp", "irc",      "geo", "ftp",
-                                                    "ftps",   "sftp", "magnet"};
-  return std::find(others.begin(), others.end(), scheme) != others.end() &&
-         url.size() > scheme.size() + 1 && authorityOf(url).find('@') == std::string_view::npos;
+  if (isWebScheme(scheme)) return !authorityOf(url).empty();
+  constexpr std::array<std::string_view, 24> others{
+      "mailto", "tel",    "callto",  "facetime", "sms",     "sip",   "sips",   "xmpp",
+      "irc",    "ircs",   "matrix",  "skype",    "msteams", "slack", "zoomus", "zoommtg",
+      "tg",     "webcal", "webcals", "geo",      "ftp",     "ftps",  "sftp",   "magnet"};
+  return std::find(others.begin(), others.end(), scheme) != others.end();
 }
 
 bool isWebLink(std::string_view url) { return isWebScheme(schemeOf(url)) && isOpenable(url); }

@@ -28,11 +28,13 @@ class OpenAction final : public RepresentedObject {
 // A piece of a text or all of it, which may hold secrets and be long.
 class DetectedText final : public RepresentedObject {
  public:
-  DetectedText(SharedText whole, std::string masked)
-      : value(std::move(whole)), shown_(std::move(masked)) {}
+  // `secret`: it comes out of a concealed text.
+  DetectedText(SharedText whole, std::string masked, bool secret = false)
+      : value(std::move(whole)), concealed(secret), shown_(std::move(masked)) {}
   std::string text() const override { return shown_; }
 
   const SharedText value;
+  const bool concealed;
 
  private:
   const std::string shown_;
@@ -41,12 +43,13 @@ class DetectedText final : public RepresentedObject {
 // Null when the sender carries none.
 std::shared_ptr<const OpenAction> openAction(const MenuItem& sender);
 // The text that the sender carries, as DetectedText or as it is. Null when there is none.
-SharedText detectedText(const MenuItem& sender);
+std::shared_ptr<const DetectedText> detectedText(const MenuItem& sender);
 
-// Whether the URL may be handed to another program: of a scheme that only leads to pages, files for
-// download, mail and calls, with nothing in it that could be read as something else – no
-// credentials, no control characters, blanks or marks of direction – and not too long to be handed
-// over.
+// Whether a link is what it seems to be: no program in a URL, no credentials, no control
+// characters, blanks or marks of direction. Others are not even shown as links.
+bool isHonest(std::string_view url);
+// Whether it may be handed to another program, too: of a scheme that only leads to pages, files for
+// download, mail, calls, chats and meetings, and not too long to be handed over.
 bool isOpenable(std::string_view url);
 // Whether it is such a link to a page.
 bool isWebLink(std::string_view url);

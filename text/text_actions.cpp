@@ -38,6 +38,11 @@ std::optional<std::string> writeEvent(const std::string& text, double now) {
   return std::nullopt;
 }
 
+SharedText textOf(const MenuItem& sender) {
+  const auto detected = detectedText(sender);
+  return detected ? detected->value : nullptr;
+}
+
 bool same(const std::vector<LinkApplication>& a, const std::vector<LinkApplication>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& one, const auto& other) {
     return one.id == other.id && one.name == other.name && one.isDefault == other.isDefault &&
@@ -74,10 +79,13 @@ std::shared_ptr<Menu> TextActions::actionMenu(const SharedText& text) {
     return waiting;
   }
   Built& built = menus_[text.get()];
-  if (built.text.lock() == text && built.targets == targets) return built.menu;
-  built = {text, targets, marbelot::actionMenu(text, *targets, [this](std::string_view scheme) {
-             return applicationsFor(scheme);
-           })};
+  const bool isKnown = built.text.lock() == text;
+  // The clipboard may be empty by the time that the user chooses.
+  const bool concealed = (isKnown && built.concealed) || isConcealed(*text);
+  if (isKnown && built.targets == targets && built.concealed == concealed) return built.menu;
+  const auto applications = [this](std::string_view scheme) { return applicationsFor(scheme); };
+  built = {text, targets, concealed,
+           marbelot::actionMenu(text, *targets, applications, concealed)};
   const std::shared_ptr<Menu> menu = built.menu;
   if (menus_.size() > menuLimit)
     std::erase_if(menus_, [](const auto& entry) { return entry.second.text.expired(); });
@@ -94,6 +102,11 @@ std::shared_ptr<Menu> TextActions::openInMenu(const SharedText& text) {
   if (!link) return nullptr;
   return marbelot::openInMenu(*link,
                               [this](std::string_view scheme) { return applicationsFor(scheme); });
+}
+
+bool TextActions::isConcealed(const std::string& text) const {
+  const PasteboardContents contents = platform_.pasteboard.contents();
+  return contents.concealed && contents.text && *contents.text == text;
 }
 
 const std::vector<LinkApplication>* TextActions::applicationsFor(std::string_view scheme) const {
@@ -129,12 +142,13 @@ void TextActions::performOpenAction(const MenuItem& sender) {
 }
 
 void TextActions::copyDetectedString(const MenuItem& sender) {
-  const SharedText text = detectedText(sender);
-  if (text) shell_.confirmCopy(shell_.copyWithoutRecording(text), "Copied");
+  const auto detected = detectedText(sender);
+  if (!detected) return;
+  shell_.confirmCopy(shell_.copyWithoutRecording(detected->value, detected->concealed), "Copied");
 }
 
 void TextActions::addToCalendar(const MenuItem& sender) {
-  const SharedText text = detectedText(sender);
+  const SharedText text = textOf(sender);
   if (!text) return;
   MainQueue& queue = platform_.queue;
   queue.background([this, &queue, text, now = clock(), alive = std::weak_ptr(alive_)] {
@@ -150,7 +164,7 @@ void TextActions::addToCalendar(const MenuItem& sender) {
 }
 
 void TextActions::addToNotes(const MenuItem& sender) {
-  const SharedText text = detectedText(sender);
+  const SharedText text = textOf(sender);
   if (!text) return;
   platform_.workspace.addNote(
       text, [this, alive = std::weak_ptr(alive_)](const std::optional<std::string>& problem) {
@@ -162,7 +176,7 @@ void TextActions::addToNotes(const MenuItem& sender) {
 }
 
 void TextActions::previewURLAction(const MenuItem& sender) {
-  const SharedText url = detectedText(sender);
+  const SharedText url = textOf(sender);
   if (!url || !isWebLink(*url)) return;
   const std::string host(hostOf(*url));
   WebWindowDescription window;
@@ -174,7 +188,7 @@ void TextActions::previewURLAction(const MenuItem& sender) {
 }
 
 void TextActions::showAddressMapAction(const MenuItem& sender) {
-  const SharedText address = detectedText(sender);
+  const SharedText address = textOf(sender);
   if (!address || text::isAllBlank(*address) || address->size() > longestQuery) return;
   WebWindowDescription window;
   window.kind = WebWindowDescription::Kind::map;

@@ -46,9 +46,11 @@ class TextActions {
   struct Built {
     std::weak_ptr<const std::string> text;  // the address alone could be another text's by now
     std::shared_ptr<const TextTargets> targets;
+    bool concealed = false;
     std::shared_ptr<Menu> menu;
   };
 
+  bool isConcealed(const std::string& text) const;
   const std::vector<LinkApplication>* applicationsFor(std::string_view scheme) const;
   void applicationsFound(const std::string& scheme, std::vector<LinkApplication> found);
   void performOpenAction(const MenuItem& sender);

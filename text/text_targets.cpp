@@ -44,20 +44,25 @@ std::string labelFor(const Detection& first) {
   return scheme == "http" || scheme == "https" ? "Open link…" : "Open…";
 }
 
+// A link that we know how to open must be fit for it; others are there to be copied.
+bool isOffered(const std::string& url) {
+  const std::string scheme = schemeOf(url);
+  const bool ours = scheme == "http" || scheme == "https" || scheme == "mailto";
+  return ours ? isOpenable(url) : isHonest(url) && url.size() <= longestLink;
+}
+
 void take(const Detection& found, std::string_view text, TextTargets& targets) {
   if (found.kind == DetectionKind::phone) {
     if (targets.phone) return;
     const std::string url = "tel:" + found.value;
     if (!isOpenable(url)) return;
     targets.phone = target(flatten(text.substr(found.range.start, found.range.length), " "), url);
-  } else if (!isOpenable(found.value)) {
-    return;
   } else if (found.value.starts_with(mailScheme)) {
     if (!targets.mail) targets.mail = target(found.value.substr(mailScheme.size()), found.value);
   } else if (isWebLink(found.value)) {
     if (!targets.link) targets.link = target(found.value, found.value);
   } else if (!targets.other) {
-    targets.other = target(found.value, found.value);
+    targets.other = target(found.value, isOpenable(found.value) ? found.value : "");
   }
 }
 
@@ -66,8 +71,8 @@ void take(const Detection& found, std::string_view text, TextTargets& targets) {
 TextTargets findTargets(std::string_view text) {
   TextTargets targets;
   for (const Detection& found : detect(text, DetectionKind::link | DetectionKind::phone)) {
-    const bool harmless = found.kind == DetectionKind::phone || isOpenable(found.value);
-    if (harmless && targets.label.empty()) targets.label = labelFor(found);
+    if (found.kind == DetectionKind::link && !isOffered(found.value)) continue;
+    if (targets.label.empty()) targets.label = labelFor(found);
     take(found, text, targets);
   }
   const auto address = firstDetection(text, static_cast<unsigned>(DetectionKind::address));
