@@ -16,6 +16,7 @@ Platform* running = nullptr;  // the application's, made once for all cases
 NSMenu* statusMenu = nil;
 bool statusMenuIsOpen = false;
 std::vector<std::string> openedByWorkspace, revealedByWorkspace;
+int notesMade = 0;
 
 NSString* pathOrLink(NSURL* url) { return url.isFileURL ? url.path : url.absoluteString; }
 
@@ -48,6 +49,22 @@ void replaceWhatNeedsAUser() {
           ^(id, NSArray<NSURL*>* urls) {
             for (NSURL* url in urls) revealedByWorkspace.push_back(utf8(pathOrLink(url)));
           });
+  const auto bundle = [](const char* path) { return fileUrl(path); };
+  replace([NSWorkspace class], @selector(URLForApplicationToOpenURL:), ^NSURL*(id, NSURL* url) {
+    return [url.scheme isEqualToString:@"marbelot-test"] ? bundle("/Applications/Quarry.app") : nil;
+  });
+  replace([NSWorkspace class], @selector(URLsForApplicationsToOpenURL:),
+          ^NSArray<NSURL*>*(id, NSURL* url) {
+            if (![url.scheme isEqualToString:@"marbelot-test"]) return @[];
+            return @[
+              bundle("/Applications/Chisel.app"), bundle("/Applications/Quarry.app"),
+              bundle("/Applications/Marbelot.app"), bundle("/Applications/Old/Chisel.app")
+            ];
+          });
+  replace([NSAppleScript class], @selector(executeAndReturnError:), ^id(id, NSDictionary**) {
+    ++notesMade;
+    return @"";
+  });
 }
 
 // The first view of the class, in the order that they were added.
@@ -183,6 +200,7 @@ class AppKitDesktop : public TestDesktop {
   }
   std::vector<std::string> opened() override { return openedByWorkspace; }
   std::vector<std::string> revealed() override { return revealedByWorkspace; }
+  int notes() override { return notesMade; }
 
  private:
   static NSArray<NSUserNotification*>* delivered() {

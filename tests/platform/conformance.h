@@ -24,7 +24,9 @@ struct ShownItem {
 
 enum class Key { escape, commandReturn, commandW };
 
-// A desktop with the backend on it, the user in front of it, and other programs.
+// A desktop with the backend on it, the user in front of it, and other programs: for links of the
+// test scheme "Quarry", which is the default, two of the name "Chisel" and this one, and one for
+// notes.
 class TestDesktop {
  public:
   using Path = std::vector<std::string>;  // titles from the top
@@ -54,7 +56,10 @@ class TestDesktop {
   // The links and the paths of files that were handed to other programs.
   virtual std::vector<std::string> opened() = 0;
   virtual std::vector<std::string> revealed() = 0;
+  virtual int notes() = 0;  // that were made
 };
+
+inline constexpr const char* testLink = "marbelot-test:x";
 
 // Every backend's file adds its desktop, under its name.
 using DesktopMakers = std::map<std::string, std::unique_ptr<TestDesktop> (*)()>;

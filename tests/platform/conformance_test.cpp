@@ -196,5 +196,39 @@ TEST_P(Conformance, LinksAndFilesAreHandedOn) {
   EXPECT_FALSE(std::filesystem::exists(other)) << "what cannot be moved keeps nothing else";
 }
 
+TEST_P(Conformance, ApplicationsForLinksAreToldOnceAndTheDefaultFirst) {
+  std::vector<LinkApplication> all;
+  int told = 0;
+  platform.workspace.findApplications(testLink, [&](std::vector<LinkApplication> found) {
+    all = std::move(found);
+    ++told;
+  });
+  EXPECT_TRUE(wait([&] { return told > 0; }));
+  ASSERT_EQ(all.size(), 2U);
+  EXPECT_EQ(all[0].name + (all[0].isDefault ? "*" : ""), "Quarry*");
+  EXPECT_EQ(all[1].name + (all[1].isDefault ? "*" : ""), "Chisel");
+  EXPECT_NE(all[0].id, all[1].id);
+  platform.workspace.findApplications("marbelot-none:x", [&](std::vector<LinkApplication> found) {
+    all = std::move(found);
+    ++told;
+  });
+  EXPECT_TRUE(wait([&] { return told > 1; }));
+  EXPECT_TRUE(all.empty());
+}
+
+TEST_P(Conformance, NotesAreToldOfOnceTheyAreThere) {
+  int told = 0;
+  std::optional<std::string> problem;
+  const int before = desktop->notes();
+  platform.workspace.addNote(share("a \"note\"\nof two lines"), [&](const auto& answer) {
+    ++told;
+    problem = answer;
+  });
+  EXPECT_EQ(told, 0) << "before it can be there";
+  EXPECT_TRUE(wait([&] { return told > 0; }));
+  EXPECT_FALSE(problem) << *problem;
+  EXPECT_EQ(desktop->notes(), before + 1);
+}
+
 }  // namespace
 }  // namespace marbelot

@@ -90,6 +90,48 @@ class Others : public QObject {
   }
 };
 
+// The program for notes, as far as it is asked.
+class Gnote : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.gnome.Gnote.RemoteControl")
+
+ public:
+  int notes = 0;
+
+ public Q_SLOTS:
+  Q_SCRIPTABLE QString CreateNamedNote(const QString&) { return {}; }  // the name is taken
+  Q_SCRIPTABLE QString CreateNote() { return "note://gnote/1"; }
+  Q_SCRIPTABLE bool SetNoteContents(const QString&, const QString& text) {
+    notes += text == "a \"note\"\nof two lines" ? 1 : 0;
+    return true;
+  }
+  Q_SCRIPTABLE bool DisplayNote(const QString&) { return true; }
+};
+
+// The programs for links, as files in a folder of desktop files.
+class LinkPrograms {
+ public:
+  LinkPrograms() {
+    std::string cache = "[MIME Cache]\nx-scheme-handler/marbelot-test=";
+    for (const auto& [id, name] :
+         {std::pair("chisel", "Chisel"), std::pair("chisel-again", "Chisel"),
+          std::pair("org.marbelot.Marbelot", "Marbelot"), std::pair("quarry", "Quarry")}) {
+      writeFile(home_ / "applications/" + id + ".desktop",
+                std::string("[Desktop Entry]\nType=Application\nExec=true %u\nName=") + name +
+                    "\nMimeType=x-scheme-handler/marbelot-test;\n");
+      cache += std::string(id) + ".desktop;";
+    }
+    writeFile(home_ / "applications/mimeinfo.cache", cache + "\n");
+    writeFile(home_ / "applications/mimeapps.list",
+              "[Default Applications]\nx-scheme-handler/marbelot-test=quarry.desktop\n");
+    // Nothing else, so that no other program opens what the tests hand on.
+    qputenv("XDG_DATA_DIRS", QByteArray::fromStdString(home_.path()));
+  }
+
+ private:
+  TemporaryHome home_;
+};
+
 class FileManager : public QObject {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
@@ -124,6 +166,9 @@ class LinuxDesktop : public TestDesktop {
     user.registerObject("/org/freedesktop/FileManager1", &fileManager_,
                         QDBusConnection::ExportScriptableSlots);
     user.registerService("org.freedesktop.FileManager1");
+    user.registerObject("/org/gnome/Gnote/RemoteControl", &gnote_,
+                        QDBusConnection::ExportScriptableSlots);
+    user.registerService("org.gnome.Gnote");
     for (const char* scheme : schemes) QDesktopServices::setUrlHandler(scheme, &others_, "open");
     EXPECT_TRUE(waitWithQt([&] { return bus_.connected(); }));
   }
@@ -200,6 +245,7 @@ class LinuxDesktop : public TestDesktop {
   std::vector<std::string> notices() override { return others_.notices; }
   std::vector<std::string> opened() override { return others_.opened; }
   std::vector<std::string> revealed() override { return others_.revealed; }
+  int notes() override { return gnote_.notes; }
 
  private:
   static constexpr const char* userBus = "user";
@@ -247,6 +293,7 @@ class LinuxDesktop : public TestDesktop {
   TemporaryHome home_;
   Others others_;
   FileManager fileManager_{others_};
+  Gnote gnote_;
   std::unique_ptr<TestOwner> owner_;
   NoApplication application_;
   QtMainQueue queue_;
@@ -310,7 +357,7 @@ int main(int argc, char** argv) {
   const marbelot::PrivateBus bus;
   qputenv("DISPLAY", QByteArray::fromStdString(server.display()));
   qputenv("QT_QPA_PLATFORM", "xcb");
-  qputenv("XDG_DATA_DIRS", "/var/empty");  // no other program opens what the tests hand on
+  const marbelot::LinkPrograms programs;
   const QApplication application(argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -9,9 +9,14 @@ namespace {
 
 class MemoryDesktop : public TestDesktop {
  public:
-  MemoryDesktop() { memory_.pasteboard.announces = true; }
+  MemoryDesktop() {
+    memory_.pasteboard.announces = true;
+    memory_.workspace.applications["marbelot-test"] = {{"q", "Quarry", {}, true},
+                                                       {"c", "Chisel", {}, false}};
+  }
   Platform& platform() override { return memory_.platform; }
   bool wait(const std::function<bool()>& done) override {
+    if (const auto noted = std::exchange(memory_.workspace.noted, nullptr)) noted(std::nullopt);
     for (int i = 0; i < 100 && !done(); ++i) {
       memory_.folderEvents.fire();
       memory_.queue.advance(0.01);
@@ -92,6 +97,7 @@ class MemoryDesktop : public TestDesktop {
   }
   std::vector<std::string> opened() override { return memory_.workspace.opened; }
   std::vector<std::string> revealed() override { return memory_.workspace.revealed; }
+  int notes() override { return static_cast<int>(memory_.workspace.notes.size()); }
 
  private:
   MenuItem item(Path path) {
