@@ -84,8 +84,7 @@ std::shared_ptr<Menu> TextActions::actionMenu(const SharedText& text) {
   const bool concealed = (isKnown && built.concealed) || isConcealed(*text);
   if (isKnown && built.targets == targets && built.concealed == concealed) return built.menu;
   const auto applications = [this](std::string_view scheme) { return applicationsFor(scheme); };
-  built = {text, targets, concealed,
-           marbelot::actionMenu(text, *targets, applications, concealed)};
+  built = {text, targets, concealed, marbelot::actionMenu(text, *targets, applications, concealed)};
   const std::shared_ptr<Menu> menu = built.menu;
   if (menus_.size() > menuLimit)
     std::erase_if(menus_, [](const auto& entry) { return entry.second.text.expired(); });

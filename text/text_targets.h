@@ -27,7 +27,8 @@ struct TextTargets {
   EncodedText query;                  // the text, for a search
 };
 
-// Linear in the length of the text; safe on any thread. Links that are not what they seem to be are none.
+// Linear in the length of the text; safe on any thread. Links that are not what they seem to be are
+// none.
 TextTargets findTargets(std::string_view text);
 
 }  // namespace marbelot

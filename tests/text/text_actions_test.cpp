@@ -49,9 +49,9 @@ TEST(PercentEncoding, ShortensBetweenCharacters) {
 }
 
 TEST(OpenableLinks, AreThoseThatLeadWhereTheySeemTo) {
-  for (const char* url : {"http://example.com", "HTTPS://example.com/a?b=@c#d", "mailto:a@b.org",
-                          "tel:+15550100", "https://[::1]:80/", "ftp://example.com/file",
-                          "zoommtg://zoom.us/join?confno=1"})
+  for (const char* url :
+       {"http://example.com", "HTTPS://example.com/a?b=@c#d", "mailto:a@b.org", "tel:+15550100",
+        "https://[::1]:80/", "ftp://example.com/file", "zoommtg://zoom.us/join?confno=1"})
     EXPECT_TRUE(isOpenable(url)) << url;
   const std::string longUrl = "https://example.com/" + std::string(200'000, 'a');
   for (const std::string& url :
@@ -62,8 +62,7 @@ TEST(OpenableLinks, AreThoseThatLeadWhereTheySeemTo) {
         std::string("https://example.com/a b"), std::string("https://example.com/\u202Egpj"),
         std::string("https://example.com/\0x", 22), std::string("https:example.com"),
         std::string("https:///path"), std::string("mailto:"), std::string("example.com"),
-        std::string("vscode://file/x"), std::string("ssh://host/"),
-        std::string(), longUrl})
+        std::string("vscode://file/x"), std::string("ssh://host/"), std::string(), longUrl})
     EXPECT_FALSE(isOpenable(url)) << url.substr(0, 60);
 }
 
