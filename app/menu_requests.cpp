@@ -76,28 +76,45 @@ MenuRequests::MenuRequests(Platform& platform, const ActionTable& actions,
       open_(std::move(open)) {}
 
 void MenuRequests::serve() {
-  RemoteRequests requests;
-  requests.menu = [this] {
-    open_();
-    return menuJson(*menu_);
-  };
-  requests.invokeTitles = [this](const std::string& titles) { return invokeTitles(titles); };
-  requests.invokeAction = [this](const std::string& action,
-                                 const std::optional<std::string>& object) {
-    return invokeAction(action, object);
-  };
-  requests.windows = [this] { return windowsJson(); };
-  requests.press = [this](const std::string& window, const std::string& spec) {
-    return press(window, spec);
-  };
-  requests.history = [this](const std::string& search, const std::string& category) {
-    return history_.list(search, category);
-  };
-  requests.copyEntry = [this](const std::string& id) { return history_.copy(id); };
-  requests.deleteEntry = [this](const std::string& id) { return history_.remove(id); };
-  requests.popUpMenu = [this] { platform_.statusItem.popUpMenu(); };
-  requests.quit = [this] { platform_.application.terminate(); };
-  platform_.application.serve(std::move(requests));
+  using Texts = std::vector<std::string>;
+  platform_.application.serve({
+      {"Menu", {}, [this](const Texts&) { return menu(); }},
+      // By the titles from the top, joined by U+001F; the beginning of one is enough where it ends
+      // with a word and no other begins so.
+      {"InvokeTitles", {"titles"}, [this](const Texts& text) { return invokeTitles(text[0]); }},
+      {"InvokeAction",
+       {"action"},
+       [this](const Texts& text) { return invokeAction(text[0], std::nullopt); }},
+      {"InvokeActionOn",
+       {"action", "object"},
+       [this](const Texts& text) { return invokeAction(text[0], text[1]); }},
+      {"Windows", {}, [this](const Texts&) { return windowsJson(); }},
+      {"Press", {"window", "spec"}, [this](const Texts& text) { return press(text[0], text[1]); }},
+      {"History",
+       {"search", "category"},
+       [this](const Texts& text) { return history_.list(text[0], text[1]); }},
+      {"CopyEntry", {"id"}, [this](const Texts& text) { return history_.copy(text[0]); }},
+      {"DeleteEntry", {"id"}, [this](const Texts& text) { return history_.remove(text[0]); }},
+      {"PopUpMenu",
+       {},
+       [this](const Texts&) {
+         platform_.statusItem.popUpMenu();
+         return std::string();
+       },
+       true},
+      {"Quit",
+       {},
+       [this](const Texts&) {
+         platform_.application.terminate();
+         return std::string();
+       },
+       true},
+  });
+}
+
+std::string MenuRequests::menu() {
+  open_();
+  return menuJson(*menu_);
 }
 
 std::string MenuRequests::invokeTitles(const std::string& titles) {

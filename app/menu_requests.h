@@ -21,6 +21,7 @@ class MenuRequests {
   void serve();
 
  private:
+  std::string menu();
   std::string invokeTitles(const std::string& titles);
   std::string invokeAction(const std::string& action, const std::optional<std::string>& object);
   std::string press(const std::string& kind, const std::string& spec);

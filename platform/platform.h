@@ -85,26 +85,16 @@ class Workspace {
   [[nodiscard]] virtual Task trash(std::vector<std::string> paths, std::function<void()> done) = 0;
 };
 
-// What another process can ask of the running program. All on the main thread.
-struct RemoteRequests {
-  std::function<std::string()> menu;  // JSON
-  // Carries out a menu item: by its titles from the top (joined by U+001F; the beginning of one is
-  // enough where it ends with a word and no other begins so), or by action and represented object.
-  // Returns an error for the user, empty when done.
-  std::function<std::string(const std::string& titles)> invokeTitles;
-  std::function<std::string(const std::string& action, const std::optional<std::string>& object)>
-      invokeAction;
-  std::function<std::string()> windows;  // JSON
-  // Presses a button of the window of that kind. Returns an error for the user, empty when done.
-  std::function<std::string(const std::string& window, const std::string& spec)> press;
-  // The clipboard history as JSON: the entries that hold `search` and are of the category, all
-  // where that is empty.
-  std::function<std::string(const std::string& search, const std::string& category)> history;
-  // By an entry's id in it. Both return an error for the user, empty when done.
-  std::function<std::string(const std::string&id)> copyEntry, deleteEntry;
-  std::function<void()> popUpMenu;
-  std::function<void()> quit;
+// What another process can ask of the running program: texts in, a text out. On the main thread.
+struct RemoteRequest {
+  std::string name;                    // e.g. "CopyEntry"
+  std::vector<std::string> arguments;  // their names
+  // Given as many texts as there are names; JSON, or an error for the user, empty when done.
+  std::function<std::string(const std::vector<std::string>&)> answer;
+  // The reply, an empty one, comes first: an open menu or a program that ends answers nobody.
+  bool replyFirst = false;
 };
+using RemoteRequests = std::vector<RemoteRequest>;
 
 class Application {
  public:

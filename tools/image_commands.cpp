@@ -4,23 +4,19 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <functional>
 
 #include "image/image_tag.h"
 #include "image/operations.h"
 #include "platform/descriptor.h"
 #include "platform/image_codec.h"
 #include "platform/text_recognizer.h"
-#include "tools/arguments.h"
+#include "tools/command.h"
 
 namespace marbelot::ctl {
 namespace {
 
 constexpr const char* unreadable = "the image cannot be read";
-
-int fail(const std::string& message) {
-  std::fprintf(stderr, "marbelotctl: %s\n", message.c_str());
-  return failed;
-}
 
 bool writeFile(const std::string& path, std::string_view bytes) {
   if (path == "-") return writeFully(STDOUT_FILENO, bytes);
@@ -59,26 +55,49 @@ int readText(const Image& image) {
   return writeFully(STDOUT_FILENO, text) ? done : fail("cannot write the result");
 }
 
+// Does the work on the image in the file.
+int onImage(const std::string& file, const std::function<int(const Image&)>& work) {
+  auto bytes = readBytes(file);
+  if (!bytes) return fail("cannot read " + (file == "-" ? "standard input" : file));
+  const auto image = Image::fromBytes(share(*std::move(bytes)));
+  return image ? work(*image) : fail(unreadable);
+}
+
+int onOneImage(const Arguments& arguments, const std::function<int(const Image&)>& work) {
+  if (arguments.words().size() > 1) return wrongUsage;
+  return onImage(arguments.words().empty() ? "-" : arguments.words()[0], work);
+}
+
+int runEdit(const Arguments& arguments) {
+  const auto& words = arguments.words();
+  if (words.size() != 3) return wrongUsage;
+  return onImage(words[1],
+                 [&](const Image& image) { return editImage(words[0], image, words[2]); });
+}
+
+int runTag(const Arguments& arguments) {
+  return onOneImage(arguments, [](const Image& image) {
+    const auto tag = imageTag(image);
+    if (!tag) return fail(unreadable);
+    return writeFully(STDOUT_FILENO, *tag + "\n") ? done : fail("cannot write the result");
+  });
+}
+
+int runRecognition(const Arguments& arguments) { return onOneImage(arguments, readText); }
+
 }  // namespace
 
-int runImageCommand(Arguments& arguments, bool& known) {
-  const bool isEdit = arguments.command() == "image";
-  const bool isOcr = arguments.command() == "ocr";
-  known = isEdit || isOcr || arguments.command() == "tag";
-  const std::vector<std::string>& words = arguments.rest();
-  if (!known || arguments.hasUnknownOptions() || (isEdit ? words.size() != 3 : words.size() > 1))
-    return wrongUsage;
-
-  const std::string in = isEdit ? words[1] : words.empty() ? "-" : words[0];
-  auto bytes = readBytes(in);
-  if (!bytes) return fail("cannot read " + (in == "-" ? std::string("standard input") : in));
-  const auto image = Image::fromBytes(share(*std::move(bytes)));
-  if (!image) return fail(unreadable);
-  if (isEdit) return editImage(words[0], *image, words[2]);
-  if (isOcr) return readText(*image);
-  const auto tag = imageTag(*image);
-  if (!tag) return fail(unreadable);
-  return writeFully(STDOUT_FILENO, *tag + "\n") ? done : fail("cannot write the result");
+CommandGroup imageCommands() {
+  static const Command commands[] = {
+      {"image", "OP IN OUT",
+       "e.g. border:red, shadow:grow:medium,\n"
+       "emblem:circle:white, transparent:corner,\n"
+       "rotate:90, flip:h, resize:0.5",
+       runEdit},
+      {"tag", "[FILE]", "an HTML <img> tag that holds the image", runTag},
+      {"ocr", "[FILE]", "the text in the image; status 1 for none", runRecognition},
+  };
+  return {"On an image; \"-\" is standard input or output, and OUT becomes a PNG:", commands};
 }
 
 }  // namespace marbelot::ctl

@@ -5,7 +5,7 @@
 #include <array>
 #include <cerrno>
 
-#include "tools/arguments.h"
+#include "tools/command.h"
 
 namespace marbelot::ctl {
 

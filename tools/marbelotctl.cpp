@@ -1,94 +1,72 @@
 // marbelotctl: Marbelot's decisions in a shell, and a running Marbelot on a lead.
 
 #include <cstdio>
-#include <string>
 #include <string_view>
 
-#include "platform/text.h"
-#include "tools/arguments.h"
+#include "tools/command.h"
 
+namespace marbelot::ctl {
 namespace {
 
-constexpr const char* usage =
-    "usage: marbelotctl COMMAND …\n"
-    "\n"
-    "On a text, from standard input or FILE:\n"
-    "  classify [FILE]                        what the text is, e.g. url\n"
-    "  language [FILE]                        the programming language; status 1 for none\n"
-    "  mask [FILE]                            the text with its secrets masked\n"
-    "  detect [FILE]                          links, phone numbers, addresses and dates: kind, "
-    "start\n"
-    "                                         and end in characters, text, meaning\n"
-    "  flatten [--separator S] [FILE]         the lines joined by S; default: one space\n"
-    "  trim [--mode left|right|both] [FILE]   each line without its outer blanks; default: both\n"
-    "  preview [--limit N] [FILE]             the text on one line, quoted, N characters at most;\n"
-    "                                         default: 36\n"
-    "  event [--now EPOCH] [--uid UUID] [FILE] the text as an event for the calendar (iCalendar)\n"
-    "\n"
-    "On an image; \"-\" is standard input or output, and OUT becomes a PNG:\n"
-    "  image OP IN OUT                        e.g. border:red, shadow:grow:medium, "
-    "emblem:circle:white,\n"
-    "                                         transparent:corner, rotate:90, flip:h, resize:0.5\n"
-    "  tag [FILE]                             an HTML <img> tag that holds the image\n"
-    "  ocr [FILE]                             the text in the image; status 1 for none\n"
-    "\n"
-    "On the running Marbelot:\n"
-    "  menu [--json]                          the status menu as it would open now\n"
-    "  menu --popup                           opens it at the pointer\n"
-    "  invoke TITLE…                          chooses the item reached by these titles, or by\n"
-    "                                         the words that one alone begins with\n"
-    "  invoke --action NAME [--object VALUE]  carries out an action\n"
-    "  windows [--json]                       the windows that are open\n"
-    "  press WINDOW SPEC                      presses a button of a window that is open\n"
-    "  history [--search TEXT] [--type T] [--json]\n"
-    "                                         the clipboard history, secrets masked: id and "
-    "title;\n"
-    "                                         T as classify names it, or image\n"
-    "  copy ID                                puts an entry of it back on the clipboard\n"
-    "  delete ID                              takes one out of it\n"
-    "  quit                                   ends Marbelot\n"
-    "\n"
-    "Exit status: 0 done, 1 it could not be done, 2 wrong usage.\n";
+constexpr int helpColumn = 41;
 
-// What the usage says of one command; all of it without one.
-void tellUsage(const std::string& command) {
-  if (command.empty()) {
-    std::fputs(usage, stderr);
-    return;
+// A command's syntax, and beside it what it does.
+void print(std::FILE* out, const Command& command) {
+  const std::string left = std::string("  ") + command.name +
+                           (*command.syntax ? std::string(" ") + command.syntax : std::string());
+  std::string_view help = command.help;
+  std::fputs(left.c_str(), out);
+  int column = static_cast<int>(left.size());
+  if (column >= helpColumn) {
+    std::fputs("\n", out);
+    column = 0;
   }
-  std::string told;
-  bool isAboutIt = false;
-  const std::string_view all = usage;
-  for (std::size_t at = 0; at < all.size();) {
-    const std::string_view line = all.substr(at, all.find('\n', at) + 1 - at);
-    at += line.size();
-    const bool goesOn = line.starts_with("   ");
-    if (!goesOn)
-      isAboutIt = line.starts_with("  " + command + " ") || line == "  " + command + "\n";
-    if (isAboutIt) told += line;
+  while (!help.empty()) {
+    const std::string_view line = help.substr(0, help.find('\n'));
+    std::fprintf(out, "%*s%.*s\n", helpColumn - column, "", static_cast<int>(line.size()),
+                 line.data());
+    help.remove_prefix(std::min(line.size() + 1, help.size()));
+    column = 0;
   }
-  const std::string shown = marbelot::text::shownTitle(command);
-  if (told.empty()) {
-    std::fprintf(stderr, "marbelotctl: there is no command \"%s\"; see marbelotctl help\n",
-                 shown.c_str());
+}
+
+void printUsage(std::FILE* out) {
+  std::fputs("usage: marbelotctl COMMAND …\n", out);
+  for (const CommandGroup& group : {textCommands(), imageCommands(), remoteCommands()}) {
+    if (group.commands.empty()) continue;
+    std::fprintf(out, "\n%s\n", group.heading);
+    for (const Command& command : group.commands) print(out, command);
+  }
+  std::fputs("\nExit status: 0 done, 1 it could not be done, 2 wrong usage.\n", out);
+}
+
+int run(int argc, char** argv) {
+  const std::string_view name = argc > 1 ? argv[1] : "";
+  if (name == "--help" || name == "help") {
+    printUsage(stdout);
+    return done;
+  }
+  for (const CommandGroup& group : {textCommands(), imageCommands(), remoteCommands()}) {
+    for (const Command& command : group.commands) {
+      if (name != command.name) continue;
+      const auto arguments = Arguments::read(command, argc, argv);
+      const int status = arguments ? command.run(*arguments) : wrongUsage;
+      if (status == wrongUsage) {
+        std::fprintf(stderr, "marbelotctl: this is how to use %s:\n", command.name);
+        print(stderr, command);
+      }
+      return status;
+    }
+  }
+  if (argc < 2) {
+    printUsage(stderr);
   } else {
-    std::fprintf(stderr, "marbelotctl: this is how to use %s:\n%s", shown.c_str(), told.c_str());
+    fail("there is no command \"" + std::string(name) + "\"; see marbelotctl help");
   }
+  return wrongUsage;
 }
 
 }  // namespace
+}  // namespace marbelot::ctl
 
-int main(int argc, char** argv) {
-  using namespace marbelot::ctl;
-  Arguments arguments(argc, argv);
-  if (arguments.command() == "--help" || arguments.command() == "help") {
-    std::fputs(usage, stdout);
-    return done;
-  }
-  bool known = false;
-  int status = runTextCommand(arguments, known);
-  if (!known) status = runImageCommand(arguments, known);
-  if (!known) status = runRemoteCommand(arguments, known);
-  if (status == wrongUsage) tellUsage(arguments.command());
-  return status;
-}
+int main(int argc, char** argv) { return marbelot::ctl::run(argc, argv); }

@@ -1,17 +1,16 @@
 // Driving the running program over the session bus.
 
+#include <rapidjson/document.h>
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <cstdio>
 
 #include "classification/classifier.h"
 #include "platform/linux/remote_control.h"
 #include "platform/text.h"
-#include "tools/arguments.h"
+#include "tools/command.h"
 
 namespace marbelot::ctl {
 namespace {
@@ -19,119 +18,128 @@ namespace {
 constexpr int answerMilliseconds = 10000;
 constexpr const char* titleSeparator = "\x1f";
 
-// What was copied may stand in it and must not drive the terminal.
-std::string shown(const QString& title) { return text::shownTitle(title.toStdString()); }
-
-int fail(const QString& message) {
-  std::fprintf(stderr, "marbelotctl: %s\n", shown(message).c_str());
-  return failed;
-}
-
-// The reply's text; none, with the reason told, when there is no answer.
-std::optional<QString> ask(const QString& method, const QVariantList& arguments = {}) {
+// The reply; none, with the reason told, when there is no answer.
+std::optional<std::string> ask(const char* request, const std::vector<std::string>& texts = {}) {
+  // What the toolkit has to say of itself is nobody's answer.
+  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+  int argc = 1;
+  std::string name = "marbelotctl";
+  char* argv[] = {name.data(), nullptr};
+  const QCoreApplication core(argc, argv);
   if (!QDBusConnection::sessionBus().isConnected()) {
     fail("there is no session bus");
     return std::nullopt;
   }
-  QDBusMessage call = QDBusMessage::createMethodCall(busName, busPath, busInterface, method);
+  QDBusMessage call = QDBusMessage::createMethodCall(busName, busPath, busInterface, request);
   call.setAutoStartService(false);
-  call.setArguments(arguments);
+  for (const std::string& text : texts) call << QString::fromStdString(text);
   const QDBusMessage reply =
       QDBusConnection::sessionBus().call(call, QDBus::Block, answerMilliseconds);
   if (reply.type() != QDBusMessage::ReplyMessage) {
     const bool absent = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown" ||
                         reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner";
-    fail(absent ? QString("Marbelot is not running") : reply.errorMessage());
+    fail(absent ? "Marbelot is not running" : reply.errorMessage().toStdString());
     return std::nullopt;
   }
-  return reply.arguments().value(0).toString();
+  return reply.arguments().value(0).toString().toStdString();
+}
+
+// Of a request that is answered with an error for the user, empty when done.
+int carryOut(const char* request, const std::vector<std::string>& texts = {}) {
+  const auto error = ask(request, texts);
+  if (!error) return failed;
+  return error->empty() ? done : fail(*error);
+}
+
+// What was copied may stand in a text and must not drive the terminal.
+std::string shown(const rapidjson::Value& object, const char* key) {
+  const auto found = object.FindMember(key);
+  if (found == object.MemberEnd() || !found->value.IsString()) return {};
+  return text::shownTitle({found->value.GetString(), found->value.GetStringLength()});
+}
+
+bool isSet(const rapidjson::Value& object, const char* key) {
+  const auto found = object.FindMember(key);
+  return found != object.MemberEnd() && found->value.IsBool() && found->value.GetBool();
 }
 
 // The menu as indented text. The depth is that of the menu's design.
-void printMenu(const QJsonArray& items, int depth) {
-  for (const QJsonValue value : items) {
-    const QJsonObject item = value.toObject();
-    if (item.contains("separator")) {
+void printItems(const rapidjson::Value& items, int depth) {
+  for (const rapidjson::Value& item : items.GetArray()) {
+    if (item.HasMember("separator")) {
       std::printf("%*s--\n", depth * 2, "");
       continue;
     }
-    if (item["hidden"].toBool()) continue;
-    QString line = item["checked"].toBool() ? "✓ " : "";
-    line += item["title"].toString();
-    if (const QString key = item["key"].toString(); !key.isEmpty())
-      line += "  [Ctrl+" + key.toUpper() + "]";
-    if (!item["enabled"].toBool()) line += "  (disabled)";
-    std::printf("%*s%s\n", depth * 2, "", shown(line).c_str());
-    if (item.contains("submenu")) printMenu(item["submenu"].toArray(), depth + 1);
+    if (isSet(item, "hidden")) continue;
+    std::string line = (isSet(item, "checked") ? "✓ " : "") + shown(item, "title");
+    if (const std::string key = shown(item, "key"); !key.empty())
+      line += "  [Ctrl+" + QString::fromStdString(key).toUpper().toStdString() + "]";
+    if (!isSet(item, "enabled")) line += "  (disabled)";
+    std::printf("%*s%s\n", depth * 2, "", line.c_str());
+    if (item.HasMember("submenu")) printItems(item["submenu"], depth + 1);
   }
 }
 
-void printWindows(const QJsonArray& windows) {
-  for (const QJsonValue value : windows) {
-    const QJsonObject window = value.toObject();
-    const QJsonObject frame = window["frame"].toObject();
-    std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", qUtf8Printable(window["kind"].toString()),
-                frame["width"].toDouble(), frame["height"].toDouble(), frame["x"].toDouble(),
-                frame["y"].toDouble(), shown(window["title"].toString()).c_str());
-    for (const QJsonValue each : window["buttons"].toArray()) {
-      const QJsonObject button = each.toObject();
-      std::printf("\t%s\t%s%s\n", qUtf8Printable(button["spec"].toString()),
-                  shown(button["title"].toString()).c_str(),
-                  button["enabled"].toBool() ? "" : "  (disabled)");
+void printMenu(const rapidjson::Value& items) { printItems(items, 0); }
+
+void printWindows(const rapidjson::Value& windows) {
+  for (const rapidjson::Value& window : windows.GetArray()) {
+    const auto number = [&](const char* key) { return window["frame"][key].GetDouble(); };
+    std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", shown(window, "kind").c_str(), number("width"),
+                number("height"), number("x"), number("y"), shown(window, "title").c_str());
+    for (const rapidjson::Value& button : window["buttons"].GetArray()) {
+      std::printf("\t%s\t%s%s\n", shown(button, "spec").c_str(), shown(button, "title").c_str(),
+                  isSet(button, "enabled") ? "" : "  (disabled)");
     }
   }
 }
 
 // One line for each entry: its id, a tab, its title.
-void printHistory(const QJsonArray& entries) {
-  for (const QJsonValue value : entries) {
-    const QJsonObject entry = value.toObject();
-    std::printf("%s\t%s\n", qUtf8Printable(entry["id"].toString()),
-                shown(entry["title"].toString()).c_str());
-  }
+void printHistory(const rapidjson::Value& entries) {
+  for (const rapidjson::Value& entry : entries.GetArray())
+    std::printf("%s\t%s\n", shown(entry, "id").c_str(), shown(entry, "title").c_str());
 }
 
-int show(const char* method, bool json, void (*printed)(const QJsonArray&),
-         const QVariantList& arguments = {}) {
-  const auto answer = ask(method, arguments);
+int show(const char* request, bool json, void (*print)(const rapidjson::Value&),
+         const std::vector<std::string>& texts = {}) {
+  const auto answer = ask(request, texts);
   if (!answer) return failed;
-  const QByteArray text = answer->toUtf8();
   if (json) {
-    std::printf("%s\n", text.constData());
+    std::printf("%s\n", answer->c_str());
     return done;
   }
-  const QJsonDocument document = QJsonDocument::fromJson(text);
-  if (!document.isArray()) return fail("the answer is not JSON");
-  printed(document.array());
+  rapidjson::Document document;
+  document.Parse(*answer);
+  if (!document.IsArray()) return fail("the answer is not JSON");
+  print(document);
   return done;
 }
 
-int invoke(Arguments& arguments) {
-  const auto action = arguments.takeOption("--action");
-  const auto object = arguments.takeOption("--object");
-  const bool byTitle = !action && !object && !arguments.rest().empty();
-  const bool byAction = action && arguments.rest().empty();
-  if (arguments.hasUnknownOptions() || !(byTitle || byAction)) return wrongUsage;
-  std::optional<QString> error;
-  if (byTitle) {
-    QStringList titles;
-    for (const std::string& title : arguments.rest()) titles << QString::fromStdString(title);
-    error = ask("InvokeTitles", {titles.join(titleSeparator)});
-  } else {
-    QStringList objects;
-    if (object) objects << QString::fromStdString(*object);
-    error = ask("InvokeAction", {QString::fromStdString(*action), objects});
-  }
-  if (!error) return failed;
-  return error->isEmpty() ? done : fail(*error);
+int runMenu(const Arguments& arguments) {
+  const bool json = arguments.has("json");
+  if (!arguments.words().empty() || (json && arguments.has("popup"))) return wrongUsage;
+  return arguments.has("popup") ? carryOut("PopUpMenu") : show("Menu", json, printMenu);
 }
 
-int press(Arguments& arguments) {
-  if (arguments.hasUnknownOptions() || arguments.rest().size() != 2) return wrongUsage;
-  const auto error = ask("Press", {QString::fromStdString(arguments.rest()[0]),
-                                   QString::fromStdString(arguments.rest()[1])});
-  if (!error) return failed;
-  return error->isEmpty() ? done : fail(*error);
+int runInvoke(const Arguments& arguments) {
+  const auto action = arguments.option("action");
+  const auto object = arguments.option("object");
+  if (action ? !arguments.words().empty() : object || arguments.words().empty()) return wrongUsage;
+  if (action && object) return carryOut("InvokeActionOn", {*action, *object});
+  if (action) return carryOut("InvokeAction", {*action});
+  std::string titles;
+  for (const std::string& title : arguments.words())
+    titles += (&title == &arguments.words().front() ? "" : titleSeparator) + title;
+  return carryOut("InvokeTitles", {titles});
+}
+
+int runWindows(const Arguments& arguments) {
+  if (!arguments.words().empty()) return wrongUsage;
+  return show("Windows", arguments.has("json"), printWindows);
+}
+
+int runPress(const Arguments& arguments) {
+  return arguments.words().size() == 2 ? carryOut("Press", arguments.words()) : wrongUsage;
 }
 
 bool isCategory(const std::string& name) {
@@ -140,52 +148,57 @@ bool isCategory(const std::string& name) {
   return false;
 }
 
-int history(Arguments& arguments) {
-  const auto search = arguments.takeOption("--search");
-  const auto type = arguments.takeOption("--type");
-  const bool json = arguments.takeFlag("--json");
-  if (arguments.hasUnknownOptions() || !arguments.rest().empty() || (type && !isCategory(*type)))
-    return wrongUsage;
-  return show(
-      "History", json, printHistory,
-      {QString::fromStdString(search.value_or("")), QString::fromStdString(type.value_or(""))});
+int runHistory(const Arguments& arguments) {
+  const auto type = arguments.option("type");
+  if (!arguments.words().empty() || (type && !isCategory(*type))) return wrongUsage;
+  return show("History", arguments.has("json"), printHistory,
+              {arguments.option("search").value_or(""), type.value_or("")});
 }
 
-int onEntry(const char* method, Arguments& arguments) {
-  if (arguments.hasUnknownOptions() || arguments.rest().size() != 1) return wrongUsage;
-  const auto error = ask(method, {QString::fromStdString(arguments.rest()[0])});
-  if (!error) return failed;
-  return error->isEmpty() ? done : fail(*error);
+int runCopy(const Arguments& arguments) {
+  return arguments.words().size() == 1 ? carryOut("CopyEntry", arguments.words()) : wrongUsage;
+}
+
+int runDelete(const Arguments& arguments) {
+  return arguments.words().size() == 1 ? carryOut("DeleteEntry", arguments.words()) : wrongUsage;
+}
+
+int runQuit(const Arguments& arguments) {
+  return arguments.words().empty() ? carryOut("Quit") : wrongUsage;
 }
 
 }  // namespace
 
-int runRemoteCommand(Arguments& arguments, bool& known) {
-  const std::string& command = arguments.command();
-  known = command == "menu" || command == "invoke" || command == "windows" || command == "press" ||
-          command == "quit" || command == "history" || command == "copy" || command == "delete";
-  if (!known) return wrongUsage;
-  // What the toolkit has to say of itself is nobody's answer.
-  qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
-  int argc = 1;
-  std::string name = "marbelotctl";
-  char* argv[] = {name.data(), nullptr};
-  const QCoreApplication core(argc, argv);
-
-  if (command == "invoke") return invoke(arguments);
-  if (command == "press") return press(arguments);
-  if (command == "history") return history(arguments);
-  if (command == "copy") return onEntry("CopyEntry", arguments);
-  if (command == "delete") return onEntry("DeleteEntry", arguments);
-  const bool json = command != "quit" && arguments.takeFlag("--json");
-  const bool popup = command == "menu" && arguments.takeFlag("--popup");
-  if (arguments.hasUnknownOptions() || !arguments.rest().empty() || (json && popup))
-    return wrongUsage;
-  if (popup) return ask("PopUpMenu") ? done : failed;
-  if (command == "quit") return ask("Quit") ? done : failed;
-  if (command == "menu")
-    return show("Menu", json, [](const QJsonArray& items) { printMenu(items, 0); });
-  return show("Windows", json, printWindows);
+CommandGroup remoteCommands() {
+  static const Command commands[] = {
+      {"menu",
+       "[--json | --popup]",
+       "the status menu as it would open now; or opens\n"
+       "it at the pointer",
+       runMenu,
+       {},
+       {"json", "popup"}},
+      {"invoke",
+       "TITLE… | --action NAME [--object VALUE]",
+       "chooses the item reached by these titles, or by\n"
+       "the words that one alone begins with; or carries\n"
+       "out an action",
+       runInvoke,
+       {"action", "object"}},
+      {"windows", "[--json]", "the windows that are open", runWindows, {}, {"json"}},
+      {"press", "WINDOW SPEC", "presses a button of a window that is open", runPress},
+      {"history",
+       "[--search TEXT] [--type T] [--json]",
+       "the clipboard history, secrets masked: id and\n"
+       "title; T as classify names it, or image",
+       runHistory,
+       {"search", "type"},
+       {"json"}},
+      {"copy", "ID", "puts an entry of it back on the clipboard", runCopy},
+      {"delete", "ID", "takes one out of it", runDelete},
+      {"quit", "", "ends Marbelot", runQuit},
+  };
+  return {"On the running Marbelot:", commands};
 }
 
 }  // namespace marbelot::ctl

@@ -1,12 +1,9 @@
 // macOS has no session bus: there, the menu bar is the way to the running program.
 
-#include "tools/arguments.h"
+#include "tools/command.h"
 
 namespace marbelot::ctl {
 
-int runRemoteCommand(Arguments&, bool& known) {
-  known = false;
-  return wrongUsage;
-}
+CommandGroup remoteCommands() { return {}; }
 
 }  // namespace marbelot::ctl

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <functional>
 #include <map>
 
 #include "classification/classifier.h"
@@ -9,19 +10,25 @@
 #include "platform/text.h"
 #include "text/calendar_event.h"
 #include "text/flatten_trim.h"
-#include "tools/arguments.h"
+#include "tools/command.h"
 
 namespace marbelot::ctl {
 namespace {
 
 constexpr std::size_t defaultPreviewLimit = 36;
 
-// Standard input, or the file. None when it cannot be read.
-std::optional<std::string> readInput(const std::vector<std::string>& files) {
-  auto bytes = readBytes(files.empty() ? "-" : files[0]);
-  if (!bytes || text::isValid(*bytes)) return bytes;
-  std::fputs("marbelotctl: the text is not valid UTF-8; U+FFFD stands for what is not\n", stderr);
-  return text::sanitized(*std::move(bytes));
+// Does the work on the text of standard input or the file, which is valid UTF-8 then.
+int onText(const Arguments& arguments, const std::function<int(const std::string&)>& work) {
+  if (arguments.words().size() > 1) return wrongUsage;
+  const std::string file = arguments.words().empty() ? "-" : arguments.words()[0];
+  auto bytes = readBytes(file);
+  if (!bytes) return fail("cannot read " + (file == "-" ? "standard input" : file));
+  if (!text::isValid(*bytes)) {
+    fail("the text is not valid UTF-8; U+FFFD stands for what is not");
+    bytes = text::sanitized(*std::move(bytes));
+  }
+  const int status = work(*bytes);
+  return std::fflush(stdout) == 0 ? status : fail("cannot write the result");
 }
 
 void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
@@ -29,11 +36,6 @@ void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), std
 void printLine(std::string_view text) {
   print(text);
   print("\n");
-}
-
-int fail(const std::string& message) {
-  std::fprintf(stderr, "marbelotctl: %s\n", message.c_str());
-  return failed;
 }
 
 // One line each: kind, start and end in characters, the text, what it means; tabs between.
@@ -57,13 +59,18 @@ void printDetections(std::string_view text) {
   }
 }
 
+template <typename Number>
+bool readNumber(const std::string& text, Number& number) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end;
+}
+
 // Seconds since 1970, of a year with four digits.
 std::optional<double> momentFrom(const std::string& text) {
   constexpr std::int64_t first = -62135596800, last = 253402300799;
   std::int64_t moment = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, moment);
-  if (error != std::errc() || stop != end || moment < first || moment > last) return std::nullopt;
+  if (!readNumber(text, moment) || moment < first || moment > last) return std::nullopt;
   return static_cast<double>(moment);
 }
 
@@ -73,68 +80,111 @@ bool isUuid(std::string_view text) {
          text.find_first_not_of("0123456789ABCDEFabcdef-") == std::string_view::npos;
 }
 
-}  // namespace
+int runClassify(const Arguments& arguments) {
+  return onText(arguments, [](const std::string& text) {
+    printLine(rawValue(classify(text)));
+    return done;
+  });
+}
 
-int runTextCommand(Arguments& arguments, bool& known) {
-  const std::string& command = arguments.command();
-  known = command == "classify" || command == "language" || command == "mask" ||
-          command == "flatten" || command == "trim" || command == "preview" ||
-          command == "detect" || command == "event";
-  if (!known) return wrongUsage;
-
-  std::string separator = " ";
-  std::string mode = "both";
-  std::size_t limit = defaultPreviewLimit;
-  if (command == "flatten") separator = arguments.takeOption("--separator").value_or(separator);
-  if (command == "trim") {
-    mode = arguments.takeOption("--mode").value_or(mode);
-    if (mode != "left" && mode != "right" && mode != "both") return wrongUsage;
-  }
-  if (command == "preview") {
-    if (const auto asked = arguments.takeOption("--limit")) {
-      const char* end = asked->data() + asked->size();
-      const auto [stop, error] = std::from_chars(asked->data(), end, limit);
-      if (error != std::errc() || stop != end) return wrongUsage;
-    }
-  }
-  double now = text::now();
-  std::string uid;
-  if (command == "event") {
-    if (const auto asked = arguments.takeOption("--now")) {
-      const auto moment = momentFrom(*asked);
-      if (!moment) return wrongUsage;
-      now = *moment;
-    }
-    uid = arguments.takeOption("--uid").value_or(newUuid());
-    if (!isUuid(uid)) return wrongUsage;
-  }
-  if (arguments.hasUnknownOptions() || arguments.rest().size() > 1) return wrongUsage;
-
-  const auto input = readInput(arguments.rest());
-  if (!input) {
-    return fail("cannot read " +
-                (arguments.rest().empty() ? std::string("standard input") : arguments.rest()[0]));
-  }
-  if (command == "classify") {
-    printLine(rawValue(classify(*input)));
-  } else if (command == "language") {
-    const auto language = detectLanguage(*input);
+int runLanguage(const Arguments& arguments) {
+  return onText(arguments, [](const std::string& text) {
+    const auto language = detectLanguage(text);
     if (!language) return failed;
     printLine(*language);
-  } else if (command == "mask") {
-    print(maskSecrets(*input));
-  } else if (command == "flatten") {
-    print(flatten(*input, separator));
-  } else if (command == "trim") {
-    print(trim(*input, mode));
-  } else if (command == "preview") {
-    printLine(quotedPreview(*input, limit));
-  } else if (command == "event") {
-    print(calendarEvent(*input, now, uid));
-  } else {
-    printDetections(*input);
+    return done;
+  });
+}
+
+int runMask(const Arguments& arguments) {
+  return onText(arguments, [](const std::string& text) {
+    print(maskSecrets(text));
+    return done;
+  });
+}
+
+int runDetect(const Arguments& arguments) {
+  return onText(arguments, [](const std::string& text) {
+    printDetections(text);
+    return done;
+  });
+}
+
+int runFlatten(const Arguments& arguments) {
+  return onText(arguments, [&](const std::string& text) {
+    print(flatten(text, arguments.option("separator").value_or(" ")));
+    return done;
+  });
+}
+
+int runTrim(const Arguments& arguments) {
+  const std::string mode = arguments.option("mode").value_or("both");
+  if (mode != "left" && mode != "right" && mode != "both") return wrongUsage;
+  return onText(arguments, [&](const std::string& text) {
+    print(trim(text, mode));
+    return done;
+  });
+}
+
+int runPreview(const Arguments& arguments) {
+  std::size_t limit = defaultPreviewLimit;
+  if (const auto asked = arguments.option("limit"); asked && !readNumber(*asked, limit))
+    return wrongUsage;
+  return onText(arguments, [&](const std::string& text) {
+    printLine(quotedPreview(text, limit));
+    return done;
+  });
+}
+
+int runEvent(const Arguments& arguments) {
+  double now = text::now();
+  if (const auto asked = arguments.option("now")) {
+    const auto moment = momentFrom(*asked);
+    if (!moment) return wrongUsage;
+    now = *moment;
   }
-  return std::fflush(stdout) == 0 ? done : fail("cannot write the result");
+  const std::string uid = arguments.option("uid").value_or(newUuid());
+  if (!isUuid(uid)) return wrongUsage;
+  return onText(arguments, [&](const std::string& text) {
+    print(calendarEvent(text, now, uid));
+    return done;
+  });
+}
+
+}  // namespace
+
+CommandGroup textCommands() {
+  static const Command commands[] = {
+      {"classify", "[FILE]", "what the text is, e.g. url", runClassify},
+      {"language", "[FILE]", "the programming language; status 1 for none", runLanguage},
+      {"mask", "[FILE]", "the text with its secrets masked", runMask},
+      {"detect", "[FILE]",
+       "links, phone numbers, addresses and dates: kind,\n"
+       "start and end in characters, text, meaning",
+       runDetect},
+      {"flatten",
+       "[--separator S] [FILE]",
+       "the lines joined by S; default: one space",
+       runFlatten,
+       {"separator"}},
+      {"trim",
+       "[--mode left|right|both] [FILE]",
+       "each line without its outer blanks; default: both",
+       runTrim,
+       {"mode"}},
+      {"preview",
+       "[--limit N] [FILE]",
+       "the text on one line, quoted, N characters at\n"
+       "most; default: 36",
+       runPreview,
+       {"limit"}},
+      {"event",
+       "[--now EPOCH] [--uid UUID] [FILE]",
+       "the text as an event for the calendar (iCalendar)",
+       runEvent,
+       {"now", "uid"}},
+  };
+  return {"On a text, from standard input or FILE:", commands};
 }
 
 }  // namespace marbelot::ctl

@@ -8,6 +8,13 @@
 
 namespace marbelot::memory {
 
+std::string App::ask(const std::string& name, const std::vector<std::string>& arguments) const {
+  for (const RemoteRequest& request : requests_)
+    if (request.name == name && request.arguments.size() == arguments.size())
+      return request.answer(arguments);
+  return "there is no request " + name;
+}
+
 Task Queue::schedule(double seconds, double interval, std::function<void()> work) {
   auto token = std::make_shared<char>();
   timers_.push_back({now_ + seconds, interval, std::move(work), token});

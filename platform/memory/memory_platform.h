@@ -362,11 +362,15 @@ class App : public Application {
     dockMenu = std::move(build);
     dockChosen = std::move(chosen);
   }
-  void serve(RemoteRequests asked) override { requests = std::move(asked); }
+  void serve(RemoteRequests asked) override { requests_ = std::move(asked); }
+  // What another process would be answered.
+  std::string ask(const std::string& name, const std::vector<std::string>& arguments = {}) const;
   bool terminated = false;
   std::function<std::shared_ptr<Menu>()> dockMenu;
   std::function<void(const MenuItem&)> dockChosen;
-  RemoteRequests requests;
+
+ private:
+  RemoteRequests requests_;
 };
 
 // Reads nothing by itself: the test says what stands in a picture.

@@ -123,7 +123,7 @@ TEST_F(AppDelegateTest, AnOpenMenuFollowsEveryCopy) {
   EXPECT_EQ(copied(share("first copy")), "“first copy”") << "a repeated copy is not recorded";
   EXPECT_EQ(copied(share(" ")), "“ ”");
   EXPECT_EQ(copied(nullptr), "(empty)");
-  EXPECT_EQ(desktop_.application.requests.invokeAction("copyPath:", "/a/path"), "");
+  EXPECT_EQ(desktop_.application.ask("InvokeActionOn", {"copyPath:", "/a/path"}), "");
   EXPECT_EQ(preview(), "“/a/path”") << "nor is what the program held already";
 }
 
@@ -208,7 +208,7 @@ TEST_F(AppDelegateTest, UpdatesAreLookedForAsOftenAsTheUserWants) {
   desktop_.queue.advance(0.2);
   EXPECT_EQ(updates.backgroundChecks, 2) << "as if it had just started";
 
-  desktop_.application.requests.invokeAction("setUpdateFrequency:", "7");  // no text
+  desktop_.application.ask("InvokeActionOn", {"setUpdateFrequency:", "7"});  // no text
   EXPECT_EQ(*desktop_.defaults.stored.at("updateFrequency").asText(), "start");
   desktop_.defaults.set("updateFrequency", "daily");
   application_.reset();
@@ -383,48 +383,51 @@ TEST_F(AppDelegateTest, SecretsAndConcealedCopiesStayOutOfTheMenu) {
   hidden.text = share("the concealed one");
   hidden.concealed = true;
   desktop_.pasteboard.copyElsewhere(hidden, true);
-  std::string json = desktop_.application.requests.menu();
+  std::string json = desktop_.application.ask("Menu");
   EXPECT_EQ(json.find(secret), std::string::npos);
   EXPECT_EQ(json.find("concealed one"), std::string::npos);
   EXPECT_NE(json.find("Xk9#***vLwe"), std::string::npos) << json;
-  desktop_.application.requests.invokeAction("revealClipValue:", "0");
+  desktop_.application.ask("InvokeActionOn", {"revealClipValue:", "0"});
   EXPECT_TRUE(desktop_.windows.find("hud")->isVisible()) << "with the full value";
   // What is made of it is withheld as well, once and again.
   for (const char* row : {"Trim left (leading)", "Trim right (trailing)"}) {
     choose({"Trim clipboard", row});
     desktop_.queue.advance(1);
-    EXPECT_EQ(desktop_.application.requests.menu().find("concealed one"), std::string::npos);
+    EXPECT_EQ(desktop_.application.ask("Menu").find("concealed one"), std::string::npos);
   }
   EXPECT_EQ(*desktop_.pasteboard.contents().text, "the concealed one");
   desktop_.defaults.set("recordConcealedCopies", true);
-  EXPECT_NE(desktop_.application.requests.menu().find("concealed one"), std::string::npos);
+  EXPECT_NE(desktop_.application.ask("Menu").find("concealed one"), std::string::npos);
 }
 
 TEST_F(AppDelegateTest, RequestsFindItemsAndSayWhatIsWrong) {
   launch();
-  const RemoteRequests& ask = desktop_.application.requests;
-  EXPECT_EQ(ask.invokeTitles("Settings\x1fShow clipboard preview at top"), "");
+  const auto titles = [this](const std::string& joined) {
+    return desktop_.application.ask("InvokeTitles", {joined});
+  };
+  EXPECT_EQ(titles("Settings\x1fShow clipboard preview at top"), "");
   desktop_.queue.drain();
   EXPECT_FALSE(itemAt(menu(), {"On clipboard:"}));
-  EXPECT_EQ(ask.invokeTitles("Nothing"), "the menu has no item \"Nothing\"");
-  EXPECT_EQ(ask.invokeTitles("Settings"), "\"Settings\" is a submenu");
-  EXPECT_EQ(ask.invokeTitles("Copied this session: 0"), "\"Copied this session: 0\" is disabled");
-  EXPECT_EQ(ask.invokeTitles("Quit Marbelot\x1fX"), "\"Quit Marbelot\" has no submenu");
+  EXPECT_EQ(titles("Nothing"), "the menu has no item \"Nothing\"");
+  EXPECT_EQ(titles("Settings"), "\"Settings\" is a submenu");
+  EXPECT_EQ(titles("Copied this session: 0"), "\"Copied this session: 0\" is disabled");
+  EXPECT_EQ(titles("Quit Marbelot\x1fX"), "\"Quit Marbelot\" has no submenu");
   desktop_.pasteboard.copyElsewhere("a \n\x1b[31mb");
-  EXPECT_EQ(ask.invokeTitles("Clipboard"), "several items begin with \"Clipboard\"");
-  EXPECT_EQ(ask.invokeTitles("Flatten newlines\x1fOne"), "") << "… line (spaces) → “a  [31mb”";
+  EXPECT_EQ(titles("Clipboard"), "several items begin with \"Clipboard\"");
+  EXPECT_EQ(titles("Flatten newlines\x1fOne"), "") << "… line (spaces) → “a  [31mb”";
   EXPECT_EQ(*desktop_.pasteboard.contents().text, "a \x1b[31mb");
-  EXPECT_EQ(ask.invokeTitles("Trim clipboard\x1fTrim"), "several items begin with \"Trim\"");
-  EXPECT_EQ(ask.invokeTitles("Trim clipboard\x1fTrim both sides → “a  [31mb”"), "") << "as shown";
-  EXPECT_EQ(ask.invokeTitles("Q"), "the menu has no item \"Q\"");
-  EXPECT_EQ(ask.invokeTitles(""), "the menu has no item \"\"");
-  EXPECT_EQ(ask.invokeAction("noSuchAction", std::nullopt), "there is no action \"noSuchAction\"");
+  EXPECT_EQ(titles("Trim clipboard\x1fTrim"), "several items begin with \"Trim\"");
+  EXPECT_EQ(titles("Trim clipboard\x1fTrim both sides → “a  [31mb”"), "") << "as shown";
+  EXPECT_EQ(titles("Q"), "the menu has no item \"Q\"");
+  EXPECT_EQ(titles(""), "the menu has no item \"\"");
+  EXPECT_EQ(desktop_.application.ask("InvokeAction", {"noSuchAction"}),
+            "there is no action \"noSuchAction\"");
   desktop_.pasteboard.copyElsewhere("a\nb");
-  EXPECT_EQ(ask.invokeAction("flattenClipboard:", ""), "");
+  EXPECT_EQ(desktop_.application.ask("InvokeActionOn", {"flattenClipboard:", ""}), "");
   EXPECT_EQ(*desktop_.pasteboard.contents().text, "ab") << "an empty object is an object";
-  EXPECT_EQ(ask.invokeAction("setArchiveLocation:", "true"), "");
+  EXPECT_EQ(desktop_.application.ask("InvokeActionOn", {"setArchiveLocation:", "true"}), "");
   EXPECT_TRUE(*desktop_.defaults.stored.at("archiveClipImagesToPictures").asBool());
-  ask.quit();
+  desktop_.application.ask("Quit");
   EXPECT_TRUE(desktop_.application.terminated);
 }
 
@@ -440,10 +443,12 @@ TEST_F(AppDelegateTest, TheHistoryIsPickedFromByIds) {
                                   std::string("Marble and slate"), longText})
     desktop_.pasteboard.copyElsewhere(text, true);
   desktop_.queue.drain();
-  const RemoteRequests& ask = desktop_.application.requests;
+  const auto onEntry = [this](const char* request, const std::string& id) {
+    return desktop_.application.ask(request, {id});
+  };
   const auto list = [&](const std::string& search, const std::string& category) {
     rapidjson::Document found;
-    found.Parse(ask.history(search, category));
+    found.Parse(desktop_.application.ask("History", {search, category}));
     std::vector<std::pair<std::string, std::string>> entries;  // id, title
     for (const auto& entry : found.GetArray())
       entries.emplace_back(entry["id"].GetString(), entry["title"].GetString());
@@ -458,18 +463,18 @@ TEST_F(AppDelegateTest, TheHistoryIsPickedFromByIds) {
   EXPECT_TRUE(list("81Kq", "").empty()) << "a secret cannot be guessed piece by piece";
   EXPECT_TRUE(list("", "none").empty());
 
-  EXPECT_EQ(ask.copyEntry(all[2].first), "");
+  EXPECT_EQ(onEntry("CopyEntry", all[2].first), "");
   EXPECT_EQ(*desktop_.pasteboard.contents().text, secret);
   EXPECT_EQ(desktop_.notices.last(), "Copied text from history");
   EXPECT_EQ(list("", "")[0], all[2]) << "the newest now, under its own id";
-  EXPECT_EQ(ask.deleteEntry(all[0].first), "");
+  EXPECT_EQ(onEntry("DeleteEntry", all[0].first), "");
   EXPECT_EQ(list("", "").size(), 3U);
   for (const char* none : {all[0].first.c_str(), "", "0", "-1", "!", "zzzzzzzzzzzzzzzzzzzzz"}) {
-    EXPECT_NE(ask.copyEntry(none), "") << none;
-    EXPECT_NE(ask.deleteEntry(none), "") << none;
+    EXPECT_NE(onEntry("CopyEntry", none), "") << none;
+    EXPECT_NE(onEntry("DeleteEntry", none), "") << none;
   }
   desktop_.pasteboard.refuses = true;
-  EXPECT_EQ(ask.copyEntry(all[1].first), "the clipboard cannot be written to");
+  EXPECT_EQ(onEntry("CopyEntry", all[1].first), "the clipboard cannot be written to");
   EXPECT_EQ(list("", "").size(), 3U);
 }
 

@@ -44,7 +44,7 @@ class CapturesTest : public testing::Test {
     desktop_.queue.drain();
   }
   void perform(const std::string& action, const std::string& object) {
-    EXPECT_EQ(desktop_.application.requests.invokeAction(action, object), "");
+    EXPECT_EQ(desktop_.application.ask("InvokeActionOn", {action, object}), "");
     desktop_.queue.drain();
   }
   // The last capture ends with a picture of that width, or with none.
