@@ -13,9 +13,9 @@ class ColorTransform {
   // Of the ICC profile in the image. Null when the profile makes no visible difference, is damaged,
   // or is of something else than `gray` or else RGB.
   static std::unique_ptr<ColorTransform> fromProfile(std::string_view icc, bool gray);
-  // Of the numbers that PNG gives: the file's gamma, and x and y of white, red, green and blue, or
+  // Of the numbers that PNG gives: the file's gamma, and `xy`, of white, red, green and blue, or
   // null for those of sRGB. Null as above.
-  static std::unique_ptr<ColorTransform> fromGamma(double gamma, const double* chromaticities);
+  static std::unique_ptr<ColorTransform> fromGamma(double gamma, const double* xy);
 
   ~ColorTransform();
 
