@@ -1,6 +1,9 @@
 #include "platform/linux/ini_file.h"
 
+#include <unicode/unistr.h>
+
 #include <algorithm>
+#include <charconv>
 
 #include "platform/files.h"
 #include "platform/text.h"
@@ -31,6 +34,27 @@ std::optional<std::string> iniValue(const std::string& path, std::string_view se
     }
   }
   return std::nullopt;
+}
+
+std::string withoutQtEscapes(std::string_view value) {
+  icu::UnicodeString units;
+  for (std::size_t at = 0; at < value.size();) {
+    const std::size_t plain = std::min(value.find('\\', at), value.size());
+    units += icu::UnicodeString::fromUTF8(std::string(value.substr(at, plain - at)));
+    if (plain == value.size()) break;
+    at = plain + 1;
+    unsigned unit = 0;
+    const char* const digits = value.data() + at + 1;
+    if (value.substr(at).starts_with('x')) {
+      const auto end = std::from_chars(digits, value.data() + value.size(), unit, 16).ptr;
+      units += static_cast<char16_t>(unit);
+      at = static_cast<std::size_t>(end - value.data());
+    } else if (at < value.size()) {
+      units += static_cast<char16_t>(value[at++]);
+    }
+  }
+  std::string text;
+  return units.toUTF8String(text);
 }
 
 }  // namespace marbelot

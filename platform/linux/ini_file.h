@@ -12,4 +12,8 @@ namespace marbelot {
 std::optional<std::string> iniValue(const std::string& path, std::string_view section,
                                     std::string_view key);
 
+// What Qt's QSettings means by a value: there, "\xe9" stands for a unit of UTF-16 that is not
+// ASCII, and a backslash is doubled.
+std::string withoutQtEscapes(std::string_view value);
+
 }  // namespace marbelot

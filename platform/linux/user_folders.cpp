@@ -48,15 +48,17 @@ std::optional<std::string> toolsSetting() {
     const char* file;
     const char* section;
     const char* key;
+    bool isQts = false;
   } settings[] = {
       {"spectaclerc", "ImageSave", "imageSaveLocation"},
       {"spectaclerc", "Save", "defaultSaveLocation"},
-      {"flameshot/flameshot.ini", "General", "savePath"},
+      {"flameshot/flameshot.ini", "General", "savePath", true},
       {"xfce4/xfce4-screenshooter", "", "screenshot_dir"},
-      {"ksnip/ksnip.conf", "Application", "SaveDirectory"},
+      {"ksnip/ksnip.conf", "Application", "SaveDirectory", true},
   };
-  for (const auto& [file, section, key] : settings)
-    if (auto value = iniValue(join(configFolder(), file), section, key)) return pathFrom(*value);
+  for (const auto& [file, section, key, isQts] : settings)
+    if (const auto value = iniValue(join(configFolder(), file), section, key))
+      return pathFrom(isQts ? withoutQtEscapes(*value) : *value);
   return std::nullopt;
 }
 

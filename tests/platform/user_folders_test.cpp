@@ -49,6 +49,10 @@ TEST_F(UserFoldersTest, TheToolsOwnSettingsComeFirst) {
   EXPECT_EQ(set("none", ""), std::nullopt);
   EXPECT_EQ(set("xfce4/xfce4-screenshooter", "delay=0\nscreenshot_dir=file:///a%20b\n"), "/a b");
   EXPECT_EQ(set("flameshot/flameshot.ini", "[General]\nsavePath=/shots\n"), "/shots");
+  EXPECT_EQ(set("flameshot/flameshot.ini",
+                R"([General]
+savePath="/Im\xe1genes/\x56fe;\xd83d\xdcf7 a\\b")"),
+            "/Imágenes/图;📷 a\\b");
   EXPECT_EQ(set("spectaclerc",
                 "[Save]\nimageSaveLocation=/wrong\n[ImageSave]\n"
                 "imageSaveLocation[$e]=file://$HOME/Shots\n"),
