@@ -48,7 +48,7 @@ AppDelegate::AppDelegate(Platform& platform)
               [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
       collectCopies_(
           platform, *this, actions_,
-          [this](const SharedText& text) { panels_.editor.open(text, std::nullopt, {}); }),
+          [this](const SharedText& text) { panels_.editor.open(text); }),
       cannedResponses_(platform, *this, actions_,
                        [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
       panels_(platform, *this, actions_, history_, historyMenus_, analyses_, imageExport_, viewer_),

@@ -11,9 +11,8 @@ Panels::Panels(Platform& platform, Shell& shell, ActionTable& actions, Clipboard
       editor(platform, shell, actions, placement, analyses),
       hud(
           platform, shell, actions, placement, analyses, [this] { return editor.abilities(); },
-          [this](const Content& content, Point origin, const std::string& spec) {
-            editor.open(content, origin, spec);
-          }),
+          [this](const Content& content, Point origin, const std::optional<Image>& thumbnail,
+                 const std::string& spec) { editor.open(content, origin, thumbnail, spec); }),
       bigPreview(
           platform,
           [&history](const PasteboardContents& contents) { return history.withheld(contents); },
@@ -28,7 +27,7 @@ Panels::Panels(Platform& platform, Shell& shell, ActionTable& actions, Clipboard
           [this] { return placement.area(); }),
       platform_(platform),
       imageExport_(imageExport) {
-  hud.occupied = [this] { return editor.frame(); };
+  placement.standing = [this] { return widget.frame(); };
   editor.hooks.crop = [this](const Image& image, bool concealed) {
     crop.cropForEditor(image, concealed);
   };

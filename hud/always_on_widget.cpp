@@ -15,10 +15,7 @@ constexpr const char* widgetView = "widget";
 constexpr const char* closeId = "close";
 constexpr const char* cornerId = "corner";
 
-View iconButton(const char* id, const char* symbol, const char* toolTip, const Rect& frame) {
-  Button button;
-  button.symbol = symbol;
-  button.toolTip = toolTip;
+View iconButton(const char* id, Button button, const Rect& frame) {
   button.flat = true;
   button.tint = Color::of(Color::Role::secondaryLabel);
   return {id, frame, {.leftMargin = true, .bottomMargin = true}, std::move(button)};
@@ -28,8 +25,8 @@ View iconButton(const char* id, const char* symbol, const char* toolTip, const R
 
 std::optional<std::string> HUDWidgetView::hitTest(Point point) {
   const bool within = Rect{0, 0, shownSize.width, shownSize.height}.contains(point);
-  if (within && closeButtonFrame.contains(point)) return closeButton;
-  return "";
+  if (!within) return std::nullopt;
+  return closeButtonFrame.contains(point) ? closeButton : std::string();
 }
 
 std::shared_ptr<Menu> HUDWidgetView::menuForEvent(Point) {
@@ -128,6 +125,11 @@ void AlwaysOnWidget::refresh() {
   alwaysHUDWindow->showWithoutActivating();
 }
 
+std::optional<Rect> AlwaysOnWidget::frame() const {
+  if (!alwaysHUDWindow || !alwaysHUDWindow->isVisible()) return std::nullopt;
+  return alwaysHUDWindow->frame();
+}
+
 void AlwaysOnWidget::analysesChanged() {
   if (!provisional_) return;
   alwaysLastCount = -1;
@@ -195,10 +197,16 @@ void AlwaysOnWidget::setViews(HUDLayout content) {
   view_.shownSize = size;
   view_.closeButtonFrame = button(1);
   view_.cornerButtonFrame = button(2);
-  content.views.push_back(iconButton(closeId, "xmark.circle.fill", "Hide the clipboard widget",
+  content.views.push_back(iconButton(closeId,
+                                     {.symbol = "xmark.circle.fill",
+                                      .toolTip = "Hide the clipboard widget",
+                                      .spoken = "Hide widget"},
                                      view_.closeButtonFrame));
-  content.views.push_back(iconButton(cornerId, "arrow.up.left.and.arrow.down.right",
-                                     "Move the widget to the next corner",
+  content.views.push_back(iconButton(cornerId,
+                                     {.symbol = "arrow.up.left.and.arrow.down.right",
+                                      .otherSymbol = "arrow.2.squarepath",
+                                      .toolTip = "Move the widget to the next corner",
+                                      .spoken = "Move to next corner"},
                                      view_.cornerButtonFrame));
   std::vector<View> views;
   views.push_back({widgetView,

@@ -78,6 +78,9 @@ class AlwaysOnWidget {
   // What it shows may read differently now.
   void analysesChanged();
 
+  // None while it is hidden.
+  std::optional<Rect> frame() const;
+
   void hideAlwaysOnWidget();
   void snapAlwaysHUD(int corner);
   void cycleAlwaysHUDCorner();

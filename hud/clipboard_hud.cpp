@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "hud/arrow_panel.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -27,14 +28,13 @@ ClipboardHUD::ClipboardHUD(Platform& platform, Shell& shell, ActionTable& action
                            HUDPlacement& placement, TextAnalyses& analyses,
                            std::function<BarAbilities()> abilities, OpenEditor openEditor)
     : platform_(platform),
+      previewHUD(platform.queue, platform.screens, [this] { hide(previewHUD, true); }),
+      menuHUD(platform.queue, platform.screens, [this] { hide(menuHUD, true); }),
+      actions_(actions),
       placement_(placement),
       analyses_(analyses),
       abilities_(std::move(abilities)),
-      openEditor_(std::move(openEditor)),
-      previewHUD_(platform.queue),
-      previewWatch_(platform.queue, platform.screens, [this] { hide(previewHUD_, true); }),
-      hud_(platform.queue),
-      hudWatch_(platform.queue, platform.screens, [this] { hide(hud_, true); }) {
+      openEditor_(std::move(openEditor)) {
   showClipboardHUD.offerToggle(actions, shell, [this] {
     showClipboardHUD ? show(share("Clipboard preview enabled")) : hide();
   });
@@ -57,18 +57,17 @@ void ClipboardHUD::contentChanged(const Content& content) {
 }
 
 void ClipboardHUD::makeWindow(Panel& panel) {
-  WindowDescription window;
-  window.id = "hud";
-  window.title = "Clipboard preview";
-  window.titled = false;
-  window.panel = true;
-  window.level = WindowLevel::overlay;
-  window.everySpace = true;
+  HUDArrowPanel window("hud", "Clipboard preview",
+                       [this](KeyCode code) { return placement_.onArrow(code); });
   window.pressed = [this, &panel](const std::string& spec) { handOver(panel, spec); };
-  window.keyDown = [this](const KeyEvent& key) { return placement_.onArrow(key); };
-  panel.window = platform_.windows.create(std::move(window));
+  panel.previewHUDWindow = platform_.windows.create(std::move(window));
   panel.view.onClick = [this, &panel] { handOver(panel, {}); };
-  panel.view.onDrag = [&panel] { panel.window->performDrag(); };
+  panel.view.menuProvider = [&panel] {
+    panel.watch.hold();
+    return panelMenu(std::holds_alternative<ImageFace>(panel.view.face));
+  };
+  panel.view.onChosen = [this](const MenuItem& item) { actions_.perform(item); };
+  panel.view.onDrag = [&panel] { panel.previewHUDWindow->performDrag(); };
 }
 
 HUDLayout ClipboardHUD::layoutFor(Panel& panel, const Content& content) {
@@ -85,10 +84,10 @@ HUDLayout ClipboardHUD::layoutFor(Panel& panel, const Content& content) {
 }
 
 void ClipboardHUD::fill(Panel& panel, const Content& content) {
-  panel.content = content;
+  panel.hudContent = content;
   panel.thumbnails.cancel();
   HUDLayout layout = layoutFor(panel, content);
-  panel.window->setContent(layout.size, std::move(layout.views));
+  panel.previewHUDWindow->setContent(layout.size, std::move(layout.views));
   const auto* face = std::get_if<ImageFace>(&panel.view.face);
   if (!face) return;
   panel.thumbnails.make(std::get<Image>(content),
@@ -99,79 +98,70 @@ void ClipboardHUD::fill(Panel& panel, const Content& content) {
                           if (!shown) return;
                           shown->thumbnail = made;
                           shown->unreadable = !made;
-                          panel.window->redraw(hudFace);
+                          panel.previewHUDWindow->redraw(hudFace);
                         });
 }
 
 void ClipboardHUD::show(const Content& content) {
-  if (!previewHUD_.window) makeWindow(previewHUD_);
-  fill(previewHUD_, content);
-  Window& window = *previewHUD_.window;
+  if (!previewHUD.previewHUDWindow) makeWindow(previewHUD);
+  fill(previewHUD, content);
+  Window& window = *previewHUD.previewHUDWindow;
   place();
   window.showWithoutActivating();
-  previewHUD_.open = placement_.follow(window);
-  previewWatch_.start(window, shownSeconds);
+  previewHUD.open = placement_.follow(window);
+  previewHUD.watch.start(window, shownSeconds);
 }
 
 void ClipboardHUD::place() {
-  const Size size = previewHUD_.window->frame().size();
-  previewHUD_.window->setOrigin(besideOccupied(placement_.origin(size), size));
-}
-
-Point ClipboardHUD::besideOccupied(Point origin, Size size) const {
-  const auto taken = occupied ? occupied() : std::nullopt;
-  const Rect frame{origin.x, origin.y, size.width, size.height};
-  if (!taken || taken->intersection(frame).isEmpty()) return origin;
-  const Rect area = placement_.area();
-  const double below = taken->y - menuGap - size.height, above = taken->maxY() + menuGap;
-  if (below >= area.y) return {origin.x, below};
-  if (above + size.height <= area.maxY()) return {origin.x, above};
-  return origin;
+  Window& window = *previewHUD.previewHUDWindow;
+  window.setOrigin(placement_.origin(window.frame().size(), &window));
 }
 
 void ClipboardHUD::hide() {
-  hide(previewHUD_, false);
-  hide(hud_, false);
+  hide(previewHUD, false);
+  hide(menuHUD, false);
 }
 
 void ClipboardHUD::hide(Panel& panel, bool fades) {
-  (&panel == &hud_ ? hudWatch_ : previewWatch_).stop();
-  if (&panel == &hud_) {
+  panel.watch.stop();
+  if (&panel == &menuHUD) {
     hudHideTimer.cancel();
     highlighted_.reset();
   }
   panel.open.cancel();
   panel.thumbnails.cancel();
-  panel.content.reset();
-  if (!panel.window || !panel.window->isVisible()) return;
-  fades ? panel.window->fadeOut() : panel.window->hide();
+  panel.hudContent.reset();
+  if (!panel.previewHUDWindow || !panel.previewHUDWindow->isVisible()) return;
+  fades ? panel.previewHUDWindow->fadeOut() : panel.previewHUDWindow->hide();
 }
 
 void ClipboardHUD::handOver(Panel& panel, const std::string& spec) {
-  if (!panel.content) return;
-  const Content content = *panel.content;
-  const Point origin = panel.window->frame().origin();
+  if (!panel.hudContent) return;
+  const Content content = *panel.hudContent;
+  const Point origin = panel.previewHUDWindow->frame().origin();
+  const auto* face = std::get_if<ImageFace>(&panel.view.face);
+  const std::optional<Image> thumbnail = face ? face->thumbnail : std::nullopt;
   hide(panel, false);
-  if (spec != "done") openEditor_(content, origin, spec);
+  if (spec != "done") openEditor_(content, origin, thumbnail, spec);
 }
 
 void ClipboardHUD::menuWillHighlight(const MenuItem* item) {
   if (item && item->payload) {
     hudHideTimer.cancel();
-    hudWatch_.stop();
-    if (hud_.content && highlighted_ == item->payload) return;
+    menuHUD.watch.stop();
+    if (menuHUD.hudContent && highlighted_ == item->payload) return;
     highlighted_ = item->payload;
-    if (!hud_.window) makeWindow(hud_);
-    fill(hud_, item->payload->content);
-    hud_.window->setOrigin(besideMenu(hud_.window->frame().size()));
-    hud_.window->showWithoutActivating();
-    hud_.open = placement_.follow(*hud_.window);
+    if (!menuHUD.previewHUDWindow) makeWindow(menuHUD);
+    fill(menuHUD, item->payload->content);
+    menuHUD.previewHUDWindow->setOrigin(besideMenu(menuHUD.previewHUDWindow->frame().size()));
+    menuHUD.previewHUDWindow->showWithoutActivating();
+    menuHUD.open = placement_.follow(*menuHUD.previewHUDWindow);
     return;
   }
   hudHideTimer.cancel();
-  if (!hud_.content) return;
+  if (!menuHUD.hudContent) return;
   const auto look = [this] {
-    if (!PointerWatch::isOn(*hud_.window, platform_.screens)) hide(hud_, true);
+    if (!PointerWatch::isOn(*menuHUD.previewHUDWindow, platform_.screens)) hide(menuHUD, true);
   };
   hudHideTimer = platform_.queue.after(firstLookSeconds, [this, look] {
     hudHideTimer = platform_.queue.every(lookSeconds, look);
@@ -181,15 +171,15 @@ void ClipboardHUD::menuWillHighlight(const MenuItem* item) {
 
 void ClipboardHUD::menuDidClose() {
   const Point pointer = platform_.screens.pointer();
-  for (Panel* panel : {&hud_, &previewHUD_}) {
-    if (!panel->content || !panel->window->isVisible()) continue;
-    if (!panel->window->frame().contains(pointer)) continue;
-    const std::string id = panel->window->viewAt(pointer);
+  for (Panel* panel : {&menuHUD, &previewHUD}) {
+    if (!panel->hudContent || !panel->previewHUDWindow->isVisible()) continue;
+    if (!panel->previewHUDWindow->frame().contains(pointer)) continue;
+    const std::string id = panel->previewHUDWindow->viewAt(pointer);
     handOver(*panel, id == hudFace || id == hudCard ? std::string() : id);
     return;
   }
   hudHideTimer.cancel();
-  if (hud_.content) hudWatch_.start(*hud_.window, leavingSeconds);
+  if (menuHUD.hudContent) menuHUD.watch.start(*menuHUD.previewHUDWindow, leavingSeconds);
 }
 
 Point ClipboardHUD::besideMenu(Size size) const {
@@ -216,13 +206,7 @@ bool ClipboardHUD::reveal(const SharedText& text) {
   for (const std::string& line : face.lines)
     width = std::max(width, std::ceil(measure()(line, face.font)) + 1);
   if (!revealWindow_) {
-    WindowDescription window;
-    window.id = "hud";
-    window.title = "Full value";
-    window.titled = false;
-    window.panel = true;
-    window.level = WindowLevel::overlay;
-    window.everySpace = true;
+    HUDArrowPanel window("hud", "Full value", {});
     window.ignoresMouse = true;
     revealWindow_ = platform_.windows.create(std::move(window));
   }
@@ -241,10 +225,10 @@ bool ClipboardHUD::reveal(const SharedText& text) {
 }
 
 void ClipboardHUD::analysesChanged() {
-  for (Panel* panel : {&hud_, &previewHUD_}) {
-    if (!panel->content || !panel->provisional) continue;
-    fill(*panel, Content(*panel->content));
-    if (panel == &previewHUD_) place();
+  for (Panel* panel : {&menuHUD, &previewHUD}) {
+    if (!panel->hudContent || !panel->provisional) continue;
+    fill(*panel, Content(*panel->hudContent));
+    if (panel == &previewHUD) place();
   }
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "clipboard/text_analysis.h"
 #include "hud/edit_bar.h"
@@ -22,10 +23,11 @@ class ClipboardHUD {
   Platform& platform_;
 
  public:
-  // Opens the editor for what a panel shows, at its place, to carry out what `spec` names unless it
-  // is empty.
+  // Opens the editor for what a panel shows, at its place, with its thumbnail, to carry out what
+  // `spec` names unless it is empty.
   using OpenEditor =
-      std::function<void(const Content& content, Point origin, const std::string& spec)>;
+      std::function<void(const Content& content, Point origin,
+                         const std::optional<Image>& thumbnail, const std::string& spec)>;
 
   ClipboardHUD(Platform& platform, Shell& shell, ActionTable& actions, HUDPlacement& placement,
                TextAnalyses& analyses, std::function<BarAbilities()> abilities,
@@ -36,9 +38,6 @@ class ClipboardHUD {
       "showClipboardHUD",
       false,
       {.toggle = {"Flash on-screen preview when clipboard changes", "toggleClipboardHUD"}}};
-  // The frame of a panel that this one is not to cover; none when there is none.
-  std::function<std::optional<Rect>()> occupied;
-
   // Something was copied.
   void contentChanged(const Content& content);
   // Shows the content at the panels' place. Whoever has the keys keeps them.
@@ -55,21 +54,25 @@ class ClipboardHUD {
   // An analysis that was provisional may have arrived.
   void analysesChanged();
 
-  // The application's state, open to its tests.
-  Task hudHideTimer;
-
- private:
   // A panel with what it shows.
   struct Panel {
-    explicit Panel(MainQueue& queue) : thumbnails(queue) {}
-    std::unique_ptr<Window> window;  // made on first use
-    std::optional<Content> content;
+    Panel(MainQueue& queue, const Screens& screens, std::function<void()> away)
+        : thumbnails(queue), watch(queue, screens, std::move(away)) {}
+    std::unique_ptr<Window> previewHUDWindow;  // made on first use
+    std::optional<Content> hudContent;         // while it is shown
     bool provisional = false;
     HUDClickView view;
     Thumbnails thumbnails;
+    PointerWatch watch;
     Task open;  // keeps it among the open panels
   };
 
+  // The application's state, open to its tests.
+  Panel previewHUD;  // of what was copied
+  Panel menuHUD;     // beside the menu
+  Task hudHideTimer;
+
+ private:
   void fill(Panel& panel, const Content& content);
   HUDLayout layoutFor(Panel& panel, const Content& content);
   void makeWindow(Panel& panel);
@@ -77,20 +80,16 @@ class ClipboardHUD {
   void handOver(Panel& panel, const std::string& spec);
   void hide(Panel& panel, bool fades);
   Point besideMenu(Size size) const;
-  Point besideOccupied(Point origin, Size size) const;
   Measure measure() const;
   double scale() const;
 
+  ActionTable& actions_;
   HUDPlacement& placement_;
   TextAnalyses& analyses_;
   const std::function<BarAbilities()> abilities_;
   const OpenEditor openEditor_;
 
-  Panel previewHUD_;  // of what was copied
-  PointerWatch previewWatch_;
-  Panel hud_;                                      // beside the menu
-  std::shared_ptr<const HUDPayload> highlighted_;  // what hud_ shows
-  PointerWatch hudWatch_;
+  std::shared_ptr<const HUDPayload> highlighted_;  // what menuHUD shows
   std::unique_ptr<Window> revealWindow_;
   HUDClickView revealView_;
   Task revealHide_;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "hud/arrow_panel.h"
 #include "image/image_file.h"
 #include "image/operations.h"
 #include "platform/files.h"
@@ -26,7 +27,7 @@ SharedText shownText(const SharedText& text) {
 
 struct Edited {
   SharedBitmap before;
-  std::optional<Image> image;
+  std::optional<EditedPicture> picture;
 };
 
 }  // namespace
@@ -38,7 +39,6 @@ HUDEditor::HUDEditor(Platform& platform, Shell& shell, ActionTable& actions,
       actions_(actions),
       placement_(placement),
       analyses_(analyses),
-      thumbnails_(platform.queue),
       watch_(platform.queue, platform.screens, [this] { pointerAway(); }) {
   const auto onText = [&actions](const char* selector, auto action) {
     actions.add(selector, [action](const MenuItem& sender) {
@@ -46,12 +46,24 @@ HUDEditor::HUDEditor(Platform& platform, Shell& shell, ActionTable& actions,
     });
   };
   onText("hudBarClicked:", [this](const std::string& spec) {
-    if (frame()) press(spec);
+    if (isOpen()) press(spec);
   });
   onText("hudMenuPicked:", [this](const std::string& op) {
-    if (hudEditorImage) afterEdits([this, op] { startEdit(op); });
+    if (!hudEditorImage) return;
+    afterEdits([this, op] {
+      startEdit([op](const Bitmap& before) -> std::optional<Image> {
+        auto made = marbelot::apply(op, before);
+        if (!made) return std::nullopt;
+        return Image::fromPixels(std::make_shared<const Bitmap>(std::move(*made)));
+      });
+    });
   });
   hudEditorImageView.onDrag = [this] { hudEditorPanel->performDrag(); };
+  hudEditorImageView.menuProvider = [this] {
+    watch_.hold();
+    return panelMenu(hudEditorImage.has_value());
+  };
+  hudEditorImageView.onChosen = [this](const MenuItem& item) { actions_.perform(item); };
 }
 
 Measure HUDEditor::measure() const {
@@ -70,22 +82,16 @@ BarAbilities HUDEditor::abilities() const {
 }
 
 void HUDEditor::makePanel() {
-  WindowDescription window;
-  window.id = "editor";
-  window.title = "Clipboard editor";
-  window.titled = false;
-  window.panel = true;
-  window.level = WindowLevel::overlay;
-  window.everySpace = true;
+  HUDArrowPanel window("editor", "Clipboard editor", [this](KeyCode code) {
+    if (code == KeyCode::escape) return finish(), true;
+    return placement_.onArrow(code);
+  });
   window.pressed = [this](const std::string& spec) { press(spec); };
-  window.keyDown = [this](const KeyEvent& key) {
-    if (key.code == KeyCode::escape) return finish(), true;
-    return placement_.onArrow(key);
-  };
   hudEditorPanel = platform_.windows.create(std::move(window));
 }
 
-void HUDEditor::open(const Content& content, std::optional<Point> origin, const std::string& spec) {
+void HUDEditor::open(const Content& content, std::optional<Point> origin,
+                     const std::optional<Image>& thumbnail, const std::string& spec) {
   // Whoever opens something else does not mean to lose what was edited.
   if (hudEditorImage && hudEditorEdited && !hudEditorCopied && !concealed_ && hooks.keep)
     hooks.keep(*hudEditorImage);
@@ -95,6 +101,7 @@ void HUDEditor::open(const Content& content, std::optional<Point> origin, const 
   if (const auto* image = std::get_if<Image>(&content)) {
     hudEditorImage = *image;
     concealed_ = clipboard.conceals(*image);
+    shown_ = thumbnail;
   } else {
     hudEditorText = std::get<SharedText>(content);
     concealed_ = clipboard.concealed && clipboard.text && *clipboard.text == *hudEditorText;
@@ -106,25 +113,24 @@ void HUDEditor::open(const Content& content, std::optional<Point> origin, const 
                                    : placement_.origin(layout.size));
   hudEditorPanel->showWithoutActivating();
   open_ = placement_.follow(*hudEditorPanel);
-  showPicture();
+  if (hudEditorImage) readPicture();
   watch();
   // The event that opened it may be a menu's that is still closing.
   if (!spec.empty()) pressing_ = platform_.queue.after(0, [this, spec] { press(spec); });
 }
 
-std::optional<Rect> HUDEditor::frame() const {
-  if (!hudEditorPanel || !hudEditorPanel->isVisible()) return std::nullopt;
-  return hudEditorPanel->frame();
+ImageRoom HUDEditor::imageRoom() const {
+  ImageRoom room;
+  room.leastHeight = std::max(room.leastHeight, wellHeight_);
+  return room;
 }
 
 HUDLayout HUDEditor::imagePanel() {
-  ImageRoom room;
-  room.leastHeight = std::max(room.leastHeight, wellHeight_);
-  HUDLayout layout =
-      imageLayout(hudEditorImage->width(), hudEditorImage->height(),
-                  pixelSizeTitle(hudEditorImage->width(), hudEditorImage->height()) +
-                      (hudEditorEdited ? " — edited" : ""),
-                  room, imageBarButtons(pinned_, abilities()), measure(), hudEditorImageView);
+  hudEditorBar = imageBarButtons(pinned_, abilities());
+  HUDLayout layout = imageLayout(hudEditorImage->width(), hudEditorImage->height(),
+                                 pixelSizeTitle(hudEditorImage->width(), hudEditorImage->height()) +
+                                     (hudEditorEdited ? " — edited" : ""),
+                                 imageRoom(), hudEditorBar, measure(), hudEditorImageView);
   auto& face = std::get<ImageFace>(hudEditorImageView.face);
   wellHeight_ = face.well.height;
   face.thumbnail = shown_;
@@ -132,9 +138,10 @@ HUDLayout HUDEditor::imagePanel() {
 }
 
 HUDLayout HUDEditor::textPanel() {
+  hudEditorBar = textBarButtons(*hudEditorText, pinned_, abilities());
   return textAreaLayout(
       textFace(hudEditorText, *analyses_.of(hudEditorText), editorTextRoom, measure()), textView,
-      textBarButtons(*hudEditorText, pinned_, abilities()), measure(), hudEditorImageView);
+      hudEditorBar, measure(), hudEditorImageView);
 }
 
 // The corner at the screen's edge stays where it is.
@@ -154,21 +161,40 @@ void HUDEditor::rebuild() {
   }
 }
 
-void HUDEditor::showPicture() {
-  const auto* face = std::get_if<ImageFace>(&hudEditorImageView.face);
-  if (!face || !hudEditorImage) return;
+// As large as it will be shown, for the sharpest of the screens. For another thread.
+std::function<std::optional<Image>(const SharedBitmap&)> HUDEditor::thumbnailMaker() const {
   double scale = 1;
   for (const Screen& screen : platform_.screens.all()) scale = std::max(scale, screen.scale);
-  thumbnails_.make(*hudEditorImage, static_cast<int>(std::ceil(face->frame.width * scale)),
-                   static_cast<int>(std::ceil(face->frame.height * scale)),
-                   [this](const std::optional<Image>& made) {
-                     auto* shown = std::get_if<ImageFace>(&hudEditorImageView.face);
-                     if (!shown) return;
-                     shown_ = made;
-                     shown->thumbnail = made;
-                     shown->unreadable = !made;
-                     hudEditorPanel->redraw(hudFace);
-                   });
+  return [scale, room = imageRoom()](const SharedBitmap& pixels) -> std::optional<Image> {
+    if (!pixels) return std::nullopt;
+    const Size size = shownImageSize(pixels->width(), pixels->height(), room);
+    return thumbnail(pixels, static_cast<int>(std::ceil(size.width * scale)),
+                     static_cast<int>(std::ceil(size.height * scale)));
+  };
+}
+
+// Once, and before somebody asks for an edit, which shall not take longer for it.
+void HUDEditor::readPicture() {
+  reading_ = true;
+  working_ = platform_.queue.inBackground(
+      [image = *hudEditorImage, shown = shown_, make = thumbnailMaker()] {
+        const SharedBitmap pixels = decode(image);
+        return EditedPicture{image, pixels, shown ? shown : make(pixels)};
+      },
+      [this](const EditedPicture& read) {
+        reading_ = false;
+        pixels_ = read.pixels;
+        shown_ = read.thumbnail;
+        showThumbnail();
+        if (const Edit edit = std::exchange(waiting_, nullptr)) runEdit(edit);
+      });
+}
+
+void HUDEditor::showThumbnail() {
+  auto& face = std::get<ImageFace>(hudEditorImageView.face);
+  face.thumbnail = shown_;
+  face.unreadable = !shown_;
+  hudEditorPanel->redraw(hudFace);
 }
 
 void HUDEditor::press(const std::string& spec) {
@@ -178,14 +204,7 @@ void HUDEditor::press(const std::string& spec) {
   if (hudEditorImage) {
     if (spec == "undo") return afterEdits([this] { undo(); });
     if (spec == "save") return afterEdits([this] { save(); });
-    if (spec == "crop" && hooks.crop) {
-      return afterEdits([this] {
-        // It would stand on the window in which the picture is cropped.
-        watch_.stop();
-        hudEditorPanel->hide();
-        hooks.crop(*hudEditorImage, concealed_);
-      });
-    }
+    if (spec == "crop" && hooks.crop) return afterEdits([this] { startCropping(); });
     if (spec == "ocr" && hooks.recognize)
       return afterEdits([this] { hooks.recognize(*hudEditorImage, concealed_); });
     return popUp(spec, editGroupMenu(spec));
@@ -225,53 +244,69 @@ void HUDEditor::runSteps() {
   }
 }
 
-void HUDEditor::startEdit(const std::string& op) {
+void HUDEditor::startEdit(Edit edit) {
   editing_ = true;
+  if (reading_) {
+    waiting_ = std::move(edit);
+  } else {
+    runEdit(edit);
+  }
+}
+
+void HUDEditor::runEdit(const Edit& edit) {
   working_ = platform_.queue.inBackground(
-      [image = *hudEditorImage, before = pixels_, op]() -> Edited {
+      [image = *hudEditorImage, before = pixels_, edit, make = thumbnailMaker()]() -> Edited {
         Edited edited{before ? before : decode(image), {}};
-        if (!edited.before) return edited;
-        if (auto made = marbelot::apply(op, *edited.before))
-          edited.image = Image::fromPixels(std::make_shared<const Bitmap>(std::move(*made)));
+        const auto made = edited.before ? edit(*edited.before) : std::nullopt;
+        if (!made) return edited;
+        const SharedBitmap pixels = decode(*made);
+        edited.picture = EditedPicture{*made, pixels, make(pixels)};
         return edited;
       },
       [this](const Edited& edited) {
         editing_ = false;
         pixels_ = edited.before;
-        if (edited.image) {
-          hudEditorUndo.push(*hudEditorImage);
+        if (edited.picture) {
+          hudEditorUndo.push({*hudEditorImage, pixels_, shown_});
           ++edits_;
-          replaceImage(*edited.image);
+          replacePicture(*edited.picture);
         } else {
           shell_.notify("Couldn't apply that edit");
         }
+        if (cropping_) bringToFront();
         runSteps();
       });
 }
 
-void HUDEditor::replaceImage(Image image) {
-  hudEditorImage = std::move(image);
-  pixels_ = hudEditorImage->pixels();
+void HUDEditor::replacePicture(EditedPicture picture) {
+  hudEditorImage = std::move(picture.image);
+  pixels_ = std::move(picture.pixels);
+  shown_ = std::move(picture.thumbnail);
   hudEditorEdited = edits_ > 0;
   hudEditorCopied = false;
   rebuild();
-  showPicture();
+}
+
+void HUDEditor::startCropping() {
+  // It would stand on the window in which the picture is cropped.
+  cropping_ = true;
+  watch_.stop();
+  open_.cancel();
+  hudEditorPanel->hide();
+  hooks.crop(*hudEditorImage, concealed_);
 }
 
 bool HUDEditor::cropped(const Image& image) {
-  if (!hudEditorImage) return false;
-  afterEdits([this, image] {
-    hudEditorUndo.push(*hudEditorImage);
-    ++edits_;
-    replaceImage(image);
-  });
-  bringToFront();
+  if (!hudEditorImage || !cropping_) return false;
+  afterEdits([this, image] { startEdit([image](const Bitmap&) { return image; }); });
   return true;
 }
 
 void HUDEditor::bringToFront() {
+  cropping_ = false;
   if (!hudEditorImage || !hudEditorPanel) return;
   hudEditorPanel->showWithoutActivating();
+  open_ = placement_.follow(*hudEditorPanel);
   watch();
 }
 
@@ -279,7 +314,7 @@ void HUDEditor::undo() {
   auto before = hudEditorUndo.pop();
   if (!before) return shell_.notify("Nothing to undo");
   --edits_;
-  replaceImage(std::move(*before));
+  replacePicture(std::move(*before));
 }
 
 bool HUDEditor::copyImage() {
@@ -351,14 +386,15 @@ void HUDEditor::close() {
   open_.cancel();
   working_.cancel();
   pressing_.cancel();
-  thumbnails_.cancel();
   steps_.clear();
-  editing_ = false;
+  waiting_ = nullptr;
+  editing_ = reading_ = cropping_ = false;
   hudEditorImage.reset();
   hudEditorText.reset();
   pixels_.reset();
   shown_.reset();
   hudEditorUndo.clear();
+  hudEditorBar.clear();
   hudEditorEdited = hudEditorCopied = concealed_ = pinned_ = false;
   edits_ = 0;
   wellHeight_ = 0;

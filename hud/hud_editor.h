@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "clipboard/text_analysis.h"
 #include "hud/edit_bar.h"
@@ -48,20 +49,20 @@ class HUDEditor {
   BarAbilities abilities() const;
 
   // Shows the content with its lower left corner at `origin`, or at the panels' place, and presses
-  // the button `spec`, unless that is empty.
-  void open(const Content& content, std::optional<Point> origin, const std::string& spec);
-  // None while it is closed.
-  std::optional<Rect> frame() const;
+  // the button `spec`, unless that is empty. `thumbnail`: of a picture as it was shown already.
+  void open(const Content& content, std::optional<Point> origin = {},
+            const std::optional<Image>& thumbnail = {}, const std::string& spec = {});
   // Whether the present contents of the clipboard were put there by the editor.
   bool madeChange(std::int64_t changeCount) const { return changeCount == copiedCount_; }
 
-  // A picture came back from being cropped. False when the editor has none any more.
+  // The picture came back from being cropped. False when the editor shows something else by now.
   bool cropped(const Image& image);
   void bringToFront();
 
   // The application's state, open to its tests.
   std::unique_ptr<Window> hudEditorPanel;  // made on first use
   HUDClickView hudEditorImageView;
+  std::vector<EditBarButton> hudEditorBar;
   std::optional<Image> hudEditorImage;
   SharedText hudEditorText;
   UndoStack hudEditorUndo;
@@ -72,16 +73,23 @@ class HUDEditor {
   void makePanel();
   void rebuild();
   void layOut(Size size, std::vector<View> views);
+  ImageRoom imageRoom() const;
   HUDLayout imagePanel();
   HUDLayout textPanel();
-  void showPicture();
+  void readPicture();
+  void showThumbnail();
   void press(const std::string& spec);
   void popUp(const std::string& spec, const std::shared_ptr<Menu>& menu);
   void pick(const MenuItem& item);
   void afterEdits(std::function<void()> step);
   void runSteps();
-  void startEdit(const std::string& op);
-  void replaceImage(Image image);
+  using Edit = std::function<std::optional<Image>(const Bitmap& before)>;
+  void startEdit(Edit edit);
+  void runEdit(const Edit& edit);
+  void startCropping();
+  void replacePicture(EditedPicture picture);
+  std::function<std::optional<Image>(const SharedBitmap&)> thumbnailMaker() const;
+  bool isOpen() const { return hudEditorPanel && hudEditorPanel->isVisible(); }
   void undo();
   void copy();
   bool copyImage();
@@ -105,13 +113,15 @@ class HUDEditor {
   bool pinned_ = false;
   double wellHeight_ = 0;          // it never shrinks under the pointer
   std::optional<Image> shown_;     // the picture as large as it is shown
+  bool reading_ = false;           // the picture is being decoded
+  Edit waiting_;                   // until it is
+  bool cropping_ = false;          // elsewhere, while the panel is hidden
   std::int64_t copiedCount_ = -1;  // the clipboard's, of the last copy
   std::deque<std::function<void()>> steps_;
   bool editing_ = false;
   Task working_, pressing_, open_;
   std::map<std::uint64_t, Task> saves_;
   std::uint64_t lastSave_ = 0;
-  Thumbnails thumbnails_;
   PointerWatch watch_;
 };
 

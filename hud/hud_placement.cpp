@@ -14,13 +14,21 @@ Rect HUDPlacement::area() const {
   return screenArea(platform_.screens.all(), platform_.screens.pointer());
 }
 
-Point HUDPlacement::origin(Size panel) const {
-  return originForPlacement(panel, placement(), area());
+Point HUDPlacement::origin(Size size, const Window* panel) const {
+  std::vector<Rect> taken;
+  for (const auto& [id, window] : open_)
+    if (window != panel && window->isVisible()) taken.push_back(window->frame());
+  return beside(size, std::move(taken));
 }
 
-Task HUDPlacement::follow(Window& window, std::function<void()> moved) {
+Point HUDPlacement::beside(Size size, std::vector<Rect> taken) const {
+  if (const auto frame = standing ? standing() : std::nullopt) taken.push_back(*frame);
+  return originBeside(size, placement(), area(), taken);
+}
+
+Task HUDPlacement::follow(Window& window) {
   const int id = ++lastId_;
-  open_[id] = {&window, std::move(moved)};
+  open_[id] = &window;
   updateMonitors();
   return Task(std::shared_ptr<void>(nullptr, [this, id, alive = std::weak_ptr(alive_)](void*) {
     if (alive.expired()) return;
@@ -37,8 +45,8 @@ bool HUDPlacement::isMenuOpen() const {
                      [](const WindowInfo& window) { return window.id == "menu"; });
 }
 
-bool HUDPlacement::onArrow(const KeyEvent& key) {
-  const auto next = placementAfterKey(placement(), key.code);
+bool HUDPlacement::onArrow(KeyCode key) {
+  const auto next = placementAfterKey(placement(), key);
   // In a menu they choose an item.
   if (!next || open_.empty() || isMenuOpen()) return false;
   store(*next, true);
@@ -50,24 +58,23 @@ void HUDPlacement::store(int placement, bool animated) {
   placeAll(animated);
 }
 
+// The one that has been open for the longest time gets the place, the others stand beside it.
 void HUDPlacement::placeAll(bool animated) {
-  for (const auto& [id, panel] : std::map(open_)) {
-    if (!open_.contains(id)) continue;
-    panel.window->setOrigin(origin(panel.window->frame().size()), animated);
-    if (panel.moved) panel.moved();
+  std::vector<Rect> taken;
+  for (const auto& [id, panel] : open_) {
+    panel->setOrigin(beside(panel->frame().size(), taken), animated);
+    taken.push_back(panel->frame());
   }
 }
 
 void HUDPlacement::screensChanged() {
   const auto screens = platform_.screens.all();
-  for (const auto& [id, panel] : std::map(open_)) {
-    const Rect frame = panel.window->frame();
+  for (const auto& [id, panel] : open_) {
+    const Rect frame = panel->frame();
     const bool seen = std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
       return screen.visibleFrame.intersection(frame) == frame;
     });
-    if (seen || !open_.contains(id)) continue;
-    panel.window->setOrigin(origin(frame.size()));
-    if (panel.moved) panel.moved();
+    if (!seen) panel->setOrigin(origin(frame.size(), panel));
   }
 }
 
@@ -76,8 +83,8 @@ void HUDPlacement::installLocalMonitor() {
   hudArrowLocalMonitor = platform_.keyMonitors.addLocal([this](const KeyEvent& key) {
     // A text that the user edits meanwhile keeps its keys.
     const bool inPanel = std::any_of(open_.begin(), open_.end(),
-                                     [](const auto& open) { return open.second.window->isKey(); });
-    return onArrow(key) && inPanel;
+                                     [](const auto& open) { return open.second->isKey(); });
+    return onArrow(key.code) && inPanel;
   });
 }
 
@@ -90,7 +97,7 @@ void HUDPlacement::updateMonitors() {
   installLocalMonitor();
   if (!hudArrowGlobalMonitor) {
     hudArrowGlobalMonitor =
-        platform_.keyMonitors.addGlobal([this](const KeyEvent& key) { onArrow(key); });
+        platform_.keyMonitors.addGlobal([this](const KeyEvent& key) { onArrow(key.code); });
   }
 }
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "hud/placement.h"
 #include "platform/platform.h"
@@ -26,17 +27,20 @@ class HUDPlacement {
                                           topRightPlacement};
 
   int placement() const { return placementOf(hudPopupPlacement); }
-  // Where a panel of this size belongs at present.
-  Point origin(Size panel) const;
+  // Where a panel of this size belongs at present: its place, or beside what stands there already.
+  // `panel` itself, if it is open, does not.
+  Point origin(Size size, const Window* panel = nullptr) const;
   Rect area() const;
 
   // While the handle lives, the window is an open panel: the arrow keys and "cycleHUDPlacement"
-  // move it, and it is put back in place when its screen goes away. `moved` is called after that.
-  [[nodiscard]] Task follow(Window& window, std::function<void()> moved = {});
+  // move it, others stand beside it, and it is put back in place when its screen goes away.
+  [[nodiscard]] Task follow(Window& window);
+  // The frame of what panels stand beside though it is none of them; none while it is hidden.
+  std::function<std::optional<Rect>()> standing;
 
   void cycleHUDPlacement();
   // Moves the open panels when it is an arrow key, and tells whether it was one.
-  bool onArrow(const KeyEvent& key);
+  bool onArrow(KeyCode key);
 
   // Watches for keys in windows of the program; they are acted on only while a panel is open.
   void installLocalMonitor();
@@ -45,17 +49,14 @@ class HUDPlacement {
   std::optional<Task> hudArrowLocalMonitor, hudArrowGlobalMonitor;
 
  private:
-  struct OpenPanel {
-    Window* window;
-    std::function<void()> moved;
-  };
   bool isMenuOpen() const;
+  Point beside(Size size, std::vector<Rect> taken) const;
   void store(int placement, bool animated);
   void placeAll(bool animated);
   void screensChanged();
   void updateMonitors();
 
-  std::map<int, OpenPanel> open_;
+  std::map<int, Window*> open_;  // the oldest first
   int lastId_ = 0;
   std::shared_ptr<char> alive_ = std::make_shared<char>();
   Task screens_;

@@ -42,6 +42,18 @@ Rect onPixels(const Rect& rect) {
           std::max(std::round(rect.height), 1.0)};
 }
 
+struct ImagePlace {
+  Rect well, frame;
+};
+
+// Above `below`, the distance to the panel's lower edge.
+ImagePlace imagePlace(int width, int height, const ImageRoom& room, double below) {
+  const Rect fitted = fittedFrame(width, height, {0, 0, room.most.width, room.most.height});
+  const Rect well{padding, below, std::max(leastImageBarWidth, room.most.width),
+                  std::max(std::ceil(fitted.height), room.leastHeight)};
+  return {well, onPixels(fittedFrame(width, height, well))};
+}
+
 View faceView(Size size, HUDClickView& view, std::vector<View> views) {
   return {hudFace,
           {0, 0, size.width, size.height},
@@ -120,6 +132,21 @@ void HUDClickView::mouseUp(const MouseEvent&) {
   if (!std::exchange(dragged_, true) && click) click();
 }
 
+std::shared_ptr<Menu> HUDClickView::menuForEvent(Point) {
+  return menuProvider ? menuProvider() : nullptr;
+}
+
+void HUDClickView::menuItemChosen(const MenuItem& item) {
+  if (onChosen) onChosen(item);
+}
+
+std::shared_ptr<Menu> panelMenu(bool showsImage) {
+  auto menu = std::make_shared<Menu>();
+  menu->add("Move to next corner", "cycleHUDPlacement");
+  if (showsImage) menu->add("Open copied-images folder", "openClipImagesFolder");
+  return menu;
+}
+
 View cardView(Size size, std::vector<View> views) {
   return {hudCard,
           {0, 0, size.width, size.height},
@@ -131,22 +158,25 @@ std::string pixelSizeTitle(int width, int height) {
   return std::to_string(width) + " × " + std::to_string(height);
 }
 
+Size shownImageSize(int width, int height, const ImageRoom& room) {
+  return imagePlace(width, height, room, 0).frame.size();
+}
+
 HUDLayout imageLayout(int width, int height, std::string caption, const ImageRoom& room,
                       const std::vector<EditBarButton>& buttons, const Measure& measure,
                       HUDClickView& view) {
-  const double inner = std::max(leastImageBarWidth, room.most.width);
   EditBar bar;
-  if (!buttons.empty()) bar = layOutBar(buttons, inner, true, measure);
+  if (!buttons.empty())
+    bar = layOutBar(buttons, std::max(leastImageBarWidth, room.most.width), true, measure);
   const double barSpace = bar.height > 0 ? bar.height + gap : 0;
-  const Rect fitted = fittedFrame(width, height, {0, 0, room.most.width, room.most.height});
-  const double wellHeight = std::max(std::ceil(fitted.height), room.leastHeight);
+  const auto [well, frame] =
+      imagePlace(width, height, room, padding + barSpace + headingHeight + gap / 2);
   ImageFace face;
   face.caption = std::move(caption);
-  const double below = padding + barSpace + headingHeight + gap / 2;
-  face.well = {padding, below, inner, wellHeight};
-  face.frame = onPixels(fittedFrame(width, height, face.well));
+  face.well = well;
+  face.frame = frame;
   view.face = std::move(face);
-  return onCard({inner + 2 * padding, below + wellHeight + padding}, view, std::move(bar));
+  return onCard({well.maxX() + padding, well.maxY() + padding}, view, std::move(bar));
 }
 
 HUDLayout textLayout(TextFace face, double width, const std::vector<EditBarButton>& buttons,

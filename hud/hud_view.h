@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -29,6 +30,8 @@ class HUDClickView : public CanvasDelegate {
  public:
   std::function<void()> onClick;
   std::function<void()> onDrag;
+  std::function<std::shared_ptr<Menu>()> menuProvider;
+  std::function<void(const MenuItem&)> onChosen;
 
   std::variant<TextFace, ImageFace> face;
   double cornerSpace = 0;  // what stands in the upper right corner needs this width
@@ -37,6 +40,8 @@ class HUDClickView : public CanvasDelegate {
   void mouseDown(const MouseEvent& event) override;
   void mouseDragged(const MouseEvent& event) override;
   void mouseUp(const MouseEvent& event) override;
+  std::shared_ptr<Menu> menuForEvent(Point) override;
+  void menuItemChosen(const MenuItem& item) override;
 
  private:
   void drawText(Painter& painter, Size bounds, const TextFace& text) const;
@@ -61,6 +66,9 @@ struct ImageRoom {
   double leastHeight = 96;
 };
 
+// The size in points at which `imageLayout` shows a picture.
+Size shownImageSize(int width, int height, const ImageRoom& room);
+
 // A panel of a picture or of a text with its bar; with no buttons there is no bar. The canvas is
 // `view`, whose face is brought up to the layout.
 HUDLayout imageLayout(int width, int height, std::string caption, const ImageRoom& room,
@@ -80,6 +88,9 @@ HUDLayout compactTextLayout(TextFace face, const Measure& measure, HUDClickView&
 inline constexpr FaceRoom hudTextRoom{372, 9};
 inline constexpr FaceRoom editorTextRoom{412, 14};
 inline constexpr FaceRoom compactTextRoom{196, 3};
+
+// What a right click on a panel offers.
+std::shared_ptr<Menu> panelMenu(bool showsImage);
 
 // A rounded panel that views stand on. Translucent where the desktop allows.
 View cardView(Size size, std::vector<View> views);

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 
 namespace marbelot {
 namespace {
 
 constexpr double edgeMargin = 16;
 constexpr double leastMargin = 8;
+constexpr double gap = 8;
 constexpr Rect areaWithoutScreen{0, 0, 1440, 900};
 
 // The lower bound wins where both cannot be kept.
@@ -43,6 +46,32 @@ Point originForPlacement(Size panel, int placement, const Rect& area) {
       area, panel,
       {x[static_cast<std::size_t>(placement % 3)], y[static_cast<std::size_t>(placement / 3)]},
       leastMargin);
+}
+
+Point originBeside(Size panel, int placement, const Rect& area, const std::vector<Rect>& taken) {
+  const Point place = originForPlacement(panel, placement, area);
+  std::vector<double> columns{place.x}, rows{place.y};
+  for (const Rect& other : taken) {
+    columns.insert(columns.end(), {other.x - gap - panel.width, other.maxX() + gap});
+    rows.insert(rows.end(), {other.y - gap - panel.height, other.maxY() + gap});
+  }
+  const auto isFree = [&](Point origin) {
+    const Rect frame{origin.x, origin.y, panel.width, panel.height};
+    return originWithin(area, panel, origin) == origin &&
+           std::none_of(taken.begin(), taken.end(),
+                        [&](const Rect& other) { return !other.intersection(frame).isEmpty(); });
+  };
+  Point best = place;
+  double nearest = std::numeric_limits<double>::infinity();
+  for (const double x : columns) {
+    for (const double y : rows) {
+      const double distance = std::hypot(x - place.x, y - place.y);
+      if (distance >= nearest || !isFree({x, y})) continue;
+      nearest = distance;
+      best = {x, y};
+    }
+  }
+  return best;
 }
 
 Point originWithin(const Rect& area, Size panel, Point origin) {

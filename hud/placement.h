@@ -25,6 +25,10 @@ Rect screenArea(const std::vector<Screen>& screens, Point pointer);
 // than the area, the lower left part shows.
 Point originForPlacement(Size panel, int placement, const Rect& area);
 
+// The nearest place to that one where the panel covers nothing of what is taken: beside it, a gap
+// away. The place itself where there is no room beside.
+Point originBeside(Size panel, int placement, const Rect& area, const std::vector<Rect>& taken);
+
 // Where the origin of a panel may be that is to stay within the area: the nearest such point.
 Point originWithin(const Rect& area, Size panel, Point origin);
 

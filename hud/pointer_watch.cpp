@@ -13,20 +13,20 @@ void PointerWatch::start(const Window& window, std::optional<double> seconds) {
   stop();
   window_ = &window;
   wasOn_ = isOn(window, screens_);
-  watch_ = queue_.every(tickSeconds, [this] { tick(); });
-  if (seconds) hide_ = queue_.after(*seconds, away_);
+  previewHUDWatch = queue_.every(tickSeconds, [this] { tick(); });
+  if (seconds) previewHUDWork = queue_.after(*seconds, away_);
 }
 
 void PointerWatch::stop() {
   window_ = nullptr;
   held_ = false;
-  hide_.cancel();
-  watch_.cancel();
+  previewHUDWork.cancel();
+  previewHUDWatch.cancel();
 }
 
 void PointerWatch::hold() {
   held_ = true;
-  hide_.cancel();
+  previewHUDWork.cancel();
 }
 
 bool PointerWatch::isOn(const Window& window, const Screens& screens) {
@@ -39,7 +39,7 @@ void PointerWatch::tick() {
   if (on && !wasOn_) held_ = false;
   wasOn_ = on;
   if (on && !held_) {
-    hide_ = queue_.after(stayingSeconds, [this] {
+    previewHUDWork = queue_.after(stayingSeconds, [this] {
       const auto away = away_;
       stop();
       away();

@@ -26,6 +26,10 @@ class PointerWatch {
   void hold();
   bool isWatching() const { return window_ != nullptr; }
 
+  // The application's state, open to its tests.
+  Task previewHUDWatch;  // looks where the pointer is
+  Task previewHUDWork;   // the hiding to come
+
   // Whether the pointer is on the window, or so near that it is meant.
   static bool isOn(const Window& window, const Screens& screens);
 
@@ -38,8 +42,6 @@ class PointerWatch {
   const Window* window_ = nullptr;
   bool held_ = false;
   bool wasOn_ = false;
-  Task watch_;
-  Task hide_;  // the hiding to come
 };
 
 }  // namespace marbelot

@@ -19,7 +19,10 @@ Rect fittedFrame(int width, int height, const Rect& room) {
 }
 
 std::optional<Image> thumbnail(const Image& image, int width, int height) {
-  const SharedBitmap pixels = decode(image);
+  return thumbnail(decode(image), width, height);
+}
+
+std::optional<Image> thumbnail(const SharedBitmap& pixels, int width, int height) {
   if (!pixels) return std::nullopt;
   width = std::max(width, 1);
   height = std::max(height, 1);

@@ -18,6 +18,7 @@ Rect fittedFrame(int width, int height, const Rect& room);
 // The picture at `width` × `height` pixels; as it is where that is not smaller. None when it cannot
 // be decoded. Takes time: for a background thread.
 std::optional<Image> thumbnail(const Image& image, int width, int height);
+std::optional<Image> thumbnail(const SharedBitmap& pixels, int width, int height);
 
 // Makes one thumbnail at a time in the background: what is asked for while it is busy replaces what
 // was asked for before. Main thread only; the queue outlives it.

@@ -13,6 +13,7 @@ namespace {
 constexpr const char* viewId = "cropView";
 constexpr const char* cropId = "crop";
 constexpr const char* cancelId = "cancel";
+constexpr const char* unreadable = "Couldn't read that image";
 constexpr double lineWidth = 1.5;
 constexpr double badgeHeight = 20;
 constexpr double badgeMargin = 6;
@@ -82,24 +83,24 @@ Crop::Crop(Platform& platform, Shell& shell, ActionTable& actions, HistoryImage 
 }
 
 void Crop::cropClipImage(const MenuItem& sender) {
-  cropReturnsToEditor = concealed_ = false;
   const auto request = editRequest(sender);
   if (const auto* file = std::get_if<EditFile>(&request->source))
-    return load([path = file->path] { return Image::fromFile(path); }, "Couldn't read that image");
+    return load([path = file->path] { return Image::fromFile(path); }, unreadable, {});
   if (!std::holds_alternative<EditClipboard>(request->source))
-    return load([image = historyImage_(sender)] { return image; }, "Couldn't read that image");
+    return load([image = historyImage_(sender)] { return image; }, unreadable, {});
   const PasteboardContents contents = platform_.pasteboard.contents();
-  concealed_ = contents.concealed;
-  load([image = contents.image] { return image; }, "No image on clipboard");
+  load([image = contents.image] { return image; }, "No image on clipboard",
+       {.concealed = contents.concealed});
 }
 
 void Crop::cropForEditor(const Image& image, bool concealed) {
-  cropReturnsToEditor = true;
-  concealed_ = concealed;
-  load([image]() -> std::optional<Image> { return image; }, "Couldn't read that image");
+  load([image]() -> std::optional<Image> { return image; }, unreadable,
+       {.returnsToEditor = true, .concealed = concealed});
 }
 
-void Crop::load(std::function<std::optional<Image>()> source, const std::string& failure) {
+// What is being cropped makes way for the new picture once that can be shown.
+void Crop::load(Source source, const std::string& failure, const Purpose& purpose) {
+  if (std::exchange(loadingForEditor_, purpose.returnsToEditor) && onCancelled) onCancelled();
   double scale = 1;
   for (const Screen& screen : platform_.screens.all()) scale = std::max(scale, screen.scale);
   loading_ = platform_.queue.inBackground(
@@ -121,10 +122,18 @@ void Crop::load(std::function<std::optional<Image>()> source, const std::string&
           loaded.shown = Image::fromPixels(std::make_shared<const Bitmap>(std::move(*small)));
         return loaded;
       },
-      [this, failure](const Loaded& loaded) {
-        if (loaded.pixels) return openWindow(loaded);
-        shell_.notify(failure);
-        if (std::exchange(cropReturnsToEditor, false) && onCancelled) onCancelled();
+      [this, failure, purpose](const Loaded& loaded) {
+        loadingForEditor_ = false;
+        if (!loaded.pixels) {
+          shell_.notify(failure);
+          if (purpose.returnsToEditor && onCancelled) onCancelled();
+          return;
+        }
+        // The editor would come to the front in place of this window.
+        purpose.returnsToEditor ? close() : cancelCrop();
+        cropReturnsToEditor = purpose.returnsToEditor;
+        concealed_ = purpose.concealed;
+        openWindow(loaded);
       });
 }
 
@@ -174,15 +183,17 @@ void Crop::applyCrop() {
         if (!result) return std::nullopt;
         return Image::fromPixels(std::make_shared<const Bitmap>(std::move(*result)));
       },
-      [this, concealed = concealed_](const std::optional<Image>& cropped) {
-        cropped ? deliver(*cropped, concealed) : shell_.notify("Couldn't read that image");
+      [this, purpose = Purpose{std::exchange(cropReturnsToEditor, false), concealed_}](
+          const std::optional<Image>& cropped) {
+        if (cropped) return deliver(*cropped, purpose);
+        shell_.notify(unreadable);
+        if (purpose.returnsToEditor && onCancelled) onCancelled();
       });
 }
 
-void Crop::deliver(const Image& cropped, bool concealed) {
-  if (std::exchange(cropReturnsToEditor, false) && onReturn && onReturn(cropped))
-    return shell_.notify("Cropped");
-  shell_.confirmCopy(platform_.pasteboard.write(cropped, concealed).has_value(), "Cropped");
+void Crop::deliver(const Image& cropped, const Purpose& purpose) {
+  if (purpose.returnsToEditor && onReturn && onReturn(cropped)) return shell_.notify("Cropped");
+  shell_.confirmCopy(platform_.pasteboard.write(cropped, purpose.concealed).has_value(), "Cropped");
 }
 
 void Crop::cancelCrop() {

@@ -65,11 +65,18 @@ class Crop {
     Size view;
   };
 
+  // What is made of the part that is cut out.
+  struct Purpose {
+    bool returnsToEditor = false;
+    bool concealed = false;  // a secret
+  };
+
   void cropClipImage(const MenuItem& sender);
-  void load(std::function<std::optional<Image>()> source, const std::string& failure);
+  using Source = std::function<std::optional<Image>()>;
+  void load(Source source, const std::string& failure, const Purpose& purpose);
   void openWindow(const Loaded& loaded);
   void applyCrop();
-  void deliver(const Image& cropped, bool concealed);
+  void deliver(const Image& cropped, const Purpose& purpose);
   void cancelCrop();
   void close();
 
@@ -78,7 +85,8 @@ class Crop {
   const HistoryImage historyImage_;
   const std::function<Rect()> area_;
   SharedBitmap pixels_;
-  bool concealed_ = false;  // what is being cropped
+  bool concealed_ = false;         // what is being cropped
+  bool loadingForEditor_ = false;  // which waits
   Task loading_, cutting_, closing_;
 };
 

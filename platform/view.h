@@ -32,9 +32,12 @@ struct Label {
 };
 
 struct Button {
-  std::string title{};    // may be empty when there is a symbol
-  std::string symbol{};   // a system symbol before the title; empty: none
-  std::string toolTip{};  // also what screen readers say where there is no title
+  std::string title{};        // may be empty when there is a symbol
+  std::string symbol{};       // a system symbol before the title; empty: none
+  std::string otherSymbol{};  // where the system has none of that name
+  std::string toolTip{};
+  // What screen readers say where there is no title; empty: the tool tip.
+  std::string spoken{};
   Font font{};
   // A flat one of a bar: no border, `background` behind it with a corner radius of 5 points, symbol
   // and title in `tint`. A click works without activating the application. Else a push button.

@@ -101,7 +101,9 @@ void FlatButton::paintEvent(QPaintEvent*) {
                    Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextDontClip, title);
 }
 
-QAbstractButton* makeButton(const Button& button) {
+QAbstractButton* makeButton(const Button& described) {
+  Button button = described;
+  if (!hasSymbol(button.symbol)) button.symbol = button.otherSymbol;
   QAbstractButton* made = nullptr;
   if (button.flat) {
     made = new FlatButton(button);
@@ -121,7 +123,10 @@ QAbstractButton* makeButton(const Button& button) {
   setButtonTitle(*made, button.title);
   made->setProperty(symbolProperty, QString::fromStdString(button.symbol));
   made->setToolTip(plainToolTip(button.toolTip));
-  if (button.title.empty()) made->setAccessibleName(QString::fromStdString(button.toolTip));
+  if (button.title.empty()) {
+    const std::string& spoken = button.spoken.empty() ? button.toolTip : button.spoken;
+    made->setAccessibleName(QString::fromStdString(spoken));
+  }
   made->setEnabled(button.enabled);
   // A click leaves the focus where something is written.
   made->setFocusPolicy(Qt::TabFocus);

@@ -209,9 +209,14 @@ MadeView makeButton(const Button& described, id target, SEL pressed) {
     if (described.small) [button.cell setControlSize:NSControlSizeSmall];
   }
   if (!described.symbol.empty()) {
-    NSString* const name = nsString(described.symbol);
-    NSString* const spoken = described.toolTip.empty() ? nil : nsString(described.toolTip);
+    NSString* name = nsString(described.symbol);
+    const std::string& said = described.spoken.empty() ? described.toolTip : described.spoken;
+    NSString* const spoken = said.empty() ? nil : nsString(said);
     button.image = tintedSymbol(name, nsColor(described.tint), spoken);
+    if (button.image == nil && !described.otherSymbol.empty()) {
+      name = nsString(described.otherSymbol);
+      button.image = tintedSymbol(name, nsColor(described.tint), spoken);
+    }
     button.imagePosition = described.title.empty() ? NSImageOnly : NSImageLeft;
     button.alternateTitle = name;  // never shown by a button of this kind
   }

@@ -140,13 +140,25 @@ TEST_F(ClipboardHUDTest, ClosingTheMenuElsewhereLeavesThePreviewToItsOwnRule) {
   EXPECT_FALSE(shown("hud"));
 }
 
-TEST_F(ClipboardHUDTest, StandsBesideAnOpenEditor) {
+TEST_F(ClipboardHUDTest, StandsBesideAnOpenEditorAndTheWidget) {
   copy(picture(300, 200));
   click(canvas(shown("hud")));
   memory::MemoryWindow* editor = shown("editor");
   ASSERT_TRUE(editor);
+  perform("toggleAlwaysOnPreview");
   copy("new");
+  const Rect widget = shown("widget")->at;
+  const auto apart = [&] {
+    const Rect hud = shown("hud")->at;
+    return hud.intersection(editor->at).isEmpty() && hud.intersection(widget).isEmpty() &&
+           editor->at.intersection(shown("widget")->at).isEmpty();
+  };
   EXPECT_TRUE(shown("hud")->at.intersection(editor->at).isEmpty());
+  EXPECT_TRUE(shown("hud")->at.intersection(widget).isEmpty());
+  perform("cycleHUDPlacement");
+  EXPECT_EQ(editor->at.maxX(), 1440 - 16);
+  EXPECT_EQ(editor->at.y, 16);
+  EXPECT_TRUE(apart());
 }
 
 TEST_F(ClipboardHUDTest, RevealsAValueNearThePointerAndForgetsIt) {
@@ -312,16 +324,30 @@ TEST_F(HUDEditorTest, CropsAndTakesTheResultAsAnEdit) {
   EXPECT_EQ(clipboardSize(), "300x200");
   press(editor_, "undo");
   EXPECT_EQ(caption(), "300 × 200");
+  // Another picture that is cropped takes the window, and the editor comes back.
+  press(editor_, "crop");
+  perform("cropClipImage:");
+  EXPECT_TRUE(shown("editor") && shown("crop"));
+  // One that the editor no longer shows goes to the clipboard.
+  press(editor_, "crop");
+  copy("other");
+  click(canvas(shown("hud")));
+  drawn(canvas(shown("crop"), "cropView"), {320, 240});
+  canvas(shown("crop"), "cropView").mouseDown({{32, 20}});
+  canvas(shown("crop"), "cropView").mouseDragged({{192, 120}});
+  press(shown("crop"), "crop");
+  EXPECT_EQ(clipboardSize(), "150x94");
 }
 
 TEST(UndoStack, DropsTheOldestWhereMemoryEnds) {
   UndoStack stack;
-  const auto image = [](int side) {
-    return Image::fromPixels(std::make_shared<const Bitmap>(*Bitmap::make(side, 4096)));
+  const auto picture = [](int side) {
+    const auto pixels = std::make_shared<const Bitmap>(*Bitmap::make(side, 4096));
+    return EditedPicture{Image::fromPixels(pixels), pixels, {}};
   };
-  for (int side = 8000; side < 8006; ++side) stack.push(image(side));
+  for (int side = 8000; side < 8006; ++side) stack.push(picture(side));
   EXPECT_EQ(stack.size(), 4U);
-  for (int side = 8005; side > 8001; --side) EXPECT_EQ(stack.pop()->width(), side);
+  for (int side = 8005; side > 8001; --side) EXPECT_EQ(stack.pop()->image.width(), side);
   EXPECT_FALSE(stack.pop());
 }
 

@@ -27,6 +27,16 @@ TEST(Placement, ShowsTheLowerLeftOfAPanelLargerThanTheScreen) {
   EXPECT_EQ(originForPlacement({180, 60}, 0, small), (Point{-88, 64}));
 }
 
+TEST(Placement, StandsBesideWhatIsThereAsNearAsItCan) {
+  const Rect atTop{1124, 700, 300, 159}, below{1124, 560, 300, 130};
+  EXPECT_EQ(originBeside(panel, 2, area, {}), originForPlacement(panel, 2, area));
+  EXPECT_EQ(originBeside(panel, 2, area, {atTop}), (Point{1124, 592}));
+  EXPECT_EQ(originBeside(panel, 2, area, {atTop, below}), (Point{1124, 452}));
+  EXPECT_EQ(originBeside(panel, 6, area, {{16, 16, 300, 100}}), (Point{16, 124}));
+  const Rect narrow{0, 0, 330, 200};
+  EXPECT_EQ(originBeside(panel, 2, narrow, {narrow}), originForPlacement(panel, 2, narrow));
+}
+
 TEST(Placement, CyclesThroughTheCornersClockwise) {
   const int next[] = {2, 0, 8, 0, 0, 0, 0, 0, 6};
   for (int place = 0; place < placementCount; ++place) EXPECT_EQ(nextCorner(place), next[place]);
@@ -103,7 +113,7 @@ TEST_F(HUDPlacementTest, MovesOpenPanelsByKeysOfAnyProgramAndTakesThoseOfPanelsO
   opened.reset();
   open.cancel();
   EXPECT_EQ(desk.keyMonitors.globals() + desk.keyMonitors.locals(), 0U);
-  EXPECT_FALSE(placement.onArrow({.code = KeyCode::leftArrow}));
+  EXPECT_FALSE(placement.onArrow(KeyCode::leftArrow));
 }
 
 TEST_F(HUDPlacementTest, PutsAPanelBackInPlaceOnlyWhenItsScreenGoesAway) {

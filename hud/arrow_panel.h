@@ -1,0 +1,29 @@
+// The windows of panels that show something of the clipboard.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "platform/window.h"
+
+namespace marbelot {
+
+// Can have the keys, but is never what the user works in; above everything, on every desktop.
+struct HUDArrowPanel : WindowDescription {
+  // Gets the code of a key that is pressed in the panel, and tells whether it has taken it.
+  using OnArrow = std::function<bool(KeyCode code)>;
+
+  HUDArrowPanel(std::string kind, std::string heading, OnArrow onArrow) {
+    id = std::move(kind);
+    title = std::move(heading);
+    titled = false;
+    panel = true;
+    level = WindowLevel::overlay;
+    everySpace = true;
+    if (onArrow)
+      keyDown = [onArrow = std::move(onArrow)](const KeyEvent& key) { return onArrow(key.code); };
+  }
+};
+
+}  // namespace marbelot
