@@ -10,8 +10,10 @@
 namespace marbelot {
 namespace {
 
-// Pixels that are here already and so few are resized at once rather than a moment later.
+// Pixels that are here already and so few are made ready at once rather than a moment later: to be
+// resized, or as they are.
 constexpr std::int64_t fewPixels = 1 << 18;
+constexpr std::int64_t fewPixelsAsTheyAre = 1 << 21;
 constexpr double sweepSeconds = 60;
 
 // Not null unless the image is damaged.
@@ -81,7 +83,9 @@ void PictureCache::begin(Entry& entry) {
   ++decodings_;
   const Image image = entry.image;
   const QSize size = entry.size;
-  if (image.pixels() && std::int64_t{image.width()} * image.height() <= fewPixels) {
+  const bool fits = size == QSize(image.width(), image.height());
+  const std::int64_t most = fits ? fewPixelsAsTheyAre : fewPixels;
+  if (image.pixels() && std::int64_t{image.width()} * image.height() <= most) {
     finish(entry, resized(image, size));
     return;
   }
