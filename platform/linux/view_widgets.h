@@ -35,7 +35,7 @@ class FlatButton : public QAbstractButton {
   const Button described_;
 };
 
-QAbstractButton* makeButton(const Button& button);
+QAbstractButton* makeButton(const Button& described);
 void setButtonTitle(QAbstractButton& button, const std::string& title);
 std::string buttonTitle(const QAbstractButton& button);
 // Its symbol's name where it has no title.
