@@ -46,9 +46,8 @@ AppDelegate::AppDelegate(Platform& platform)
       viewer_(platform, actions_),
       editor_(platform, *this, actions_,
               [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
-      collectCopies_(
-          platform, *this, actions_,
-          [this](const SharedText& text) { panels_.editor.open(text); }),
+      collectCopies_(platform, *this, actions_,
+                     [this](const SharedText& text) { panels_.editor.open(text); }),
       cannedResponses_(platform, *this, actions_,
                        [this](const MenuItem& sender) { return historyMenus_.textFor(sender); }),
       panels_(platform, *this, actions_, history_, historyMenus_, analyses_, imageExport_, viewer_),
