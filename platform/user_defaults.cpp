@@ -1,6 +1,11 @@
 #include "platform/user_defaults.h"
 
+#include <algorithm>
+#include <locale>
+#include <sstream>
 #include <utility>
+
+#include "platform/ascii.h"
 
 namespace marbelot {
 namespace {
@@ -11,6 +16,30 @@ std::string wrongTypeMessage(const std::vector<std::string>& keys) {
   std::string list;
   for (const std::string& key : keys) list += (list.empty() ? "" : ", ") + key;
   return "Some settings have values of the wrong kind. Their defaults are used: " + list;
+}
+
+template <class Number>
+std::optional<Number> numberOf(const std::string& word) {
+  std::istringstream input(word);
+  input.imbue(std::locale::classic());
+  Number number{};
+  return input >> number && input.peek() == EOF ? std::optional(number) : std::nullopt;
+}
+
+// What a flag or a number is that was written as a text, as the system's tool for settings does.
+std::optional<Value> meant(const Value& stored, bool (*fits)(const Value&)) {
+  const SharedText text = stored.asText();
+  constexpr std::size_t longest = 32;
+  if (text == nullptr || text->size() > longest) return std::nullopt;
+  std::string word = *text;
+  std::transform(word.begin(), word.end(), word.begin(), lower);
+  std::vector<Value> readings;
+  if (word == "1" || word == "yes" || word == "true") readings.emplace_back(true);
+  if (word == "0" || word == "no" || word == "false") readings.emplace_back(false);
+  if (const auto whole = numberOf<std::int64_t>(word)) readings.emplace_back(*whole);
+  if (const auto number = numberOf<double>(word)) readings.emplace_back(*number);
+  const auto found = std::find_if(readings.begin(), readings.end(), fits);
+  return found == readings.end() ? std::nullopt : std::optional(*found);
 }
 
 }  // namespace
@@ -29,6 +58,7 @@ std::optional<Value> UserDefaults::valueOfType(std::string_view key,
                                                bool (*fits)(const Value&)) const {
   if (auto found = storedValue(key)) {
     if (fits(*found)) return found;
+    if (auto read = meant(*found, fits)) return read;
     if (wrongKeys_.emplace(key).second) {
       if (problem_) {
         report(wrongTypeMessage({std::string(key)}));

@@ -1,7 +1,16 @@
 // The application object, its delegate and the platform as a whole.
 #import <AppKit/AppKit.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
 
 #include "platform/backend.h"
+#include "platform/descriptor.h"
+#include "platform/files.h"
 #include "platform/macos/conversions.h"
 #import "platform/macos/menus.h"
 #include "platform/macos/services.h"
@@ -89,7 +98,7 @@ class RunningApplication final : public Application {
     delegate_->dockItemChosen = std::move(chosen);
   }
 
-  // The system keeps a program from being started twice, and nothing asks from outside.
+  // Nothing asks from outside.
   void serve(RemoteRequests) override {}
 
  private:
@@ -122,10 +131,47 @@ struct Services {
                        *screenCapture, *recognizer, *webWindows, *updates};
 };
 
+// The system keeps only a bundle that is opened from being started twice, and not a program that is
+// started by its path. A lock ends with its process, however that ends.
+class OnlyOne {
+ public:
+  OnlyOne() {
+    const std::string folder = supportFolder();
+    files::makeFolder(folder);
+    const std::string name = utf8(NSProcessInfo.processInfo.processName) + ".lock";
+    lock_ = Descriptor(open(files::join(folder, name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    // Where there can be no lock, better two than none.
+    if (!lock_) return;
+    taken_ = flock(lock_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (taken_) return;
+    const std::string pid = std::to_string(getpid()) + "\n";
+    if (ftruncate(lock_.get(), 0) == 0) pwrite(lock_.get(), pid.data(), pid.size(), 0);
+  }
+  bool isTaken() const { return taken_; }
+  void showOther() const {
+    char text[32] = {};
+    const ssize_t size = pread(lock_.get(), text, sizeof text, 0);
+    pid_t pid = 0;
+    if (size <= 0 || std::from_chars(text, text + size, pid).ec != std::errc()) return;
+    [[NSRunningApplication runningApplicationWithProcessIdentifier:pid]
+        activateWithOptions:NSApplicationActivateAllWindows];
+  }
+
+ private:
+  Descriptor lock_;
+  bool taken_ = false;
+};
+
 }  // namespace
 
 int runApplication(int, char**, std::function<std::shared_ptr<void>(Platform&)> launch) {
   @autoreleasepool {
+    const OnlyOne lock;
+    if (lock.isTaken()) {
+      std::fputs("marbelot: already running\n", stderr);
+      lock.showOther();
+      return 0;
+    }
     NSApplication* const application = NSApplication.sharedApplication;
     MarbelotApplicationDelegate* const delegate = [[MarbelotApplicationDelegate alloc] init];
     std::unique_ptr<Services> services;

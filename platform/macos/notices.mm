@@ -25,7 +25,10 @@ class UserNotices final : public Notices {
  public:
   UserNotices() { NSUserNotificationCenter.defaultUserNotificationCenter.delegate = presenter_; }
   // The centre does not retain its delegate, and outlives it.
-  ~UserNotices() override { NSUserNotificationCenter.defaultUserNotificationCenter.delegate = nil; }
+  ~UserNotices() override {
+    NSUserNotificationCenter* const center = NSUserNotificationCenter.defaultUserNotificationCenter;
+    if (center.delegate == presenter_) center.delegate = nil;
+  }
   UserNotices(const UserNotices&) = delete;
   UserNotices& operator=(const UserNotices&) = delete;
 

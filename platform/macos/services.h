@@ -9,6 +9,8 @@ namespace marbelot {
 
 std::unique_ptr<MainQueue> makeMainQueue();
 std::unique_ptr<Pasteboard> makePasteboard();
+// The program's own folder for what is neither a setting nor a document.
+std::string supportFolder();
 std::unique_ptr<UserDefaults> makeUserDefaults(MainQueue& queue);
 std::unique_ptr<FolderEvents> makeFolderEvents();
 std::unique_ptr<Notices> makeNotices();

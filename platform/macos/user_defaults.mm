@@ -65,23 +65,15 @@ std::optional<Value> valueOf(id object, int depth) {
   return std::nullopt;
 }
 
-std::string textsFolder() {
-  NSString* const support =
-      NSSearchPathForDirectoriesInDomains(NSApplicationSupportDirectory, NSUserDomainMask, YES)
-          .firstObject;
-  return files::join(
-      support != nil ? utf8(support) : files::expandingTilde("~/Library/Application Support"),
-      "Marbelot/Texts");
-}
-
 class StandardDefaults final : public UserDefaults {
  public:
   explicit StandardDefaults(MainQueue& queue)
-      : texts_(textsFolder(), [this, &queue, alive = std::weak_ptr<char>(alive_)] {
-          queue.post([this, alive] {
-            if (alive.lock()) reportSaved();
-          });
-        }) {
+      : texts_(files::join(supportFolder(), "Texts"),
+               [this, &queue, alive = std::weak_ptr<char>(alive_)] {
+                 queue.post([this, alive] {
+                   if (alive.lock()) reportSaved();
+                 });
+               }) {
     @autoreleasepool {
       NSString* const bundle = NSBundle.mainBundle.bundleIdentifier;
       NSString* const name = bundle != nil ? bundle : NSProcessInfo.processInfo.processName;
@@ -124,6 +116,17 @@ class StandardDefaults final : public UserDefaults {
 };
 
 }  // namespace
+
+std::string supportFolder() {
+  @autoreleasepool {
+    NSString* const all =
+        NSSearchPathForDirectoriesInDomains(NSApplicationSupportDirectory, NSUserDomainMask, YES)
+            .firstObject;
+    return files::join(
+        all != nil ? utf8(all) : files::expandingTilde("~/Library/Application Support"),
+        "Marbelot");
+  }
+}
 
 std::unique_ptr<UserDefaults> makeUserDefaults(MainQueue& queue) {
   return std::make_unique<StandardDefaults>(queue);

@@ -56,10 +56,10 @@ class SettingsTest(DesktopTest):
                 self.program.process.wait(5)
 
     def test_values_of_the_wrong_kind(self):
-        wrong = {"autoSaveClipImages": "yes", "countdownEnabled": [True], "concatBuffer": 5,
+        wrong = {"autoSaveClipImages": "so", "countdownEnabled": [True], "concatBuffer": 5,
                  "cannedResponses": {"a": 1}, "clipTextHistory": "x", "updateFrequency": 7,
                  "hudPopupPlacement": "left", "alwaysHUDOriginX": {}, "concatSeparator": None,
-                 "favoriteSaveDirs": [1, "/tmp", None], "concatEnabled": "true"}
+                 "favoriteSaveDirs": [1, "/tmp", None], "concatEnabled": "2"}
         self.file.write_text(json.dumps(wrong | {"showClipboardPreview": False}))
         self.start()
         self.assertFalse(self.previews(), "the good value applies")
@@ -71,7 +71,7 @@ class SettingsTest(DesktopTest):
         self.assertEqual(self.damaged(), [])
         self.program.invoke("toggleClipPreview")
         self.assertIs(self.stored()["showClipboardPreview"], True)
-        self.assertEqual(self.stored()["autoSaveClipImages"], "yes", "left to the user")
+        self.assertEqual(self.stored()["autoSaveClipImages"], "so", "left to the user")
         self.program.invoke("toggleAutoSaveClipImages")
         self.assertIs(self.stored()["autoSaveClipImages"], False)
         stays(lambda: len(self.screen.notices()) == 1, "told once", 0.5)

@@ -27,10 +27,10 @@ class GNUstepDesktop(VirtualDesktop):
         super()._start()
         configuration = (self.gnustep / "etc/GNUstep/GNUstep.conf").read_text()
         own = self.folder / "GNUstep.conf"
-        # Relative folders are those in the user's home; of the resources' keys GNUstep says at each
+        # Relative folders are those in the user's home. Of the resources' keys GNUstep says at each
         # start that it does not know them.
-        own.write_text(re.sub(r"^(GNUSTEP_USER_D\w+)=(?!/)(.*)$|^\w+_RESOURCES=.*\n",
-                              lambda key: key[1] and f"{key[1]}={self.home}/{key[2]}" or "",
+        configuration = re.sub(r"^\w+_RESOURCES=.*\n?", "", configuration, flags=re.MULTILINE)
+        own.write_text(re.sub(r"^(GNUSTEP_USER_D\w+)=(?!/)(.*)$", rf"\1={self.home}/\2",
                               configuration, flags=re.MULTILINE))
         own.chmod(0o600)
         self.env |= {
@@ -42,6 +42,13 @@ class GNUstepDesktop(VirtualDesktop):
         for server in ("gdnc", "gpbs"):
             self.spawn(server, "--no-fork")
         until(self._servers_answer, "GNUstep's servers", STARTUP_SECONDS)
+        # A menu bar as on a Mac, and no icon on the desktop.
+        self.set_default("NSGlobalDomain", "NSMenuInterfaceStyle", "NSMacintoshInterfaceStyle")
+        self.set_default("NSGlobalDomain", "GSSuppressAppIcon", "YES")
+
+    def set_default(self, domain, key, value):
+        """As a user does with the system's tool."""
+        self.run("defaults", "write", domain, key, value, check=True)
 
     def _servers_answer(self):
         ports = self.folder / "tmp"

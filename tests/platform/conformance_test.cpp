@@ -59,6 +59,25 @@ TEST_P(Conformance, DefaultsGiveBackWhatWasSet) {
   EXPECT_EQ(defaults.textFor("list"), nullptr);
 }
 
+// The system's tool for settings stores what it is given as a text.
+TEST_P(Conformance, FlagsAndNumbersMayBeWrittenAsTexts) {
+  auto& defaults = platform.defaults;
+  const auto read = [&](const char* text, bool (*fits)(const Value&)) {
+    defaults.set("written", text);
+    return defaults.valueOfType("written", fits);
+  };
+  const auto isBool = [](const Value& value) { return value.asBool().has_value(); };
+  const auto isWhole = [](const Value& value) { return value.asInteger().has_value(); };
+  const auto isNumber = [](const Value& value) { return value.asDouble().has_value(); };
+  for (const char* yes : {"1", "yes", "YES", "true"}) EXPECT_TRUE(*read(yes, isBool)->asBool());
+  for (const char* no : {"0", "No", "false"}) EXPECT_FALSE(*read(no, isBool)->asBool());
+  EXPECT_EQ(read("-40", isWhole)->asInteger(), -40);
+  EXPECT_EQ(read("12.5", isNumber)->asDouble(), 12.5);
+  EXPECT_EQ(read("7", isNumber)->asDouble(), 7);
+  for (const char* neither : {"", "so", "1x", "yes "}) EXPECT_FALSE(read(neither, isBool));
+  EXPECT_EQ(*defaults.textFor("written"), "yes ") << "and are left as they are";
+}
+
 TEST_P(Conformance, RegisteredDefaultsAddUpAndStandInForValuesOfAnotherType) {
   auto& defaults = platform.defaults;
   defaults.registerDefaults({{"flag", true}, {"text", "first"}});

@@ -1,11 +1,11 @@
-// Alerts, menus, views and windows.
+// Alerts, views and windows.
 #import <AppKit/AppKit.h>
 
 #import "platform/macos/gnustep/gaps.h"
 
 // --- Alerts ----------------------------------------------------------------------------------
 
-static char accessoryKey, hiddenKey, buttonKey, identifierKey;
+static char accessoryKey, identifierKey;
 
 @interface NSAlert (GNUstepPrivate)
 - (void)_setupPanel;
@@ -53,64 +53,24 @@ NSInteger runAlert(NSAlert* self, SEL) {
   constexpr CGFloat gap = 8;
   CGFloat top = 0;
   for (NSButton* button in self.buttons) top = MAX(top, NSMaxY(button.frame));
-  NSRect frame = window.frame;
-  frame.size.height += NSHeight(accessory.frame) + gap;
-  [window setFrame:frame display:NO];
   NSView* const content = window.contentView;
+  NSArray<NSView*>* const views = [content.subviews copy];
+  NSMutableArray<NSNumber*>* const bottoms = [NSMutableArray array];
+  for (NSView* view in views) [bottoms addObject:@(NSMinY(view.frame))];
+  const CGFloat more = NSHeight(accessory.frame) + gap;
+  NSRect frame = window.frame;
+  frame.size.height += more;
+  window.maxSize = frame.size;
+  window.minSize = frame.size;
+  [window setFrame:frame display:NO];
+  for (NSUInteger i = 0; i < views.count; ++i) {
+    const bool isButton = [views[i] isKindOfClass:[NSButton class]] && views[i].tag != 0;
+    [views[i] setFrameOrigin:NSMakePoint(NSMinX(views[i].frame),
+                                         bottoms[i].doubleValue + (isButton ? 0 : more))];
+  }
   const CGFloat left = (NSWidth(content.frame) - NSWidth(accessory.frame)) / 2;
   [accessory setFrameOrigin:NSMakePoint(left, top + gap)];
   [content addSubview:accessory];
-}
-@end
-
-// --- Menus and the menu bar ------------------------------------------------------------------
-
-namespace {
-
-// On macOS the menu tells its delegate and lasts until it is closed; here it is shown, and the call
-// returns at once.
-BOOL popUpMenu(NSMenu* self, SEL, NSMenuItem*, NSPoint, NSView*) {
-  id<NSMenuDelegate> const delegate = self.delegate;
-  if ([delegate respondsToSelector:@selector(menuNeedsUpdate:)]) [delegate menuNeedsUpdate:self];
-  if ([delegate respondsToSelector:@selector(menuWillOpen:)]) [delegate menuWillOpen:self];
-  [self displayTransient];
-  return YES;
-}
-
-// GNUstep asks the delegate at every change of an item, macOS before it shows the menu.
-void (*updateWithDelegate)(id, SEL);
-void updateMenu(NSMenu* self, SEL name) {
-  id<NSMenuDelegate> const delegate = self.delegate;
-  self.delegate = nil;
-  updateWithDelegate(self, name);
-  self.delegate = delegate;
-}
-
-// GNUstep has no menu bar to put items into.
-id systemStatusBar(id, SEL) {
-  static NSStatusBar* const bar = [[NSStatusBar alloc] init];
-  return bar;
-}
-
-}  // namespace
-
-@implementation NSMenuItem (MarbelotGaps)
-- (BOOL)isHidden {
-  return [objc_getAssociatedObject(self, &hiddenKey) boolValue];
-}
-- (void)setHidden:(BOOL)hidden {
-  attach(self, &hiddenKey, @(hidden));
-}
-@end
-
-@implementation NSStatusItem (MarbelotGaps)
-- (NSStatusBarButton*)button {
-  NSStatusBarButton* button = objc_getAssociatedObject(self, &buttonKey);
-  if (button == nil) {
-    button = [[NSStatusBarButton alloc] initWithFrame:NSMakeRect(0, 0, 24, 24)];
-    attach(self, &buttonKey, button);
-  }
-  return button;
 }
 @end
 
@@ -181,6 +141,17 @@ id systemStatusBar(id, SEL) {
 }
 @end
 
+// GNUstep leaves the colours that it knows by name as they are.
+namespace {
+NSColor* withAlpha(NSColor* self, SEL, CGFloat alpha) {
+  NSColor* const plain = [self colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
+  return [NSColor colorWithCalibratedRed:plain.redComponent
+                                   green:plain.greenComponent
+                                    blue:plain.blueComponent
+                                   alpha:alpha];
+}
+}  // namespace
+
 // GNUstep binds Escape to completing a word, and nothing to giving up.
 namespace {
 void (*doBoundCommand)(id, SEL, SEL);
@@ -206,9 +177,7 @@ void doCommand(id self, SEL name, SEL command) {
 + (void)load {
   madeAlertWindow = replace([NSAlert class], @selector(window), (id(*)(id, SEL))alertWindow);
   replace([NSAlert class], @selector(runModal), runAlert);
-  replace([NSMenu class], @selector(popUpMenuPositioningItem:atLocation:inView:), popUpMenu);
-  updateWithDelegate = replace([NSMenu class], @selector(update), (void (*)(id, SEL))updateMenu);
-  replace(object_getClass([NSStatusBar class]), @selector(systemStatusBar), systemStatusBar);
+  replace([NSColor class], @selector(colorWithAlphaComponent:), withAlpha);
   doBoundCommand = replace([NSTextView class], @selector(doCommandBySelector:), doCommand);
 }
 @end

@@ -9,10 +9,17 @@
 + (NSArray*)imageTypes {
   return @[ NSPasteboardTypePNG, NSPasteboardTypeTIFF, @"public.jpeg" ];
 }
-// Every name gives a blank image: the symbols are the system's own.
+// The symbols are the system's own: every name gives the same frame.
 + (instancetype)imageWithSystemSymbolName:(NSString*)name
                  accessibilityDescription:(NSString*)description {
-  NSImage* const image = [[NSImage alloc] initWithSize:NSMakeSize(16, 16)];
+  constexpr CGFloat side = 16, inset = 2.5, radius = 3;
+  NSImage* const image = [[NSImage alloc] initWithSize:NSMakeSize(side, side)];
+  [image lockFocus];
+  [NSColor.blackColor setStroke];
+  [[NSBezierPath bezierPathWithRoundedRect:NSInsetRect(NSMakeRect(0, 0, side, side), inset, inset)
+                                   xRadius:radius
+                                   yRadius:radius] stroke];
+  [image unlockFocus];
   image.name = name;
   return image;
 }

@@ -202,6 +202,7 @@ NSString* NSHomeDirectory(void) { return @(getenv("HOME")); }
 @implementation NSUserDefaults (MarbelotGaps)
 - (instancetype)initWithSuiteName:(NSString*)name {
   self = [self init];
+  [self synchronize];  // which reads what there is
   [self addSuiteNamed:name];
   return self;
 }
