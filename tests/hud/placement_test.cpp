@@ -77,7 +77,7 @@ struct HUDPlacementTest : testing::Test {
 };
 
 TEST_F(HUDPlacementTest, TakesAnythingElseThanAPlaceForTheTopRight) {
-  for (const Value& stored : {Value(9), Value("6"), Value(-1), Value(Value::List{})}) {
+  for (const Value& stored : {Value(9), Value("6th"), Value(-1), Value(Value::List{})}) {
     desk.defaults.stored.insert_or_assign("hudPopupPlacement", stored);
     placement.hudPopupPlacement.read();
     EXPECT_EQ(placement.placement(), 2);
