@@ -324,7 +324,7 @@ TEST_F(TextTools, CollectingMenuAndMessages) {
 TEST_F(TextTools, StoredListsAreKeptAndReadWithCare) {
   desk.defaults.set("concatBuffer", Value::List{"a", 7, true, "b", Value::List{"c"}});
   desk.defaults.set("concatSeparator", 3);
-  desk.defaults.set("concatEnabled", "yes");
+  desk.defaults.set("concatEnabled", "so");
   desk.defaults.set("cannedResponses", Value::List{1.5, "snippet"});
   EXPECT_EQ(collect.concatBuffer->joined(*collect.concatSeparator), "a\nb");
   EXPECT_EQ(*collect.concatSeparator, "newline");
