@@ -59,7 +59,7 @@ class SettingsTest(DesktopTest):
         wrong = {"autoSaveClipImages": "so", "countdownEnabled": [True], "concatBuffer": 5,
                  "cannedResponses": {"a": 1}, "clipTextHistory": "x", "updateFrequency": 7,
                  "hudPopupPlacement": "left", "alwaysHUDOriginX": {}, "concatSeparator": None,
-                 "favoriteSaveDirs": [1, "/tmp", None], "concatEnabled": "2"}
+                 "favoriteSaveDirs": [1, "/tmp", None], "concatEnabled": "so"}
         self.file.write_text(json.dumps(wrong | {"showClipboardPreview": False}))
         self.start()
         self.assertFalse(self.previews(), "the good value applies")

@@ -113,8 +113,8 @@ class ProgramTest(unittest.TestCase):
         self.type_into("Edit clipboard text", "key", "ctrl+End", "type", " sortiert")
         self.picture("editor")
         self.mouse("key", "alt+Return")
-        until(lambda: (self.screen.clipboard("UTF8_STRING") or b"").decode()
-              == "der Größe nach sortiert", "edited text on the clipboard")
+        edited = "der Größe nach sortiert".encode()
+        until(lambda: self.screen.clipboard("UTF8_STRING") == edited, "edited text copied")
 
         second = self.screen.run(BIN / "marbelot")
         self.assertEqual((second.returncode, second.stderr), (0, b"marbelot: already running\n"))

@@ -85,6 +85,8 @@ BOOL writeObjects(NSPasteboard* self, SEL, NSArray<id<NSPasteboardWriting>>* obj
 // On macOS nothing need be declared before it is set.
 BOOL (*setDeclaredString)(id, SEL, NSString*, NSString*);
 BOOL setString(NSPasteboard* self, SEL name, NSString* string, NSString* type) {
+  if ([type isEqualToString:NSPasteboardTypeString])
+    return [self setData:[string dataUsingEncoding:NSUTF8StringEncoding] forType:type];
   if (![self.types containsObject:type]) [self addTypes:@[ type ] owner:nil];
   return setDeclaredString(self, name, string, type);
 }
