@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Measures the real program on a private desktop, beside the shell pipeline one would use instead.
 
-    bench/desktop_bench.py [latency] [burst] [idle] [start] [large]      all of them by default
+    bench/desktop_bench.py [latency] [capture] [burst] [idle] [start] [large]   all by default
 
 latency  from a screenshot file's last close to another X client having read its last byte
+capture  from the command for a picture of the screen to another X client having read it
 burst    200 screenshots within two seconds: all counted, and when the last could be pasted
 idle     processor time and wake-ups of all threads over a minute
 start    from the process's start to its item in the tray; memory a while later
@@ -28,6 +29,7 @@ from driver import BIN, Marbelot  # noqa: E402
 from virtual_desktop import VirtualDesktop, until  # noqa: E402
 
 SCREENSHOTS = 200
+CAPTURES = 20
 BLOCK = 50  # the program and the pipeline take turns, so that both see the same machine
 PAUSE = 0.04  # seconds; lets what a screenshot sets off in the background fall on the next ones
 PIPELINE = ('inotifywait --quiet --monitor --event close_write --format %w%f "$0" |'
@@ -73,14 +75,14 @@ class Reader:
         until(lambda: desktop.log("clipboard_reader"), "clipboard reader")
         self._log = open(desktop.folder / "clipboard_reader.log")
 
-    def wait_for(self, size, seconds=20):
-        """When the image of that size had been read, in nanoseconds."""
+    def wait_for(self, size=None, seconds=20):
+        """When the image of that size, or the next one, had been read, in nanoseconds."""
         deadline = time.monotonic() + seconds
         while time.monotonic() < deadline:
             line = self._log.readline()
             if line.endswith("\n") and len(line.split()) == 3:
                 _, read, got = map(int, line.split())
-                if got == size:
+                if got == size or (size is None and got > 0):
                     return read
             else:
                 time.sleep(0.0005)
@@ -120,6 +122,31 @@ def latency():
         size = f"{width}x{height}, {len(picture) / 1e6:.1f} MB"
         row(f"Marbelot {size}", times["program"])
         row(f"inotifywait | xclip {size[:9]}", times["pipeline"])
+
+
+def capture():
+    """In turns, with the start of marbelotctl, beside the pipeline that does as much."""
+    print("\nFrom command to read, ms             median      p99      max")
+    picture = picture_of(1920, 1080)
+    times = {"program": [], "pipeline": []}
+    with VirtualDesktop() as desktop:
+        wallpaper = desktop.folder / "wallpaper.png"
+        wallpaper.write_bytes(picture)
+        desktop.run("display", "-window", "root", wallpaper)  # exits with 1 when done, too
+        program = Marbelot(desktop)
+        reader = Reader(desktop)
+        commands = {"program": [BIN / "marbelotctl", "invoke", "--action", "captureFullScreen"],
+                    "pipeline": ["sh", "-c", "maim | xclip -selection clipboard -t image/png"]}
+        for _ in range(CAPTURES):
+            for kind, command in commands.items():
+                began = time.monotonic_ns()
+                desktop.spawn(*command)
+                times[kind].append((reader.wait_for() - began) / 1e6)
+                time.sleep(1)  # lets what it sets off in the background end
+    row("Marbelot 1920x1080", times["program"])
+    row("maim | xclip", times["pipeline"])
+    ratio = statistics.median(times["program"]) / statistics.median(times["pipeline"])
+    print(f"  ratio {ratio:.2f}")
 
 
 def watches(group, folder):
@@ -219,7 +246,8 @@ def large():
 
 def main():
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-    measures = {function.__name__: function for function in (latency, burst, idle, start, large)}
+    measures = {function.__name__: function for function in (latency, capture, burst, idle, start,
+                                                           large)}
     chosen = sys.argv[1:] or list(measures)
     if not set(chosen) <= set(measures):
         sys.exit(__doc__.strip())

@@ -1,5 +1,7 @@
 #include "tests/platform/conformance.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <string>
 
@@ -187,6 +189,33 @@ TEST_P(Conformance, NoticesReachTheUser) {
   platform.notices.post("Screenshot copied to clipboard", "Screenshot <1> & more.png");
   EXPECT_TRUE(wait([&] { return !desktop->notices().empty(); }));
   EXPECT_EQ(desktop->notices(), std::vector<std::string>{"Screenshot <1> & more.png"});
+}
+
+TEST_P(Conformance, PicturesOfTheScreenAreFilesAndToldOfOnceUnlessDropped) {
+  const TemporaryHome home;
+  auto& capture = platform.screenCapture;
+  std::vector<std::string> told;
+  const auto take = [&](const char* argument, const std::string& name) {
+    return capture.capture({argument}, home / name,
+                           [&told, name](const std::string& what) { told.push_back(name + what); });
+  };
+  Task dropped = take("-i", "dropped.png");
+  settle();
+  dropped.cancel();
+  const Task taken = take("-x", "taken.png");
+  ASSERT_TRUE(wait([&] { return !told.empty(); }));
+  settle();
+  EXPECT_EQ(told, std::vector<std::string>{"taken.png"});
+  EXPECT_FALSE(std::filesystem::exists(home / "dropped.png"));
+  for (const RunningApplication& other : capture.runningApplications())
+    EXPECT_NE(other.pid, ::getpid());
+  EXPECT_EQ(capture.frontWindow(-1), std::nullopt);
+
+  const auto image = Image::fromFile(home / "taken.png");
+  if (!image && GetParam() == "AppKit") GTEST_SKIP() << "the system's tool is not here";
+  ASSERT_TRUE(image);
+  EXPECT_EQ(image->format(), ImageFormat::png);
+  EXPECT_GE(image->width(), platform.screens.all().front().frame.width);
 }
 
 TEST_P(Conformance, LinksAndFilesAreHandedOn) {

@@ -1,8 +1,10 @@
 #include <algorithm>
 
+#include "platform/files.h"
 #include "platform/memory/memory_platform.h"
 #include "platform/text.h"
 #include "tests/platform/conformance.h"
+#include "tests/support/png.h"
 
 namespace marbelot {
 namespace {
@@ -19,6 +21,7 @@ class MemoryDesktop : public TestDesktop {
     if (const auto noted = std::exchange(memory_.workspace.noted, nullptr)) noted(std::nullopt);
     for (int i = 0; i < 100 && !done(); ++i) {
       memory_.folderEvents.fire();
+      takePictures();
       memory_.queue.advance(0.01);
     }
     return done();
@@ -100,6 +103,14 @@ class MemoryDesktop : public TestDesktop {
   int notes() override { return static_cast<int>(memory_.workspace.notes.size()); }
 
  private:
+  // Those that wait for no user.
+  void takePictures() {
+    const auto captures = memory_.screenCapture.captures;
+    for (const auto& capture : captures)
+      if (capture.arguments.front() == "-x" && !files::exists(capture.path))
+        capture.end(png(static_cast<unsigned>(memory_.screens.screens.front().frame.width)));
+  }
+
   MenuItem item(Path path) {
     const std::string title = path.back();
     path.pop_back();
