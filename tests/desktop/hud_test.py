@@ -142,6 +142,25 @@ class HudTest(DesktopTest):
         self.keys("c")
         until(lambda: self.key_presses() > typed, "keys arrive again")
 
+        # A selection holds the keyboard, too.
+        selection = self.screen.spawn("maim", "-s", self.screen.folder / "selection.png")
+        until(lambda: b"slop" in self.screen.run("xwininfo", "-root", "-tree").stdout, "selection")
+        self.program.invoke("toggleKeyboardBlock")
+        until(lambda: [notice["body"] for notice in self.screen.notices()] ==
+              ["The keyboard can't be disabled: another program holds it"], "refused")
+        self.assertFalse(self.windows("cleaning"))
+        self.screen.end(selection)
+        # Nobody is locked out by a program that dies.
+        self.program.invoke("toggleKeyboardBlock")
+        self.window("cleaning")
+        self.program.kill()
+        typed = self.key_presses()
+
+        def arrives():
+            self.keys("d")
+            return self.key_presses() > typed
+        until(arrives, "keys arrive after the end", interval=0.2)
+
 
 if __name__ == "__main__":
     unittest.main()
