@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "platform/macos/conversions.h"
 #include "platform/macos/services.h"
@@ -13,10 +15,36 @@ namespace {
 
 constexpr int iconSide = 32;  // pixels: twice a menu's points
 
+// Tools that were told to end and may still have their selection on the screen, and the captures
+// that wait for them to be gone.
+struct EndingTools {
+  int count = 0;
+  std::vector<std::function<void()>> waiting;
+};
+
+void end(NSTask* task, const std::shared_ptr<EndingTools>& ending) {
+  ++ending->count;
+  const std::shared_ptr<EndingTools> held = ending;
+  __block id observer = [NSNotificationCenter.defaultCenter
+      addObserverForName:NSTaskDidTerminateNotification
+                  object:task
+                   queue:nil
+              usingBlock:^(NSNotification*) {
+                [NSNotificationCenter.defaultCenter removeObserver:observer];
+                observer = nil;
+                if (--held->count > 0) return;
+                const auto waiting = std::exchange(held->waiting, {});
+                for (const auto& start : waiting) start();
+              }];
+  [task terminate];
+}
+
 // The tool at work. Dropped while it runs, it is ended and tells nobody.
 class RunningTool {
  public:
-  RunningTool(NSArray<NSString*>* arguments, std::function<void()> ended) {
+  RunningTool(NSArray<NSString*>* arguments, std::shared_ptr<EndingTools> ending,
+              std::function<void()> ended)
+      : ending_(std::move(ending)) {
     task_ = [[NSTask alloc] init];
     task_.launchPath = @"/usr/sbin/screencapture";
     task_.arguments = arguments;
@@ -35,7 +63,7 @@ class RunningTool {
   }
   ~RunningTool() {
     [NSNotificationCenter.defaultCenter removeObserver:observer_];
-    if (started_ && task_.isRunning) [task_ terminate];
+    if (started_ && task_.isRunning) end(task_, ending_);
   }
   RunningTool(const RunningTool&) = delete;
   RunningTool& operator=(const RunningTool&) = delete;
@@ -51,6 +79,7 @@ class RunningTool {
   }
 
  private:
+  const std::shared_ptr<EndingTools> ending_;
   NSTask* task_;
   id observer_;
   bool started_ = false;
@@ -83,7 +112,14 @@ class SystemScreenCapture final : public ScreenCapture {
       NSMutableArray<NSString*>* const words = [NSMutableArray array];
       for (const std::string& argument : arguments) [words addObject:nsString(argument)];
       [words addObject:nsPath(path)];
-      const auto tool = std::make_shared<RunningTool>(words, [finished] { finished(""); });
+      const auto tool = std::make_shared<RunningTool>(words, ending_, [finished] { finished(""); });
+      if (ending_->count > 0) {
+        ending_->waiting.emplace_back([waiting = std::weak_ptr(tool), finished] {
+          const auto still = waiting.lock();
+          if (still && !still->start()) finished("");
+        });
+        return Task(tool);
+      }
       if (tool->start()) return Task(tool);
     }
     return queue_.after(0, [finished = std::move(finished)] { finished(""); });
@@ -134,6 +170,7 @@ class SystemScreenCapture final : public ScreenCapture {
 
  private:
   MainQueue& queue_;
+  const std::shared_ptr<EndingTools> ending_ = std::make_shared<EndingTools>();
 };
 
 }  // namespace
