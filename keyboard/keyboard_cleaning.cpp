@@ -70,13 +70,19 @@ void KeyboardCleaning::start() {
   window.level = WindowLevel::overlay;
   window.everySpace = true;
   window.shadow = false;
+  window.closed = [this] {
+    if (!keyboardBlocked) return;
+    end();
+    shell_.notify("The keyboard works again: the desktop gave its keys to another program");
+  };
   blockWindow = platform_.windows.create(std::move(window));
   blockWindow->setFrame(all);
   blockWindow->show();
   blockWindow->focus(viewId);
   if (!blockWindow->grabKeyboard(leftOut_)) {
     blockWindow.reset();
-    shell_.notify("The keyboard can't be disabled: another program holds it");
+    shell_.notify("The keyboard can't be disabled: " +
+                  (leftOut_.empty() ? "another program holds it" : leftOut_));
     return;
   }
   keyboardBlocked = true;

@@ -3,24 +3,30 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <functional>
+#include <memory>
 #include <string>
 
 namespace marbelot {
 
+class KeyHolder;
+
 class KeyboardGrab {
  public:
-  KeyboardGrab() = default;
-  ~KeyboardGrab() { release(); }
+  KeyboardGrab();
+  ~KeyboardGrab();
   KeyboardGrab(const KeyboardGrab&) = delete;
   KeyboardGrab& operator=(const KeyboardGrab&) = delete;
 
   // False when another program holds the keyboard, or the window is not on the screen. The server
-  // ends the grab by itself when the window goes or the program ends.
-  bool take(QWidget& window, std::string& leftOut);
+  // ends the grab by itself when the window goes or the program ends. `lost` is called, later, when
+  // the keys go elsewhere all the same.
+  bool take(QWidget& window, std::string& leftOut, std::function<void()> lost);
   void release();
 
  private:
   bool held_ = false;
+  std::unique_ptr<KeyHolder> holder_;
 };
 
 }  // namespace marbelot

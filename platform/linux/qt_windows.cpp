@@ -117,7 +117,10 @@ class QtWindow : public Window {
     place({origin.x, origin.y, now.width, now.height}, animated);
   }
   void setFrame(const Rect& frame) override { place(frame, false); }
-  bool grabKeyboard(std::string& leftOut) override { return grab_.take(frame_, leftOut); }
+  // Where the keys go elsewhere later, the desktop has closed the window for all it is worth.
+  bool grabKeyboard(std::string& leftOut) override {
+    return grab_.take(frame_, leftOut, [this] { frame_.close(); });
+  }
   void performDrag() override { frame_.drag(); }
 
   void setTitle(const std::string& title) override {

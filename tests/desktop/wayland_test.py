@@ -4,7 +4,8 @@ import hashlib
 import pathlib
 import unittest
 
-from desktop_case import BIN, DesktopTest, Marbelot, NOTICE_TITLE, png, screenshot_name, until
+from desktop_case import (BIN, DesktopTest, Marbelot, NOTICE_TITLE, png, screenshot_name, stays,
+                          until)
 from wayland_desktop import WaylandDesktop, installed
 
 COPIES = 40
@@ -92,6 +93,36 @@ class WaylandTest(DesktopTest):
             self.screen.key("Escape")
             return not self.program.popups()
         until(closed_by_a_key, "menu closed by a key")
+
+    def test_keyboard_cleaning_keeps_keys_from_native_windows(self):
+        self.start()
+        typed = self.screen.folder / "typed"
+        self.screen.spawn("foot", "sh", "-c", f"stty raw -echo; cat > {typed}")
+
+        def types(*words):
+            # A new keyboard's first key may be lost.
+            self.screen.run("wtype", "-k", "Shift_L", "-s", "100", *words)
+        until(lambda: types("a") or typed.exists() and typed.read_bytes(), "a native window types")
+
+        def cleaning():
+            return b"cleaning" in self.program.ctl("windows").stdout
+        self.program.invoke("toggleKeyboardBlock")
+        until(cleaning, "dark window")
+        # Nothing tells when the compositor has given it the keys.
+        until(lambda: types(*["-k", "Escape", "-s", "100"] * 3) or not cleaning(), "ended")
+        types("b")
+        until(lambda: typed.read_bytes().endswith(b"b"), "keys arrive again")
+
+        self.program.invoke("toggleKeyboardBlock")
+        until(cleaning, "dark window")
+        until(lambda: self.screen.run("xdotool", "getwindowfocus", "getwindowname").stdout ==
+              b"marbelot\n", "the keys")
+        before = typed.read_bytes()
+        types("c")
+        stays(lambda: typed.read_bytes() == before and cleaning(), "swallowed", 0.5)
+        self.screen.run("swaymsg", "[app_id=foot] focus", check=True)
+        until(lambda: not cleaning(), "nobody is locked out")
+        self.assertIn("gave its keys", until(self.screen.notices, "notice")[-1]["body"])
 
     def test_pictures_are_taken_of_native_windows(self):
         self.start()
