@@ -202,6 +202,7 @@ TEST_P(Conformance, PicturesOfTheScreenAreFilesAndToldOfOnceUnlessDropped) {
   Task dropped = take("-i", "dropped.png");
   settle();
   dropped.cancel();
+  told.clear();  // where the system has no tool, it was over at once
   const Task taken = take("-x", "taken.png");
   ASSERT_TRUE(wait([&] { return !told.empty(); }));
   settle();
