@@ -59,8 +59,8 @@ std::vector<View> KeyboardCleaning::views(const Rect& all) {
   return result;
 }
 
-void KeyboardCleaning::start() {
-  const Rect all = unionOfScreens(platform_.screens.all());
+// Without a frame, but it takes the keys all the same.
+WindowDescription KeyboardCleaning::keyboardBlockWindow(const Rect& all) {
   WindowDescription window;
   window.id = "cleaning";
   window.title = "Keyboard cleaning";
@@ -75,7 +75,12 @@ void KeyboardCleaning::start() {
     end();
     shell_.notify("The keyboard works again: the desktop gave its keys to another program");
   };
-  blockWindow = platform_.windows.create(std::move(window));
+  return window;
+}
+
+void KeyboardCleaning::start() {
+  const Rect all = unionOfScreens(platform_.screens.all());
+  blockWindow = platform_.windows.create(keyboardBlockWindow(all));
   blockWindow->setFrame(all);
   blockWindow->show();
   blockWindow->focus(viewId);

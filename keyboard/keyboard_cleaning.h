@@ -43,6 +43,7 @@ class KeyboardCleaning {
   void escapePressed();
   void updateLabel();
   void coverScreens();
+  WindowDescription keyboardBlockWindow(const Rect& all);
   std::vector<View> views(const Rect& all);
 
   Platform& platform_;
