@@ -1,4 +1,5 @@
-// The areas of one value in a plane of pixels, and their shapes.
+// The areas of one value in a plane of pixels, or of values that shade into each other, and their
+// shapes.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +23,7 @@ struct Plane {
   }
 };
 
-// Neighbouring pixels of one value in a row.
+// Neighbouring pixels of a row that belong together.
 struct Run {
   int y, start, end;
   std::uint32_t area;  // in Areas::areas()
@@ -43,18 +44,22 @@ struct Area {
 
 class Areas {
  public:
-  // Of the runs that are at least that long; photos consist of shorter ones.
-  Areas(const Plane<std::uint32_t>& plane, int shortestRun);
+  // Of the runs that are at least that long; photos consist of shorter ones. Pixels that touch each
+  // other belong together if none of the three lower bytes of their values differs by more than
+  // `step`.
+  Areas(const Plane<std::uint32_t>& plane, int shortestRun, int step);
 
   const std::vector<Run>& runs() const { return runs_; }
   const std::vector<Area>& areas() const { return areas_; }
 
  private:
+  bool join(std::uint32_t a, std::uint32_t b) const;
   void addRow(const Plane<std::uint32_t>& plane, int y, int shortestRun);
   void touch(const Plane<std::uint32_t>& plane, std::size_t above, std::size_t first);
   std::uint32_t rootOf(std::uint32_t run);
   void measure();
 
+  int step_;
   std::vector<Run> runs_;
   std::vector<std::uint32_t> contacts_;  // of each run with the row above
   std::vector<Area> areas_;

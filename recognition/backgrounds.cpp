@@ -11,8 +11,10 @@ namespace {
 
 using Color = std::uint32_t;  // 0xRRGGBB
 constexpr Color unknown = 0xFFFFFFFF;
-// Exactly one colour; the pixels of photos hardly ever have a neighbour of their own.
+// The pixels of photos hardly ever have a neighbour of their own colour.
 constexpr int shortestRun = 2;
+// From pixel to pixel: a gradient's colours shade into each other, a letter's edge is steeper.
+constexpr int gradientStep = 3;
 
 int red(Color color) { return static_cast<int>(color >> 16 & 255); }
 int green(Color color) { return static_cast<int>(color >> 8 & 255); }
@@ -71,13 +73,12 @@ bool isBackground(const Area& area, std::size_t picturePixels) {
 
 // The colour of each background in its own pixels, unknown in all others.
 std::vector<Color> backgroundsOf(const Picture& picture) {
-  const Areas flat(picture, shortestRun);
+  const Areas flat(picture, shortestRun, gradientStep);
   std::vector<Color> result(picture.values.size(), unknown);
   for (const Run& run : flat.runs()) {
     if (!isBackground(flat.areas()[run.area], result.size())) continue;
-    const std::size_t start = picture.at(run.start, run.y);
-    std::fill_n(result.begin() + static_cast<std::ptrdiff_t>(start), run.end - run.start,
-                picture.values[start]);
+    const auto start = static_cast<std::ptrdiff_t>(picture.at(run.start, run.y));
+    std::copy_n(picture.values.begin() + start, run.end - run.start, result.begin() + start);
   }
   return result;
 }

@@ -45,14 +45,15 @@ std::vector<Source> sources(int from, int to, double scale) {
 
 }  // namespace
 
-Page magnified(const Plane<std::uint8_t>& gray, double scale, int margin) {
+Page magnified(const Plane<std::uint8_t>& gray, Rows part, double scale, int margin) {
+  const int height = part.bottom - part.top;
   const int innerWidth = std::max(1, static_cast<int>(std::lround(gray.width * scale)));
-  const int innerHeight = std::max(1, static_cast<int>(std::lround(gray.height * scale)));
+  const int innerHeight = std::max(1, static_cast<int>(std::lround(height * scale)));
   Page page{innerWidth + 2 * margin, innerHeight + 2 * margin, scale, {}};
   page.gray.assign(static_cast<std::size_t>(page.width) * static_cast<std::size_t>(page.height),
                    paper);
   const std::vector<Source> columns = sources(gray.width, innerWidth, scale);
-  const std::vector<Source> rows = sources(gray.height, innerHeight, scale);
+  const std::vector<Source> rows = sources(height, innerHeight, scale);
 
   // Down first, a row at a time: that part runs over whole rows of the source.
   std::vector<int> column(static_cast<std::size_t>(gray.width));
@@ -60,7 +61,7 @@ Page magnified(const Plane<std::uint8_t>& gray, double scale, int margin) {
     const Source& row = rows[static_cast<std::size_t>(y)];
     std::array<const std::uint8_t*, taps> from;
     for (std::size_t tap = 0; tap < taps; ++tap)
-      from[tap] = gray.values.data() + gray.at(0, row.at[tap]);
+      from[tap] = gray.values.data() + gray.at(0, part.top + row.at[tap]);
     for (std::size_t x = 0; x < column.size(); ++x) {
       column[x] = (from[0][x] * row.weight[0] + from[1][x] * row.weight[1] +
                    from[2][x] * row.weight[2] + from[3][x] * row.weight[3]) >>

@@ -6,8 +6,12 @@
 
 namespace marbelot {
 
+struct Rows {
+  int top, bottom;
+};
+
 // Cubically, by a factor that may also be a little below 1, with a blank margin of `margin` pixels
 // of the result around it.
-Page magnified(const Plane<std::uint8_t>& gray, double scale, int margin);
+Page magnified(const Plane<std::uint8_t>& gray, Rows part, double scale, int margin);
 
 }  // namespace marbelot

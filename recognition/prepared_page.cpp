@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "recognition/areas.h"
 #include "recognition/backgrounds.h"
@@ -13,9 +14,11 @@ namespace {
 
 // A letter of fewer pixels cannot be told from another one.
 constexpr int smallestSide = 5;
-constexpr int margin = 20;                                    // of the page
-constexpr int longestSide = 32000;                            // of the page
-constexpr std::int64_t mostPixels = std::int64_t{100} << 20;  // of the page
+constexpr int margin = 20;                          // of the page
+constexpr double longestSide = 32000 - 2 * margin;  // of the page, inside that
+constexpr double highestPage = 8000;  // recognisers take the longer for a line the more there are
+constexpr double mostPixels = 100 << 20;            // of the page
+constexpr double mostPixelsInAll = 4 * mostPixels;  // which take a minute
 // Ink below is the noise of photos and compressed pictures.
 constexpr std::uint8_t faintest = 24;
 
@@ -60,7 +63,7 @@ int letterHeight(const Plane<std::uint8_t>& ink) {
   Plane<std::uint32_t> mask{ink.width, ink.height, {}};
   mask.values.reserve(ink.values.size());
   for (const std::uint8_t value : ink.values) mask.values.push_back(value >= isInk);
-  const Areas areas(mask, 1);
+  const Areas areas(mask, 1, 0);
   std::vector<bool> isShape(areas.areas().size());
   for (const Run& run : areas.runs())
     isShape[run.area] = mask.values[mask.at(run.start, run.y)] != 0;
@@ -83,22 +86,50 @@ double scaleFor(const Plane<std::uint8_t>& ink) {
   constexpr double usual = 3, largest = 4;
   const int height = letterHeight(ink);
   const double wanted = height == 0 ? usual : std::clamp(wantedHeight / height, 1.0, largest);
-  const double side = std::max(ink.width, ink.height);
   const double pixels = static_cast<double>(ink.values.size());
-  return std::min({wanted, (longestSide - 2 * margin) / side, std::sqrt(mostPixels / pixels)});
+  return std::min({wanted, longestSide / ink.width, std::sqrt(mostPixelsInAll / pixels)});
+}
+
+// Where to begin new pages so that none is too large, rather between two lines than in one.
+std::vector<int> cutsOf(const Plane<std::uint8_t>& ink, double scale) {
+  const double most = std::min(highestPage / scale, mostPixels / (scale * scale * ink.width));
+  const int rows = std::max(static_cast<int>(most), 1);
+  const auto inkIn = [&ink](int row) {
+    const auto start = ink.values.begin() + static_cast<std::ptrdiff_t>(ink.at(0, row));
+    return std::accumulate(start, start + ink.width, std::int64_t{0});
+  };
+  std::vector<int> cuts{0};
+  while (ink.height - cuts.back() > rows) {
+    const int latest = cuts.back() + rows;
+    int best = latest;
+    std::int64_t least = inkIn(latest);
+    for (int row = latest - 1; row > latest - rows / 4 && least > 0; --row) {
+      if (const std::int64_t here = inkIn(row); here < least) {
+        least = here;
+        best = row;
+      }
+    }
+    cuts.push_back(best);
+  }
+  cuts.push_back(ink.height);
+  return cuts;
 }
 
 }  // namespace
 
-std::optional<Page> preparedPage(const Bitmap& picture) {
-  if (picture.width() < smallestSide || picture.height() < smallestSide) return std::nullopt;
-  Plane<std::uint8_t> ink = inkOf(picture);
-  strengthen(ink);
-  eraseRules(ink);
-  if (*std::max_element(ink.values.begin(), ink.values.end()) < faintest) return std::nullopt;
-  const double scale = scaleFor(ink);
-  for (std::uint8_t& value : ink.values) value = static_cast<std::uint8_t>(255 - value);
-  return magnified(ink, scale, margin);
+Pages::Pages(const Bitmap& picture) {
+  if (picture.width() < smallestSide || picture.height() < smallestSide) return;
+  gray_ = inkOf(picture);
+  strengthen(gray_);
+  eraseRules(gray_);
+  if (*std::max_element(gray_.values.begin(), gray_.values.end()) < faintest) return;
+  scale_ = scaleFor(gray_);
+  cuts_ = cutsOf(gray_, scale_);
+  for (std::uint8_t& value : gray_.values) value = static_cast<std::uint8_t>(255 - value);
+}
+
+Page Pages::at(std::size_t page) const {
+  return magnified(gray_, {cuts_[page], cuts_[page + 1]}, scale_, margin);
 }
 
 }  // namespace marbelot

@@ -15,8 +15,25 @@ constexpr int resolution = 300;  // dots an inch, as scanned pages have
 // Per cent. What is made of a photo's textures is less certain, what stands on a screen more.
 constexpr float leastCertainty = 50;
 constexpr float leastCertaintyOfFew = 65;
-constexpr int few = 2;       // characters
+constexpr int few = 2;  // characters
+// One such word makes up for others of its line that are in no dictionary, as in code.
+constexpr float certainWord = 85;
+constexpr std::size_t certainLetters = 3;
 constexpr int tablePad = 8;  // pixels above and below a table
+
+using Results = tesseract::ResultIterator;
+
+bool hasCertainWord(const Results& line) {
+  Results word(line);
+  do {
+    const std::unique_ptr<char[]> read(word.GetUTF8Text(tesseract::RIL_WORD));
+    if (read && std::strlen(read.get()) >= certainLetters &&
+        word.Confidence(tesseract::RIL_WORD) >= certainWord)
+      return true;
+  } while (!word.IsAtFinalElement(tesseract::RIL_TEXTLINE, tesseract::RIL_WORD) &&
+           word.Next(tesseract::RIL_WORD));
+  return false;
+}
 
 std::string missingLanguageAdvice() {
   return "Tesseract has no language file; install one, such as the package tesseract-ocr-eng";
@@ -57,7 +74,7 @@ bool TesseractReader::recognize(const Page& page, Band band, bool asOneBlock,
   engine_->SetSourceResolution(resolution);
   engine_->SetPageSegMode(asOneBlock ? tesseract::PSM_SINGLE_BLOCK : tesseract::PSM_AUTO);
   if (engine_->Recognize(nullptr) != 0) return false;
-  const std::unique_ptr<tesseract::ResultIterator> at(engine_->GetIterator());
+  const std::unique_ptr<Results> at(engine_->GetIterator());
   if (!at) return true;
   do {
     const std::unique_ptr<char[]> read(at->GetUTF8Text(tesseract::RIL_TEXTLINE));
@@ -69,7 +86,8 @@ bool TesseractReader::recognize(const Page& page, Band band, bool asOneBlock,
     const auto characters = std::count_if(line.text.begin(), line.text.end(),
                                           [](char byte) { return (byte & 0xC0) != 0x80; });
     const float least = characters <= few ? leastCertaintyOfFew : leastCertainty;
-    if (line.text.empty() || at->Confidence(tesseract::RIL_TEXTLINE) < least) continue;
+    const bool isCertain = at->Confidence(tesseract::RIL_TEXTLINE) >= least || hasCertainWord(*at);
+    if (line.text.empty() || !isCertain) continue;
     FoundLine& place = line.place;
     at->BoundingBox(tesseract::RIL_TEXTLINE, &place.left, &place.top, &place.right, &place.bottom);
     place.words = 1 + static_cast<int>(std::count(line.text.begin(), line.text.end(), ' '));
@@ -79,12 +97,19 @@ bool TesseractReader::recognize(const Page& page, Band band, bool asOneBlock,
 }
 
 Recognition TesseractReader::read(const Bitmap& picture) {
-  const auto page = preparedPage(picture);
-  if (!page) return {Recognition::Outcome::read, {}, {}};
-  if (!loaded_ && !loadLanguages())
+  Recognition result{Recognition::Outcome::read, {}, {}};
+  const Pages pages(picture);
+  if (pages.count() > 0 && !loaded_ && !loadLanguages())
     return {Recognition::Outcome::missingLanguage, {}, missingLanguageAdvice()};
+  for (std::size_t i = 0; i < pages.count(); ++i)
+    if (!readPage(pages.at(i), result.lines)) return {};
+  if (loaded_) engine_->Clear();
+  return result;
+}
+
+bool TesseractReader::readPage(const Page& page, std::vector<std::string>& text) {
   std::vector<ReadLine> lines;
-  if (!recognize(*page, {0, page->height}, false, lines)) return {};
+  if (!recognize(page, {0, page.height}, false, lines)) return false;
 
   std::vector<FoundLine> places;
   for (const ReadLine& line : lines) places.push_back(line.place);
@@ -92,24 +117,22 @@ Recognition TesseractReader::read(const Bitmap& picture) {
   const std::vector<Band> bands = tablesAmong(places);
   for (const Band& band : bands) {
     const int top = std::max(band.top - tablePad, 0);
-    const int bottom = std::min(band.bottom + tablePad, page->height);
-    if (!recognize(*page, {top, bottom}, true, tables.emplace_back())) return {};
+    const int bottom = std::min(band.bottom + tablePad, page.height);
+    if (!recognize(page, {top, bottom}, true, tables.emplace_back())) return false;
   }
-  Recognition result{Recognition::Outcome::read, {}, {}};
   // A table takes the place of the first of its cells.
   for (ReadLine& line : lines) {
     const auto band = std::find_if(bands.begin(), bands.end(),
                                    [&](const Band& one) { return one.holds(line.place); });
     if (band == bands.end()) {
-      result.lines.push_back(std::move(line.text));
+      text.push_back(std::move(line.text));
       continue;
     }
     auto& table = tables[static_cast<std::size_t>(band - bands.begin())];
-    for (ReadLine& row : table) result.lines.push_back(std::move(row.text));
+    for (ReadLine& row : table) text.push_back(std::move(row.text));
     table.clear();
   }
-  engine_->Clear();
-  return result;
+  return true;
 }
 
 }  // namespace marbelot

@@ -34,6 +34,7 @@ class TesseractReader {
   };
 
   bool loadLanguages();
+  bool readPage(const Page& page, std::vector<std::string>& text);
   // Reads the band of the page; in columns, or row by row.
   bool recognize(const Page& page, Band band, bool asOneBlock, std::vector<ReadLine>& lines);
 

@@ -81,6 +81,16 @@ TEST(Ink, LeavesOutTheSoftEdgesOfPanelsAndKeepsThoseOfLetters) {
   EXPECT_GT(inkAt(ink, 41, 34), 80);
 }
 
+TEST(Ink, IsNoneWhereColoursShadeIntoEachOther) {
+  Bitmap bitmap = screen(600, 60, white);
+  for (int x = 20; x < 580; ++x)
+    fill(bitmap, x, 5, 1, 50, {30, static_cast<std::uint8_t>(60 + x / 6), 120});
+  letters(bitmap, 200, 20, 12, 14, white);
+  const auto ink = inkOf(bitmap);
+  for (int x = 30; x < 570; x += 10) EXPECT_EQ(inkAt(ink, x, 15), 0) << x;
+  EXPECT_GT(inkAt(ink, 200, 25), 80);
+}
+
 TEST(Ink, SeesDifferencesOfHueAlone) {
   Bitmap bitmap = screen(200, 40, {0, 140, 90});
   letters(bitmap, 20, 10, 10, 14, {180, 40, 10});
@@ -120,21 +130,22 @@ TEST(Page, ShowsFaintTextOfAnySizeDarkAndLargeEnough) {
   for (const int size : {8, 12, 24, 60}) {
     Bitmap bitmap = screen(700, 100, {30, 30, 30});
     letters(bitmap, 20, 20, 12, size, {80, 80, 80});
-    const auto page = preparedPage(bitmap);
-    ASSERT_TRUE(page);
-    EXPECT_LT(darkest(*page), 10) << size;
-    EXPECT_EQ(page->gray.front(), 255);
-    EXPECT_GE(size * page->scale, 20) << size;
-    EXPECT_LE(size * page->scale, std::max(size, 36)) << size;
+    const Pages pages(bitmap);
+    ASSERT_EQ(pages.count(), 1U);
+    const Page page = pages.at(0);
+    EXPECT_LT(darkest(page), 10) << size;
+    EXPECT_EQ(page.gray.front(), 255);
+    EXPECT_GE(size * page.scale, 20) << size;
+    EXPECT_LE(size * page.scale, std::max(size, 36)) << size;
   }
 }
 
 TEST(Page, IsNoneWhereThereCanBeNoText) {
-  EXPECT_FALSE(preparedPage(screen(1, 1, black)));
-  EXPECT_FALSE(preparedPage(screen(Bitmap::maximumSide, 1, black)));
-  EXPECT_FALSE(preparedPage(screen(3, 2000, black)));
-  EXPECT_FALSE(preparedPage(screen(300, 200, navy)));
-  EXPECT_FALSE(preparedPage(*Bitmap::makeClear(300, 200)));
+  EXPECT_EQ(Pages(screen(1, 1, black)).count(), 0U);
+  EXPECT_EQ(Pages(screen(Bitmap::maximumSide, 1, black)).count(), 0U);
+  EXPECT_EQ(Pages(screen(3, 2000, black)).count(), 0U);
+  EXPECT_EQ(Pages(screen(300, 200, navy)).count(), 0U);
+  EXPECT_EQ(Pages(*Bitmap::makeClear(300, 200)).count(), 0U);
 }
 
 TEST(Page, StaysWithinWhatARecogniserTakes) {
@@ -143,12 +154,29 @@ TEST(Page, StaysWithinWhatARecogniserTakes) {
   Bitmap large = screen(2800, 2800, white);
   letters(large, 100, 4, 200, 5, black);
   for (const Bitmap* bitmap : {&wide, &large}) {
-    const auto page = preparedPage(*bitmap);
-    ASSERT_TRUE(page);
-    EXPECT_LE(std::max(page->width, page->height), 32000);
-    EXPECT_LE(std::int64_t{page->width} * page->height, std::int64_t{110} << 20);
-    EXPECT_EQ(page->gray.size(),
-              static_cast<std::size_t>(page->width) * static_cast<std::size_t>(page->height));
+    const Pages pages(*bitmap);
+    ASSERT_GE(pages.count(), 1U);
+    for (std::size_t i = 0; i < pages.count(); ++i) {
+      const Page page = pages.at(i);
+      EXPECT_LE(std::max(page.width, page.height), 32000);
+      EXPECT_LE(std::int64_t{page.width} * page.height, std::int64_t{110} << 20);
+      EXPECT_EQ(page.gray.size(),
+                static_cast<std::size_t>(page.width) * static_cast<std::size_t>(page.height));
+    }
+  }
+}
+
+TEST(Page, IsOneOfSeveralWhereAPictureIsHighAndPartsNoLine) {
+  Bitmap high = screen(60, 20000, white);
+  for (int top = 8; top < 19990; top += 16) letters(high, 6, top, 5, 9, black);
+  const Pages pages(high);
+  ASSERT_GT(pages.count(), 2U);
+  for (std::size_t i = 0; i < pages.count(); ++i) {
+    const Page page = pages.at(i);
+    EXPECT_GE(page.scale, 2);
+    const auto rowOf = [&](int y) { return page.gray.begin() + std::int64_t{y} * page.width; };
+    for (const int y : {21, page.height - 22})
+      EXPECT_GT(*std::min_element(rowOf(y), rowOf(y + 1)), 128) << "no stroke at an end";
   }
 }
 
@@ -167,7 +195,12 @@ TEST(Tables, AreRowsOfShortCellsEvenWhereOneIsMissing) {
   addColumn(lines, 400, 204, {1, 0, 1, 0, 1});
   addColumn(lines, 700, 196, {1, 2, 0, 1, 2});
   addColumn(lines, 0, 480, {9, 9});
-  const auto tables = tablesAmong(lines);
+  addColumn(lines, 0, 800, {1, 1, 1, 1, 1, 1, 2, 1});  // settings, most of them without a value
+  addColumn(lines, 900, 800, {1, 0, 1, 0, 0, 0, 0, 1});
+  auto tables = tablesAmong(lines);
+  ASSERT_EQ(tables.size(), 2U);
+  EXPECT_GE(tables[1].bottom, 1080);
+  tables.pop_back();
   ASSERT_EQ(tables.size(), 1u);
   EXPECT_LE(tables[0].top, 200);
   EXPECT_GE(tables[0].bottom, 386);
