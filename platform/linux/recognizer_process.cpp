@@ -23,9 +23,9 @@ namespace marbelot {
 namespace {
 
 constexpr const char* program = "marbelot-recognizer";
-// A page dense with text on a large screen takes ten seconds, and minutes while the machine is
-// busy.
-constexpr auto timeLimit = std::chrono::minutes(5);
+// A page dense with text on a large screen takes ten seconds, and a long one many minutes while the
+// machine is busy.
+constexpr auto timeLimit = std::chrono::minutes(20);
 
 // The environment of this process, less what the helper is to have otherwise: with several threads
 // Tesseract takes ten times as long, and the setting counts only from the start of a process.

@@ -66,6 +66,22 @@ class RecognitionTest(DesktopTest):
         self.press("closeOCRHUD")
         until(lambda: not self.panel(), "panel gone")
 
+    def test_a_large_screen_is_read_while_the_program_goes_on(self):
+        page = "\n".join(f"{number} words {number * 37} on a line of a large screen"
+                         for number in range(100))
+        columns = [argument for x in (40, 1000, 1960, 2920)
+                   for argument in ("-annotate", f"+{x}+60", page)]
+        screen = self.screen.run(
+            "convert", "-size", "3840x2160", "xc:white", "-font", "DejaVu-Sans", "-pointsize", "15",
+            *columns, "PNG24:-", check=True).stdout
+        self.screen.set_clipboard(screen, "image/png")
+        until(lambda: self.program.preview() == "Image 3840 × 2160", "picture recorded")
+        answers = 0
+        while not self.panel():
+            answers += 1
+        # A program that stood still for the scan would have answered once.
+        self.assertGreater(answers, 5)
+
     def test_a_picture_without_text_disturbs_nobody(self):
         self.screen.set_clipboard(png(200, 200), "image/png")
         until(lambda: self.program.preview() == "Image 200 × 200", "picture recorded")
