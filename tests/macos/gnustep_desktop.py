@@ -48,7 +48,7 @@ class GNUstepDesktop(VirtualDesktop):
 
     def set_default(self, domain, key, value):
         """As a user does with the system's tool."""
-        self.run("defaults", "write", domain, key, value, check=True)
+        self.run("defaults", "write", domain, key, value, check=True, timeout=STARTUP_SECONDS)
 
     def _servers_answer(self):
         ports = self.folder / "tmp"

@@ -4,7 +4,6 @@ its menu, its editor and an alert, by mouse and keyboard. Pictures go to the tou
 import os
 import pathlib
 import re
-import subprocess
 import sys
 import unittest
 
@@ -13,21 +12,29 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "desktop"))
 from desktop_case import BIN, MARK, NOTICE_TITLE, png  # noqa: E402
 from driver import ROOT, Marbelot  # noqa: E402
 from gnustep_desktop import GNUstepDesktop  # noqa: E402
-from virtual_desktop import until  # noqa: E402
+import virtual_desktop  # noqa: E402
 
 PICTURES = ROOT / "build/tour"
+PATIENCE = 60.0  # seconds, on a busy machine
 ITEM = re.compile(r"^menu item (\d+) (\d+) ([+-]) (.*)$", re.MULTILINE)
+
+
+def until(condition, what, interval=0.02):
+    return virtual_desktop.until(condition, what, PATIENCE, interval)
 
 
 class ProgramTest(unittest.TestCase):
     def setUp(self):
         self.screen = self.enterContext(GNUstepDesktop(os.environ["MARBELOT_GNUSTEP"]))
         for domain, key, value in (("com.apple.screencapture", "location", "~/Shots"),
-                                   ("marbelot", "autoOCR", "no"),
+                                   ("marbelot", "autoOCRImages", "no"),
                                    ("marbelot", "showClipboardHUD", "YES")):
             self.screen.set_default(domain, key, value)
         self.shot = self.seen = None
-        self.program = Marbelot(self.screen, bus=False, env={"MARBELOT_DESCRIBE_MENUS": "1"})
+        (self.screen.home / "Shots").mkdir()
+        self.program = Marbelot(self.screen, bus=False, watched=False,
+                                env={"MARBELOT_DESCRIBE_MENUS": "1"})
+        until(self.program.watches_folder, "folder watched")
 
     def log(self):
         self.program.check_alive()
@@ -36,7 +43,8 @@ class ProgramTest(unittest.TestCase):
     def settled(self, what):
         """What the screen shows once that is something new, and stays as it is."""
         def shot():
-            former, self.shot = self.shot, self.screen.run("maim", check=True).stdout
+            former = self.shot
+            self.shot = self.screen.run("maim", check=True, timeout=PATIENCE).stdout
             return former == self.shot != self.seen
         until(shot, what, interval=0.2)
         self.seen = self.shot
@@ -47,7 +55,7 @@ class ProgramTest(unittest.TestCase):
         (PICTURES / f"macos-{name}.png").write_bytes(self.settled(name))
 
     def mouse(self, *words):
-        self.screen.run("xdotool", *map(str, words), check=True)
+        self.screen.run("xdotool", *map(str, words), check=True, timeout=PATIENCE)
 
     def open_menu(self):
         """The items of the status menu, which stays open while the button is held."""
@@ -70,10 +78,13 @@ class ProgramTest(unittest.TestCase):
         self.point_at(items, title)
         self.mouse("mouseup", 1)
 
+    def windows(self, name):
+        return self.screen.run("xdotool", "search", "--onlyvisible", "--name", f"^{name}$",
+                               timeout=PATIENCE).stdout.split()
+
     def type_into(self, name, *words):
         """Clicks on the middle of the window of that name, and types."""
-        window = until(lambda: self.screen.run("xdotool", "search", "--onlyvisible", "--name",
-                                               f"^{name}$").stdout.split(), name)[0]
+        window = until(lambda: self.windows(name), name)[0]
         self.settled(name)
         self.mouse("mousemove", "--window", window.decode(), "--polar", 0, 0, "click", 1)
         self.mouse(*words)
@@ -87,6 +98,7 @@ class ProgramTest(unittest.TestCase):
         self.assertTrue(self.screen.clipboard("image/tiff"))
         until(lambda: re.search(f'title: "{NOTICE_TITLE}" informativeText: "{path.name}"',
                                 self.log()), "notice")
+        until(lambda: self.windows("Clipboard preview"), "panel, turned on by a text")
         self.picture("panel")
 
         items = self.open_menu()
@@ -116,7 +128,7 @@ class ProgramTest(unittest.TestCase):
         edited = "der Größe nach sortiert".encode()
         until(lambda: self.screen.clipboard("UTF8_STRING") == edited, "edited text copied")
 
-        second = self.screen.run(BIN / "marbelot")
+        second = self.screen.run(BIN / "marbelot", timeout=PATIENCE)
         self.assertEqual((second.returncode, second.stderr), (0, b"marbelot: already running\n"))
         self.program.check_alive()
 
