@@ -93,13 +93,16 @@ AppDelegate::AppDelegate(Platform& platform)
   history_.onTextRecorded = [this](const SharedText& text) {
     analyses_.of(text);  // known when the menu opens
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
-    // The panel offers them at once.
-    if (panels_.hud.showClipboardHUD) textActions_.refreshApplications();
     panels_.recorded(text);
   };
   history_.onImageRecorded = [this](const Image& image) {
     panels_.recorded(image);
     textRecognition_.imageCopied(image);
+  };
+  history_.onRecorded = [this] {
+    // The panel offers them at once.
+    if (panels_.hud.showClipboardHUD) textActions_.refreshApplications();
+    panels_.showRecorded();
   };
   history_.onTick = [this] { panels_.widget.refresh(); };
   panels_.editor.hooks.openInMenu = [this](const SharedText& text) {

@@ -1,5 +1,7 @@
 #include "app/panels.h"
 
+#include <utility>
+
 #include "image/edit_request.h"
 
 namespace marbelot {
@@ -39,9 +41,12 @@ Panels::Panels(Platform& platform, Shell& shell, ActionTable& actions, Clipboard
   };
 }
 
-void Panels::recorded(const Content& content) {
+void Panels::recorded(const Content& content) { recorded_ = content; }
+
+void Panels::showRecorded() {
+  const auto newest = std::exchange(recorded_, std::nullopt);
   // What the editor has copied stands in its panel, or did so a moment ago.
-  if (!editor.madeChange(platform_.pasteboard.changeCount())) hud.contentChanged(content);
+  if (newest && !editor.madeChange(platform_.pasteboard.changeCount())) hud.contentChanged(*newest);
 }
 
 void Panels::analysesChanged() {

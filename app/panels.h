@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "clipboard/clipboard_history.h"
 #include "clipboard/history_menus.h"
@@ -33,8 +34,9 @@ class Panels {
   AlwaysOnWidget widget;
   Crop crop;
 
-  // A text or an image was recorded in the history.
+  // A text or an image was recorded in the history; the last one is shown then.
   void recorded(const Content& content);
+  void showRecorded();
   // Texts that were being analysed may read differently now.
   void analysesChanged();
 
@@ -42,6 +44,7 @@ class Panels {
   void addContentItems(Menu& menu) const;
 
   Platform& platform_;
+  std::optional<Content> recorded_;
   const ImageExport& imageExport_;
 };
 

@@ -1,13 +1,17 @@
 #!/usr/bin/python3
 """Measures the panels of the real program on a private desktop.
 
-    bench/hud_bench.py [latency] [idle] [changes [NUMBER]]      all of them by default, 10000 changes
+    bench/hud_bench.py [latency] [edits] [idle] [changes [NUMBER]]
+                                                       all of them by default, 10000 changes
 
-latency  from another program's copy to the panel's window on the screen: texts, 4K pictures
+latency  from the moment at which another program has handed over what it copied to the panel's
+         window on the screen: texts, 4K pictures
+edits    from the choice of an edit of a 4K picture to the panel that shows it
 idle     processor time over a minute with a pinned panel
 changes  copies with the panel on: memory and windows before and after, and whose the focus was
 """
 
+import hashlib
 import json
 import pathlib
 import statistics
@@ -18,7 +22,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from driver import Marbelot  # noqa: E402
+from driver import BIN, Marbelot  # noqa: E402
 from virtual_desktop import VirtualDesktop, until  # noqa: E402
 
 TICKS = 100  # of /proc's processor time, a second
@@ -53,18 +57,62 @@ class Bench:
         stat = pathlib.Path(f"/proc/{self.program.process.pid}/stat").read_text().split()
         return (int(stat[13]) + int(stat[14])) / TICKS
 
+    def owner(self, *arguments):
+        """Another program with contents of its own, which tells what becomes of them."""
+        return subprocess.Popen([BIN / "clipboard_owner", *arguments], env=self.screen.env,
+                                stdout=subprocess.PIPE, text=True)
+
     def latency(self, name, data, kind):
-        """Milliseconds; the panel is away before each copy. Includes what tells of the copy."""
+        """Milliseconds; the panel is away before each copy."""
         times = []
         for number in range(8):
             until(lambda: not self.kinds(), "no panel", 20)
-            piece = data(number)
-            self.screen.set_clipboard(piece, kind)
-            copied = time.monotonic()
+            file = self.screen.folder / "copied"
+            file.write_bytes(data(number))
+            owner = self.owner(f"{kind}={file}")
+            while owner.stdout.readline() != "asked\n":
+                pass
+            given = time.monotonic()
             until(self.kinds, "panel", 10, 0.001)
-            times.append((time.monotonic() - copied) * 1000)
-        print(f"{name}: median {statistics.median(times):.0f} ms, longest {max(times):.0f} ms "
-              "from the copying program's end")
+            times.append((time.monotonic() - given) * 1000)
+            owner.terminate()
+            owner.wait()
+        print(f"{name}: median {statistics.median(times):.0f} ms, longest {max(times):.0f} ms")
+
+    def shown(self):
+        """What the panel's picture looks like, of a patch in its middle."""
+        frame = self.windows()[0]["frame"]
+        x, y = frame["x"] + frame["width"] / 2 - 150, frame["y"] + frame["height"] - 200
+        patch = self.screen.run("import", "-window", "root", "-crop",
+                                f"150x100+{x:.0f}+{self.screen.size[1] - y - 100:.0f}", "rgb:-")
+        return hashlib.sha1(patch.stdout).digest()
+
+    def edits(self, data):
+        """Looking at the screen takes as long as is told."""
+        self.screen.set_clipboard(data, "image/png")
+        until(self.kinds, "panel")
+        assert self.program.ctl("press", "hud", "pin").returncode == 0
+        until(lambda: self.kinds() == ["editor"], "pinned", 20)
+        time.sleep(3)
+        began = time.monotonic()
+        self.shown()
+        print(f"a look at the screen: {(time.monotonic() - began) * 1000:.0f} ms")
+        for op in ("rotate:90", "flip:h", "resize:0.75", "shadow:grow:large", "shadow:same:large",
+                   "transparent:white", "emblem:circle:clear"):
+            times = []
+            for _ in range(3):
+                before = self.shown()
+                began = time.monotonic()
+                self.screen.call(NAME, "/org/marbelot/Marbelot", NAME, "InvokeAction", "(sas)",
+                                 ("hudMenuPicked:", [op]))
+                while self.shown() == before and time.monotonic() < began + 3:
+                    pass
+                times.append((time.monotonic() - began) * 1000)
+                self.program.ctl("press", "editor", "undo")
+                time.sleep(0.5)
+            print(f"{op}: " + ", ".join(f"{one:.0f}" for one in times) + " ms")
+        self.program.ctl("press", "editor", "done")
+        until(lambda: not self.kinds(), "no panel", 20)
 
     def idle(self, seconds=60):
         self.screen.set_clipboard(b"pinned")
@@ -79,14 +127,18 @@ class Bench:
         self.program.ctl("press", "editor", "done")
 
     def changes(self, number):
-        focus, memory = self.active(), None
-        for count in range(number):
-            self.screen.set_clipboard(f"change {count} of the clipboard".encode() * 20)
-            if count == number // 10:
+        focus, memory, most = self.active(), None, 0
+        began = time.monotonic()
+        owner = self.owner("--series", "change of the clipboard " * 20, str(number), "0")
+        for line in owner.stdout:
+            if line.strip() == str(number // 10):
                 memory = self.memory()
+            if line.strip().endswith("00"):
+                most = max(most, len(self.windows()))
+        print(f"{number} changes in {time.monotonic() - began:.0f} s")
         until(lambda: not self.kinds(), "no panel", 30)
-        print(f"{number} changes: {memory:.1f} MB after a tenth, {self.memory():.1f} MB after all; "
-              f"windows left: {len(self.windows())}; focus kept: {self.active() == focus}")
+        print(f"{memory:.1f} MB after a tenth, {self.memory():.1f} MB after all; windows at most: "
+              f"{most}, left: {len(self.windows())}; focus kept: {self.active() == focus}")
 
 
 def main(wanted):
@@ -97,6 +149,10 @@ def main(wanted):
             base = subprocess.run(["convert", "-size", "3840x2160", "plasma:fractal", "-depth", "8",
                                    "png24:-"], check=True, capture_output=True).stdout
             bench.latency("4K picture", lambda number: base, "image/png")
+        if not wanted or "edits" in wanted:
+            base = subprocess.run(["convert", "-size", "3840x2160", "plasma:fractal", "-depth", "8",
+                                   "png24:-"], check=True, capture_output=True).stdout
+            bench.edits(base)
         if not wanted or "idle" in wanted:
             bench.idle()
         if not wanted or "changes" in wanted:

@@ -59,13 +59,17 @@ void ClipboardHistory::tick() {
   lastChangeCount = changes.empty() ? count : std::max(count, changes.back().count);
   bool recorded = false;
   for (const PasteboardChange& change : changes) recorded |= record(change.contents);
+  if (recorded && onRecorded) onRecorded();
   if (recorded) saveClipHistory();
   // The menu also shows a copy that is not recorded.
   shell_.rebuildMenu();
 }
 
 void ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
-  if (record(contents)) saveClipHistory();
+  if (record(contents)) {
+    if (onRecorded) onRecorded();
+    saveClipHistory();
+  }
   shell_.rebuildMenu();
 }
 

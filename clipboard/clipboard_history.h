@@ -50,6 +50,8 @@ class ClipboardHistory {
   std::function<void(const SharedText&)> onTextRecorded;
   // The same for an image that came onto the clipboard.
   std::function<void(const Image&)> onImageRecorded;
+  // Once for all that has been recorded at a time.
+  std::function<void()> onRecorded;
   // The clipboard is looked at; called before anything is done about a change.
   std::function<void()> onTick;
   // The wall clock, seconds since 1970.

@@ -15,8 +15,10 @@ constexpr const char* widgetView = "widget";
 constexpr const char* closeId = "close";
 constexpr const char* cornerId = "corner";
 
-View iconButton(const char* id, Button button, const Rect& frame) {
+// On a picture, which may have any colour, there is something behind it.
+View iconButton(const char* id, Button button, const Rect& frame, bool onPicture) {
   button.flat = true;
+  if (onPicture) button.background = Color::of(Color::Role::windowBackground, 0.7);
   button.tint = Color::of(Color::Role::secondaryLabel);
   return {id, frame, {.leftMargin = true, .bottomMargin = true}, std::move(button)};
 }
@@ -194,6 +196,7 @@ void AlwaysOnWidget::setViews(HUDLayout content) {
     return Rect{size.width - (buttonSide + buttonMargin) * place,
                 size.height - buttonSide - buttonMargin, buttonSide, buttonSide};
   };
+  const bool onPicture = std::holds_alternative<ImageFace>(face_.face);
   view_.shownSize = size;
   view_.closeButtonFrame = button(1);
   view_.cornerButtonFrame = button(2);
@@ -201,13 +204,13 @@ void AlwaysOnWidget::setViews(HUDLayout content) {
                                      {.symbol = "xmark.circle.fill",
                                       .toolTip = "Hide the clipboard widget",
                                       .spoken = "Hide widget"},
-                                     view_.closeButtonFrame));
+                                     view_.closeButtonFrame, onPicture));
   content.views.push_back(iconButton(cornerId,
                                      {.symbol = "arrow.up.left.and.arrow.down.right",
                                       .otherSymbol = "arrow.2.squarepath",
                                       .toolTip = "Move the widget to the next corner",
                                       .spoken = "Move to next corner"},
-                                     view_.cornerButtonFrame));
+                                     view_.cornerButtonFrame, onPicture));
   std::vector<View> views;
   views.push_back({widgetView,
                    {0, 0, size.width, size.height},

@@ -138,8 +138,7 @@ std::optional<std::string> webLink(std::string_view text) {
   if (text.size() > longest) return std::nullopt;
   const std::string_view link = text::trimmedBlanksAndNewlines(text);
   const bool isOne = startsWithScheme(link, "http://") || startsWithScheme(link, "https://");
-  const auto breaks = [](char c) { return static_cast<unsigned char>(c) <= ' '; };
-  if (!isOne || std::any_of(link.begin(), link.end(), breaks)) return std::nullopt;
+  if (!isOne || isTreacherous(link)) return std::nullopt;
   return std::string(link);
 }
 

@@ -16,18 +16,9 @@ std::shared_ptr<const Object> objectOf(const MenuItem& sender) {
 }
 
 // Also a backslash, which browsers take for a slash and others do not.
-bool isTreacherous(char32_t c) {
+bool isTreacherousCharacter(char32_t c) {
   return c <= 0x20 || c == U'\\' || (c >= 0x7F && c <= 0xA0) || (c >= 0x2000 && c <= 0x200F) ||
          (c >= 0x2028 && c <= 0x202F) || (c >= 0x2060 && c <= 0x206F) || c == 0xFEFF || c == 0xFFFD;
-}
-
-bool hasTreacherous(std::string_view url) {
-  for (std::size_t at = 0; at < url.size();) {
-    const auto [scalar, bytes] = text::scalarAt(url, at);
-    if (isTreacherous(scalar)) return true;
-    at += bytes;
-  }
-  return false;
 }
 
 std::string schemeOf(std::string_view url) {
@@ -61,9 +52,18 @@ bool isHonest(std::string_view url) {
   constexpr std::array<std::string_view, 5> programs{"javascript", "vbscript", "data", "blob",
                                                      "filesystem"};
   const std::string scheme = schemeOf(url);
-  return !scheme.empty() && url.size() > scheme.size() + 1 && !hasTreacherous(url) &&
+  return !scheme.empty() && url.size() > scheme.size() + 1 && !isTreacherous(url) &&
          std::find(programs.begin(), programs.end(), scheme) == programs.end() &&
          authorityOf(url).find('@') == std::string_view::npos;
+}
+
+bool isTreacherous(std::string_view url) {
+  for (std::size_t at = 0; at < url.size();) {
+    const auto [scalar, bytes] = text::scalarAt(url, at);
+    if (isTreacherousCharacter(scalar)) return true;
+    at += bytes;
+  }
+  return false;
 }
 
 bool isOpenable(std::string_view url) {

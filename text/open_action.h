@@ -53,6 +53,9 @@ bool isHonest(std::string_view url);
 bool isOpenable(std::string_view url);
 // Whether it is such a link to a page.
 bool isWebLink(std::string_view url);
+// Whether there is anything in it that could be read as something else: a blank, a control
+// character, a mark of direction, a backslash.
+bool isTreacherous(std::string_view url);
 // The host of a URL; empty when it has none.
 std::string_view hostOf(std::string_view url);
 

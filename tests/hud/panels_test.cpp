@@ -81,7 +81,8 @@ TEST_F(ClipboardHUDTest, OffersTheBrowserForLinksOnly) {
             "Open example.org in your browser");
   press(hud, "open");
   EXPECT_EQ(desk_.workspace.opened.back(), "https://user@example.org:8080/a?b#c");
-  for (const char* text : {"ftp://example.org", "see https://example.org", "https://", "http:/x"}) {
+  for (const char* text : {"ftp://example.org", "see https://example.org", "https://", "http:/x",
+                           "https://a.org\\@b.org/"}) {
     copy(text);
     EXPECT_EQ(specs(shown("hud")).find("open"), std::string::npos) << text;
   }
