@@ -103,8 +103,7 @@ class Bench:
             for _ in range(3):
                 before = self.shown()
                 began = time.monotonic()
-                self.screen.call(NAME, "/org/marbelot/Marbelot", NAME, "InvokeAction", "(sas)",
-                                 ("hudMenuPicked:", [op]))
+                self.program.invoke("hudMenuPicked:", "--object", op)
                 while self.shown() == before and time.monotonic() < began + 3:
                     pass
                 times.append((time.monotonic() - began) * 1000)
@@ -129,7 +128,7 @@ class Bench:
     def changes(self, number):
         focus, memory, most = self.active(), None, 0
         began = time.monotonic()
-        owner = self.owner("--series", "change of the clipboard " * 20, str(number), "0")
+        owner = self.owner("--series", "change of the clipboard " * 20, str(number), "20")
         for line in owner.stdout:
             if line.strip() == str(number // 10):
                 memory = self.memory()
