@@ -21,6 +21,7 @@ from virtual_desktop import STARTUP_SECONDS, VirtualDesktop, until
 
 NOT_INSTALLED = 77  # what CTest takes for a skipped test
 PROGRAMS = {"sway": "sway", "kwin": "kwin_wayland", "mutter": "mutter"}
+KEYS = {"Escape": 1, "Return": 28, "F9": 67, "Up": 103}  # linux/input-event-codes.h
 # The compositor runs this once it is ready. kwin and mutter end with it; sway's would outlive sway.
 TELL = """#!/bin/sh
 { echo "WAYLAND_DISPLAY=${WAYLAND_DISPLAY:-wayland-0}"; echo "DISPLAY=$DISPLAY"
@@ -42,7 +43,7 @@ class WaylandDesktop(VirtualDesktop):
         super().__init__(**options)
         self.kind = kind
         self._xwayland = xwayland
-        self._mouse = None
+        self._plugged = None
         self.compositor = None
 
     def _start_display(self):
@@ -116,23 +117,23 @@ class WaylandDesktop(VirtualDesktop):
                    f"move {x + width} {y + height}", "sleep 50", "release")
 
     def _hand(self, *words):
-        if not self._mouse:
+        if not self._plugged:
             width, height = self.size
-            self._mouse = subprocess.Popen([BIN / "wayland_pointer", str(width), str(height)],
+            self._plugged = subprocess.Popen([BIN / "wayland_hand", str(width), str(height)],
                                            env=self.env, stdin=subprocess.PIPE,
                                            stdout=subprocess.PIPE, text=True)
-        self._mouse.stdin.write(" ".join((*words, "done\n")))
-        self._mouse.stdin.flush()
-        self._mouse.stdout.readline()
+        self._plugged.stdin.write(" ".join((*words, "done\n")))
+        self._plugged.stdin.flush()
+        self._plugged.stdout.readline()
 
     def key(self, name):
         """Presses and releases a key of that name, for whatever window has the focus."""
-        self.run("wtype", "-k", name)
+        self._hand(f"key {KEYS[name]}")
 
     def close(self):
-        if self._mouse:
-            self._mouse.communicate()
-            self._mouse = None
+        if self._plugged:
+            self._plugged.communicate()
+            self._plugged = None
         super().close()
         if self.compositor:
             # What it was just starting, XWayland for one, heeds nothing milder.
