@@ -5,7 +5,7 @@ import sys
 from gi.repository import Gio, GLib
 
 
-def serve(name, path, interface_xml, called, properties=None):
+def serve(name, path, interfaces_xml, called, properties=None):
     """Offers the object under `name` until the process is ended; prints "ready" once it is there.
 
     called(connection, sender, method, arguments) returns the reply's GLib.Variant, None for an
@@ -24,8 +24,8 @@ def serve(name, path, interface_xml, called, properties=None):
         return properties()[key]
 
     connection = Gio.bus_get_sync(Gio.BusType.SESSION)
-    interface = Gio.DBusNodeInfo.new_for_xml(interface_xml).interfaces[0]
-    connection.register_object(path, interface, on_call, on_get if properties else None, None)
+    for interface in Gio.DBusNodeInfo.new_for_xml(interfaces_xml).interfaces:
+        connection.register_object(path, interface, on_call, on_get if properties else None, None)
 
     def lost(*_):
         sys.exit(f"{name} is not to be had")

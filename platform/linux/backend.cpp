@@ -16,10 +16,12 @@
 
 #include "platform/descriptor.h"
 #include "platform/files.h"
+#include "platform/linux/capture_tools.h"
 #include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
 #include "platform/linux/key_monitors.h"
 #include "platform/linux/notices.h"
+#include "platform/linux/portal_shortcut.h"
 #include "platform/linux/qt_dialogs.h"
 #include "platform/linux/qt_main_queue.h"
 #include "platform/linux/qt_windows.h"
@@ -141,6 +143,14 @@ void tellWhatIsMissing(Notices& notices, UserDefaults& defaults) {
   defaults.set(told, true);
 }
 
+// Null where the menu has no key of its own to wait for. A user who wants none is not asked again.
+std::unique_ptr<PortalShortcut> menuShortcut(StatusItem& statusItem, UserDefaults& defaults) {
+  constexpr const char* declined = "declinedMenuShortcut";
+  if (!isWayland() || defaults.boolFor(declined)) return nullptr;
+  return std::make_unique<PortalShortcut>([&statusItem] { statusItem.popUpMenu(); },
+                                          [&defaults] { defaults.set(declined, true); });
+}
+
 // Images and long texts go back to the system when they are done with. By itself the C library
 // keeps blocks of up to 32 MB for the next time, once for each thread that had one.
 void returnLargeBlocks() {
@@ -199,10 +209,14 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
                     screenCapture, recognizer, webWindows, updates};
 
   std::shared_ptr<void> launched;
+  std::unique_ptr<PortalShortcut> shortcut;
   const auto start = [&] {
     if (launched) return;
     launched = launch(platform);
     tellWhatIsMissing(notices, defaults);
+    bus.whenKnown([&] {
+      if (bus.connected()) shortcut = menuShortcut(statusItem, defaults);
+    });
   };
   // Without the lock's word, the name on the bus tells whether there is another instance.
   if (lock.state == InstanceLock::ours) QTimer::singleShot(0, &context, start);

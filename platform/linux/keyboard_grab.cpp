@@ -4,7 +4,6 @@
 
 #include <QEvent>
 #include <QGuiApplication>
-#include <QTimer>
 #include <string_view>
 #include <utility>
 
@@ -31,22 +30,48 @@ bool isGuest() {
   return (reply && reply->present) || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
+constexpr const char* leftByDesktop = "The desktop's own shortcuts and the power key still work";
+
+// `lost` is called once nobody had the focus for several looks in a row: under a grab the toolkit
+// does not hear of it.
+std::unique_ptr<QTimer> watchFocus(std::function<bool()> hasFocus, std::function<void()> lost) {
+  auto watching = std::make_unique<QTimer>();
+  QTimer* const timer = watching.get();
+  const auto look = [timer, hasFocus = std::move(hasFocus), lost = std::move(lost),
+                     without = 0]() mutable {
+    without = hasFocus() ? 0 : without + 1;
+    if (without < mostLooksWithout) return;
+    timer->stop();
+    lost();
+  };
+  QObject::connect(timer, &QTimer::timeout, timer, look);
+  timer->start(lookMilliseconds);
+  return watching;
+}
+
 }  // namespace
 
 // A compositor hands its X server the keys, which are grabbed there, only while a window that it
 // manages has the focus. This one stands below the one that has the grab.
 class KeyHolder : public QWidget {
  public:
-  KeyHolder(QWidget& window, std::function<void()> lost)
+  explicit KeyHolder(QWidget& window)
       : QWidget(nullptr, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
         window_(&window) {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_QuitOnClose, false);
     setGeometry(window.geometry());
-    connect(&looking_, &QTimer::timeout, this, [this, lost = std::move(lost)] { look(lost); });
     show();
     activateWindow();
-    looking_.start(lookMilliseconds);
+  }
+
+  // Asks for the focus where it has not got it.
+  bool takeFocus() {
+    const X11Reply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection(), xcb_get_input_focus(connection()), nullptr));
+    if (reply && reply->focus == static_cast<xcb_window_t>(winId())) return true;
+    activateWindow();
+    return false;
   }
 
  protected:
@@ -62,23 +87,7 @@ class KeyHolder : public QWidget {
   }
 
  private:
-  // Under a grab the toolkit does not hear of it.
-  void look(const std::function<void()>& lost) {
-    const X11Reply<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(connection(), xcb_get_input_focus(connection()), nullptr));
-    if (reply && reply->focus == static_cast<xcb_window_t>(winId())) {
-      without_ = 0;
-      return;
-    }
-    activateWindow();
-    if (++without_ < mostLooksWithout) return;
-    looking_.stop();
-    lost();
-  }
-
   const QPointer<QWidget> window_;
-  QTimer looking_;
-  int without_ = 0;  // looks in a row
 };
 
 KeyboardGrab::KeyboardGrab() = default;
@@ -86,8 +95,15 @@ KeyboardGrab::~KeyboardGrab() { release(); }
 
 bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<void()> lost) {
   leftOut.clear();
-  if (!connection()) leftOut = "that takes an X server, or XWayland";
-  if (!connection() || !window.isVisible()) return false;
+  if (!window.isVisible()) return false;
+  if (!connection()) {
+    // Nobody can hold the keyboard there. What covers the screen has the keys until the user goes
+    // elsewhere by one of the desktop's own.
+    window.showFullScreen();
+    leftOut = leftByDesktop;
+    watching_ = watchFocus([&window] { return window.isActiveWindow(); }, std::move(lost));
+    return true;
+  }
   // On the toolkit's own connection, so that it gets the keys.
   const X11Reply<xcb_grab_keyboard_reply_t> reply(xcb_grab_keyboard_reply(
       connection(),
@@ -95,17 +111,21 @@ bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<voi
                         XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
       nullptr));
   held_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
-  if (held_) {
-    const bool guest = isGuest();
-    leftOut = guest ? "The desktop's own shortcuts and the power key still work"
-                    : "Ctrl+Alt+F1 to F12 and the power key still work";
-    if (guest) holder_ = std::make_unique<KeyHolder>(window, std::move(lost));
-  }
-  return held_;
+  if (!held_) return false;
+  const bool guest = isGuest();
+  leftOut = guest ? leftByDesktop : "Ctrl+Alt+F1 to F12 and the power key still work";
+  if (!guest) return true;
+  holder_ = std::make_unique<KeyHolder>(window);
+  watching_ = watchFocus([holder = holder_.get()] { return holder->takeFocus(); }, std::move(lost));
+  return true;
 }
 
 void KeyboardGrab::release() {
   // It may be telling that it has lost the keys.
+  if (watching_) {
+    watching_->stop();
+    watching_.release()->deleteLater();
+  }
   if (holder_) {
     holder_->hide();
     holder_.release()->deleteLater();

@@ -1,18 +1,15 @@
 // A picture of the screen by the desktop's portal, where the compositor shows it to nobody else.
 #pragma once
 
-#include <QDBusMessage>
-#include <QObject>
-#include <QVariantMap>
 #include <functional>
 #include <string>
+
+#include "platform/linux/portal_request.h"
 
 namespace marbelot {
 
 // One request. Main thread only; there is a session bus.
-class PortalScreenshot : public QObject {
-  Q_OBJECT
-
+class PortalScreenshot {
  public:
   struct Answer {
     std::string file;     // made for us; empty when there is no picture
@@ -20,18 +17,12 @@ class PortalScreenshot : public QObject {
   };
 
   // `interactive`: the desktop lets the user choose what to take. `answered` is called once, not
-  // before this returns, and may destroy the request.
+  // before this returns, and may destroy the request. One that is not answered yet is withdrawn at
+  // the end.
   PortalScreenshot(bool interactive, std::function<void(const Answer&)> answered);
-  // One that is not answered yet is withdrawn.
-  ~PortalScreenshot() override;
 
  private:
-  Q_SLOT void responded(uint response, const QVariantMap& results);
-  void refused(const QDBusMessage& error);
-  void tell(const Answer& answer);
-
-  QString handle_;
-  std::function<void(const Answer&)> answered_;  // null once it has been called
+  PortalRequest request_;
 };
 
 }  // namespace marbelot

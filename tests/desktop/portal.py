@@ -1,10 +1,13 @@
 #!/usr/bin/python3
-"""A desktop's portal that takes pictures: portal.py PICTURE FOLDER. Like GNOME's it saves each as a
-new file in FOLDER first and answers a moment later; "Cancel" there makes the user give up, "Wait"
-leaves everybody without an answer. After "ready" it prints "interactive", "whole" or "withdrawn".
+"""A desktop's portal that takes pictures and has global shortcuts: portal.py PICTURE FOLDER. Like
+GNOME's it saves each picture as a new file in FOLDER first and answers a moment later; "Cancel" there
+makes the user give up, "Wait" leaves everybody without an answer. After "ready" it prints a line for
+each "interactive" or "whole" picture, request "withdrawn", "program NAME", shortcut's "session TOKEN"
+and "bind ID DESCRIPTION". SIGUSR1 presses the key of the shortcut bound last.
 """
 
 import pathlib
+import signal
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
@@ -14,37 +17,87 @@ from gi.repository import Gio, GLib  # noqa: E402
 import bus_service  # noqa: E402
 
 NAME, PATH = "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop"
-REQUEST = "org.freedesktop.portal.Request"
-XML = ('<node><interface name="org.freedesktop.portal.Screenshot"><method name="Screenshot">'
-       '<arg type="s" direction="in"/><arg type="a{sv}" direction="in"/>'
-       '<arg type="o" direction="out"/></method></interface>'
-       f'<interface name="{REQUEST}"><method name="Close"/></interface></node>')
-REQUESTS = Gio.DBusNodeInfo.new_for_xml(XML).interfaces[1]
+REQUEST, SHORTCUTS = "org.freedesktop.portal.Request", "org.freedesktop.portal.GlobalShortcuts"
+
+
+def method(name, *types, result='<arg type="o" direction="out"/>'):
+    arguments = "".join(f'<arg type="{kind}" direction="in"/>' for kind in types)
+    return f'<method name="{name}">{arguments}{result}</method>'
+
+
+XML = (
+    '<node><interface name="org.freedesktop.portal.Screenshot">'
+    f'{method("Screenshot", "s", "a{sv}")}</interface>'
+    f'<interface name="{SHORTCUTS}">{method("CreateSession", "a{sv}")}'
+    f'{method("BindShortcuts", "o", "a(sa{sv})", "s", "a{sv}")}</interface>'
+    '<interface name="org.freedesktop.host.portal.Registry">'
+    f'{method("Register", "s", "a{sv}", result="")}</interface></node>')
+REQUESTS = Gio.DBusNodeInfo.new_for_xml(
+    f'<node><interface name="{REQUEST}"><method name="Close"/></interface></node>').interfaces[0]
 picture, folder = map(pathlib.Path, sys.argv[1:])
 taken = 0
 
 
-def answer(connection, handle):
-    global taken
-    results = {}
-    if not (folder / "Cancel").exists():
+def tell(*words):
+    print(*words, flush=True)
+
+
+def screenshot(_sender, _parent, options):
+    tell("interactive" if options["interactive"] else "whole")
+
+    def take():
+        global taken
         taken += 1
         file = folder / f"Screenshot from 2026-01-01 10-00-{taken:02}.png"
         file.write_bytes(picture.read_bytes())
-        results["uri"] = GLib.Variant("s", file.as_uri())
+        return {"uri": GLib.Variant("s", file.as_uri())}
+    return take
+
+
+def create_session(sender, options):
+    token = options["session_handle_token"]
+    tell("session", token)
+
+    def session():
+        return {"session_handle": GLib.Variant("s", f"{PATH}/session/{sender}/{token}")}
+    return session
+
+
+def bind_shortcuts(sender, session, shortcuts, _parent, _options):
+    (name, properties), = shortcuts
+    tell("bind", name, properties["description"])
+
+    def press():
+        connection.emit_signal(None, PATH, SHORTCUTS, "Activated",
+                               GLib.Variant("(osta{sv})", (session, name, 0, {})))
+        return GLib.SOURCE_CONTINUE
+    GLib.unix_signal_add(GLib.PRIORITY_DEFAULT, signal.SIGUSR1, press)
+    return lambda: {"shortcuts": GLib.Variant("a(sa{sv})", [(name, {})])}
+
+
+METHODS = {"Screenshot": screenshot, "CreateSession": create_session,
+           "BindShortcuts": bind_shortcuts}
+
+
+def answer(handle, act):
+    asks_user = act.__name__ != "session"
+    results = {} if asks_user and (folder / "Cancel").exists() else act()
     response = GLib.Variant("(ua{sv})", (0 if results else 1, results))
     GLib.timeout_add(300, lambda: connection.emit_signal(None, handle, REQUEST, "Response",
                                                          response) is None)
 
 
-def called(connection, sender, method, arguments):
-    options = arguments[1]
-    handle = f"{PATH}/request/{sender[1:].replace('.', '_')}/{options['handle_token']}"
-    connection.register_object(handle, REQUESTS, lambda *_: print("withdrawn", flush=True), None,
-                               None)
-    print("interactive" if options["interactive"] else "whole", flush=True)
+def called(to, sender, name, arguments):
+    global connection
+    connection = to
+    if name == "Register":
+        return tell("program", arguments[0])
+    sender = sender[1:].replace(".", "_")
+    handle = f"{PATH}/request/{sender}/{arguments[-1]['handle_token']}"
+    connection.register_object(handle, REQUESTS, lambda *_: tell("withdrawn"), None, None)
+    act = METHODS[name](sender, *arguments)
     if not (folder / "Wait").exists():
-        GLib.idle_add(lambda: answer(connection, handle))
+        GLib.idle_add(lambda: answer(handle, act))
     return GLib.Variant("(o)", (handle,))
 
 

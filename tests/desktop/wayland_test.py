@@ -1,7 +1,9 @@
 """The main job on a Wayland desktop, beside its native programs."""
 
 import hashlib
+import json
 import pathlib
+import signal
 import unittest
 
 from desktop_case import (BIN, DesktopTest, Marbelot, NOTICE_TITLE, png, screenshot_name, stays,
@@ -12,10 +14,16 @@ COPIES = 40
 
 
 class WaylandTest(DesktopTest):
-    def start(self, **options):
+    def start(self, portal=False, **options):
         if not installed("sway"):
             self.skipTest("sway is not installed")
         self.screen = self.enterContext(WaylandDesktop("sway", **options))
+        self.screen.point(10, 10)  # a mouse and a keyboard, before anybody looks for one
+        if portal:
+            script = pathlib.Path(__file__).with_name("portal.py")
+            self.portal = self.screen.spawn("/usr/bin/python3", script, "/dev/null",
+                                            self.screen.home, log="portal")
+            until(lambda: self.screen.log("portal"), "portal")
         self.program = Marbelot(self.screen)
 
     def keepers(self):
@@ -87,42 +95,77 @@ class WaylandTest(DesktopTest):
             until(lambda: not self.program.popups(), "menu closed by a click beside it")
         self.screen.tray_click()
         until(self.program.popups, "menu on the screen")
+        self.key_to_program("Escape")
+        until(lambda: not self.program.popups(), "menu closed by a key")
 
-        def closed_by_a_key():
-            # The compositor gives a window the keys a moment after it is on the screen.
-            self.screen.key("Escape")
-            return not self.program.popups()
-        until(closed_by_a_key, "menu closed by a key")
+    def key_to_program(self, *names):
+        # The compositor gives a window the keys a moment after it is on the screen.
+        until(lambda: self.screen.run("xdotool", "getwindowfocus").stdout in
+              self.screen.run("xdotool", "search", "--class", "marbelot").stdout.splitlines(True),
+              "keys go to the program")
+        for name in names:
+            self.screen.key(name)
+
+    def test_a_shortcut_of_the_desktop_opens_the_menu(self):
+        self.start(portal=True)
+
+        def asked():
+            # Who quits before the answer withdraws.
+            return [line for line in self.screen.log("portal").splitlines()[1:]
+                    if line != "withdrawn"]
+        once = ["program org.marbelot.Marbelot", "session marbelot",
+                "bind menu Open the Marbelot menu"]
+        until(lambda: asked() == once, "shortcut bound")
+        self.portal.send_signal(signal.SIGUSR1)
+        until(self.program.popups, "menu on the screen")
+        self.key_to_program("Up", "Return")
+        self.program.process.wait(10)  # the last item quits
+
+        (self.screen.home / "Cancel").touch()
+        for _ in range(2):  # who wants none is asked once
+            self.program = Marbelot(self.screen)
+            until(lambda: self.program.stored("declinedMenuShortcut"), "declined")
+            self.program.invoke("quit")
+            self.program.process.wait(10)
+        self.assertEqual(asked(), once * 2)
 
     def test_keyboard_cleaning_keeps_keys_from_native_windows(self):
-        self.start()
+        for xwayland in True, False:
+            with self.subTest(xwayland=xwayland):
+                self.start(xwayland=xwayland)
+                self.clean_keyboard()
+
+    def clean_keyboard(self):
         typed = self.screen.folder / "typed"
         self.screen.spawn("foot", "sh", "-c", f"stty raw -echo; cat > {typed}")
 
-        def types(*words):
-            # A new keyboard's first key may be lost.
-            self.screen.run("wtype", "-k", "Shift_L", "-s", "100", *words)
-        until(lambda: types("a") or typed.exists() and typed.read_bytes(), "a native window types")
-
         def cleaning():
             return b"cleaning" in self.program.ctl("windows").stdout
+
+        def holds_keys():
+            nodes = [json.loads(self.screen.run("swaymsg", "-t", "get_tree").stdout)]
+            for node in nodes:
+                nodes += node["nodes"] + node["floating_nodes"]
+            return cleaning() and any(node["focused"] and node.get("app_id") != "foot"
+                                      for node in nodes)
+
+        def press(*names):
+            for name in names:
+                self.screen.key(name)
+        until(lambda: press("a") or typed.exists() and typed.read_bytes(), "a native window types")
         self.program.invoke("toggleKeyboardBlock")
-        until(cleaning, "dark window")
-        # Nothing tells when the compositor has given it the keys.
-        until(lambda: types(*["-k", "Escape", "-s", "100"] * 3) or not cleaning(), "ended")
-        types("b")
-        until(lambda: typed.read_bytes().endswith(b"b"), "keys arrive again")
+        until(holds_keys, "dark window")
+        until(lambda: press("Escape", "Escape", "Escape") or not cleaning(), "ended")
+        until(lambda: press("b") or typed.read_bytes().endswith(b"b"), "keys arrive again")
 
         self.program.invoke("toggleKeyboardBlock")
-        until(cleaning, "dark window")
-        until(lambda: self.screen.run("xdotool", "getwindowfocus", "getwindowname").stdout ==
-              b"marbelot\n", "the keys")
+        until(holds_keys, "dark window")
         before = typed.read_bytes()
-        types("c")
+        press("c")
         stays(lambda: typed.read_bytes() == before and cleaning(), "swallowed", 0.5)
         self.screen.run("swaymsg", "[app_id=foot] focus", check=True)
         until(lambda: not cleaning(), "nobody is locked out")
-        self.assertIn("gave its keys", until(self.screen.notices, "notice")[-1]["body"])
+        until(lambda: "gave its keys" in self.screen.notices()[-1]["body"], "notice")
 
     def test_pictures_are_taken_of_native_windows(self):
         self.start()
@@ -130,7 +173,6 @@ class WaylandTest(DesktopTest):
         until(lambda: b'"app_id": "foot"' in self.screen.run("swaymsg", "-t", "get_tree").stdout,
               "a native window")
         width, height = self.screen.size
-        self.screen.point(10, 10)  # there is a mouse, before anybody looks for one
         # A tiled window has a title bar above it, which is not part of it.
         self.check_capture(["Full screen"], None, lambda w, h: (w, h) == (width, height))
         self.check_capture(["Area"], lambda: self.screen.drag(400, 300, 200, 100),

@@ -1,0 +1,80 @@
+#include "platform/linux/portal_shortcut.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusPendingCall>
+#include <QGuiApplication>
+#include <utility>
+
+namespace marbelot {
+namespace {
+
+constexpr const char* shortcutsInterface = "org.freedesktop.portal.GlobalShortcuts";
+constexpr const char* menuId = "menu";
+
+struct Shortcut {
+  QString id;
+  QVariantMap properties;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const Shortcut& shortcut) {
+  argument.beginStructure();
+  argument << shortcut.id << shortcut.properties;
+  argument.endStructure();
+  return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Shortcut& shortcut) {
+  argument.beginStructure();
+  argument >> shortcut.id >> shortcut.properties;
+  argument.endStructure();
+  return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): Qt's own shape
+}
+
+// Desktops keep the user's choice under the program's name. It is to come before anything else that
+// the portal is asked for, and portals that know the name by themselves refuse it.
+void tellPortalOurName() {
+  QDBusMessage call = QDBusMessage::createMethodCall(
+      portalName, portalPath, "org.freedesktop.host.portal.Registry", "Register");
+  call << QGuiApplication::desktopFileName() << QVariantMap();
+  QDBusConnection::sessionBus().asyncCall(call);
+}
+
+}  // namespace
+
+PortalShortcut::PortalShortcut(std::function<void()> pressed, std::function<void()> declined)
+    : pressed_(std::move(pressed)), declined_(std::move(declined)) {
+  tellPortalOurName();
+  // Always the same token: desktops know by it what was chosen before.
+  opening_.emplace(shortcutsInterface, "CreateSession", QVariantList(),
+                   QVariantMap{{"session_handle_token", "marbelot"}},
+                   [this](const PortalRequest::Answer& answer) {
+                     if (answer.kind == PortalRequest::Answer::given)
+                       bind(answer.results.value("session_handle").toString());
+                   });
+}
+
+void PortalShortcut::bind(const QString& session) {
+  session_ = session;
+  QDBusConnection::sessionBus().connect(
+      portalName, portalPath, shortcutsInterface, "Activated", this,
+      SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+  qDBusRegisterMetaType<Shortcut>();
+  qDBusRegisterMetaType<QList<Shortcut>>();
+  const QList<Shortcut> shortcuts{{menuId, {{"description", "Open the Marbelot menu"}}}};
+  binding_.emplace(shortcutsInterface, "BindShortcuts",
+                   QVariantList{QVariant::fromValue(QDBusObjectPath(session)),
+                                QVariant::fromValue(shortcuts), QString()},
+                   QVariantMap(), [this](const PortalRequest::Answer& answer) {
+                     if (answer.kind == PortalRequest::Answer::givenUp) declined_();
+                   });
+}
+
+void PortalShortcut::activated(const QDBusObjectPath& session, const QString& id, qulonglong,
+                               const QVariantMap&) {
+  if (session.path() == session_ && id == menuId) pressed_();
+}
+
+}  // namespace marbelot
