@@ -66,6 +66,8 @@ void QtPainter::draw(const std::string& text, const Rect& rect, const Font& font
   const QFont made = qtFont(font);
   painter_.setFont(made);
   painter_.setPen(colour(color));
+  // As the text begins, whatever the direction of the desktop is.
+  painter_.setLayoutDirection(Qt::LayoutDirectionAuto);
   const QString shown = QFontMetricsF(made).elidedText(QString::fromStdString(text), Qt::ElideRight,
                                                        place.width() + 0.5);
   painter_.drawText(place,
