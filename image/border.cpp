@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "image/fast_path.h"
 #include "image/paint.h"
 #include "image/pixel_operations.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 

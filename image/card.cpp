@@ -5,9 +5,9 @@
 #include <cmath>
 #include <vector>
 
-#include "image/fast_path.h"
 #include "image/paint.h"
 #include "image/resampler.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 namespace {

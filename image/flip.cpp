@@ -1,6 +1,6 @@
-#include "image/fast_path.h"
 #include "image/mirror.h"
 #include "image/pixel_operations.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 

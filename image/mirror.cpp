@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "image/fast_path.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 namespace {

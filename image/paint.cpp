@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "image/blend.h"
-#include "image/fast_path.h"
+#include "platform/blend.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 namespace {

@@ -7,9 +7,9 @@
 #include <limits>
 #include <numbers>
 
-#include "image/blend.h"
 #include "image/exact_math.h"
-#include "image/fast_path.h"
+#include "platform/blend.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 namespace {

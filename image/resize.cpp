@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "image/fast_path.h"
 #include "image/pixel_operations.h"
 #include "image/resampler.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 

@@ -2,10 +2,10 @@
 #include <cstring>
 
 #include "image/exact_math.h"
-#include "image/fast_path.h"
 #include "image/mirror.h"
 #include "image/pixel_operations.h"
 #include "image/transpose.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 namespace {

@@ -6,7 +6,7 @@
 #include <numbers>
 
 #include "image/exact_math.h"
-#include "image/fast_path.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 namespace {

@@ -1,8 +1,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "image/fast_path.h"
 #include "image/pixel_operations.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 namespace {

@@ -15,8 +15,10 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/descriptor.h"
+#include "platform/fast_path.h"
 #include "platform/image.h"
 #include "platform/linux/color_transform.h"
 #include "platform/linux/imaging.h"
@@ -116,17 +118,19 @@ bool writePixels(QImage image) {
       {profile.data(), static_cast<std::size_t>(profile.size())}, isGray);
   const bool deep = image.depth() > 32;
   image.convertTo(deep && transform && !isGray ? QImage::Format_RGBA64 : QImage::Format_RGBA8888);
+  std::vector<std::uint8_t> samples(static_cast<std::size_t>(image.width()) * 4);
+  std::uint8_t* const row = samples.data();
   for (int y = 0; y < image.height(); ++y) {
-    std::uint8_t* const row = bitmap->row(y);
     const uchar* const line = image.constScanLine(y);
     if (transform && image.format() == QImage::Format_RGBA64) {
       transform->apply(reinterpret_cast<const std::uint16_t*>(line), row, image.width());
     } else {
-      std::memcpy(row, line, static_cast<std::size_t>(image.width()) * 4);
+      std::memcpy(row, line, samples.size());
       if (transform) transform->apply(row, image.width());
     }
-    marbelot::premultiply(row, row, image.width());
+    marbelot::premultiply(row, bitmap->row(y), image.width());
   }
+  marbelot::finishStreaming();
   return true;
 }
 

@@ -62,33 +62,30 @@ void undoSub(std::uint8_t* row, std::size_t bytes) {
   });
 }
 
+// Averages are rounded down, but the instruction rounds up: so of the complements.
 template <std::size_t pixel>
 void undoAverage(std::uint8_t* row, const std::uint8_t* aboveRow, std::size_t bytes) {
-  const __m128i one = _mm_set1_epi8(1);
-  __m128i left = _mm_setzero_si128();
+  const __m128i ones = _mm_set1_epi8(-1);
+  __m128i left = ones;
   forEachPixel<pixel>(row, bytes, [&](__m128i now, std::size_t i) {
-    const __m128i above = load(aboveRow + i);
-    // The instruction rounds up, the filter down.
-    const __m128i odd = _mm_and_si128(_mm_xor_si128(left, above), one);
-    left = _mm_add_epi8(now, _mm_sub_epi8(_mm_avg_epu8(left, above), odd));
-    return left;
+    left = _mm_sub_epi8(_mm_avg_epu8(left, _mm_xor_si128(load(aboveRow + i), ones)), now);
+    return _mm_xor_si128(left, ones);
   });
 }
 
-// What was filtered, of 16 bits each. The predictor is the smaller or the larger of left and above
-// where the other side of them is beyond 3 * corner - left - above, else the corner: few steps wait
-// for the pixel before.
+// Bytes in lanes of 16 bits. The predictor is the smaller of left and above unless the larger
+// exceeds 3 * corner - left - above, and the larger unless that exceeds the smaller, else the
+// corner: so the corner and what is between, of which few steps wait for the pixel before.
 __m128i paethStep(__m128i now, __m128i left, __m128i above, __m128i corner) {
   const __m128i corner3 = _mm_add_epi16(corner, _mm_add_epi16(corner, corner));
-  const __m128i limit = _mm_sub_epi16(_mm_sub_epi16(corner3, above), left);
+  const __m128i limit = _mm_sub_epi16(_mm_sub_epi16(corner3, left), above);
   const __m128i smaller = _mm_min_epi16(left, above);
   const __m128i larger = _mm_max_epi16(left, above);
-  const __m128i notSmaller = _mm_cmpgt_epi16(larger, limit);
-  const __m128i notLarger = _mm_cmpgt_epi16(limit, smaller);
-  const __m128i best = _mm_or_si128(
-      _mm_or_si128(_mm_andnot_si128(notSmaller, smaller), _mm_andnot_si128(notLarger, larger)),
-      _mm_and_si128(_mm_and_si128(notSmaller, notLarger), corner));
-  return _mm_and_si128(_mm_add_epi16(now, best), _mm_set1_epi16(0xFF));
+  const __m128i toSmaller =
+      _mm_andnot_si128(_mm_cmpgt_epi16(larger, limit), _mm_sub_epi8(smaller, corner));
+  const __m128i toLarger =
+      _mm_andnot_si128(_mm_cmpgt_epi16(limit, smaller), _mm_sub_epi8(larger, corner));
+  return _mm_add_epi8(_mm_add_epi8(now, corner), _mm_add_epi8(toSmaller, toLarger));
 }
 
 __m128i widened(__m128i bytes) { return _mm_unpacklo_epi8(bytes, _mm_setzero_si128()); }
@@ -113,17 +110,25 @@ void undoPaethTwice(std::uint8_t* row, std::uint8_t* below, const std::uint8_t* 
   __m128i left = _mm_setzero_si128();
   __m128i above = left;
   __m128i now = widened(load(row));
-  for (std::size_t i = 0; i < bytes; i += pixel) {
+  const auto step = [&](std::size_t i) {
     const __m128i corner = above;
     above = _mm_unpacklo_epi64(widened(load(aboveRow + i)), left);
     left = paethStep(now, left, above, corner);
-    const __m128i packed = _mm_packus_epi16(left, left);
-    now = _mm_unpacklo_epi64(widened(load(row + i + pixel)), widened(load(below + i)));
-    store(row + i, packed, i + pixel < bytes ? 4 : pixel);
-    if (i > 0) store(below + i - pixel, _mm_srli_si128(packed, 4), 4);
+    now = widened(_mm_unpacklo_epi32(load(row + i + pixel), load(below + i)));
+    return _mm_packus_epi16(left, left);
+  };
+  const auto storeBelow = [below](std::size_t i, __m128i both, std::size_t count) {
+    store(below + i, _mm_srli_si128(both, 4), count);
+  };
+  __m128i both = step(0);
+  std::size_t i = pixel;
+  for (; i < bytes; i += pixel) {
+    store(row + i - pixel, both, 4);
+    both = step(i);
+    storeBelow(i - pixel, both, 4);
   }
-  left = paethStep(now, left, _mm_unpacklo_epi64(above, left), above);
-  store(below + bytes - pixel, _mm_srli_si128(_mm_packus_epi16(left, left), 4), pixel);
+  store(row + bytes - pixel, both, pixel);
+  storeBelow(bytes - pixel, step(bytes), pixel);
 }
 
 template <std::size_t pixel>
@@ -176,18 +181,20 @@ bool unfilterSimply(int filter, std::uint8_t* row, const std::uint8_t* above, st
   return true;
 }
 
+#if defined(__SSE2__)
 bool unfilterTwo(int filter, int filterBelow, std::uint8_t* row, std::uint8_t* below,
                  const std::uint8_t* above, std::size_t bytes, std::size_t pixel) {
-#if defined(__SSE2__)
-  if (filter == paeth && filterBelow == paeth && (pixel == 3 || pixel == 4)) {
-    pixel == 3 ? undoPaethTwice<3>(row, below, above, bytes)
-               : undoPaethTwice<4>(row, below, above, bytes);
-    return true;
-  }
-#endif
-  return unfilter(filter, row, above, bytes, pixel) &&
-         unfilter(filterBelow, below, row, bytes, pixel);
+  if (filter != paeth || filterBelow != paeth || (pixel != 3 && pixel != 4)) return false;
+  pixel == 3 ? undoPaethTwice<3>(row, below, above, bytes)
+             : undoPaethTwice<4>(row, below, above, bytes);
+  return true;
 }
+#else
+bool unfilterTwo(int, int, std::uint8_t*, std::uint8_t*, const std::uint8_t*, std::size_t,
+                 std::size_t) {
+  return false;
+}
+#endif
 
 bool unfilter(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
               std::size_t pixel) {

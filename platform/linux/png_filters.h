@@ -6,13 +6,16 @@
 
 namespace marbelot {
 
+inline constexpr std::size_t unfilterOverrun = 8;
+
 // Turns the filtered `row` into what it was; `above` is the row above it, of zeros for the first.
-// `pixel`: bytes of one pixel, at least 1. False when there is no such filter. Four bytes behind
-// each row may be read.
+// `pixel`: bytes of one pixel, at least 1. False when there is no such filter. As many bytes behind
+// each row as unfilterOverrun may be read.
 bool unfilter(int filter, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
               std::size_t pixel);
 
-// The same for two rows, of which the second stands below the first.
+// The same for two rows, of which the second stands below the first, where that is quicker than one
+// after the other: else false, and the rows are as they were.
 bool unfilterTwo(int filter, int filterBelow, std::uint8_t* row, std::uint8_t* below,
                  const std::uint8_t* above, std::size_t bytes, std::size_t pixel);
 

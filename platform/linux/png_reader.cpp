@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/fast_path.h"
 #include "platform/linux/color_transform.h"
 #include "platform/linux/pixel_rows.h"
 #include "platform/linux/png_filters.h"
@@ -49,7 +50,7 @@ struct Png {
   double gamma = 0;  // 0: not told
   std::array<double, 8> chromaticities{};
   bool hasChromaticities = false;
-  std::vector<std::string_view> pixels;
+  std::string pixels;  // compressed
 
   int samples() const {
     constexpr std::array<int, 7> counts{1, 0, 3, 1, 2, 0, 4};
@@ -60,9 +61,7 @@ struct Png {
   }
   // Whether the data could be that of so many rows: nothing is compressed to less than 1/1032.
   bool isPossible() const {
-    std::size_t bytes = 0;
-    for (const std::string_view part : pixels) bytes += part.size();
-    return (rowBytes() + 1) * static_cast<std::size_t>(height) / 1032 <= bytes;
+    return (rowBytes() + 1) * static_cast<std::size_t>(height) / 1032 <= pixels.size();
   }
   bool hasAlpha() const {
     return type == grayAlpha || type == colorsAlpha || !transparency.empty();
@@ -147,7 +146,8 @@ std::optional<Png> parse(std::string_view bytes) {
       if (data.size() % 3 != 0 || data.size() > 768) return std::nullopt;
       png.palette = data;
     } else if (type == "IDAT") {
-      png.pixels.push_back(data);
+      if (png.pixels.empty()) png.pixels.reserve(bytes.size() - at);
+      png.pixels += data;
     } else if (type == "IEND") {
       return png;
     } else if (good && type == "tRNS") {
@@ -167,18 +167,20 @@ class RowReader {
         stride_(png.rowBytes() + 1),
         pixelBytes_(static_cast<std::size_t>(std::max(1, png.samples() * png.depth / 8))),
         rowsAtOnce_(std::max<std::size_t>(1, pieceBytes / stride_)),
-        // Four bytes more, for whoever reads a pixel of three as four.
-        rows_((std::min(rowsAtOnce_, static_cast<std::size_t>(png.height)) + 1) * stride_ + 4) {
+        rows_((std::min(rowsAtOnce_, static_cast<std::size_t>(png.height)) + 1) * stride_ +
+              unfilterOverrun) {
     isal_inflate_init(&state_);  // of the bare data: the chunks' checksums have told already
   }
 
   // Before the first row. False for another compression than PNG knows.
   bool begin() {
     constexpr std::size_t header = 2;
-    if (png_.pixels.empty() || png_.pixels[0].size() < header) return false;
-    const unsigned check = bigEndian16(png_.pixels[0], 0);
+    if (png_.pixels.size() < header) return false;
+    const unsigned check = bigEndian16(png_.pixels, 0);
     if (check % 31 != 0 || (check & 0x0F20) != 0x0800) return false;
-    give(png_.pixels[nextPart_++].substr(header));
+    state_.next_in =
+        reinterpret_cast<std::uint8_t*>(const_cast<char*>(png_.pixels.data())) + header;
+    state_.avail_in = static_cast<std::uint32_t>(png_.pixels.size() - header);
     return true;
   }
 
@@ -192,11 +194,6 @@ class RowReader {
   // The first place is that of the last row before the piece.
   std::uint8_t* at(std::size_t row) { return rows_.data() + row * stride_; }
 
-  void give(std::string_view part) {
-    state_.next_in = reinterpret_cast<std::uint8_t*>(const_cast<char*>(part.data()));
-    state_.avail_in = static_cast<std::uint32_t>(part.size());
-  }
-
   bool fill() {
     std::copy_n(at(filled_), stride_, at(0));
     row_ = 0;
@@ -204,12 +201,8 @@ class RowReader {
     state_.next_out = at(1);
     state_.avail_out = static_cast<std::uint32_t>(filled_ * stride_);
     while (state_.avail_out > 0) {
-      const bool more = nextPart_ < png_.pixels.size();
-      if (state_.avail_in == 0 && more) give(png_.pixels[nextPart_++]);
       const std::uint32_t before = state_.avail_out;
-      if (isal_inflate(&state_) != ISAL_DECOMP_OK) return false;
-      if (state_.avail_out == before && state_.avail_in == 0 && !more) return false;
-      if (state_.avail_out > 0 && state_.block_state == ISAL_BLOCK_FINISH) return false;
+      if (isal_inflate(&state_) != ISAL_DECOMP_OK || state_.avail_out == before) return false;
     }
     y_ += filled_;
     return unfilterPiece();
@@ -217,16 +210,16 @@ class RowReader {
 
   bool unfilterPiece() {
     const std::size_t bytes = stride_ - 1;
-    std::size_t row = 1;
-    for (; row < filled_; row += 2) {
+    for (std::size_t row = 1; row <= filled_;) {
       std::uint8_t* const first = at(row);
       std::uint8_t* const second = at(row + 1);
-      if (!unfilterTwo(first[0], second[0], first + 1, second + 1, at(row - 1) + 1, bytes,
-                       pixelBytes_))
-        return false;
+      const std::uint8_t* const above = at(row - 1) + 1;
+      const bool two = row < filled_ && unfilterTwo(first[0], second[0], first + 1, second + 1,
+                                                    above, bytes, pixelBytes_);
+      if (!two && !unfilter(first[0], first + 1, above, bytes, pixelBytes_)) return false;
+      row += two ? 2 : 1;
     }
-    std::uint8_t* const last = at(filled_);
-    return row > filled_ || unfilter(last[0], last + 1, at(filled_ - 1) + 1, bytes, pixelBytes_);
+    return true;
   }
 
   const Png& png_;
@@ -235,16 +228,16 @@ class RowReader {
   const std::size_t rowsAtOnce_;
   std::vector<std::uint8_t> rows_;
   inflate_state state_{};
-  std::size_t nextPart_ = 0;
   std::size_t row_ = 0;
   std::size_t filled_ = 0;
   std::size_t y_ = 0;
 };
 
-// Turns the rows of the file's form into pixels in sRGB, not premultiplied yet.
+// Turns the rows of the file's form into a bitmap's.
 class Converter {
  public:
-  explicit Converter(const Png& png) : png_(png) {
+  explicit Converter(const Png& png)
+      : png_(png), samples_(static_cast<std::size_t>(png.width) * 4) {
     const bool isGray = png.type == gray || png.type == grayAlpha;
     if (!png.profile.empty()) {
       transform_ = ColorTransform::fromProfile(png.profile, isGray);
@@ -253,24 +246,25 @@ class Converter {
           png.gamma, png.hasChromaticities ? png.chromaticities.data() : nullptr);
     }
     if (png.depth == 16) {
-      words_.resize(static_cast<std::size_t>(png.width) * 4);
+      words_.resize(samples_.size());
     } else if (png.type == palette || png.type == gray) {
       png.type == palette ? makePalette() : makeGrays();
-      if (transform_) transform_->apply(indices_[0].data(), 256);
+      if (transform_) transform_->apply(indexed_[0].data(), 256);
+      for (Pixel& pixel : indexed_) premultiplySimply(Pixel(pixel).data(), pixel.data(), 1);
     }
   }
 
   void convert(const std::uint8_t* row, std::uint8_t* to) {
-    if (png_.depth == 16) return convertWords(row, to);
-    if (png_.samples() == 1) return convertIndices(row, to);
-    if (png_.type == colors) {
-      convertColors(row, to);
-    } else if (png_.type == grayAlpha) {
-      convertGrayAlpha(row, to);
-    } else {
-      std::memcpy(to, row, static_cast<std::size_t>(png_.width) * 4);
-    }
-    if (transform_) transform_->apply(to, png_.width);
+    if (png_.samples() == 1 && png_.depth == 1) return convertIndices<1>(row, to);
+    if (png_.samples() == 1 && png_.depth == 2) return convertIndices<2>(row, to);
+    if (png_.samples() == 1 && png_.depth == 4) return convertIndices<4>(row, to);
+    if (png_.samples() == 1 && png_.depth == 8) return convertIndices<8>(row, to);
+    if (png_.depth == 8 && png_.type == colors && !transform_ && !png_.hasAlpha())
+      return addAlpha(row, to, png_.width);
+    if (png_.depth == 8 && png_.type == colorsAlpha && !transform_)
+      return premultiply(row, to, png_.width);
+    sample(row);
+    premultiply(samples_.data(), to, png_.width);
   }
 
  private:
@@ -280,51 +274,65 @@ class Converter {
     const int most = (1 << png_.depth) - 1;
     for (int value = 0; value <= most; ++value) {
       const auto level = static_cast<std::uint8_t>(value * 255 / most);
-      indices_[static_cast<std::size_t>(value)] = {level, level, level, 255};
+      indexed_[static_cast<std::size_t>(value)] = {level, level, level, 255};
     }
     if (png_.transparency.size() == 2)
-      indices_[bigEndian16(png_.transparency, 0) & static_cast<unsigned>(most)][3] = 0;
+      indexed_[bigEndian16(png_.transparency, 0) & static_cast<unsigned>(most)][3] = 0;
   }
 
   // Indices beyond the palette show black.
   void makePalette() {
-    indices_.fill({0, 0, 0, 255});
+    indexed_.fill({0, 0, 0, 255});
     for (std::size_t i = 0; i < png_.palette.size() / 3; ++i) {
       for (std::size_t k = 0; k < 3; ++k)
-        indices_[i][k] = static_cast<std::uint8_t>(png_.palette[3 * i + k]);
+        indexed_[i][k] = static_cast<std::uint8_t>(png_.palette[3 * i + k]);
       if (i < png_.transparency.size())
-        indices_[i][3] = static_cast<std::uint8_t>(png_.transparency[i]);
+        indexed_[i][3] = static_cast<std::uint8_t>(png_.transparency[i]);
     }
   }
 
+  template <unsigned depth>
   void convertIndices(const std::uint8_t* row, std::uint8_t* to) const {
-    const int perByte = 8 / png_.depth;
-    const int mask = (1 << png_.depth) - 1;
-    for (int x = 0; x < png_.width; ++x, to += 4) {
-      const int shift = 8 - png_.depth * (x % perByte + 1);
-      const Pixel& pixel = indices_[static_cast<std::size_t>(row[x / perByte] >> shift & mask)];
-      std::memcpy(to, pixel.data(), 4);
+    constexpr unsigned perByte = 8 / depth;
+    const auto width = static_cast<unsigned>(png_.width);
+    for (unsigned x = 0; x < width; ++x) {
+      const unsigned shift = 8 - depth * (x % perByte + 1);
+      const unsigned index = unsigned{row[x / perByte]} >> shift & ((1U << depth) - 1);
+      std::memcpy(to + 4 * std::size_t{x}, indexed_[index].data(), 4);
     }
   }
 
-  void convertColors(const std::uint8_t* row, std::uint8_t* to) const {
-    addAlpha(row, to, png_.width);
+  // To red, green, blue and alpha in sRGB, not premultiplied.
+  void sample(const std::uint8_t* row) {
+    if (png_.depth == 16) return sampleWords(row);
+    if (png_.type == colors) {
+      sampleColors(row);
+    } else if (png_.type == grayAlpha) {
+      sampleGrayAlpha(row);
+    } else {
+      std::memcpy(samples_.data(), row, samples_.size());
+    }
+    if (transform_) transform_->apply(samples_.data(), png_.width);
+  }
+
+  void sampleColors(const std::uint8_t* row) {
+    addAlphaSimply(row, samples_.data(), png_.width);
     if (png_.transparency.size() != 6) return;
     const Pixel key{static_cast<std::uint8_t>(png_.transparency[1]),
                     static_cast<std::uint8_t>(png_.transparency[3]),
                     static_cast<std::uint8_t>(png_.transparency[5]), 255};
-    for (int x = 0; x < png_.width; ++x)
-      if (std::memcmp(to + 4 * x, key.data(), 4) == 0) to[4 * x + 3] = 0;
+    for (std::uint8_t* to = samples_.data(); to != samples_.data() + samples_.size(); to += 4)
+      if (std::memcmp(to, key.data(), 4) == 0) to[3] = 0;
   }
 
-  void convertGrayAlpha(const std::uint8_t* row, std::uint8_t* to) const {
-    for (int x = 0; x < png_.width; ++x, row += 2, to += 4) {
-      std::memset(to, row[0], 3);
-      to[3] = row[1];
+  void sampleGrayAlpha(const std::uint8_t* row) {
+    for (std::size_t i = 0; i < samples_.size(); i += 4, row += 2) {
+      std::memset(&samples_[i], row[0], 3);
+      samples_[i + 3] = row[1];
     }
   }
 
-  void convertWords(const std::uint8_t* row, std::uint8_t* to) {
+  void sampleWords(const std::uint8_t* row) {
     const bool isGray = png_.samples() < 3;
     const int step = png_.samples() * 2;
     for (int x = 0; x < png_.width; ++x, row += step) {
@@ -335,8 +343,8 @@ class Converter {
       if (png_.samples() % 2 == 0)
         word[3] = static_cast<std::uint16_t>(bigEndian16(row + step - 2));
     }
-    if (transform_) return transform_->apply(words_.data(), to, png_.width);
-    for (std::size_t i = 0; i < words_.size(); ++i) to[i] = to8(words_[i]);
+    if (transform_) return transform_->apply(words_.data(), samples_.data(), png_.width);
+    for (std::size_t i = 0; i < words_.size(); ++i) samples_[i] = to8(words_[i]);
   }
 
   // Whether the pixel of 16 bits a sample is the one that stands for nothing.
@@ -348,8 +356,9 @@ class Converter {
 
   const Png& png_;
   std::unique_ptr<ColorTransform> transform_;
-  std::array<Pixel, 256> indices_{};
-  std::vector<std::uint16_t> words_;
+  std::array<Pixel, 256> indexed_{};   // what indices stand for, premultiplied
+  std::vector<std::uint8_t> samples_;  // of a row
+  std::vector<std::uint16_t> words_;   // the same of 16 bits
 };
 
 }  // namespace
@@ -373,8 +382,8 @@ std::optional<Bitmap> decodePng(std::string_view bytes, const MakeBitmap& make) 
     const std::uint8_t* row = rows.next();
     if (!row) return std::nullopt;
     converter.convert(row, bitmap->row(y));
-    if (png->hasAlpha()) premultiply(bitmap->row(y), bitmap->row(y), png->width);
   }
+  finishStreaming();
   return bitmap;
 }
 

@@ -32,14 +32,15 @@ bool isOpaque(const Bitmap& bitmap) {
   return true;
 }
 
-// Leaves out every fourth byte. Writes one byte past the last pixel.
-void dropAlpha(const std::uint8_t* from, std::uint8_t* to, int pixels) {
-  for (int x = 0; x < pixels; ++x) std::memcpy(to + 3 * x, from + 4 * x, 4);
-}
-
 void subtract(const std::uint8_t* row, const std::uint8_t* guess, std::uint8_t* to,
               std::size_t bytes) {
   for (std::size_t i = 0; i < bytes; ++i) to[i] = static_cast<std::uint8_t>(row[i] - guess[i]);
+}
+
+void subtractAverage(const std::uint8_t* row, const std::uint8_t* left, const std::uint8_t* above,
+                     std::uint8_t* to, std::size_t bytes) {
+  for (std::size_t i = 0; i < bytes; ++i)
+    to[i] = static_cast<std::uint8_t>(row[i] - (left[i] + above[i]) / 2);
 }
 
 }  // namespace
@@ -115,8 +116,8 @@ PngRows::PngRows(const Bitmap& bitmap)
                          7) /
                             8
                       : static_cast<std::size_t>(bitmap.width()) * pixel_),
-      row_(bytes_ + 1),
-      above_(bytes_ + 1) {}
+      row_(pixel_ + bytes_ + 1),
+      above_(row_.size()) {}
 
 void PngRows::sample(int y, std::uint8_t* to) const {
   const std::uint8_t* row = bitmap_.row(y);
@@ -135,17 +136,17 @@ void PngRows::write(int y, PngFilter filter, std::uint8_t* to) {
   if (sampled_ == y - 1 && y > 0) {
     std::swap(row_, above_);
   } else if (y > 0) {
-    sample(y - 1, above_.data());
+    sample(y - 1, above_.data() + pixel_);
   } else {
     above_.assign(above_.size(), 0);
   }
-  sample(y, row_.data());
+  const std::uint8_t* const left = row_.data();
+  std::uint8_t* const row = row_.data() + pixel_;
+  const std::uint8_t* const above = above_.data() + pixel_;
+  sample(y, row);
   sampled_ = y;
-
-  if (filter == PngFilter::up) return subtract(row_.data(), above_.data(), to, bytes_);
-  const std::size_t first = std::min(pixel_, bytes_);
-  std::memcpy(to, row_.data(), first);
-  subtract(row_.data() + first, row_.data(), to + first, bytes_ - first);
+  if (filter == PngFilter::average) return subtractAverage(row, left, above, to, bytes_);
+  subtract(row, filter == PngFilter::sub ? left : above, to, bytes_);
 }
 
 }  // namespace marbelot

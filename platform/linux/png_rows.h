@@ -12,7 +12,7 @@
 namespace marbelot {
 
 // The numbers that PNG gives those of its filters that are worth their time.
-enum class PngFilter : std::uint8_t { none = 0, sub = 1, up = 2 };
+enum class PngFilter : std::uint8_t { none = 0, sub = 1, up = 2, average = 3 };
 
 // Up to 256 colours, all opaque, in the order of their first pixel.
 class PngPalette {
@@ -65,7 +65,7 @@ class PngRows {
   bool opaque_;
   std::size_t pixel_;  // bytes of one, at least 1
   std::size_t bytes_;
-  Row row_;
+  Row row_;  // behind a pixel of zeros, which is the one to the left of the first
   Row above_;
   int sampled_ = -1;  // which row is in row_
 };

@@ -19,10 +19,21 @@ using Rows = std::vector<std::uint8_t>;
 // out of the cache.
 constexpr std::size_t pieceBytes = std::size_t{1} << 20;
 
-// What decides which filter a picture gets: this many rows, in strips from top to bottom.
+// How a picture's rows are written: behind a filter, and with repeated bytes looked for so far
+// back.
+struct Manner {
+  PngFilter filter;
+  std::uint16_t windowBits;  // the logarithm of bytes
+};
+// In the noise of photographs repetitions are chance, and cost more than the bytes themselves
+// unless they are close.
+constexpr Manner manners[] = {{PngFilter::none, ISAL_DEF_MAX_HIST_BITS},
+                              {PngFilter::sub, ISAL_DEF_MAX_HIST_BITS},
+                              {PngFilter::up, ISAL_DEF_MAX_HIST_BITS},
+                              {PngFilter::average, 8}};
+// What decides which one a picture gets: this many rows, in strips from top to bottom.
 constexpr int sampleStrips = 4;
 constexpr int stripRows = 8;
-constexpr PngFilter filters[] = {PngFilter::none, PngFilter::sub, PngFilter::up};
 // A filter takes time of its own, so that it has to save one byte in so many.
 constexpr std::size_t worthOf = 30;
 
@@ -42,13 +53,14 @@ void appendChunk(std::string& out, std::string_view type, std::string_view data)
 class Compressor {
  public:
   // Gives each stretch of compressed bytes to `write`.
-  explicit Compressor(std::function<void(std::string_view)> write)
+  Compressor(std::uint16_t windowBits, std::function<void(std::string_view)> write)
       : write_(std::move(write)), levelMemory_(ISAL_DEF_LVL1_DEFAULT), output_(pieceBytes / 4) {
     isal_deflate_init(&stream_);
     stream_.level = 1;
     stream_.level_buf = levelMemory_.data();
     stream_.level_buf_size = static_cast<std::uint32_t>(levelMemory_.size());
     stream_.gzip_flag = IGZIP_ZLIB;
+    stream_.hist_bits = windowBits;
     restart();
   }
 
@@ -81,27 +93,28 @@ class Compressor {
   std::vector<std::uint8_t> output_;
 };
 
-// The filter that makes some of the picture's rows smallest. Text and flat areas repeat themselves
+// What makes some of the picture's rows smallest. Text and flat areas repeat themselves
 // and are best left alone; what changes smoothly gets small by a filter.
-PngFilter bestFilter(PngRows& rows, int height) {
-  if (rows.palette()) return PngFilter::none;
+Manner bestManner(PngRows& rows, int height) {
+  if (rows.palette()) return manners[0];
   const int strips = std::min(sampleStrips, (height + stripRows - 1) / stripRows);
   const std::size_t rowBytes = rows.rowBytes();
   Rows sample(rowBytes * stripRows * static_cast<std::size_t>(strips) + 1);
-  PngFilter best = filters[0];
+  Manner best = manners[0];
   std::size_t smallest = 0;
-  for (const PngFilter filter : filters) {
+  for (const Manner& manner : manners) {
     std::uint8_t* to = sample.data();
     for (int strip = 0; strip < strips; ++strip) {
       const int top = static_cast<int>(std::int64_t{height} * strip / strips);
       for (int y = top; y < std::min(top + stripRows, height); ++y, to += rowBytes)
-        rows.write(y, filter, to);
+        rows.write(y, manner.filter, to);
     }
     std::size_t bytes = 0;
-    Compressor compressor([&bytes](std::string_view piece) { bytes += piece.size(); });
+    Compressor compressor(manner.windowBits,
+                          [&bytes](std::string_view piece) { bytes += piece.size(); });
     compressor.add(sample.data(), static_cast<std::size_t>(to - sample.data()), true);
     if (smallest > 0 && bytes + smallest / worthOf >= smallest) continue;
-    best = filter;
+    best = manner;
     smallest = bytes;
   }
   return best;
@@ -120,15 +133,16 @@ SharedBytes encodePng(const Bitmap& bitmap) {
   appendChunk(out, "sRGB", std::string_view("\0", 1));  // perceptual intent, the usual one
   if (rows.palette()) appendChunk(out, "PLTE", rows.palette()->colours());
 
-  const PngFilter filter = bestFilter(rows, bitmap.height());
-  Compressor compressor([&out](std::string_view piece) { appendChunk(out, "IDAT", piece); });
+  const Manner manner = bestManner(rows, bitmap.height());
+  Compressor compressor(manner.windowBits,
+                        [&out](std::string_view piece) { appendChunk(out, "IDAT", piece); });
   const std::size_t rowBytes = rows.rowBytes();
   const int rowsAtOnce = static_cast<int>(std::max<std::size_t>(1, pieceBytes / rowBytes));
   Rows piece(rowBytes * static_cast<std::size_t>(std::min(rowsAtOnce, bitmap.height())) + 1);
   for (int y = 0; y < bitmap.height(); y += rowsAtOnce) {
     const int count = std::min(rowsAtOnce, bitmap.height() - y);
     for (int i = 0; i < count; ++i)
-      rows.write(y + i, filter, &piece[static_cast<std::size_t>(i) * rowBytes]);
+      rows.write(y + i, manner.filter, &piece[static_cast<std::size_t>(i) * rowBytes]);
     if (!compressor.add(piece.data(), static_cast<std::size_t>(count) * rowBytes,
                         y + count == bitmap.height()))
       return nullptr;

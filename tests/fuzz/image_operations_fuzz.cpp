@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "image/fast_path.h"
 #include "image/operations.h"
+#include "platform/fast_path.h"
 
 namespace {
 

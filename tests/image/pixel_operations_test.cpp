@@ -7,10 +7,10 @@
 #include <random>
 #include <string>
 
-#include "image/fast_path.h"
 #include "image/operations.h"
 #include "image/rounded_rect.h"
 #include "image/soft_shadow.h"
+#include "platform/fast_path.h"
 #include "tests/image/reference.h"
 
 namespace marbelot {

@@ -207,16 +207,20 @@ TEST(PngFilters, TwoRowsAtOnceEqualOneAfterTheOther) {
     for (int filters = 0; filters < 25; ++filters) {
       for (const std::size_t pixels : {1, 2, 3, 1001}) {
         const std::size_t bytes = pixels * pixel;
-        std::vector<std::uint8_t> rows(3 * (bytes + 4));
+        const std::size_t stride = bytes + unfilterOverrun;
+        std::vector<std::uint8_t> rows(3 * stride);
         for (auto& byte : rows) byte = static_cast<std::uint8_t>(anyByte());
         auto expected = rows;
         const auto at = [&](std::vector<std::uint8_t>& from, std::size_t row) {
-          return from.data() + row * (bytes + 4);
+          return from.data() + row * stride;
         };
-        unfilterSimply(filters / 5, at(expected, 1), at(expected, 0), bytes, pixel);
-        unfilterSimply(filters % 5, at(expected, 2), at(expected, 1), bytes, pixel);
-        EXPECT_TRUE(unfilterTwo(filters / 5, filters % 5, at(rows, 1), at(rows, 2), at(rows, 0),
-                                bytes, pixel));
+        const bool done = unfilterTwo(filters / 5, filters % 5, at(rows, 1), at(rows, 2),
+                                      at(rows, 0), bytes, pixel);
+        EXPECT_TRUE(done || filters < 24 || pixel == 1 || pixel == 6);
+        if (done) {
+          unfilterSimply(filters / 5, at(expected, 1), at(expected, 0), bytes, pixel);
+          unfilterSimply(filters % 5, at(expected, 2), at(expected, 1), bytes, pixel);
+        }
         EXPECT_EQ(rows, expected) << filters << ", " << pixel << " bytes a pixel";
       }
     }
@@ -224,35 +228,35 @@ TEST(PngFilters, TwoRowsAtOnceEqualOneAfterTheOther) {
 }
 
 TEST(PixelRows, EveryColourAndAlpha) {
-  std::vector<std::uint8_t> pixels, fast, simple;
+  std::vector<std::uint8_t> pixels;
   for (int alpha = 0; alpha < 256; ++alpha) {
     for (int color = 0; color < 256; ++color) {
       for (const int part : {color, 255 - color, color / 2, alpha})
         pixels.push_back(static_cast<std::uint8_t>(part));
     }
   }
-  const int count = static_cast<int>(pixels.size() / 4) - 1;  // not all in whole registers
-  for (const auto& [quick, slow] :
-       {std::pair(&premultiply, &premultiplySimply), {&unpremultiply, &unpremultiplySimply}}) {
-    fast = simple = pixels;
-    quick(pixels.data(), fast.data(), count);
-    slow(pixels.data(), simple.data(), count);
-    EXPECT_EQ(fast, simple);
+  const int most = static_cast<int>(pixels.size() / 4) - 1;  // one more may be written
+  std::vector<int> widths{most, most - 1};
+  for (int width = 0; width < 40; ++width) widths.push_back(width);
+  const std::vector<std::uint8_t> blank(pixels.size(), 7);
+  std::vector<std::uint8_t> fast, simple;
+  for (const auto& [quick, slow] : {std::pair(&premultiply, &premultiplySimply),
+                                    {&unpremultiply, &unpremultiplySimply},
+                                    {&addAlpha, &addAlphaSimply},
+                                    {&dropAlpha, &dropAlphaSimply}}) {
+    for (const int width : widths) {
+      fast = simple = blank;
+      quick(pixels.data(), fast.data(), width);
+      slow(pixels.data(), simple.data(), width);
+      ASSERT_EQ(fast, simple) << width;
+    }
   }
-  for (int width = 0; width < 30; ++width) {
-    fast.assign(pixels.size(), 7);
-    simple = fast;
-    addAlpha(pixels.data(), fast.data(), width);
-    addAlphaSimply(pixels.data(), simple.data(), width);
-    EXPECT_EQ(fast, simple);
-  }
-  fast = pixels;
-  premultiplySimply(pixels.data(), pixels.data(), count);
-  unpremultiply(pixels.data(), fast.data(), count);
-  premultiply(fast.data(), fast.data(), count);
-  fast.resize(fast.size() - 4);
-  pixels.resize(fast.size());
-  EXPECT_EQ(fast, pixels) << "there and back";
+  premultiplySimply(pixels.data(), simple.data(), most);
+  unpremultiply(simple.data(), pixels.data(), most);
+  premultiply(pixels.data(), fast.data(), most);
+  fast.resize(std::size_t{4} * most);
+  simple.resize(fast.size());
+  EXPECT_EQ(fast, simple) << "there and back";
 }
 
 // Noise, gradients and flat parts, with or without transparency.

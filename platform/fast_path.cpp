@@ -1,4 +1,4 @@
-#include "image/fast_path.h"
+#include "platform/fast_path.h"
 
 #include <atomic>
 #include <cstring>

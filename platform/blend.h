@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "image/fast_path.h"
+#include "platform/fast_path.h"
 
 namespace marbelot {
 
