@@ -30,8 +30,9 @@ class ImageExport {
   ImageExport(Platform& platform, Shell& shell, ActionTable& actions, HistoryImage historyImage,
               Overtaken overtaken, std::function<std::string()> archiveFolder);
 
+  static constexpr const char* favoriteSaveDirsKey = "favoriteSaveDirs";
   // Paths of the folders that the user chose, the last one first, without duplicates.
-  Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, "favoriteSaveDirs"};
+  Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, favoriteSaveDirsKey};
   // The wall clock, seconds since 1970.
   std::function<double()> clock = text::now;
 
