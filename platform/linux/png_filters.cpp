@@ -1,6 +1,5 @@
 #include "platform/linux/png_filters.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #if defined(__SSE2__)
@@ -11,15 +10,6 @@ namespace marbelot {
 namespace {
 
 enum Filter { none, sub, up, average, paeth };
-
-// Whichever of the three is closest to left + above - corner.
-int predicted(int left, int above, int corner) {
-  const int toLeft = std::abs(above - corner);
-  const int toAbove = std::abs(left - corner);
-  const int toCorner = std::abs(left + above - 2 * corner);
-  if (toLeft <= toAbove && toLeft <= toCorner) return left;
-  return toAbove <= toCorner ? above : corner;
-}
 
 void addAbove(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes) {
   for (std::size_t i = 0; i < bytes; ++i) row[i] = static_cast<std::uint8_t>(row[i] + above[i]);
@@ -171,7 +161,7 @@ bool unfilterSimply(int filter, std::uint8_t* row, const std::uint8_t* above, st
         guess = (left + above[i]) / 2;
         break;
       case paeth:
-        guess = predicted(left, above[i], corner);
+        guess = paethPredictor(left, above[i], corner);
         break;
       default:
         return false;

@@ -1,10 +1,20 @@
-// Undoing the filters of PNG's rows.
+// The filters of PNG's rows, and undoing them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 namespace marbelot {
+
+// Whichever of the three is closest to left + above - corner.
+inline int paethPredictor(int left, int above, int corner) {
+  const int toLeft = std::abs(above - corner);
+  const int toAbove = std::abs(left - corner);
+  const int toCorner = std::abs(left + above - 2 * corner);
+  const int other = toAbove <= toCorner ? above : corner;
+  return toLeft <= toAbove && toLeft <= toCorner ? left : other;
+}
 
 inline constexpr std::size_t unfilterOverrun = 8;
 

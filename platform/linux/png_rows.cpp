@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/linux/pixel_rows.h"
+#include "platform/linux/png_filters.h"
 
 namespace marbelot {
 namespace {
@@ -41,6 +42,12 @@ void subtractAverage(const std::uint8_t* row, const std::uint8_t* left, const st
                      std::uint8_t* to, std::size_t bytes) {
   for (std::size_t i = 0; i < bytes; ++i)
     to[i] = static_cast<std::uint8_t>(row[i] - (left[i] + above[i]) / 2);
+}
+
+void subtractPaeth(const std::uint8_t* row, const std::uint8_t* left, const std::uint8_t* above,
+                   const std::uint8_t* corner, std::uint8_t* to, std::size_t bytes) {
+  for (std::size_t i = 0; i < bytes; ++i)
+    to[i] = static_cast<std::uint8_t>(row[i] - paethPredictor(left[i], above[i], corner[i]));
 }
 
 }  // namespace
@@ -145,6 +152,7 @@ void PngRows::write(int y, PngFilter filter, std::uint8_t* to) {
   const std::uint8_t* const above = above_.data() + pixel_;
   sample(y, row);
   sampled_ = y;
+  if (filter == PngFilter::paeth) return subtractPaeth(row, left, above, above_.data(), to, bytes_);
   if (filter == PngFilter::average) return subtractAverage(row, left, above, to, bytes_);
   subtract(row, filter == PngFilter::sub ? left : above, to, bytes_);
 }

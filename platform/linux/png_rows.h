@@ -12,7 +12,7 @@
 namespace marbelot {
 
 // The numbers that PNG gives those of its filters that are worth their time.
-enum class PngFilter : std::uint8_t { none = 0, sub = 1, up = 2, average = 3 };
+enum class PngFilter : std::uint8_t { none = 0, sub = 1, up = 2, average = 3, paeth = 4 };
 
 // Up to 256 colours, all opaque, in the order of their first pixel.
 class PngPalette {

@@ -30,10 +30,13 @@ struct Manner {
 constexpr Manner manners[] = {{PngFilter::none, ISAL_DEF_MAX_HIST_BITS},
                               {PngFilter::sub, ISAL_DEF_MAX_HIST_BITS},
                               {PngFilter::up, ISAL_DEF_MAX_HIST_BITS},
-                              {PngFilter::average, 8}};
+                              {PngFilter::average, 8},
+                              {PngFilter::paeth, 8}};
 // What decides which one a picture gets: this many rows, in strips from top to bottom.
 constexpr int sampleStrips = 4;
 constexpr int stripRows = 8;
+// What gets smaller than this part of it without them is no noise.
+constexpr std::size_t noiseShare = 4;
 // A filter takes time of its own, so that it has to save one byte in so many.
 constexpr std::size_t worthOf = 30;
 
@@ -103,6 +106,7 @@ Manner bestManner(PngRows& rows, int height) {
   Manner best = manners[0];
   std::size_t smallest = 0;
   for (const Manner& manner : manners) {
+    if (manner.windowBits < ISAL_DEF_MAX_HIST_BITS && smallest * noiseShare < sample.size()) break;
     std::uint8_t* to = sample.data();
     for (int strip = 0; strip < strips; ++strip) {
       const int top = static_cast<int>(std::int64_t{height} * strip / strips);
