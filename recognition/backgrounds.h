@@ -12,6 +12,6 @@ namespace marbelot {
 
 // How much each pixel differs from the background it stands on: 0 nothing, 255 as black and white.
 // Transparent pictures are laid on the ground that what is drawn stands out from.
-Plane<std::uint8_t> inkOf(const Bitmap& picture);
+Plane<std::uint8_t> inkOf(const Bitmap& bitmap);
 
 }  // namespace marbelot
