@@ -71,7 +71,7 @@ void AppcastUpdater::check(bool inForeground) {
     return failed("The address of the update feed is not a secure one (https).");
   services_.defaults.set(lastCheckKey, clock());
   checking_.emplace();
-  checking_ = fetch_(feed, [this](Fetched fetched) { feedArrived(fetched); });
+  checking_ = fetch_(feed, [this](const Fetched& fetched) { feedArrived(fetched); });
 }
 
 void AppcastUpdater::feedArrived(const Fetched& fetched) {

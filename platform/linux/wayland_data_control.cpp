@@ -50,18 +50,18 @@ struct WaylandDataControl::Listeners {
         registry, name, &type, std::min(version, static_cast<std::uint32_t>(type.version))));
   }
   static void globalGone(void*, wl_registry*, std::uint32_t) {}
-  static constexpr wl_registry_listener registry{&global, &globalGone};
+  static constexpr wl_registry_listener onRegistry{&global, &globalGone};
 
   static void described(void* self, zwlr_data_control_offer_v1*, const char* type) {
     auto& types = static_cast<WaylandOffer*>(self)->types_;
     if (types.size() < typeLimit) types.emplace_back(type);
   }
-  static constexpr zwlr_data_control_offer_v1_listener offer{&described};
+  static constexpr zwlr_data_control_offer_v1_listener onOffer{&described};
 
   static void offered(void* self, zwlr_data_control_device_v1*, zwlr_data_control_offer_v1* proxy) {
     auto& offers = of(self).offers_;
     offers.push_back(std::make_unique<WaylandOffer>(proxy));
-    zwlr_data_control_offer_v1_add_listener(proxy, &offer, offers.back().get());
+    zwlr_data_control_offer_v1_add_listener(proxy, &onOffer, offers.back().get());
   }
   static void selected(void* self, zwlr_data_control_device_v1*,
                        zwlr_data_control_offer_v1* proxy) {
@@ -79,8 +79,8 @@ struct WaylandDataControl::Listeners {
                               zwlr_data_control_offer_v1* proxy) {
     of(self).take(proxy);
   }
-  static constexpr zwlr_data_control_device_v1_listener device{&offered, &selected, &finished,
-                                                               &selectedPrimary};
+  static constexpr zwlr_data_control_device_v1_listener onDevice{&offered, &selected, &finished,
+                                                                 &selectedPrimary};
 
   static void asked(void* self, zwlr_data_control_source_v1*, const char* type, int to) {
     of(self).handlers_.asked(type, Descriptor(to));
@@ -91,7 +91,7 @@ struct WaylandDataControl::Listeners {
     zwlr_data_control_source_v1_destroy(source);
     if (control.sources_.empty()) control.handlers_.replaced();
   }
-  static constexpr zwlr_data_control_source_v1_listener source{&asked, &cancelled};
+  static constexpr zwlr_data_control_source_v1_listener onSource{&asked, &cancelled};
 
   static void presentTold(void* self, wl_callback* callback, std::uint32_t) {
     wl_callback_destroy(callback);
@@ -141,7 +141,7 @@ WaylandDataControl::~WaylandDataControl() {
 
 bool WaylandDataControl::bind() {
   registry_ = wl_display_get_registry(display_);
-  wl_registry_add_listener(registry_, &Listeners::registry, this);
+  wl_registry_add_listener(registry_, &Listeners::onRegistry, this);
   return roundTrip() && manager_ && seat_;
 }
 
@@ -170,7 +170,7 @@ void WaylandDataControl::watch(Handlers handlers) {
 
 void WaylandDataControl::makeDevice() {
   device_ = zwlr_data_control_manager_v1_get_data_device(manager_, seat_);
-  zwlr_data_control_device_v1_add_listener(device_, &Listeners::device, this);
+  zwlr_data_control_device_v1_add_listener(device_, &Listeners::onDevice, this);
 }
 
 std::unique_ptr<WaylandOffer> WaylandDataControl::take(zwlr_data_control_offer_v1* proxy) {
@@ -186,7 +186,7 @@ std::unique_ptr<WaylandOffer> WaylandDataControl::take(zwlr_data_control_offer_v
 void WaylandDataControl::offer(const std::vector<std::string>& types) {
   zwlr_data_control_source_v1* source = zwlr_data_control_manager_v1_create_data_source(manager_);
   sources_.push_back(source);
-  zwlr_data_control_source_v1_add_listener(source, &Listeners::source, this);
+  zwlr_data_control_source_v1_add_listener(source, &Listeners::onSource, this);
   for (const std::string& type : types) zwlr_data_control_source_v1_offer(source, type.c_str());
   zwlr_data_control_device_v1_set_selection(device_, source);
 }

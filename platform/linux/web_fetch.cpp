@@ -22,7 +22,7 @@ Fetch webFetch(MainQueue& queue) {
     *child = ChildProcess::start(
         {helperPath("marbelot-fetch"), address}, [told](ChildProcess::Result result) {
           // Whoever is told may drop the process, and this function with it.
-          const auto kept = told;
+          const auto kept = told;  // NOLINT(performance-unnecessary-copy-initialization)
           if (result.status == 0) return (*kept)({share(contents(result.output, mostBytes)), {}});
           std::string problem = contents(result.errors, 1000);
           problem.resize(std::min(problem.find('\n'), problem.size()));

@@ -90,7 +90,7 @@ void DesktopWorkspace::openUrl(const std::string& url, const std::string& applic
 
 void DesktopWorkspace::addNote(
     const SharedText& text, std::function<void(const std::optional<std::string>& problem)> done) {
-  if (bus_.connected()) return addGnote(text, std::move(done));
+  if (bus_.connected()) return addGnote(text, done);
   queue_.post([done = std::move(done)] { done("there is no session bus to reach Gnote over"); });
 }
 

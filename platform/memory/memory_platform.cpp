@@ -9,9 +9,10 @@
 namespace marbelot::memory {
 
 std::string App::ask(const std::string& name, const std::vector<std::string>& arguments) const {
-  for (const RemoteRequest& request : requests_)
+  for (const RemoteRequest& request : requests_) {
     if (request.name == name && request.arguments.size() == arguments.size())
       return request.answer(arguments);
+  }
   return "there is no request " + name;
 }
 
@@ -212,7 +213,7 @@ void Icon::setMenu(std::shared_ptr<Menu> tree, MenuDelegate* owner) {
 
 void Icon::open() {
   delegate->menuWillOpen();
-  shown.open(menu);
+  shown.open(*menu);
 }
 
 std::unique_ptr<Window> WindowList::create(WindowDescription description) {

@@ -14,7 +14,7 @@ std::vector<MenuItem> copied(const Menu& menu) {
 
 }  // namespace
 
-void ShownMenu::open(std::shared_ptr<const Menu> tree) { levels_ = {{{}, copied(*tree)}}; }
+void ShownMenu::open(const Menu& tree) { levels_ = {{{}, copied(tree)}}; }
 
 void ShownMenu::sync(std::shared_ptr<const Menu> tree) {
   for (std::size_t i = 0; i < levels_.size() && tree; ++i) {

@@ -13,7 +13,7 @@ class ShownMenu {
  public:
   using Path = std::vector<std::string>;  // titles from the top
 
-  void open(std::shared_ptr<const Menu> tree);
+  void open(const Menu& tree);
   void close() { levels_.clear(); }
   bool isOpen() const { return !levels_.empty(); }
   // Brings what is open in step with the tree, which may be another one.
