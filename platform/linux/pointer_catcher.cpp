@@ -12,7 +12,22 @@ namespace {
 // follows as a movement, unless it is there.
 constexpr int stillLimit = 250;
 constexpr int settleTime = 40;
+constexpr int nudgeTime = 100;  // after the window is drawn, which KWin has to know by then
 constexpr int showLimit = 1000;
+
+bool isKWin() { return qgetenv("XDG_CURRENT_DESKTOP").contains("KDE"); }
+
+// KWin finds out what is below a still pointer only when yet another window comes up.
+void nudgeCompositor(QWidget& catcher) {
+  if (!catcher.children().isEmpty()) return;
+  auto* other =
+      new QWidget(&catcher, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+  other->setAttribute(Qt::WA_TranslucentBackground);
+  other->setAttribute(Qt::WA_ShowWithoutActivating);
+  other->setAttribute(Qt::WA_QuitOnClose, false);
+  other->setGeometry(0, 0, 1, 1);
+  other->show();
+}
 
 }  // namespace
 
@@ -41,6 +56,9 @@ void PointerCatcher::catchAll(std::function<void()> open, std::function<void()> 
 bool PointerCatcher::event(QEvent* event) {
   switch (event->type()) {
     case QEvent::Paint:
+      if (wait_.isActive() && isKWin())
+        QTimer::singleShot(nudgeTime, this, [this] { nudgeCompositor(*this); });
+      [[fallthrough]];
     case QEvent::Enter:
       if (wait_.isActive()) wait_.start(stillLimit);
       break;
