@@ -25,7 +25,7 @@ struct ResamplingWeights {
     within,  // never beyond the side, unless that is shorter than the taps
     even     // begins at even pixels, and may end beyond the side, where all weights are 0
   };
-  ResamplingWeights(const SampledAxis& axis, int side, Begin begin);
+  ResamplingWeights(const SampledAxis& axis, int side, Begin where);
 
   std::size_t taps;        // a multiple of 4 when within, else even
   std::vector<int> first;  // for each new pixel

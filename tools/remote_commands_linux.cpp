@@ -1,13 +1,12 @@
 // Driving the running program over the session bus.
 
-#include <rapidjson/document.h>
-
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <cstdio>
 
 #include "classification/classifier.h"
+#include "platform/json.h"
 #include "platform/linux/remote_control.h"
 #include "platform/text.h"
 #include "tools/command.h"
@@ -51,22 +50,34 @@ int carryOut(const char* request, const std::vector<std::string>& texts = {}) {
   return error->empty() ? done : fail(*error);
 }
 
-// What was copied may stand in a text and must not drive the terminal.
-std::string shown(const rapidjson::Value& object, const char* key) {
-  const auto found = object.FindMember(key);
-  if (found == object.MemberEnd() || !found->value.IsString()) return {};
-  return text::shownTitle({found->value.GetString(), found->value.GetStringLength()});
+// The value of a key; null when there is none, or the object is none.
+const Value* field(const Value& object, const char* key) {
+  const auto* fields = object.asDictionary();
+  return fields ? find(*fields, key) : nullptr;
 }
 
-bool isSet(const rapidjson::Value& object, const char* key) {
-  const auto found = object.FindMember(key);
-  return found != object.MemberEnd() && found->value.IsBool() && found->value.GetBool();
+const Value::List& listed(const Value* value) {
+  static const Value::List none;
+  const auto* list = value ? value->asList() : nullptr;
+  return list ? *list : none;
+}
+
+// What was copied may stand in a text and must not drive the terminal.
+std::string shown(const Value& object, const char* key) {
+  const Value* const found = field(object, key);
+  const SharedText text = found ? found->asText() : nullptr;
+  return text ? text::shownTitle(*text) : std::string();
+}
+
+bool isSet(const Value& object, const char* key) {
+  const Value* const found = field(object, key);
+  return found && found->asBool().value_or(false);
 }
 
 // The menu as indented text. The depth is that of the menu's design.
-void printItems(const rapidjson::Value& items, int depth) {
-  for (const rapidjson::Value& item : items.GetArray()) {
-    if (item.HasMember("separator")) {
+void printItems(const Value::List& items, int depth) {
+  for (const Value& item : items) {
+    if (field(item, "separator")) {
       std::printf("%*s--\n", depth * 2, "");
       continue;
     }
@@ -76,18 +87,21 @@ void printItems(const rapidjson::Value& items, int depth) {
       line += "  [Ctrl+" + QString::fromStdString(key).toUpper().toStdString() + "]";
     if (!isSet(item, "enabled")) line += "  (disabled)";
     std::printf("%*s%s\n", depth * 2, "", line.c_str());
-    if (item.HasMember("submenu")) printItems(item["submenu"], depth + 1);
+    printItems(listed(field(item, "submenu")), depth + 1);
   }
 }
 
-void printMenu(const rapidjson::Value& items) { printItems(items, 0); }
+void printMenu(const Value::List& items) { printItems(items, 0); }
 
-void printWindows(const rapidjson::Value& windows) {
-  for (const rapidjson::Value& window : windows.GetArray()) {
-    const auto number = [&](const char* key) { return window["frame"][key].GetDouble(); };
+void printWindows(const Value::List& windows) {
+  for (const Value& window : windows) {
+    const auto number = [frame = field(window, "frame")](const char* key) {
+      const Value* const found = frame ? field(*frame, key) : nullptr;
+      return found ? found->asDouble().value_or(0) : 0;
+    };
     std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", shown(window, "kind").c_str(), number("width"),
                 number("height"), number("x"), number("y"), shown(window, "title").c_str());
-    for (const rapidjson::Value& button : window["buttons"].GetArray()) {
+    for (const Value& button : listed(field(window, "buttons"))) {
       std::printf("\t%s\t%s%s\n", shown(button, "spec").c_str(), shown(button, "title").c_str(),
                   isSet(button, "enabled") ? "" : "  (disabled)");
     }
@@ -95,12 +109,12 @@ void printWindows(const rapidjson::Value& windows) {
 }
 
 // One line for each entry: its id, a tab, its title.
-void printHistory(const rapidjson::Value& entries) {
-  for (const rapidjson::Value& entry : entries.GetArray())
+void printHistory(const Value::List& entries) {
+  for (const Value& entry : entries)
     std::printf("%s\t%s\n", shown(entry, "id").c_str(), shown(entry, "title").c_str());
 }
 
-int show(const char* request, bool json, void (*print)(const rapidjson::Value&),
+int show(const char* request, bool json, void (*print)(const Value::List&),
          const std::vector<std::string>& texts = {}) {
   const auto answer = ask(request, texts);
   if (!answer) return failed;
@@ -108,10 +122,9 @@ int show(const char* request, bool json, void (*print)(const rapidjson::Value&),
     std::printf("%s\n", answer->c_str());
     return done;
   }
-  rapidjson::Document document;
-  document.Parse(*answer);
-  if (!document.IsArray()) return fail("the answer is not JSON");
-  print(document);
+  const auto parsed = valueFromJson(*answer);
+  if (!parsed || !parsed->asList()) return fail("the answer is not JSON");
+  print(*parsed->asList());
   return done;
 }
 

@@ -1,8 +1,6 @@
 #include "platform/linux/user_defaults.h"
 
 #include <fcntl.h>
-#include <rapidjson/error/en.h>
-#include <rapidjson/reader.h>
 #include <rapidjson/writer.h>
 #include <sys/stat.h>
 
@@ -13,6 +11,7 @@
 
 #include "platform/descriptor.h"
 #include "platform/files.h"
+#include "platform/json.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -22,75 +21,6 @@ namespace {
 // that are just not large is a third of this.
 constexpr std::size_t largestWriteOnMain = std::size_t{4} << 20;
 constexpr std::size_t largestFile = std::size_t{4} << 30;
-// Deeper than anything that is ever stored; a file that goes deeper is damaged.
-constexpr std::size_t deepestNesting = 32;
-
-// Builds a Value from rapidjson's events, with a stack of its own.
-class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
- public:
-  bool Null() { return true; }  // the same as none
-  bool Bool(bool value) { return put(Value(value)); }
-  bool Int(int value) { return put(Value(value)); }
-  bool Uint(unsigned value) { return put(Value(std::int64_t{value})); }
-  bool Int64(std::int64_t value) { return put(Value(value)); }
-  bool Uint64(std::uint64_t value) { return put(Value(static_cast<double>(value))); }
-  bool Double(double value) { return put(Value(value)); }
-  bool String(const char* text, rapidjson::SizeType length, bool) {
-    return put(Value(std::string(text, length)));
-  }
-  bool StartObject() { return open(Value(Value::Dictionary())); }
-  bool Key(const char* text, rapidjson::SizeType length, bool) {
-    open_.back().key.assign(text, length);
-    return true;
-  }
-  bool EndObject(rapidjson::SizeType) { return close(); }
-  bool StartArray() { return open(Value(Value::List())); }
-  bool EndArray(rapidjson::SizeType) { return close(); }
-
-  Value take() { return std::move(root_); }
-
- private:
-  struct Level {
-    Value container;
-    std::string key;
-  };
-  bool open(Value container) {
-    if (open_.size() == deepestNesting) return false;
-    open_.push_back({std::move(container), {}});
-    return true;
-  }
-  bool close() {
-    Value done = std::move(open_.back().container);
-    open_.pop_back();
-    return put(std::move(done));
-  }
-  bool put(Value value) {
-    if (open_.empty()) {
-      root_ = std::move(value);
-    } else if (auto* list = std::get_if<Value::List>(&open_.back().container.data)) {
-      list->push_back(std::move(value));
-    } else {
-      std::get<Value::Dictionary>(open_.back().container.data)
-          .emplace_back(std::move(open_.back().key), std::move(value));
-    }
-    return true;
-  }
-  Value root_;
-  std::vector<Level> open_;
-};
-
-std::optional<Value> parse(const std::string& json) {
-  // Without a terminator a text with NUL bytes would end early.
-  rapidjson::MemoryStream bytes(json.data(), json.size());
-  rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
-  rapidjson::Reader reader;
-  Builder builder;
-  constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
-                             rapidjson::kParseValidateEncodingFlag;
-  if (!reader.Parse<flags>(stream, builder)) return std::nullopt;
-  return builder.take();
-}
-
 // What rapidjson writes to: a buffered file that remembers whether all went well.
 class FileStream {
  public:
@@ -178,7 +108,7 @@ std::string defaultsPath(const std::string& domain) {
 
 SharedText readDefaultsText(const std::string& path, std::string_view key) {
   const SharedBytes json = files::read(path, largestWriteOnMain);
-  const auto root = json ? parse(*json) : std::nullopt;
+  const auto root = json ? valueFromJson(*json) : std::nullopt;
   const auto* dictionary = root ? root->asDictionary() : nullptr;
   const Value* value = dictionary ? find(*dictionary, key) : nullptr;
   return value ? value->asText() : nullptr;
@@ -211,7 +141,7 @@ void JsonDefaults::load() {
   struct stat status {};
   std::optional<Value> root;
   if (json) {
-    root = parse(*json);
+    root = valueFromJson(*json);
   } else if (stat(path_.c_str(), &status) != 0 && errno == ENOENT) {  // the first launch
     root = Value::Dictionary();
   }

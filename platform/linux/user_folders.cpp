@@ -56,9 +56,10 @@ std::optional<std::string> toolsSetting() {
       {"xfce4/xfce4-screenshooter", "", "screenshot_dir"},
       {"ksnip/ksnip.conf", "Application", "SaveDirectory", true},
   };
-  for (const auto& [file, section, key, isQts] : settings)
+  for (const auto& [file, section, key, isQts] : settings) {
     if (const auto value = iniValue(join(configFolder(), file), section, key))
       return pathFrom(isQts ? withoutQtEscapes(*value) : *value);
+  }
   return std::nullopt;
 }
 

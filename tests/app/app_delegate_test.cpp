@@ -3,8 +3,8 @@
 #include "app/app_delegate.h"
 
 #include <gtest/gtest.h>
-#include <rapidjson/document.h>
 
+#include "platform/json.h"
 #include "platform/memory/memory_platform.h"
 #include "tests/support/png.h"
 #include "tests/support/temporary_home.h"
@@ -447,11 +447,12 @@ TEST_F(AppDelegateTest, TheHistoryIsPickedFromByIds) {
     return desktop_.application.ask(request, {id});
   };
   const auto list = [&](const std::string& search, const std::string& category) {
-    rapidjson::Document found;
-    found.Parse(desktop_.application.ask("History", {search, category}));
+    const auto found = valueFromJson(desktop_.application.ask("History", {search, category}));
     std::vector<std::pair<std::string, std::string>> entries;  // id, title
-    for (const auto& entry : found.GetArray())
-      entries.emplace_back(entry["id"].GetString(), entry["title"].GetString());
+    for (const Value& entry : *found->asList()) {
+      const Value::Dictionary& fields = *entry.asDictionary();
+      entries.emplace_back(*find(fields, "id")->asText(), *find(fields, "title")->asText());
+    }
     return entries;
   };
   const auto all = list("", "");

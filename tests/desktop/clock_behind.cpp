@@ -4,6 +4,8 @@
 #include <time.h>
 #include <unistd.h>
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's names are its
+// own
 extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock,
                                                                     timespec* time) noexcept {
   const long failed = syscall(SYS_clock_gettime, clock, time);

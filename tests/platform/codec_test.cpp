@@ -17,8 +17,10 @@
 namespace marbelot {
 namespace {
 
-std::mt19937 generator(42);
-int below(int limit) { return static_cast<int>(generator() % static_cast<unsigned>(limit)); }
+int below(int limit) {
+  static std::mt19937 generator(42);
+  return static_cast<int>(generator() % static_cast<unsigned>(limit));
+}
 char anyByte() { return static_cast<char>(below(256)); }
 
 std::string big(std::size_t value, int bytes = 4) {

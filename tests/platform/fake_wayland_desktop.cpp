@@ -22,8 +22,11 @@ struct Source {
   std::vector<std::string> types;
 };
 
+// The protocol's functions are C's, and there is one desktop.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 wl_resource* selection = nullptr;  // the source that owns the clipboard
 std::vector<wl_resource*> devices;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 void destroy(wl_client*, wl_resource* resource) { wl_resource_destroy(resource); }
 

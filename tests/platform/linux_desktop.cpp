@@ -69,6 +69,7 @@ class PrivateBus {
 };
 
 // The other programs on the bus and behind the links.
+// The methods have the buses' names. NOLINTBEGIN(readability-identifier-naming)
 class Others : public QObject {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
@@ -148,6 +149,7 @@ class FileManager : public QObject {
  private:
   Others& others_;
 };
+// NOLINTEND(readability-identifier-naming)
 
 QString titleOf(const QAction& action) {
   if (action.isSeparator()) return "—";

@@ -106,9 +106,10 @@ class MemoryDesktop : public TestDesktop {
   // Those that wait for no user.
   void takePictures() {
     const auto captures = memory_.screenCapture.captures;
-    for (const auto& capture : captures)
+    for (const auto& capture : captures) {
       if (capture.arguments.front() == "-x" && !files::exists(capture.path))
         capture.end(png(static_cast<unsigned>(memory_.screens.screens.front().frame.width)));
+    }
   }
 
   MenuItem item(Path path) {

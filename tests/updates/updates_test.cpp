@@ -87,10 +87,11 @@ TEST(Appcast, OffersTheNewestThatRunsHere) {
             "1.4");
   EXPECT_EQ(offered(feed("<item><enclosure url=\"https://example.org/Mar_1.5.zip\"/></item>")),
             "1.5");
-  for (const char* nowhere : {"http://example.org/a", "file:///etc/passwd", "javascript:x", ""})
+  for (const char* nowhere : {"http://example.org/a", "file:///etc/passwd", "javascript:x", ""}) {
     EXPECT_EQ(offered(feed("<item><sparkle:version>2</sparkle:version><enclosure url=\"" +
                            std::string(nowhere) + "\"/></item>")),
               "");
+  }
 
   const auto items = appcastItems(
       feed("<item><title>x</title><link>https://example.org/page</link>"
@@ -174,7 +175,7 @@ class UpdaterTest : public testing::Test {
     asked_.push_back(address);
     const auto found = web_.find(address);
     Fetched answer{found == web_.end() ? nullptr : share(found->second), "no route"};
-    return desktop_.queue.after(0.5, [fetched, answer] { fetched(answer); });
+    return desktop_.queue.after(0.5, [fetched = std::move(fetched), answer] { fetched(answer); });
   };
   AppcastUpdater updater_{services_, {feed_, "1.0", "linux", "6.1.0"}, fetch_};
 };
