@@ -10,6 +10,6 @@ namespace marbelot {
 // all bytes; cut at a length that nobody reads to the end.
 std::string pageText(std::string_view html);
 // A text as it stands, made fit for display, and cut likewise.
-std::string plainText(std::string_view text);
+std::string plainText(std::string_view given);
 
 }  // namespace marbelot
