@@ -209,6 +209,8 @@ void WindowFrame::acceptFocus() {
 }
 
 bool WindowFrame::event(QEvent* event) {
+  if (event->type() == QEvent::WinIdChange && windowHandle())
+    windowHandle()->installEventFilter(this);
   if (event->type() == PictureCache::readyEvent && isVisible()) shape();
   if (event->type() == QEvent::WindowDeactivate && panel_ && windowHandle())
     windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
@@ -255,11 +257,14 @@ void WindowFrame::mousePressEvent(QMouseEvent* event) {
 // Every window manager would do it in its own way, and none for windows that it leaves alone.
 void WindowFrame::drag() {
   if (!(QApplication::mouseButtons() & Qt::LeftButton) || std::exchange(dragging_, true)) return;
-  dragOffset_ = QCursor::pos() - shownFrame().topLeft();
+  // The pointer itself may be elsewhere by now.
+  dragOffset_ = pressedAt_ - shownFrame().topLeft();
   qApp->installEventFilter(this);
 }
 
 bool WindowFrame::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == windowHandle() && event->type() == QEvent::MouseButtonPress)
+    pressedAt_ = static_cast<QMouseEvent*>(event)->globalPosition().toPoint();
   if (!dragging_ || !watched->isWidgetType()) return QWidget::eventFilter(watched, event);
   if (event->type() == QEvent::MouseMove) {
     const QPoint corner =

@@ -74,6 +74,7 @@ class WindowFrame : public QWidget {
   std::optional<QRect> wanted_;  // until it is
   bool settled_ = false;         // on the screen, so that whoever moves it is the user
   bool dragging_ = false;
+  QPoint pressedAt_;  // where the pointer was
   QPoint dragOffset_;
 };
 
