@@ -13,6 +13,7 @@ constexpr std::size_t rememberedFolders = 5;
 // Two wordings, of saving and of tags.
 constexpr const char* nothingToSave = "No image on clipboard";
 constexpr const char* nothingToTag = "No image on the clipboard";
+constexpr const char* cannotEncode = "Couldn't encode the image";
 
 std::string shownName(const std::string& path) {
   return text::sanitized(files::lastComponent(path));
@@ -43,7 +44,8 @@ ImageExport::ImageExport(Platform& platform, Shell& shell, ActionTable& actions,
   });
   actions.add("copyClipHistoryImageAsTag:",
               [this, historyImage = std::move(historyImage)](const MenuItem& sender) {
-                if (const auto image = historyImage(sender)) copyAsTag(*image, false);
+                const auto image = historyImage(sender);
+                image ? copyAsTag(*image, false) : shell_.notify(cannotEncode);
               });
 }
 
@@ -116,7 +118,7 @@ void ImageExport::copyAsTag(const Image& image, bool concealed) {
         return tag ? share(*std::move(tag)) : nullptr;
       },
       [this, concealed, replaced = platform_.pasteboard.changeCount()](const SharedText& tag) {
-        tag ? copyTag(tag, concealed, replaced) : shell_.notify("Couldn't encode the image");
+        tag ? copyTag(tag, concealed, replaced) : shell_.notify(cannotEncode);
       });
 }
 

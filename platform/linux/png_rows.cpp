@@ -60,7 +60,7 @@ std::size_t PngPalette::placeOf(std::uint32_t colour) const {
 
 std::optional<PngPalette> PngPalette::of(const Bitmap& bitmap) {
   PngPalette palette;
-  std::uint32_t last = 0;  // transparent, so never one of the palette
+  std::uint32_t last = ~pixelAt(bitmap.row(0), 0);
   for (int y = 0; y < bitmap.height(); ++y) {
     const std::uint8_t* row = bitmap.row(y);
     for (int x = 0; x < bitmap.width(); ++x) {
@@ -75,7 +75,6 @@ std::optional<PngPalette> PngPalette::of(const Bitmap& bitmap) {
       palette.colours_.push_back(pixel);
     }
   }
-  if (palette.colours_.empty()) return std::nullopt;  // all transparent
   return palette;
 }
 

@@ -287,15 +287,23 @@ TEST_F(ImageToolsTest, TheTagHoldsTheWholePicture) {
   perform("copyClipboardImageAsTag");
   EXPECT_EQ(said(), "Couldn't encode the image");
   const auto count = desktop_.pasteboard.changeCount();
-  for (const Represented& bad : {Represented(), Represented(std::int64_t{9})})
+  for (const Represented& bad : {Represented(), Represented(std::int64_t{9})}) {
+    desktop_.notices.posted.clear();
     perform("copyClipHistoryImageAsTag:", bad);
+    EXPECT_EQ(said(), "Couldn't encode the image");
+  }
   EXPECT_EQ(desktop_.pasteboard.changeCount(), count);
 }
 
 TEST_F(ImageToolsTest, SavesUnderANameOfItsOwn) {
   const std::string folder = home_ / "to/pictures";
-  perform("saveClipImageTo:", folder);
-  EXPECT_EQ(said(), "No image on clipboard");
+  desktop_.pasteboard.copyElsewhere("only a text");
+  for (const char* action : {"saveClipImageTo:", "chooseAndSaveClipImage", "revealCurrentClipImage",
+                             "copyCurrentClipImagePath"}) {
+    desktop_.notices.posted.clear();
+    perform(action, folder);
+    EXPECT_EQ(said(), "No image on clipboard") << action;
+  }
   EXPECT_FALSE(files::list(folder));
   copy(picture(7, 5));
   perform("saveClipImageTo:", std::int64_t{1});
