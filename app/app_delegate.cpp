@@ -157,7 +157,10 @@ void AppDelegate::applicationDidFinishLaunching() {
   panels_.placement.installLocalMonitor();
   history_.startClipPoller();
   panels_.widget.refresh();
-  tidying_ = platform_.queue.every(idleSeconds, releaseIdlePixelMemory);
+  tidying_ = platform_.queue.every(idleSeconds, [this] {
+    releaseIdlePixelMemory();
+    analyses_.forgetGone();
+  });
 
   updates_.updaterController();
   updates_.updateFrequency.read();
@@ -271,6 +274,7 @@ void AppDelegate::bringMenuUpToDate() {
   } else {
     menu_.refresh();
   }
+  analyses_.forgetGone();
 }
 
 void AppDelegate::menuItemChosen(const MenuItem& item) { actions_.perform(item); }

@@ -155,9 +155,13 @@ bool TextAnalyses::affordable(std::size_t bytes) {
   return true;
 }
 
+void TextAnalyses::forgetGone() {
+  std::erase_if(entries_, [](const auto& entry) { return entry.second.text.expired(); });
+}
+
 void TextAnalyses::makeRoom() {
   if (entries_.size() < entryLimit) return;
-  std::erase_if(entries_, [](const auto& entry) { return entry.second.text.expired(); });
+  forgetGone();
   if (entries_.size() < entryLimit) return;
   entries_.erase(std::min_element(
       entries_.begin(), entries_.end(),

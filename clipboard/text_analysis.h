@@ -48,6 +48,9 @@ class TextAnalyses {
   // time left; others in the background, one after another, with a provisional answer until then.
   std::shared_ptr<const TextAnalysis> of(const SharedText& text);
 
+  // Lets go of what was found in texts that are gone.
+  void forgetGone();
+
   // An analysis that was provisional is there.
   std::function<void()> onArrival;
 

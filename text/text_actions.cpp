@@ -82,10 +82,12 @@ std::shared_ptr<Menu> TextActions::actionMenu(const SharedText& text) {
   const bool isKnown = built.text.lock() == text;
   // The clipboard may be empty by the time that the user chooses.
   const bool concealed = (isKnown && built.concealed) || isConcealed(*text);
-  if (isKnown && built.targets == targets && built.concealed == concealed) return built.menu;
+  if (isKnown && built.targets.lock() == targets && built.concealed == concealed) {
+    if (auto shown = built.menu.lock()) return shown;
+  }
   const auto applications = [this](std::string_view scheme) { return applicationsFor(scheme); };
-  built = {text, targets, concealed, marbelot::actionMenu(text, *targets, applications, concealed)};
-  const std::shared_ptr<Menu> menu = built.menu;
+  auto menu = marbelot::actionMenu(text, *targets, applications, concealed);
+  built = {text, targets, concealed, menu};
   if (menus_.size() > menuLimit)
     std::erase_if(menus_, [](const auto& entry) { return entry.second.text.expired(); });
   return menu;

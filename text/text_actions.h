@@ -43,11 +43,12 @@ class TextActions {
   std::function<double()> clock;
 
  private:
+  // Keeps nothing alive: a text that is deleted goes with the last menu that shows it.
   struct Built {
     std::weak_ptr<const std::string> text;  // the address alone could be another text's by now
-    std::shared_ptr<const TextTargets> targets;
+    std::weak_ptr<const TextTargets> targets;
     bool concealed = false;
-    std::shared_ptr<Menu> menu;
+    std::weak_ptr<Menu> menu;
   };
 
   bool isConcealed(const std::string& text) const;

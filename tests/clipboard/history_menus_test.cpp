@@ -154,6 +154,15 @@ TEST_F(HistoryMenusTest, LargeTextsAreAnalysedInTheBackgroundAndShowNothingUntil
   EXPECT_EQ(arrivals, 1) << "one analysis, whoever asked";
   EXPECT_EQ(entry(0)->title, "\U0001F511 “ghp_***stuv … ghp_***stuv”");
 
+  const std::weak_ptr known = analyses.of(history.clipHistory[0].kind.text());
+  analyses.forgetGone();
+  EXPECT_FALSE(known.expired());
+  perform("clearClipHistory");
+  (void)desktop.pasteboard.write(share(""));
+  history.tick();
+  analyses.forgetGone();
+  EXPECT_TRUE(known.expired()) << "goes with its text";
+
   // Many short texts at once may not add up to a missed frame either.
   desktop.queue.holdBackground = true;
   for (int i = 0; i < 10; ++i) desktop.pasteboard.copyElsewhere(std::string(8000, char('a' + i)));
