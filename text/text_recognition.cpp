@@ -20,7 +20,7 @@ TextRecognition::TextRecognition(Platform& platform, Shell& shell, ActionTable& 
               });
   autoOCR.offerToggle(actions, shell, [this] {
     if (autoOCR) return;
-    if (waiting_ && waiting_->quiet) waiting_.reset();
+    quiet_.reset();
     if (scan_ && scan_->quiet && !isDecoding_) end({});
   });
 }
@@ -30,8 +30,9 @@ void TextRecognition::imageCopied(const Image& image) {
 }
 
 void TextRecognition::recognize(const Image& image, bool quiet, bool concealed) {
-  if (waiting_ && quiet && !waiting_->quiet) return;
-  waiting_ = Scan{image, quiet, concealed};
+  (quiet ? quiet_ : asked_) = Scan{image, quiet, concealed};
+  // What was asked for is not to be shown once more.
+  if (!quiet && quiet_ && quiet_->image.isSame(image)) quiet_.reset();
   const bool makesWay = scan_ && (scan_->quiet || !quiet) && !isDecoding_;
   if (makesWay) {
     reading_.cancel();
@@ -41,8 +42,8 @@ void TextRecognition::recognize(const Image& image, bool quiet, bool concealed) 
 }
 
 void TextRecognition::startNext() {
-  if (!waiting_) return;
-  scan_ = std::exchange(waiting_, std::nullopt);
+  scan_ = std::exchange(asked_ ? asked_ : quiet_, std::nullopt);
+  if (!scan_) return;
   isDecoding_ = true;
   decoding_ = platform_.queue.inBackground([image = scan_->image] { return decode(image); },
                                            [this](SharedBitmap pixels) {
@@ -52,7 +53,7 @@ void TextRecognition::startNext() {
 }
 
 void TextRecognition::startReading(SharedBitmap pixels) {
-  const bool isOvertaken = waiting_ && (scan_->quiet || !waiting_->quiet);
+  const bool isOvertaken = asked_ || (scan_->quiet && quiet_);
   const bool isUnwanted = scan_->quiet && !autoOCR;
   if (isOvertaken || isUnwanted) return end({});
   if (!pixels) return end("Couldn't read the image");

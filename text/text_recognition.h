@@ -50,8 +50,9 @@ class TextRecognition {
 
   Shell& shell_;
   const Show show_;
-  std::optional<Scan> scan_;     // under way
-  std::optional<Scan> waiting_;  // comes next; the newest that was asked for
+  std::optional<Scan> scan_;   // under way
+  std::optional<Scan> asked_;  // comes next: the newest that was asked for
+  std::optional<Scan> quiet_;  // comes then: the newest of the others
   // Decoding cannot be broken off, so that a newer image waits for its end: a burst of copies
   // would otherwise be decoded all at once.
   Task decoding_;

@@ -108,6 +108,16 @@ TEST_F(TextRecognitionTest, FinishesAScanThatWasAskedForBeforeAQuietOne) {
   EXPECT_EQ(shown(), "asked for");
   desktop_.queue.drain();
   EXPECT_EQ(widthRead(), 41);
+
+  // One that was asked for comes before the quiet one that waits, and does not push it out.
+  const Titles older{"Clipboard history", "🖼 Image 40*", "Scan text (OCR)…"};
+  choose(older);
+  copy(picture(42));
+  choose(older);
+  EXPECT_EQ(widthRead(), 40);
+  recognizer().answer({"again"});
+  desktop_.queue.drain();
+  EXPECT_EQ(widthRead(), 42);
   switchAutoOff();
   EXPECT_FALSE(recognizer().isReading());
 }
