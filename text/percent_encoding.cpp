@@ -1,5 +1,7 @@
 #include "text/percent_encoding.h"
 
+#include <cctype>
+
 #include "platform/ascii.h"
 #include "platform/text.h"
 
@@ -47,6 +49,19 @@ EncodedText percentEncoded(std::string_view text, std::size_t maximumBytes) {
     }
   }
   return encoded;
+}
+
+std::string withWholeEscapes(std::string_view url) {
+  const auto isDigit = [&](std::size_t at) {
+    return at < url.size() && std::isxdigit(static_cast<unsigned char>(url[at]));
+  };
+  std::string whole;
+  whole.reserve(url.size());
+  for (std::size_t at = 0; at < url.size(); ++at) {
+    whole += url[at];
+    if (url[at] == '%' && !(isDigit(at + 1) && isDigit(at + 2))) whole += "25";
+  }
+  return whole;
 }
 
 }  // namespace marbelot

@@ -17,4 +17,8 @@ struct EncodedText {
 // is the beginning, which ends between two characters.
 EncodedText percentEncoded(std::string_view text, std::size_t maximumBytes);
 
+// A URL with each "%" that begins no escape as "%25": browsers take the others as they stand, but
+// most of what else reads URLs refuses them.
+std::string withWholeEscapes(std::string_view url);
+
 }  // namespace marbelot

@@ -57,12 +57,15 @@ void take(const Detection& found, std::string_view text, TextTargets& targets) {
     const std::string url = "tel:" + found.value;
     if (!isOpenable(url)) return;
     targets.phone = target(flatten(text.substr(found.range.start, found.range.length), " "), url);
-  } else if (found.value.starts_with(mailScheme)) {
-    if (!targets.mail) targets.mail = target(found.value.substr(mailScheme.size()), found.value);
-  } else if (isWebLink(found.value)) {
-    if (!targets.link) targets.link = target(found.value, found.value);
+    return;
+  }
+  const std::string url = withWholeEscapes(found.value);
+  if (found.value.starts_with(mailScheme)) {
+    if (!targets.mail) targets.mail = target(found.value.substr(mailScheme.size()), url);
+  } else if (isWebLink(url)) {
+    if (!targets.link) targets.link = target(found.value, url);
   } else if (!targets.other) {
-    targets.other = target(found.value, isOpenable(found.value) ? found.value : "");
+    targets.other = target(found.value, isOpenable(url) ? url : "");
   }
 }
 

@@ -14,7 +14,9 @@ namespace {
 
 constexpr const char* missing =
     "Previews and maps need Qt WebEngine: install qt6-webengine-dev and build Marbelot again";
+constexpr const char* refused = "Couldn't show that page";
 constexpr int cannotLoad = 127;  // how the dynamic linker ends a program whose libraries lack
+constexpr int wrongUsage = 2;
 
 // The helper's own display settings, which ours are not made for.
 QProcessEnvironment environment() {
@@ -36,6 +38,12 @@ QByteArray told(const WebWindowDescription& description) {
   return lines;
 }
 
+const char* problemOf(int code, QProcess::ExitStatus status) {
+  if (status != QProcess::NormalExit) return "";  // the code is a signal's
+  if (code == cannotLoad) return missing;
+  return code == wrongUsage ? refused : "";
+}
+
 class HelperWindow final : public WebWindow {
  public:
   explicit HelperWindow(WebWindowDescription description) : closed_(std::move(description.closed)) {
@@ -52,7 +60,7 @@ class HelperWindow final : public WebWindow {
         Qt::QueuedConnection);
     QObject::connect(
         &process_, &QProcess::finished, &process_,
-        [this](int code, QProcess::ExitStatus) { tell(code == cannotLoad ? missing : ""); },
+        [this](int code, QProcess::ExitStatus status) { tell(problemOf(code, status)); },
         Qt::QueuedConnection);
     const auto number = [](double points) { return QString::number(static_cast<int>(points)); };
     process_.start(QFile::decodeName(helperPath("marbelot-web").c_str()),

@@ -242,6 +242,8 @@ TEST_F(TextActionsTest, ChoosingOpensTheVeryLink) {
             "mailto:?body=http://example.com/a?b=c&d=%2520%23e");
   EXPECT_EQ(opened(link, "Email this link — Gmail (web)"),
             "https://mail.google.com/mail/?view=cm&fs=1&body=http://example.com/a?b=c&d=%2520%23e");
+  EXPECT_EQ(opened("https://example.com/100%?a=%2f%4", "Open https*"),
+            "https://example.com/100%25?a=%2f%254");
   EXPECT_EQ(opened("+1 (415) 555-2671, call me", "Call*"), "tel:+14155552671");
   EXPECT_EQ(opened("1600 Pennsylvania Ave NW\nWashington, DC 20500", "Open in Maps app"),
             "https://maps.apple.com/?q=1600%20Pennsylvania%20Ave%20NW,%20Washington,%20DC%2020500");

@@ -28,7 +28,8 @@ int main(int argc, char** argv) {
   const QString notFoundTitle = line();
   const bool map = arguments.value(1) == "map";
   const QSize size(arguments.value(2).toInt(), arguments.value(3).toInt());
-  const QUrl url(subject, QUrl::StrictMode);
+  // As browsers take links: a stray "%" or "|" is meant as it stands.
+  const QUrl url(subject, QUrl::TolerantMode);
   const bool isPage = url.isValid() && url.userInfo().isEmpty() &&
                       (url.scheme() == "https" || url.scheme() == "http");
   if (arguments.size() != 4 || size.isEmpty() || subject.isEmpty() || (!map && !isPage)) return 2;
