@@ -24,12 +24,15 @@ std::string problemOf(const QDBusError& error) {
   return text::shownTitle(error.message().toStdString());
 }
 
-void call(const QString& method, const QVariantList& arguments, Done done, Then then) {
+QDBusPendingCall send(const QString& method, const QVariantList& arguments) {
   QDBusMessage message = QDBusMessage::createMethodCall(name, "/org/gnome/Gnote/RemoteControl",
                                                         "org.gnome.Gnote.RemoteControl", method);
   message.setArguments(arguments);
-  auto* const asked = new QDBusPendingCallWatcher(
-      QDBusConnection::sessionBus().asyncCall(message, answerMilliseconds));
+  return QDBusConnection::sessionBus().asyncCall(message, answerMilliseconds);
+}
+
+void call(const QString& method, const QVariantList& arguments, Done done, Then then) {
+  auto* const asked = new QDBusPendingCallWatcher(send(method, arguments));
   QObject::connect(asked, &QDBusPendingCallWatcher::finished, asked,
                    [asked, done = std::move(done), then = std::move(then)] {
                      asked->deleteLater();
@@ -58,9 +61,14 @@ std::string noteText(std::string_view text) {
 }
 
 void fill(const QString& note, const QString& text, const Done& done) {
-  call("SetNoteContents", {note, text}, done, [note, done](const QDBusMessage& answer) {
-    if (!answer.arguments().value(0).toBool()) return done("");
-    call("DisplayNote", {note}, done, [done](const QDBusMessage&) { done(std::nullopt); });
+  const auto failed = [note, done](const std::optional<std::string>& problem) {
+    send("DeleteNote", {note});  // it is empty
+    done(problem);
+  };
+  call("SetNoteContents", {note, text}, failed, [note, done, failed](const QDBusMessage& answer) {
+    if (!answer.arguments().value(0).toBool()) return failed("");
+    send("DisplayNote", {note});  // the note is there, whether or not it is shown
+    done(std::nullopt);
   });
 }
 
