@@ -32,11 +32,11 @@ class Builder {
     }
   }
 
-  void openInAll(const std::string& url, const std::string& masked) {
+  void openInAll(const std::string& prefix, const std::string& url, const std::string& masked) {
     const auto* all = applications_(schemeOf(url));
     if (!all) return;
     for (const LinkApplication& application : *all)
-      add(application.name, url, application.id, masked, &application);
+      add(prefix + application.name, url, application.id, masked, &application);
   }
 
   // Leads to an endpoint, unless what it would be told does not fit into its URL.
@@ -136,7 +136,7 @@ void addSearch(Builder& menu, const TextTargets& targets) {
   menu.open("Search the web for " + targets.preview +
                 (targets.query.whole ? "" : " (only its beginning)"),
             url, masked);
-  menu.openInOthers("Search in ", url, masked);
+  menu.openInAll("Search in ", url, masked);
 }
 
 }  // namespace
@@ -159,7 +159,7 @@ std::shared_ptr<Menu> actionMenu(const SharedText& text, const TextTargets& targ
 
 std::shared_ptr<Menu> openInMenu(const TextTarget& link, const ApplicationsFor& applications) {
   auto menu = std::make_shared<Menu>();
-  Builder(*menu, applications).openInAll(link.url, link.shown);
+  Builder(*menu, applications).openInAll("", link.url, link.shown);
   if (menu->items.empty()) menu->addDisabled("No applications for links found");
   return menu;
 }

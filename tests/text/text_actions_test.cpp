@@ -205,6 +205,7 @@ TEST_F(TextActionsTest, EachKindAddsItsGroup) {
             "Copy number\n"
             "-\n"
             "Search the web for “ann@example.org, https://examp…”\n"
+            "Search in Web\n"
             "Search in Other Web\n"
             "Add to Calendar…\n"
             "Add to Notes\n");
@@ -214,6 +215,7 @@ TEST_F(TextActionsTest, EachKindAddsItsGroup) {
             "Copy address\n"
             "-\n"
             "Search the web for “1600 Pennsylvania Ave NW⏎Washi…”\n"
+            "Search in Web\n"
             "Search in Other Web\n"
             "Add to Calendar…\n"
             "Add to Notes\n");
