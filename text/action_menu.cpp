@@ -40,8 +40,9 @@ class Builder {
   }
 
   // Leads to an endpoint, unless what it would be told does not fit into its URL.
-  void compose(std::string title, std::string_view endpoint, const TextTarget& told) {
-    const EncodedText value = percentEncoded(told.value, longestQuery);
+  void compose(std::string title, std::string_view endpoint, const TextTarget& told,
+               std::size_t longest = longestQuery) {
+    const EncodedText value = percentEncoded(told.value, longest);
     if (value.whole) {
       open(std::move(title), std::string(endpoint) + value.text,
            std::string(endpoint) + told.shown);
@@ -104,7 +105,8 @@ void addLink(Builder& menu, const TextTarget& link) {
   menu.beginGroup();
   menu.open("Open " + link.shown + " — default browser", link.url, link.shown);
   menu.openInOthers("Open in ", link.url, link.shown);
-  menu.compose("Email this link — default mail app", "mailto:?body=", link);
+  constexpr std::string_view letter = "mailto:?body=";  // for a program here, not for a server
+  menu.compose("Email this link — default mail app", letter, link, longestLink - letter.size());
   menu.compose("Email this link — Gmail (web)", endpoints::composeBody, link);
   menu.copy("Copy link", link);
   menu.act("Preview…", "previewURLAction:", share(link.url), link.shown);
