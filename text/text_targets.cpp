@@ -1,5 +1,7 @@
 #include "text/text_targets.h"
 
+#include <algorithm>
+
 #include "classification/classifier.h"
 #include "platform/detection.h"
 #include "platform/text.h"
@@ -69,6 +71,20 @@ void take(const Detection& found, std::string_view text, TextTargets& targets) {
   }
 }
 
+// The first address that is not too long to be one.
+std::optional<TextTarget> addressIn(std::string_view text) {
+  constexpr auto kind = static_cast<unsigned>(DetectionKind::address);
+  const auto isOne = [&](const Detection& found) {
+    return lineCount(text.substr(found.range.start, found.range.length)) <= mostAddressLines;
+  };
+  const auto first = firstDetection(text, kind);
+  if (!first) return std::nullopt;
+  if (isOne(*first)) return target(first->value);
+  const std::vector<Detection> all = detect(text, kind);
+  const auto found = std::find_if(all.begin(), all.end(), isOne);
+  return found == all.end() ? std::nullopt : std::optional(target(found->value));
+}
+
 }  // namespace
 
 TextTargets findTargets(std::string_view text) {
@@ -78,10 +94,7 @@ TextTargets findTargets(std::string_view text) {
     if (targets.label.empty()) targets.label = labelFor(found);
     take(found, text, targets);
   }
-  const auto address = firstDetection(text, static_cast<unsigned>(DetectionKind::address));
-  if (address &&
-      lineCount(text.substr(address->range.start, address->range.length)) <= mostAddressLines)
-    targets.address = target(address->value);
+  targets.address = addressIn(text);
   if (targets.label.empty()) targets.label = targets.address ? "Address — map…" : "Text actions…";
   targets.preview = maskedPreview(text, previewCharacters);
   targets.query = percentEncoded(text, longestQuery);
