@@ -34,41 +34,40 @@ TextTarget target(std::string value, std::string url = {}) {
   return {std::move(value), std::move(title), std::move(url)};
 }
 
-std::string schemeOf(std::string_view url) {
-  return text::lowercased(url.substr(0, url.find(':')));
+std::string withLowerScheme(std::string_view url) {
+  const std::size_t colon = std::min(url.find(':'), url.size());
+  return text::lowercased(url.substr(0, colon)) + std::string(url.substr(colon));
 }
 
-// One of the labels for what stands first.
-std::string labelFor(const Detection& first) {
-  if (first.kind == DetectionKind::phone) return "Call number…";
-  const std::string scheme = schemeOf(first.value);
-  if (scheme == "mailto") return "Email address…";
-  return scheme == "http" || scheme == "https" ? "Open link…" : "Open…";
+bool isWebOrMail(std::string_view url) {
+  return url.starts_with("http:") || url.starts_with("https:") || url.starts_with(mailScheme);
 }
 
-// A link that we know how to open must be fit for it; others are there to be copied.
-bool isOffered(const std::string& url) {
-  const std::string scheme = schemeOf(url);
-  const bool ours = scheme == "http" || scheme == "https" || scheme == "mailto";
-  return ours ? isOpenable(url) : isHonest(url) && url.size() <= longestLink;
-}
-
-void take(const Detection& found, std::string_view text, TextTargets& targets) {
+// Keeps the first of each kind. The submenu's label for what was found; empty when it is not to be
+// offered.
+std::string_view take(const Detection& found, std::string_view text, TextTargets& targets) {
   if (found.kind == DetectionKind::phone) {
-    if (targets.phone) return;
     const std::string url = "tel:" + found.value;
-    if (!isOpenable(url)) return;
-    targets.phone = target(flatten(text.substr(found.range.start, found.range.length), " "), url);
-    return;
+    if (!isOpenable(url)) return {};
+    if (!targets.phone)
+      targets.phone = target(flatten(text.substr(found.range.start, found.range.length), " "), url);
+    return "Call number…";
   }
-  const std::string url = withWholeEscapes(found.value);
-  if (found.value.starts_with(mailScheme)) {
-    if (!targets.mail) targets.mail = target(found.value.substr(mailScheme.size()), url);
-  } else if (isWebLink(url)) {
-    if (!targets.link) targets.link = target(found.value, url);
-  } else if (!targets.other) {
-    targets.other = target(found.value, isOpenable(url) ? url : "");
+  const std::string value = withLowerScheme(found.value);
+  const std::string url = withWholeEscapes(value);
+  const bool openable = isOpenable(url);
+  // A link that we know how to open must be fit for it; others are there to be copied.
+  if (!openable && (isWebOrMail(url) || !isHonest(url) || url.size() > longestLink)) return {};
+  if (value.starts_with(mailScheme)) {
+    if (!targets.mail) targets.mail = target(value.substr(mailScheme.size()), url);
+    return "Email address…";
   }
+  if (isWebOrMail(value)) {
+    if (!targets.link) targets.link = target(value, url);
+    return "Open link…";
+  }
+  if (!targets.other) targets.other = target(value, openable ? url : "");
+  return "Open…";
 }
 
 // The first address that is not too long to be one.
@@ -90,9 +89,8 @@ std::optional<TextTarget> addressIn(std::string_view text) {
 TextTargets findTargets(std::string_view text) {
   TextTargets targets;
   for (const Detection& found : detect(text, DetectionKind::link | DetectionKind::phone)) {
-    if (found.kind == DetectionKind::link && !isOffered(found.value)) continue;
-    if (targets.label.empty()) targets.label = labelFor(found);
-    take(found, text, targets);
+    const std::string_view label = take(found, text, targets);
+    if (targets.label.empty()) targets.label = label;
   }
   targets.address = addressIn(text);
   if (targets.label.empty()) targets.label = targets.address ? "Address — map…" : "Text actions…";

@@ -244,6 +244,10 @@ TEST_F(TextActionsTest, ChoosingOpensTheVeryLink) {
             "mailto:?body=http://example.com/a?b=c&d=%2520%23e");
   EXPECT_EQ(opened(link, "Email this link — Gmail (web)"),
             "https://mail.google.com/mail/?view=cm&fs=1&body=http://example.com/a?b=c&d=%2520%23e");
+  EXPECT_EQ(opened("HTTPS://example.com/A", "Open in Other Web"),
+            "https://example.com/A in Other Web.desktop");
+  EXPECT_EQ(opened("MAILTO:Ann@example.org", "Email in Letters"),
+            "mailto:Ann@example.org in Letters.desktop");
   EXPECT_EQ(opened("https://example.com/100%?a=%2f%4", "Open https*"),
             "https://example.com/100%25?a=%2f%254");
   EXPECT_EQ(opened("+1 (415) 555-2671, call me", "Call*"), "tel:+14155552671");
