@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <regex>
 
 #include "platform/files.h"
 #include "platform/memory/memory_platform.h"
@@ -88,10 +89,9 @@ TEST(CalendarEvent, IsWrittenToTheByte) {
   EXPECT_EQ(lineOf(characters, "SUMMARY"), characters);
   EXPECT_EQ(lineOf(characters + "x", "SUMMARY"), characters + "…");
   EXPECT_EQ(lineOf("", "SUMMARY"), "");
-  const std::string uuid = newUuid();
-  EXPECT_EQ(uuid.size(), 36U);
-  EXPECT_EQ(uuid.find_first_not_of("0123456789ABCDEF-"), std::string::npos);
-  EXPECT_NE(uuid, newUuid());
+  const std::regex uuid("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(std::regex_match(newUuid(), uuid));
+  EXPECT_NE(newUuid(), newUuid());
 }
 
 TEST(CalendarEvent, MomentsAreTheUsersAlsoWhereClocksChange) {
