@@ -136,7 +136,10 @@ AppDelegate::AppDelegate(Platform& platform)
   };
 }
 
-AppDelegate::~AppDelegate() { history_.finishSaving(); }
+AppDelegate::~AppDelegate() {
+  history_.finishSaving();
+  textSaving_.finishSaving();
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
   if (!platform_.statusItem.setSymbol(idleSymbol, "Marbelot"))

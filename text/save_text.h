@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <map>
 #include <string>
 #include <string_view>
@@ -26,6 +27,8 @@ class TextSaving {
 
   // Asks where, writes the text there as UTF-8, and tells how that went.
   void save(const SharedText& text, std::string_view base);
+  // Waits for what is being written, for at most a few seconds: at the end of the application.
+  void finishSaving();
 
   // The wall clock, seconds since 1970.
   std::function<double()> clock = text::now;
@@ -35,7 +38,11 @@ class TextSaving {
 
   Platform& platform_;
   Shell& shell_;
-  std::map<std::uint64_t, Task> writing_;
+  struct Writing {
+    Task task;
+    std::future<void> done;
+  };
+  std::map<std::uint64_t, Writing> writing_;
   std::uint64_t lastWrite_ = 0;
 };
 
