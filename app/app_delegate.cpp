@@ -260,6 +260,7 @@ void AppDelegate::refreshLists() {
 
 void AppDelegate::menuWillOpen() {
   menuIsOpen_ = true;
+  panels_.hud.menuWillOpen();
   bringMenuUpToDate();
 }
 
@@ -280,6 +281,9 @@ void AppDelegate::bringMenuUpToDate() {
   analyses_.forgetGone();
 }
 
-void AppDelegate::menuItemChosen(const MenuItem& item) { actions_.perform(item); }
+void AppDelegate::menuItemChosen(const MenuItem& item) {
+  panels_.hud.menuItemChosen();
+  actions_.perform(item);
+}
 
 }  // namespace marbelot

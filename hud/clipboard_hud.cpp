@@ -145,7 +145,22 @@ void ClipboardHUD::handOver(Panel& panel, const std::string& spec) {
   if (spec != "done") openEditor_(content, origin, thumbnail, spec);
 }
 
+void ClipboardHUD::menuWillOpen() {
+  menuFrame_.reset();
+  keyPressed_ = false;
+  handOver_.cancel();
+  menuKeys_ = platform_.keyMonitors.addLocal([this](const KeyEvent&) {
+    keyPressed_ = true;
+    return false;
+  });
+}
+
 void ClipboardHUD::menuWillHighlight(const MenuItem* item) {
+  if (item) {
+    keyPressed_ = false;
+    if (item->payload || menuHUD.hudContent || previewHUD.hudContent)
+      menuFrame_ = platform_.statusItem.openMenuFrame();
+  }
   if (item && item->payload) {
     hudHideTimer.cancel();
     menuHUD.watch.stop();
@@ -169,8 +184,20 @@ void ClipboardHUD::menuWillHighlight(const MenuItem* item) {
   });
 }
 
+// A click beside an open menu closes it, and reaches nothing else: it is handed over to the panel
+// that was clicked. A key and an item that was chosen close the menu as well.
 void ClipboardHUD::menuDidClose() {
+  menuKeys_.cancel();
+  hudHideTimer.cancel();
+  if (menuHUD.hudContent) menuHUD.watch.start(*menuHUD.previewHUDWindow, leavingSeconds);
   const Point pointer = platform_.screens.pointer();
+  const auto menu = std::exchange(menuFrame_, std::nullopt);
+  if (keyPressed_ || (menu && menu->contains(pointer))) return;
+  // What was chosen is told after the closing.
+  handOver_ = platform_.queue.after(0, [this, pointer] { handOverAt(pointer); });
+}
+
+void ClipboardHUD::handOverAt(Point pointer) {
   for (Panel* panel : {&menuHUD, &previewHUD}) {
     if (!panel->hudContent || !panel->previewHUDWindow->isVisible()) continue;
     if (!panel->previewHUDWindow->frame().contains(pointer)) continue;
@@ -178,17 +205,14 @@ void ClipboardHUD::menuDidClose() {
     handOver(*panel, id == hudFace || id == hudCard ? std::string() : id);
     return;
   }
-  hudHideTimer.cancel();
-  if (menuHUD.hudContent) menuHUD.watch.start(*menuHUD.previewHUDWindow, leavingSeconds);
 }
 
 Point ClipboardHUD::besideMenu(Size size) const {
-  const auto menu = platform_.statusItem.openMenuFrame();
-  if (!menu) return placement_.origin(size);
+  if (!menuFrame_) return placement_.origin(size);
   const Rect area = placement_.area();
   // A submenu opens where there is room; the menus before it are on its other side.
-  const double left = menu->x - menuGap - size.width, right = menu->maxX() + menuGap;
-  const bool onRight = area.maxX() - menu->maxX() >= menu->x - area.x;
+  const double left = menuFrame_->x - menuGap - size.width, right = menuFrame_->maxX() + menuGap;
+  const bool onRight = area.maxX() - menuFrame_->maxX() >= menuFrame_->x - area.x;
   const double y = platform_.screens.pointer().y - size.height / 2;
   return originWithin(area, size, {onRight ? right : left, y});
 }

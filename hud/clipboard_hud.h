@@ -45,8 +45,10 @@ class ClipboardHUD {
   void hide();
 
   // The status menu tells what happens in it.
+  void menuWillOpen();
   void menuWillHighlight(const MenuItem* item);
   void menuDidClose();
+  void menuItemChosen() { handOver_.cancel(); }
 
   // Shows a whole text near the pointer for a while, unmasked. False when there is no room for it.
   [[nodiscard]] bool reveal(const SharedText& text);
@@ -78,6 +80,7 @@ class ClipboardHUD {
   void makeWindow(Panel& panel);
   void place();
   void handOver(Panel& panel, const std::string& spec);
+  void handOverAt(Point pointer);
   void hide(Panel& panel, bool fades);
   Point besideMenu(Size size) const;
   Measure measure() const;
@@ -90,6 +93,9 @@ class ClipboardHUD {
   const OpenEditor openEditor_;
 
   std::shared_ptr<const HUDPayload> highlighted_;  // what menuHUD shows
+  std::optional<Rect> menuFrame_;                  // of the menu in which something is highlighted
+  bool keyPressed_ = false;                        // in the menu, and nothing highlighted since
+  Task menuKeys_, handOver_;
   std::unique_ptr<Window> revealWindow_;
   HUDClickView revealView_;
   Task revealHide_;

@@ -130,6 +130,34 @@ TEST_F(ClipboardHUDTest, OpensTheEditorWhereThePreviewWasClickedAsTheMenuCloses)
   EXPECT_EQ(std::get<Button>(editor->find("pin")->content).symbol, "pin.fill");
 }
 
+TEST_F(ClipboardHUDTest, TakesNoOtherClosingOfTheMenuForAClickOnThePreview) {
+  perform("toggleClipboardHUD");
+  const MenuItem entry = item(picture(300, 200));
+  const auto opensEditor = [&](const std::function<void(const Rect& hud)>& beforeClosing,
+                               const std::string& action = {}) {
+    menu().menuWillOpen();
+    menu().menuWillHighlightItem(&entry);
+    const Rect hud = shown("hud")->at;
+    desk_.screens.at = {hud.midX(), hud.midY()};
+    beforeClosing(hud);
+    menu().menuDidClose();
+    if (!action.empty()) perform(action);
+    desk_.queue.advance(0);
+    return shown("editor") != nullptr;
+  };
+  const auto nothing = [](const Rect&) {};
+  EXPECT_FALSE(opensEditor(nothing, "toggleConcat"));
+  EXPECT_FALSE(
+      opensEditor([this](const Rect&) { desk_.keyMonitors.pressHere({.code = KeyCode::escape}); }));
+  // The menu lies over the preview.
+  EXPECT_FALSE(opensEditor([&](const Rect& hud) {
+    desk_.statusItem.menuFrame = hud;
+    menu().menuWillHighlightItem(&entry);
+  }));
+  desk_.statusItem.menuFrame.reset();
+  EXPECT_TRUE(opensEditor(nothing));
+}
+
 TEST_F(ClipboardHUDTest, ClosingTheMenuElsewhereLeavesThePreviewToItsOwnRule) {
   const MenuItem entry = item(share("entry"));
   menu().menuWillHighlightItem(&entry);
