@@ -92,19 +92,31 @@ void HUDEditor::makePanel() {
 
 void HUDEditor::open(const Content& content, std::optional<Point> origin,
                      const std::optional<Image>& thumbnail, const std::string& spec) {
+  // Asked now, because the steps before it may write to the clipboard.
+  const PasteboardContents clipboard = platform_.pasteboard.contents();
+  const auto* image = std::get_if<Image>(&content);
+  const bool concealed = image ? clipboard.conceals(*image)
+                               : clipboard.concealed && clipboard.text &&
+                                     *clipboard.text == *std::get<SharedText>(content);
+  opening_ = [this, content, concealed, origin, thumbnail, spec] {
+    show(content, concealed, origin, thumbnail, spec);
+  };
+  runSteps();
+}
+
+void HUDEditor::show(const Content& content, bool concealed, std::optional<Point> origin,
+                     const std::optional<Image>& thumbnail, const std::string& spec) {
   // Whoever opens something else does not mean to lose what was edited.
   if (hudEditorImage && hudEditorEdited && !hudEditorCopied && !concealed_ && hooks.keep)
     hooks.keep(*hudEditorImage);
   close();
   if (!hudEditorPanel) makePanel();
-  const PasteboardContents clipboard = platform_.pasteboard.contents();
+  concealed_ = concealed;
   if (const auto* image = std::get_if<Image>(&content)) {
     hudEditorImage = *image;
-    concealed_ = clipboard.conceals(*image);
     shown_ = thumbnail;
   } else {
     hudEditorText = std::get<SharedText>(content);
-    concealed_ = clipboard.concealed && clipboard.text && *clipboard.text == *hudEditorText;
   }
   HUDLayout layout = hudEditorImage ? imagePanel() : textPanel();
   hudEditorPanel->setContent(layout.size, std::move(layout.views));
@@ -242,6 +254,8 @@ void HUDEditor::runSteps() {
     steps_.pop_front();
     step();
   }
+  if (editing_) return;
+  if (const auto opening = std::exchange(opening_, nullptr)) opening();
 }
 
 void HUDEditor::startEdit(Edit edit) {

@@ -50,6 +50,7 @@ class HUDEditor {
 
   // Shows the content with its lower left corner at `origin`, or at the panels' place, and presses
   // the button `spec`, unless that is empty. `thumbnail`: of a picture as it was shown already.
+  // What was asked for before is finished first.
   void open(const Content& content, std::optional<Point> origin = {},
             const std::optional<Image>& thumbnail = {}, const std::string& spec = {});
   // Whether the present contents of the clipboard were put there by the editor.
@@ -71,6 +72,8 @@ class HUDEditor {
 
  private:
   void makePanel();
+  void show(const Content& content, bool concealed, std::optional<Point> origin,
+            const std::optional<Image>& thumbnail, const std::string& spec);
   void rebuild();
   void layOut(Size size, std::vector<View> views);
   ImageRoom imageRoom() const;
@@ -118,6 +121,7 @@ class HUDEditor {
   bool cropping_ = false;          // elsewhere, while the panel is hidden
   std::int64_t copiedCount_ = -1;  // the clipboard's, of the last copy
   std::deque<std::function<void()>> steps_;
+  std::function<void()> opening_;  // of something else, when there are no more steps
   bool editing_ = false;
   Task working_, pressing_, open_;
   std::map<std::uint64_t, Task> saves_;

@@ -332,6 +332,22 @@ TEST_F(HUDEditorTest, KeepsAnEditInTheHistoryWhenSomethingElseIsOpened) {
   EXPECT_EQ(*desk_.pasteboard.contents().text, "text");
 }
 
+TEST_F(HUDEditorTest, FinishesWhatIsUnderWayBeforeSomethingElseIsOpened) {
+  copy("first");
+  copy("second");
+  desk_.queue.holdBackground = true;
+  ASSERT_TRUE(editor_->press("group:border"));
+  editor_->popUpChosen(*memory::itemAt(*editor_->popUp, {"Red"}));
+  editor_->press("save");
+  click(canvas(shown("hud")));
+  EXPECT_EQ(caption(), "300 × 200");
+  desk_.queue.holdBackground = false;
+  desk_.queue.drain();
+  EXPECT_EQ(*editor_->text("hudEditorText"), "second");
+  EXPECT_TRUE(last().starts_with("Saved Edit ")) << last();
+  EXPECT_TRUE(inMenu("312 × 212"));
+}
+
 TEST_F(HUDEditorTest, CropsAndTakesTheResultAsAnEdit) {
   press(editor_, "crop");
   memory::MemoryWindow* crop = shown("crop");
