@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hud/arrow_panel.h"
+#include "image/edit_request.h"
 #include "image/image_file.h"
 #include "image/operations.h"
 #include "platform/files.h"
@@ -107,8 +108,13 @@ void HUDEditor::open(const Content& content, std::optional<Point> origin,
 void HUDEditor::show(const Content& content, bool concealed, std::optional<Point> origin,
                      const std::optional<Image>& thumbnail, const std::string& spec) {
   // Whoever opens something else does not mean to lose what was edited.
-  if (hudEditorImage && hudEditorEdited && !hudEditorCopied && !concealed_ && hooks.keep)
-    hooks.keep(*hudEditorImage);
+  if (hudEditorImage && hudEditorEdited && !hudEditorCopied) {
+    if (concealed_) {
+      shell_.notify(overtakenMessage);
+    } else if (hooks.keep) {
+      hooks.keep(*hudEditorImage);
+    }
+  }
   close();
   if (!hudEditorPanel) makePanel();
   concealed_ = concealed;

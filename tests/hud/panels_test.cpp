@@ -332,6 +332,27 @@ TEST_F(HUDEditorTest, KeepsAnEditInTheHistoryWhenSomethingElseIsOpened) {
   EXPECT_EQ(*desk_.pasteboard.contents().text, "text");
 }
 
+TEST_F(HUDEditorTest, SaysThatAnEditOfASecretIsDroppedWhenSomethingElseIsOpened) {
+  PasteboardContents secret;
+  secret.image = picture(50, 40);
+  secret.concealed = true;
+  desk_.pasteboard.copyElsewhere(secret, true);
+  desk_.queue.drain();
+  const auto openFromMenu = [this](const Content& content) {
+    MenuItem entry;
+    entry.payload = std::make_shared<const HUDPayload>(HUDPayload{content});
+    desk_.statusItem.delegate->menuWillHighlightItem(&entry);
+    click(canvas(shown("hud")));
+    desk_.queue.drain();
+  };
+  openFromMenu(*secret.image);
+  pick("border", "Red");
+  EXPECT_EQ(caption(), "62 × 52 — edited");
+  openFromMenu(share("text"));
+  EXPECT_EQ(*editor_->text("hudEditorText"), "text");
+  EXPECT_EQ(last(), "The clipboard has changed meanwhile");
+}
+
 TEST_F(HUDEditorTest, FinishesWhatIsUnderWayBeforeSomethingElseIsOpened) {
   copy("first");
   copy("second");
