@@ -21,11 +21,11 @@ class UndoStack {
  public:
   static constexpr std::int64_t memoryLimit = std::int64_t{512} << 20;  // bytes of pixels
 
-  // The oldest ones go where there is no room for all.
+  // The oldest ones go where there is no room for all; the last edit can always be undone.
   void push(EditedPicture picture) {
     bytes_ += bytesOf(picture);
     pictures_.push_back(std::move(picture));
-    while (bytes_ > memoryLimit) {
+    while (bytes_ > memoryLimit && size() > 1) {
       bytes_ -= bytesOf(pictures_.front());
       pictures_.pop_front();
     }

@@ -415,6 +415,10 @@ TEST(UndoStack, DropsTheOldestWhereMemoryEnds) {
   EXPECT_EQ(stack.size(), 4U);
   for (int side = 8005; side > 8001; --side) EXPECT_EQ(stack.pop()->image.width(), side);
   EXPECT_FALSE(stack.pop());
+  EditedPicture large = picture(20000);
+  large.thumbnail = large.image;
+  stack.push(large);
+  EXPECT_TRUE(stack.pop());
 }
 
 TEST_F(PanelsTest, ShowsTheCollectionInTheEditorAndCopiesItWhole) {
