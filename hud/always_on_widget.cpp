@@ -220,23 +220,13 @@ void AlwaysOnWidget::setViews(HUDLayout content) {
 }
 
 Rect AlwaysOnWidget::area() const {
-  const auto screens = platform_.screens.all();
-  if (screens.empty()) return screenArea(screens, {});
   // Before it has been shown, its screen is the one on which it was left.
   const auto stored = storedOrigin();
   const bool known = alwaysHUDWindow && alwaysHUDWindow->isVisible();
   const Rect frame = known    ? alwaysHUDWindow->frame()
                      : stored ? Rect{stored->x, stored->y, 1, 1}
                               : Rect{};
-  const Screen* best = &screens.front();
-  double most = 0;
-  for (const Screen& screen : screens) {
-    const Rect common = screen.frame.intersection(frame);
-    if (common.width * common.height <= most) continue;
-    most = common.width * common.height;
-    best = &screen;
-  }
-  return best->visibleFrame;
+  return screenAreaOf(platform_.screens.all(), frame);
 }
 
 int AlwaysOnWidget::corner() const {

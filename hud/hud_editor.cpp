@@ -167,7 +167,8 @@ void HUDEditor::rebuild() {
   if (!hudEditorPanel) return;
   HUDLayout layout = hudEditorImage ? imagePanel() : textPanel();
   const Rect old = hudEditorPanel->frame();
-  const Rect area = placement_.area();
+  // The pointer may be on another screen by now.
+  const Rect area = screenAreaOf(platform_.screens.all(), old);
   const int place = placement_.placement();
   const double wider = layout.size.width - old.width, higher = layout.size.height - old.height;
   hudEditorPanel->setContent(layout.size, std::move(layout.views));

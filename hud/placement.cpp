@@ -37,6 +37,19 @@ Rect screenArea(const std::vector<Screen>& screens, Point pointer) {
   return at == screens.end() ? screens.front().visibleFrame : at->visibleFrame;
 }
 
+Rect screenAreaOf(const std::vector<Screen>& screens, const Rect& frame) {
+  if (screens.empty()) return areaWithoutScreen;
+  const Screen* best = &screens.front();
+  double most = 0;
+  for (const Screen& screen : screens) {
+    const Rect common = screen.frame.intersection(frame);
+    if (common.width * common.height <= most) continue;
+    most = common.width * common.height;
+    best = &screen;
+  }
+  return best->visibleFrame;
+}
+
 Point originForPlacement(Size panel, int placement, const Rect& area) {
   const std::array<double, 3> x{area.x + edgeMargin, area.midX() - panel.width / 2,
                                 area.maxX() - panel.width - edgeMargin};

@@ -21,6 +21,9 @@ int placementOf(std::int64_t stored);
 // The visible part of the screen with the pointer, else of the main screen.
 Rect screenArea(const std::vector<Screen>& screens, Point pointer);
 
+// The visible part of the screen that shows most of the frame, else of the main screen.
+Rect screenAreaOf(const std::vector<Screen>& screens, const Rect& frame);
+
 // The lower left corner of a panel. It keeps a margin to the area's edges; of one that is larger
 // than the area, the lower left part shows.
 Point originForPlacement(Size panel, int placement, const Rect& area);

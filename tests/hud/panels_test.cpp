@@ -273,6 +273,13 @@ TEST_F(HUDEditorTest, TakesStepsInTheirOrderWhileAnEditIsUnderWay) {
   EXPECT_EQ(caption(), "150 × 100 — edited");
 }
 
+TEST_F(HUDEditorTest, StaysOnItsScreenWhereverThePointerIs) {
+  desk_.screens.screens.push_back({{1440, 0, 1440, 900}, {1440, 0, 1440, 900}, 1});
+  desk_.screens.at = {2000, 400};
+  pick("transform", "Rotate right 90°");
+  EXPECT_LE(editor_->at.maxX(), 1440);
+}
+
 TEST_F(HUDEditorTest, AFailedEditChangesNothing) {
   pick("transform", "Resize to 25%");
   pick("transform", "Resize to 25%");
