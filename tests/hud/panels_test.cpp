@@ -296,13 +296,14 @@ TEST_F(HUDEditorTest, AFailedEditChangesNothing) {
 }
 
 TEST_F(HUDEditorTest, SavesUnderNamesThatAreFree) {
+  // Until two of them fall into the same second.
   press(editor_, "save");
-  press(editor_, "save");
+  for (int more = 0; more < 50 && !last().ends_with(" (2).png"); ++more) press(editor_, "save");
   const auto& posted = desk_.notices.posted;
   ASSERT_GE(posted.size(), 2U);
   const std::string first = posted[posted.size() - 2].text, second = last();
   EXPECT_TRUE(first.starts_with("Saved Edit ") && first.ends_with(".png")) << first;
-  EXPECT_NE(first, second);
+  EXPECT_EQ(second, first.substr(0, first.size() - 4) + " (2).png");
   const std::string folder = home_ / "Pictures/Marbelot";
   EXPECT_TRUE(std::filesystem::exists(folder + "/" + first.substr(6)));
   EXPECT_TRUE(std::filesystem::exists(folder + "/" + second.substr(6)));
@@ -465,9 +466,6 @@ TEST_F(WidgetTest, FollowsTheClipboardAndDrawsNothingWhileItIsUnchanged) {
   EXPECT_EQ(widget().redrawn, redrawn);
   copy(picture(400, 100));
   EXPECT_EQ(face(&widget()).images.size(), 1U);
-  // What the program writes itself is shown as well.
-  perform("copyConcat");
-  EXPECT_TRUE(widget().description.panel);
   press(&widget(), "close");
   EXPECT_FALSE(shown("widget"));
   EXPECT_EQ(desk_.defaults.stored.at("alwaysOnPreview").asBool(), false);
