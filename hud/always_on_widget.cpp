@@ -10,6 +10,8 @@ namespace {
 constexpr double cornerMargin = 12;
 constexpr double buttonSide = 15;
 constexpr double buttonMargin = 2;
+// A drag is many moves, and each that is stored writes a file.
+constexpr double restSeconds = 0.2;
 
 constexpr const char* widgetView = "widget";
 constexpr const char* closeId = "close";
@@ -112,6 +114,7 @@ void AlwaysOnWidget::hideAlwaysOnWidget() {
 
 void AlwaysOnWidget::refresh() {
   if (!alwaysOnPreview) {
+    storeMove();
     if (!alwaysHUDWindow || !alwaysHUDWindow->isVisible()) return;
     alwaysHUDWindow->hide();
     thumbnails_.cancel();
@@ -240,6 +243,7 @@ std::optional<Point> AlwaysOnWidget::storedOrigin() const {
 }
 
 void AlwaysOnWidget::place() {
+  storeMove();
   const Size size = alwaysHUDWindow->frame().size();
   const int at = corner();
   const auto stored = storedOrigin();
@@ -255,6 +259,8 @@ void AlwaysOnWidget::moveTo(Point origin) {
 }
 
 void AlwaysOnWidget::snapAlwaysHUD(int corner) {
+  storing_.cancel();
+  moved_.reset();
   alwaysHUDCorner = corner;
   if (!alwaysHUDWindow) return;
   const Point origin = widgetCornerOrigin(corner, alwaysHUDWindow->frame().size(), area());
@@ -263,7 +269,10 @@ void AlwaysOnWidget::snapAlwaysHUD(int corner) {
   alwaysHUDY = origin.y;
 }
 
-void AlwaysOnWidget::cycleAlwaysHUDCorner() { snapAlwaysHUD(nextWidgetCorner(corner())); }
+void AlwaysOnWidget::cycleAlwaysHUDCorner() {
+  storeMove();
+  snapAlwaysHUD(nextWidgetCorner(corner()));
+}
 
 void AlwaysOnWidget::windowDidMove() {
   if (suppressHUDMoveSave || !alwaysHUDWindow || !alwaysHUDWindow->isVisible()) return;
@@ -271,9 +280,16 @@ void AlwaysOnWidget::windowDidMove() {
   // The system may tell of the program's own moves later.
   if (put_ && std::abs(put_->x - origin.x) < 1 && std::abs(put_->y - origin.y) < 1) return;
   put_.reset();
+  moved_ = origin;
+  storing_ = platform_.queue.after(restSeconds, [this] { storeMove(); });
+}
+
+void AlwaysOnWidget::storeMove() {
+  const auto origin = std::exchange(moved_, std::nullopt);
+  if (!origin) return;
   alwaysHUDCorner = freeWidgetPosition;
-  alwaysHUDX = origin.x;
-  alwaysHUDY = origin.y;
+  alwaysHUDX = origin->x;
+  alwaysHUDY = origin->y;
 }
 
 void AlwaysOnWidget::screensChanged() {

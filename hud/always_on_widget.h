@@ -63,6 +63,7 @@ class AlwaysOnWidget {
   AlwaysOnWidget(Platform& platform, Shell& shell, ActionTable& actions, TextAnalyses& analyses,
                  std::function<bool(const PasteboardContents&)> withheld, ContentItems contentItems,
                  std::function<void()> openBigPreview);
+  ~AlwaysOnWidget() { storeMove(); }
 
   Setting<bool> alwaysOnPreview{
       platform_.defaults,
@@ -98,6 +99,7 @@ class AlwaysOnWidget {
   void place();
   void moveTo(Point origin);
   void windowDidMove();
+  void storeMove();
   void screensChanged();
   Rect area() const;
   int corner() const;
@@ -115,8 +117,9 @@ class AlwaysOnWidget {
   HUDClickView face_;
   Thumbnails thumbnails_;
   bool provisional_ = false;
-  std::optional<Point> put_;  // where the program put it last
-  Task screens_;
+  std::optional<Point> put_;    // where the program put it last
+  std::optional<Point> moved_;  // where the user dragged it, until that is stored
+  Task storing_, screens_;
 };
 
 }  // namespace marbelot

@@ -477,8 +477,12 @@ TEST_F(WidgetTest, RemembersWhereItWasDraggedAndSnapsToCorners) {
   EXPECT_EQ(widget().at.origin(), (Point{12, 12}));
   perform("cycleAlwaysHUDCorner");
   EXPECT_EQ(corner(), 0);
-  widget().setOrigin({200, 100}, false);  // as the user does
+  const int writes = desk_.defaults.writes;
+  for (double x = 300; x >= 200; --x) widget().setOrigin({x, 100}, false);  // as the user does
+  desk_.queue.advance(0.3);
   EXPECT_EQ(corner(), -1);
+  EXPECT_EQ(desk_.defaults.stored.at("alwaysHUDOriginX").asDouble(), 200);
+  EXPECT_EQ(desk_.defaults.writes, writes + 3);
   perform("cycleAlwaysHUDCorner");
   EXPECT_EQ(corner(), 3);
   widget().setOrigin({1300, 860}, false);
