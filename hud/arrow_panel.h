@@ -9,6 +9,9 @@
 
 namespace marbelot {
 
+// After this time a panel that fades out is gone, in seconds; what it showed is let go of then.
+inline constexpr double fadedSeconds = 1;
+
 // Can have the keys, but is never what the user works in; above everything, on every desktop.
 struct HUDArrowPanel : WindowDescription {
   // Gets the code of a key that is pressed in the panel, and tells whether it has taken it.

@@ -84,6 +84,7 @@ HUDLayout ClipboardHUD::layoutFor(Panel& panel, const Content& content) {
 }
 
 void ClipboardHUD::fill(Panel& panel, const Content& content) {
+  panel.forget.cancel();
   panel.hudContent = content;
   panel.thumbnails.cancel();
   HUDLayout layout = layoutFor(panel, content);
@@ -133,6 +134,7 @@ void ClipboardHUD::hide(Panel& panel, bool fades) {
   panel.hudContent.reset();
   if (!panel.previewHUDWindow || !panel.previewHUDWindow->isVisible()) return;
   fades ? panel.previewHUDWindow->fadeOut() : panel.previewHUDWindow->hide();
+  panel.forget = platform_.queue.after(fadedSeconds, [&panel] { panel.view.face = TextFace{}; });
 }
 
 void ClipboardHUD::handOver(Panel& panel, const std::string& spec) {

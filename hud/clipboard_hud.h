@@ -66,7 +66,8 @@ class ClipboardHUD {
     HUDClickView view;
     Thumbnails thumbnails;
     PointerWatch watch;
-    Task open;  // keeps it among the open panels
+    Task open;    // keeps it among the open panels
+    Task forget;  // what is drawn
   };
 
   // The application's state, open to its tests.

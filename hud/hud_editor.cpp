@@ -116,6 +116,7 @@ void HUDEditor::show(const Content& content, bool concealed, std::optional<Point
     }
   }
   close();
+  forget_.cancel();
   if (!hudEditorPanel) makePanel();
   concealed_ = concealed;
   if (const auto* image = std::get_if<Image>(&content)) {
@@ -419,6 +420,10 @@ void HUDEditor::close() {
   hudEditorEdited = hudEditorCopied = concealed_ = pinned_ = false;
   edits_ = 0;
   wellHeight_ = 0;
+  forget_ = platform_.queue.after(fadedSeconds, [this] {
+    hudEditorImageView.face = TextFace{};
+    if (hudEditorPanel) hudEditorPanel->setContent(hudEditorPanel->frame().size(), {});
+  });
 }
 
 }  // namespace marbelot

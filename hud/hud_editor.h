@@ -123,7 +123,7 @@ class HUDEditor {
   std::deque<std::function<void()>> steps_;
   std::function<void()> opening_;  // of something else, when there are no more steps
   bool editing_ = false;
-  Task working_, pressing_, open_;
+  Task working_, pressing_, open_, forget_;
   std::map<std::uint64_t, Task> saves_;
   std::uint64_t lastSave_ = 0;
   PointerWatch watch_;

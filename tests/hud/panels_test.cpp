@@ -68,6 +68,8 @@ TEST_F(ClipboardHUDTest, GoesByItselfButStaysWhileThePointerIsOnIt) {
   desk_.queue.advance(0.3);
   EXPECT_TRUE(hud->fading);
   EXPECT_EQ(desk_.keyMonitors.globals(), 0U);
+  desk_.queue.advance(1);
+  EXPECT_EQ(face(hud).all().find("text"), std::string::npos);
   // A new copy brings it back.
   copy("other");
   EXPECT_TRUE(shown("hud"));
@@ -256,6 +258,8 @@ TEST_F(HUDEditorTest, CopiesAnEditThatWasNotCopiedWhenDone) {
   EXPECT_EQ(last(), "Copied image");
   desk_.queue.advance(0.6);
   EXPECT_FALSE(shown("hud"));  // it has been looked at
+  desk_.queue.advance(1);
+  EXPECT_FALSE(editor_->find("face"));
 }
 
 TEST_F(HUDEditorTest, TakesStepsInTheirOrderWhileAnEditIsUnderWay) {
