@@ -123,14 +123,14 @@ void CaptureCommands::capture(const Mode& mode) {
   started.choosing = mode.arguments.front() == "-i";
   if (onStart) onStart(path);
   started.task = platform_.screenCapture.capture(
-      mode.arguments, path,
+      mode.arguments, path, [this, id] { captures_.at(id).choosing = false; },
       [this, id, label = mode.label](const std::string& problem) { finished(id, label, problem); });
 }
 
 void CaptureCommands::finished(std::uint64_t id, const char* label, const std::string& problem) {
   if (!problem.empty()) shell_.notify(problem);
   Capture& done = captures_.at(id);
-  done.choosing = false;
+  done.choosing = false;  // unless the system has told before
   done.task = platform_.queue.inBackground(
       [path = done.path] {
         // Held in memory: the file may be edited in place while its picture is on the clipboard.

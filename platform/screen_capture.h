@@ -29,12 +29,13 @@ class ScreenCapture {
   //   -x     without a sound, of the whole screen
   //   -o     a window without its shadow
   //   -l N   of the window of that number
-  // Calls `finished` once; whether there is a picture, the file tells. `problem` is one line for
-  // the user when there is something to do about it, such as a tool to install. Dropping the handle
-  // takes the selection off the screen, and nothing is called; a capture that is asked for then
-  // starts when the one before it has gone.
+  // Calls `taken`, where that is known, as soon as the picture has only to be saved: the user has
+  // chosen, and whoever drops the handle now loses it. Calls `finished` once; whether there is a
+  // picture, the file tells. `problem` is one line for the user when there is something to do about
+  // it, such as a tool to install. Dropping the handle takes the selection off the screen, and
+  // nothing is called; a capture that is asked for then starts when the one before it has gone.
   [[nodiscard]] virtual Task capture(const std::vector<std::string>& arguments,
-                                     const std::string& path,
+                                     const std::string& path, std::function<void()> taken,
                                      std::function<void(const std::string& problem)> finished) = 0;
 
   // Those with windows of their own, without this program, in no particular order.

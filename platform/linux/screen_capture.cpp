@@ -56,6 +56,7 @@ SharedBytes pngOf(std::string bytes, const X11Margins& margins) {
 struct DesktopScreenCapture::Job {
   CaptureRequest request;
   std::string path;
+  std::function<void()> taken;
   std::function<void(const std::string& problem)> finished;
   std::size_t step = 0;
   std::unique_ptr<ChildProcess> child;
@@ -90,10 +91,11 @@ X11Windows& DesktopScreenCapture::windows() {
 }
 
 Task DesktopScreenCapture::capture(const std::vector<std::string>& arguments,
-                                   const std::string& path,
+                                   const std::string& path, std::function<void()> taken,
                                    std::function<void(const std::string& problem)> finished) {
   auto job = std::make_shared<Job>();
   job->path = path;
+  job->taken = std::move(taken);
   job->finished = std::move(finished);
   job->request = captureRequest(arguments);
   if (job->request.subject == CaptureRequest::Subject::window) {
@@ -152,6 +154,7 @@ void DesktopScreenCapture::stepEnded(Job& job, ChildProcess::Result result) {
 }
 
 void DesktopScreenCapture::save(Job& job, Descriptor output) {
+  job.taken();
   job.saving = queue_.inBackground(
       [file = std::make_shared<Descriptor>(std::move(output)), path = job.path,
        margins = job.request.margins] {
@@ -171,6 +174,7 @@ void DesktopScreenCapture::askPortal(Job& job) {
 // The portal's file was made for us alone, and is one too many once we have saved ours.
 void DesktopScreenCapture::takeOver(Job& job, const PortalScreenshot::Answer& answer) {
   if (answer.file.empty()) return finish(job, answer.problem);
+  job.taken();
   job.saving = queue_.inBackground(
       [from = answer.file, to = job.path] {
         const auto image = Image::fromBytes(files::read(from, largestPicture));

@@ -23,6 +23,7 @@ class DesktopScreenCapture : public QObject, public ScreenCapture {
   ~DesktopScreenCapture() override;
 
   [[nodiscard]] Task capture(const std::vector<std::string>& arguments, const std::string& path,
+                             std::function<void()> taken,
                              std::function<void(const std::string& problem)> finished) override;
   std::vector<RunningApplication> runningApplications() override;
   void activate(std::int64_t pid) override;

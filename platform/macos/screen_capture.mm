@@ -107,6 +107,7 @@ class SystemScreenCapture final : public ScreenCapture {
   explicit SystemScreenCapture(MainQueue& queue) : queue_(queue) {}
 
   Task capture(const std::vector<std::string>& arguments, const std::string& path,
+               std::function<void()> /*taken: the tool does not tell*/,
                std::function<void(const std::string&)> finished) override {
     @autoreleasepool {
       NSMutableArray<NSString*>* const words = [NSMutableArray array];

@@ -186,9 +186,10 @@ void Camera::Capture::end(const SharedBytes& picture, const std::string& problem
 }
 
 Task Camera::capture(const std::vector<std::string>& arguments, const std::string& path,
+                     std::function<void()> taken,
                      std::function<void(const std::string&)> finished) {
   auto token = std::make_shared<char>();
-  captures.push_back({arguments, path, std::move(finished), token});
+  captures.push_back({arguments, path, std::move(taken), std::move(finished), token});
   return Task(std::move(token));
 }
 

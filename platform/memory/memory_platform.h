@@ -324,6 +324,7 @@ class Camera : public ScreenCapture {
   struct Capture {
     std::vector<std::string> arguments;
     std::string path;
+    std::function<void()> taken;
     std::function<void(const std::string& problem)> finished;
     std::weak_ptr<void> token;
 
@@ -333,6 +334,7 @@ class Camera : public ScreenCapture {
   };
 
   [[nodiscard]] Task capture(const std::vector<std::string>& arguments, const std::string& path,
+                             std::function<void()> taken,
                              std::function<void(const std::string&)> finished) override;
   std::vector<RunningApplication> runningApplications() override { return applications; }
   void activate(std::int64_t pid) override { activated.push_back(pid); }

@@ -138,6 +138,15 @@ TEST_F(CapturesTest, TheNextCommandTakesThePlaceOfASelection) {
   end(40);
   EXPECT_TRUE(itemAt(menu(), {"Copied this session: 2"}));
   EXPECT_EQ(captures().size(), 2U + 3) << "and the items below them";
+  choose(area);
+  const auto chosen = desktop_.screenCapture.captures.back();
+  chosen.taken();
+  choose(area);
+  EXPECT_TRUE(chosen.isAlive()) << "its picture is being saved";
+  end(50);
+  chosen.end(png(60));
+  desktop_.queue.drain();
+  EXPECT_TRUE(itemAt(menu(), {"Copied this session: 4"}));
 }
 
 TEST_F(CapturesTest, TheCountdownTakesThreeSecondsAndIsGoneThen) {

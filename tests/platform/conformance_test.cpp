@@ -196,8 +196,9 @@ TEST_P(Conformance, PicturesOfTheScreenAreFilesAndToldOfOnceUnlessDropped) {
   auto& capture = platform.screenCapture;
   std::vector<std::string> told;
   const auto take = [&](const char* argument, const std::string& name) {
-    return capture.capture({argument}, home / name,
-                           [&told, name](const std::string& what) { told.push_back(name + what); });
+    return capture.capture(
+        {argument}, home / name, [] {},
+        [&told, name](const std::string& what) { told.push_back(name + what); });
   };
   Task dropped = take("-i", "dropped.png");
   settle();
