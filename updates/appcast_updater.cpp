@@ -39,9 +39,15 @@ void AppcastUpdater::setUpdateCheckInterval(double seconds) {
   schedule();
 }
 
+std::string AppcastUpdater::feed() const {
+  const SharedText set = services_.defaults.textFor(feedKey);
+  return set ? *set : source_.feed;
+}
+
 void AppcastUpdater::schedule() {
   next_.cancel();
-  if (!automatic_) return;
+  // Without a feed no check would ever be done, and the next one be due at once for ever.
+  if (!automatic_ || !isSecureAddress(feed())) return;
   const auto stored = services_.defaults.value(lastCheckKey);
   const double last = stored ? stored->asDouble().value_or(0) : 0;
   const double now = clock();
@@ -60,18 +66,17 @@ void AppcastUpdater::check(bool inForeground) {
         patienceSeconds, [this] { services_.notices.post(noticeTitle, "Checking for updates…"); });
   }
   if (checking_) return;
-  const SharedText set = services_.defaults.textFor(feedKey);
-  const std::string feed = set ? *set : source_.feed;
-  if (feed.empty()) {
+  const std::string address = feed();
+  if (address.empty()) {
     return failed(
         "This Marbelot was built without an address to ask for newer versions. It is "
         "kept up to date by whatever installed it.");
   }
-  if (!isSecureAddress(feed))
+  if (!isSecureAddress(address))
     return failed("The address of the update feed is not a secure one (https).");
   services_.defaults.set(lastCheckKey, clock());
   checking_.emplace();
-  checking_ = fetch_(feed, [this](const Fetched& fetched) { feedArrived(fetched); });
+  checking_ = fetch_(address, [this](const Fetched& fetched) { feedArrived(fetched); });
 }
 
 void AppcastUpdater::feedArrived(const Fetched& fetched) {

@@ -66,6 +66,7 @@ class AppcastUpdater final : public Updater {
   void showNotes(const AppcastItem& item, const std::string& notes);
   void tell(const std::string& message, const std::string& informative);
   void schedule();
+  std::string feed() const;  // empty: there is none
 
   const UpdateServices services_;
   const UpdateSource source_;

@@ -304,6 +304,15 @@ TEST_F(UpdaterTest, AutomaticChecksKeepTheirIntervalAcrossRuns) {
   next.setAutomaticallyChecksForUpdates(false);
   desktop_.queue.advance(2 * week);
   EXPECT_EQ(asked_.size(), before + 1);
+
+  for (const char* unusable : {"", "http://example.org/appcast.xml"}) {
+    AppcastUpdater idle(services_, {unusable, "1.0", "linux", "6.1.0"}, fetch_);
+    int wakeUps = 0;
+    idle.clock = [&] { return ++wakeUps, 2e9; };
+    idle.setAutomaticallyChecksForUpdates(true);
+    desktop_.queue.advance(3600);
+    EXPECT_LE(wakeUps, 1) << unusable;
+  }
 }
 
 }  // namespace
