@@ -13,8 +13,6 @@ namespace {
 constexpr int countdownStart = 3;
 // In which a program's windows come to the front.
 constexpr double activationSeconds = 0.45;
-// No screenshot is larger, and nothing larger belongs on the clipboard.
-constexpr std::size_t largestFile = std::size_t{512} << 20;
 
 struct Taken {
   bool there = false;
@@ -130,12 +128,11 @@ void CaptureCommands::capture(const Mode& mode) {
 void CaptureCommands::finished(std::uint64_t id, const char* label, const std::string& problem) {
   if (!problem.empty()) shell_.notify(problem);
   Capture& done = captures_.at(id);
-  done.choosing = false;  // unless the system has told before
+  done.choosing = false;  // where the system has not told sooner
   done.task = platform_.queue.inBackground(
       [path = done.path] {
-        // Held in memory: the file may be edited in place while its picture is on the clipboard.
-        const SharedBytes bytes = files::read(path, largestFile);
-        return Taken{bytes || files::exists(path), Image::fromBytes(bytes)};
+        const auto image = imageInMemory(path);
+        return Taken{image || files::exists(path), image};
       },
       [this, id, label](const Taken& taken) {
         const Capture capture = std::move(captures_.extract(id).mapped());

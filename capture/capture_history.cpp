@@ -1,6 +1,7 @@
 #include "capture/capture_history.h"
 
 #include "image/edit_request.h"
+#include "image/image_file.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
@@ -63,13 +64,13 @@ std::shared_ptr<Menu> CaptureHistory::menu() const {
 }
 
 void CaptureHistory::copyHistory(const std::string& path) {
-  const auto image = Image::fromFile(path);
-  if (!image) {
-    shell_.notify("Couldn't read the image");
-    return;
-  }
-  shell_.confirmCopy(platform_.pasteboard.write(*image).has_value(),
-                     "Copied: " + text::sanitized(files::lastComponent(path)));
+  copying_ = platform_.queue.inBackground(
+      [path] { return imageInMemory(path); },
+      [this, path](const std::optional<Image>& image) {
+        if (!image) return shell_.notify("Couldn't read the image");
+        shell_.confirmCopy(platform_.pasteboard.write(*image).has_value(),
+                           "Copied: " + text::sanitized(files::lastComponent(path)));
+      });
 }
 
 void CaptureHistory::clearHistory() {

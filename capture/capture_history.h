@@ -43,6 +43,7 @@ class CaptureHistory {
   Platform& platform_;
   Shell& shell_;
   NewestImages captures_;
+  Task copying_;
   Task clearing_;
   std::uint64_t lastTrashing_ = 0;
   std::map<std::uint64_t, Task> trashing_;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "image/image_file.h"
 #include "platform/files.h"
 
 namespace marbelot {
@@ -18,8 +19,6 @@ constexpr double shortestWritingWait = 0.005;
 constexpr double longestWritingWait = 3;
 // In which a file that the desktop has made for us is taken away.
 constexpr double holdSeconds = 1;
-// No screenshot is larger, and nothing larger belongs on the clipboard.
-constexpr std::size_t largestFile = std::size_t{512} << 20;
 
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
@@ -191,9 +190,7 @@ void ScreenshotWatcher::attempt(const std::string& fullPath) {
 files::ScreenshotState ScreenshotWatcher::copyIfFinished(const std::string& fullPath) {
   const files::ScreenshotState state = files::screenshotState(fullPath);
   if (state != files::ScreenshotState::finished) return state;
-  // Held in memory: the file may be edited in place while its picture is on the clipboard.
-  const SharedBytes bytes = files::read(fullPath, largestFile);
-  const auto image = bytes ? Image::fromBytes(bytes) : std::nullopt;
+  const auto image = imageInMemory(fullPath);
   if (!image) return state;
   if (platform_.pasteboard.write(*image)) onCopy(files::lastComponent(fullPath));
   return state;

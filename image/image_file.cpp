@@ -3,9 +3,19 @@
 #include "platform/files.h"
 
 namespace marbelot {
+namespace {
+
+// No screenshot is larger, and nothing larger belongs on the clipboard.
+constexpr std::size_t largestFile = std::size_t{512} << 20;
+
+}  // namespace
 
 std::string numberedPngName(const std::string& base, int attempt) {
   return base + (attempt > 1 ? " (" + std::to_string(attempt) + ")" : "") + ".png";
+}
+
+std::optional<Image> imageInMemory(const std::string& path) {
+  return Image::fromBytes(files::read(path, largestFile));
 }
 
 std::optional<ImageFile> writeImageFile(const std::string& folder, const std::string& base,

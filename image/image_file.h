@@ -11,6 +11,10 @@ namespace marbelot {
 // The name for the attempt, from 1: "BASE.png", "BASE (2).png", "BASE (3).png" …
 std::string numberedPngName(const std::string& base, int attempt);
 
+// The file's image with its bytes held in memory, for the clipboard: the file may be edited in
+// place meanwhile. None when it cannot be read whole or is no image.
+std::optional<Image> imageInMemory(const std::string& path);
+
 struct ImageFile {
   std::string path;
   Image image;  // as it is in the file, no longer in memory

@@ -267,7 +267,9 @@ TEST_F(CapturesTest, TheHistoryShowsTheNewestAndActsOnThem) {
             (Titles{"Copy to clipboard", "Open", "Reveal in Finder", "Delete", "Edit image"}));
   choose({"Capture history", "drawn.JPG", "Copy to clipboard"});
   EXPECT_EQ(desktop_.notices.last(), "Copied: drawn.JPG");
-  EXPECT_EQ(clipboardWidth(), 1);
+  save("drawn.JPG", 1, *png(9));
+  EXPECT_EQ(pngBytes(*desktop_.pasteboard.contents().image)->compare(*png(1)), 0)
+      << "as it was when it was copied";
   EXPECT_TRUE(itemAt(menu(), {"Copied this session: 0"}));
   choose({"Capture history", "drawn.JPG", "Open"});
   choose({"Capture history", "drawn.JPG", "Reveal in Finder"});
