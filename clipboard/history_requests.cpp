@@ -7,6 +7,7 @@
 #include <charconv>
 
 #include "platform/text.h"
+#include "text/masked_title.h"
 
 namespace marbelot {
 namespace {
@@ -38,7 +39,7 @@ bool contains(const HistoryMenus::Entry& entry, const SharedText& text,
   };
   if (holds(entry.title)) return true;
   return text && !isSecret(entry.category) &&
-         holds(maskSecrets(std::string_view(*text).substr(0, searchedBytes)));
+         holds(maskedWindow(*text, maskSecrets, searchedBytes));
 }
 
 }  // namespace

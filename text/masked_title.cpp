@@ -6,24 +6,23 @@
 namespace marbelot {
 namespace {
 
-constexpr std::size_t windowBytes = 16 * 1024;
 constexpr std::string_view lineBreaksAndBlanks = " \t\n";
 
 }  // namespace
 
-std::string_view titleWindow(std::string_view text) {
-  if (text.size() <= windowBytes) return text;
-  std::size_t end = text.substr(0, windowBytes).find_last_of(lineBreaksAndBlanks);
-  if (end == text.npos || end < windowBytes / 2) end = windowBytes;
+std::string_view titleWindow(std::string_view text, std::size_t bytes) {
+  if (text.size() <= bytes) return text;
+  std::size_t end = text.substr(0, bytes).find_last_of(lineBreaksAndBlanks);
+  if (end == text.npos || end < bytes / 2) end = bytes;
   while (end > 0 && text::isContinuation(text[end])) --end;
   if (text[end] == '\n' && text[end - 1] == '\r') --end;
   return text.substr(0, end);
 }
 
-std::string maskedWindow(std::string_view text, Mask mask) {
+std::string maskedWindow(std::string_view text, Mask mask, std::size_t bytes) {
   // All tokens that are longer than half a window are made of these.
   const auto inToken = [](char c) { return c > ' ' && c < 0x7F; };
-  std::string_view window = titleWindow(text);
+  std::string_view window = titleWindow(text, bytes);
   if (window.size() == text.size() || !inToken(text[window.size()])) return mask(window);
   const std::size_t whole = window.size();
   while (!window.empty() && inToken(window.back())) window.remove_suffix(1);

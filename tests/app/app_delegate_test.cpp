@@ -463,6 +463,14 @@ TEST_F(AppDelegateTest, TheHistoryIsPickedFromByIds) {
   EXPECT_EQ(list("marble", "url"), (decltype(all){all[3]}));
   EXPECT_TRUE(list("81Kq", "").empty()) << "a secret cannot be guessed piece by piece";
   EXPECT_TRUE(list("", "none").empty());
+  std::string prose;
+  while (prose.size() < 32 * 1024 - 8) prose += "w    ";
+  prose.resize(32 * 1024 - 8, ' ');
+  desktop_.pasteboard.copyElsewhere(prose + " K9#mPq2$vL8x", true);
+  desktop_.queue.drain();
+  ASSERT_EQ(list("w    w", "").size(), 1U);
+  EXPECT_TRUE(list("mpq2", "").empty()) << "nor where what is searched ends in it";
+  EXPECT_EQ(onEntry("DeleteEntry", list("w    w", "")[0].first), "");
 
   EXPECT_EQ(onEntry("CopyEntry", all[2].first), "");
   EXPECT_EQ(*desktop_.pasteboard.contents().text, secret);
