@@ -39,16 +39,17 @@ Task HUDPlacement::follow(Window& window) {
 
 void HUDPlacement::cycleHUDPlacement() { store(nextCorner(placement()), false); }
 
-bool HUDPlacement::isMenuOpen() const {
+// In a menu they choose an item; while the keyboard is being cleaned they mean nothing.
+bool HUDPlacement::areKeysTaken() const {
   const auto windows = platform_.windows.visible();
-  return std::any_of(windows.begin(), windows.end(),
-                     [](const WindowInfo& window) { return window.id == "menu"; });
+  return std::any_of(windows.begin(), windows.end(), [](const WindowInfo& window) {
+    return window.id == "menu" || window.id == "cleaning";
+  });
 }
 
 bool HUDPlacement::onArrow(KeyCode key) {
   const auto next = placementAfterKey(placement(), key);
-  // In a menu they choose an item.
-  if (!next || open_.empty() || isMenuOpen()) return false;
+  if (!next || open_.empty() || areKeysTaken()) return false;
   store(*next, true);
   return true;
 }

@@ -49,7 +49,7 @@ class HUDPlacement {
   std::optional<Task> hudArrowLocalMonitor, hudArrowGlobalMonitor;
 
  private:
-  bool isMenuOpen() const;
+  bool areKeysTaken() const;
   Point beside(Size size, std::vector<Rect> taken) const;
   void store(int placement, bool animated);
   void placeAll(bool animated);

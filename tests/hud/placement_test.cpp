@@ -103,14 +103,15 @@ TEST_F(HUDPlacementTest, MovesOpenPanelsByKeysOfAnyProgramAndTakesThoseOfPanelsO
   EXPECT_TRUE(desk.keyMonitors.pressHere({.code = KeyCode::leftArrow}));
   EXPECT_FALSE(desk.keyMonitors.pressHere({.code = KeyCode::space}));
   EXPECT_EQ(placement.placement(), 3);
-  // In a menu they choose an item.
-  WindowDescription menu = described();
-  menu.id = "menu";
-  auto opened = desk.windows.create(menu);
-  opened->showWithoutActivating();
-  EXPECT_FALSE(desk.keyMonitors.pressHere({.code = KeyCode::leftArrow}));
-  EXPECT_EQ(placement.placement(), 3);
-  opened.reset();
+  // In a menu they choose an item, and a keyboard that is being cleaned does nothing.
+  for (const char* id : {"menu", "cleaning"}) {
+    WindowDescription other = described();
+    other.id = id;
+    const auto opened = desk.windows.create(other);
+    opened->showWithoutActivating();
+    EXPECT_FALSE(desk.keyMonitors.pressHere({.code = KeyCode::leftArrow}));
+    EXPECT_EQ(placement.placement(), 3) << id;
+  }
   open.cancel();
   EXPECT_EQ(desk.keyMonitors.globals() + desk.keyMonitors.locals(), 0U);
   EXPECT_FALSE(placement.onArrow(KeyCode::leftArrow));
