@@ -126,6 +126,7 @@ void AppcastUpdater::offer(const AppcastItem& item) {
 }
 
 void AppcastUpdater::showNotes(const AppcastItem& item, const std::string& notes) {
+  patience_.cancel();  // somebody may have asked again while the notes were fetched
   checking_.reset();
   inForeground_ = false;
   Alert alert;

@@ -237,15 +237,17 @@ TEST_F(UpdaterTest, NotesOnAPageOfTheirOwnAreFetched) {
   web_["https://example.org/n"] = "<p>A page.";
   for (const char* notes : {"A page.", ""}) {
     updater_.checkForUpdates();
-    desktop_.queue.advance(1);
+    desktop_.queue.advance(0.6);
     run();
-    desktop_.queue.advance(1);
+    updater_.checkForUpdates();  // again, while the page is on its way
+    desktop_.queue.advance(3);
     run();
     const auto& views = alert().accessory;
     EXPECT_EQ(views.empty() ? "" : std::get<TextArea>(views[0].content).text, notes);
     desktop_.dialogs.answer(2);
     web_.erase("https://example.org/n");
   }
+  EXPECT_TRUE(desktop_.notices.posted.empty()) << "the answer was there in time";
 }
 
 TEST_F(UpdaterTest, TheBackgroundIsSilentUnlessThereIsSomethingNewer) {
