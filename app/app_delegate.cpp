@@ -254,6 +254,7 @@ void AppDelegate::refreshHistories() {
 
 // What the menus show of folders and other programs.
 void AppDelegate::refreshLists() {
+  textActions_.refreshApplications();
   captureCommands_.refresh();
   refreshHistories();
 }
@@ -271,7 +272,6 @@ void AppDelegate::menuDidClose() {
 
 void AppDelegate::bringMenuUpToDate() {
   access_.probe();
-  textActions_.refreshApplications();
   refreshLists();
   if (std::exchange(menuIsStale_, false)) {
     menu_.buildMenu();
