@@ -143,7 +143,10 @@ std::string MenuRequests::invokeAction(const std::string& action,
   open_();
   MenuItem sender;
   sender.action = action;
-  if (const MenuItemRef shown = itemWithAction(*menu_, action, object); shown && object) {
+  const MenuItemRef shown = itemWithAction(*menu_, action, object);
+  const bool isAsked = shown && (object || shown->represented == Represented());
+  if (isAsked && !shown->hidden && !shown->enabled) return "\"" + shown->title + "\" is disabled";
+  if (shown && object) {
     sender = *shown;
   } else {
     sender.represented = representedFrom(object);

@@ -427,6 +427,9 @@ TEST_F(AppDelegateTest, RequestsFindItemsAndSayWhatIsWrong) {
   EXPECT_EQ(*desktop_.pasteboard.contents().text, "ab") << "an empty object is an object";
   EXPECT_EQ(desktop_.application.ask("InvokeActionOn", {"setArchiveLocation:", "true"}), "");
   EXPECT_TRUE(*desktop_.defaults.stored.at("archiveClipImagesToPictures").asBool());
+  desktop_.pasteboard.copyElsewhere("one line");
+  EXPECT_TRUE(
+      desktop_.application.ask("InvokeActionOn", {"flattenClipboard:", ""}).ends_with("disabled"));
   desktop_.application.ask("Quit");
   EXPECT_TRUE(desktop_.application.terminated);
 }
