@@ -316,7 +316,7 @@ void MemoryWindow::setFrame(const Rect& frame) {
 
 bool MemoryWindow::grabKeyboard(std::string& leftOut) {
   leftOut.clear();
-  return grabs = !refusesGrab;
+  return grabs = !list_.refusesGrab;
 }
 
 void MemoryWindow::setContent(Size contentSize, std::vector<View> views) {

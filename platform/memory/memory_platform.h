@@ -220,6 +220,7 @@ class WindowList : public Windows {
   // The live window of that id, or null.
   MemoryWindow* find(const std::string& id) const;
   std::vector<MemoryWindow*> live;
+  bool refusesGrab = false;  // of the keyboard
 
  private:
   const DialogList& dialogs_;
@@ -276,7 +277,6 @@ class MemoryWindow : public Window {
   bool key = false;
   bool animated = false;  // the last move
   bool grabs = false;     // the keyboard
-  bool refusesGrab = false;
   int centred = 0;
   int drags = 0;
   // The menu that was popped up last, with the view below which it stands.

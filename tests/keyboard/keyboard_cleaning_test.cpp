@@ -36,6 +36,7 @@ struct KeyboardCleaningTest : testing::Test, Shell {
 
 TEST_F(KeyboardCleaningTest, SwallowsEveryKeyUntilTheThirdEscape) {
   toggle();
+  EXPECT_EQ(rebuilds, 1);
   ASSERT_TRUE(window() && window()->grabs && window()->isKey());
   EXPECT_EQ(window()->focused, "blockView");
   EXPECT_EQ(label(),
@@ -49,6 +50,7 @@ TEST_F(KeyboardCleaningTest, SwallowsEveryKeyUntilTheThirdEscape) {
   EXPECT_TRUE(label().ends_with("(2/3)"));
   escape();
   EXPECT_FALSE(cleaning.keyboardBlocked);
+  EXPECT_EQ(rebuilds, 2);
   EXPECT_FALSE(window()->grabs || window()->shown);
   desk.queue.advance(0);
   EXPECT_TRUE(desk.windows.live.empty());
@@ -56,6 +58,23 @@ TEST_F(KeyboardCleaningTest, SwallowsEveryKeyUntilTheThirdEscape) {
   EXPECT_TRUE(label().ends_with("(0/3)"));
   toggle();
   EXPECT_FALSE(cleaning.keyboardBlocked);
+}
+
+TEST_F(KeyboardCleaningTest, SaysWhyItDoesNotStartAndWhyItEnds) {
+  toggle();
+  window()->close();  // as the desktop does when it gives the keys away
+  EXPECT_FALSE(cleaning.keyboardBlocked);
+  EXPECT_EQ(rebuilds, 2);
+  EXPECT_EQ(desk.notices.last(),
+            "The keyboard works again: the desktop gave its keys to another program");
+  desk.queue.advance(0);
+
+  desk.windows.refusesGrab = true;
+  toggle();
+  EXPECT_FALSE(cleaning.keyboardBlocked);
+  EXPECT_TRUE(desk.windows.live.empty());
+  EXPECT_EQ(rebuilds, 2) << "the menu says what it said before";
+  EXPECT_EQ(desk.notices.last(), "The keyboard can't be disabled: another program holds it");
 }
 
 TEST_F(KeyboardCleaningTest, APauseStartsTheCountAgain) {
