@@ -284,7 +284,7 @@ TEST_F(TextActionsTest, ADroppedTextIsKeptByNoMenu) {
   SharedText secret = share("password of ann@example.org: hunter2!X");
   const std::weak_ptr<const std::string> handle = secret;
   ActionTable others;
-  const auto targets = std::make_shared<const TextTargets>(findTargets(*secret));
+  auto targets = std::make_shared<const TextTargets>(findTargets(*secret));
   TextActions kept{desk.platform, *this, others, [&](const SharedText&) { return targets; }};
   std::shared_ptr<Menu> menu = kept.actionMenu(secret);
   EXPECT_EQ(kept.actionMenu(secret), menu) << "built once while it is shown";
