@@ -54,6 +54,18 @@ void setDate(GapResult* result, const std::string& value) {
   result.timeZone = [NSTimeZone timeZoneForSecondsFromGMT:offset];
 }
 
+// The system's own takes a "%" that begins no escape for itself.
+NSURL* urlFrom(const std::string& value) {
+  NSString* const text = marbelot::nsString(value);
+  if (NSURL* const url = [NSURL URLWithString:text]) return url;
+  NSRegularExpression* const stray =
+      [NSRegularExpression regularExpressionWithPattern:@"%(?![0-9A-Fa-f]{2})" options:0 error:nil];
+  return [NSURL URLWithString:[stray stringByReplacingMatchesInString:text
+                                                              options:0
+                                                                range:NSMakeRange(0, text.length)
+                                                         withTemplate:@"%25"]];
+}
+
 }  // namespace
 
 @implementation NSDataDetector {
@@ -89,8 +101,7 @@ void setDate(GapResult* result, const std::string& value) {
     result.resultType = typeOf(found.kind);
     const NSUInteger start = unitsTo(found.range.start);
     result.range = NSMakeRange(start, unitsTo(found.range.end()) - start);
-    if (found.kind == DetectionKind::link)
-      result.URL = [NSURL URLWithString:marbelot::nsString(found.value)];
+    if (found.kind == DetectionKind::link) result.URL = urlFrom(found.value);
     if (found.kind == DetectionKind::phone)
       result.phoneNumber = [string substringWithRange:result.range];
     if (found.kind == DetectionKind::date) setDate(result, found.value);
