@@ -66,8 +66,10 @@ std::shared_ptr<Menu> CaptureHistory::menu() const {
 void CaptureHistory::copyHistory(const std::string& path) {
   copying_ = platform_.queue.inBackground(
       [path] { return imageInMemory(path); },
-      [this, path](const std::optional<Image>& image) {
+      [this, path,
+       replaced = platform_.pasteboard.changeCount()](const std::optional<Image>& image) {
         if (!image) return shell_.notify("Couldn't read the image");
+        if (platform_.pasteboard.changeCount() != replaced) return shell_.notify(overtakenMessage);
         shell_.confirmCopy(platform_.pasteboard.write(*image).has_value(),
                            "Copied: " + text::sanitized(files::lastComponent(path)));
       });

@@ -332,9 +332,10 @@ TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
   EXPECT_EQ(titles(*menu->items[1]->submenu),
             (Titles{"Copy to clipboard", "Reveal in Finder", "Copy file path", "Open", "Delete",
                     "Edit image"}));
-  for (const auto& item : menu->items[1]->submenu->items)
+  for (const auto& item : menu->items[1]->submenu->items) {
     EXPECT_TRUE(item->submenu || actions.perform(*item));
-  desktop.queue.drain();
+    desktop.queue.drain();
+  }
   EXPECT_EQ(desktop.notices.posted[0].text, "Copied: Clip 17.png");
   EXPECT_EQ(shell.flashes, 2);
   EXPECT_EQ(desktop.workspace.revealed, Titles{folder + "Clip 17.png"});
@@ -348,6 +349,7 @@ TEST_F(HistoryMenusTest, ImageHistoryListsTheNewestFiles) {
   menu = listedImages();
   EXPECT_EQ(menu->items[0]->title, "late.png");
   EXPECT_TRUE(actions.perform(*menu->items[0]->submenu->items[0]));
+  desktop.queue.drain();
   EXPECT_EQ(desktop.notices.last(), "Couldn't read the image");
 }
 
