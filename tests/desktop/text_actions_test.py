@@ -128,7 +128,7 @@ class TextActionsTest(DesktopTest):
 
         self.choose("Open link…", "Copy link")
         until(lambda: self.screen.clipboard("UTF8_STRING") == link.encode(), "link copied")
-        self.assertEqual(self.said(), "Copied")
+        until(lambda: self.said() == "Copied", "copy told")
         self.assertEqual(len(self.program.history()), 1)
 
     def test_events_go_to_the_calendar(self):
@@ -171,7 +171,7 @@ class TextActionsTest(DesktopTest):
             said = len(self.screen.notices())
             self.choose("Text actions…", "Add to Notes")
             until(lambda: len(self.screen.notices()) > said, "outcome told", 60)
-            self.assertEqual(self.said(), "Added to Notes")
+            until(lambda: self.said() == "Added to Notes", "note told")
         self.assertIn('A "note" <b>\n\\ second line', titles())
         until(lambda: any("second line" in file.read_text() for file in notes.glob("*.note")),
               "note saved", 60)
