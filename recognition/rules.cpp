@@ -67,11 +67,12 @@ void eraseLines(Plane<std::uint8_t>& ink, bool turned, int shortest) {
       along = end + 1;
     }
   }
-  for (const Found& rule : found)
+  for (const Found& rule : found) {
     for (int along = rule.start; along < rule.end; ++along) {
       // What is thicker there is a letter that touches the line, or a crossing.
       if (thicknessAt(view, along, rule.line) <= thickest) view.at(along, rule.line) = 0;
     }
+  }
 }
 
 }  // namespace
