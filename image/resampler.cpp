@@ -30,28 +30,33 @@ double lanczos(double x) {
 
 constexpr int rounded(int sum, int shift) { return (sum + (1 << (shift - 1))) >> shift; }
 
+constexpr std::size_t roundedUp(std::size_t number, std::size_t unit) {
+  return (number + unit - 1) / unit * unit;
+}
+
 // As the processor packs numbers.
 constexpr std::int16_t saturated(int number) {
   using Limits = std::numeric_limits<std::int16_t>;
   return static_cast<std::int16_t>(std::clamp<int>(number, Limits::min(), Limits::max()));
 }
 
-// --- Across: two old rows to a pair --------------------------------------------------------------
+// --- Across: old rows to pairs -------------------------------------------------------------------
 
-void resizeAcross(const std::uint8_t* const rows[2], const ResamplingWeights& weights,
-                  const std::vector<std::int16_t>&, std::int16_t* to) {
-  const std::int16_t* weight = weights.values.data();
-  for (const int first : weights.first) {
-    for (int channel = 0; channel < 4; ++channel) {
-      for (int row = 0; row < 2; ++row) {
+void resizeAcross(const RowsAtOnce& rows, const ResamplingWeights& weights,
+                  std::vector<PixelBlock>&, std::int16_t* const to[2]) {
+  for (std::size_t row = 0; row < RowsAtOnce::count; ++row) {
+    for (std::size_t x = 0; x < weights.first.size(); ++x) {
+      const auto first = static_cast<std::size_t>(weights.first[x]);
+      const std::int16_t* weight = weights.values.data() + x * weights.taps;
+      const std::size_t taps = std::min(weights.taps, rows.width - first);
+      for (std::size_t channel = 0; channel < 4; ++channel) {
         int sum = 0;
-        for (std::size_t tap = 0; tap < weights.taps; ++tap) {
-          sum += weight[tap] * rows[row][4 * (static_cast<std::size_t>(first) + tap) + channel];
+        for (std::size_t tap = 0; tap < taps; ++tap) {
+          sum += weight[tap] * rows.pixels[row][4 * (first + tap) + channel];
         }
-        *to++ = saturated(rounded(sum, acrossShift));
+        to[row / 2][8 * x + 2 * channel + row % 2] = saturated(rounded(sum, acrossShift));
       }
     }
-    weight += weights.taps;
   }
 }
 
@@ -78,42 +83,67 @@ void resizeDown(Pairs pairs, const std::int16_t* weights, std::uint8_t* to, std:
 }
 
 #ifdef MARBELOT_AVX2
-// Two new pixels of two rows at a time.
-MARBELOT_AVX2 void resizeAcrossFast(const std::uint8_t* const rows[2],
-                                    const ResamplingWeights& weights,
-                                    const std::vector<std::int16_t>& spread, std::int16_t* to) {
-  // Two pixels as 16-bit numbers, channel by channel: the first or the last two of four.
-  const __m256i firstTwo = _mm256_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1,
-                                            0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1);
-  const __m256i lastTwo = _mm256_or_si256(firstTwo, _mm256_set1_epi16(8));
-  // Row by row as they are packed, to channel by channel.
-  const __m256i byChannel = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15,
-                                             0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
-  const __m256i half = _mm256_set1_epi32(1 << (acrossShift - 1));
-  const auto* weight = reinterpret_cast<const __m256i*>(spread.data());
-  const std::size_t count = weights.first.size();
-  for (std::size_t x = 0; x < count; x += 2, to += 16) {
-    const int left = weights.first[x], right = weights.first[std::min(x + 1, count - 1)];
-    __m256i sums[2] = {half, half};
-    for (std::size_t tap = 0; tap < weights.taps; tap += 4, weight += 2) {
-#pragma GCC unroll 2
-      for (int row = 0; row < 2; ++row) {
-        const std::uint8_t* from = rows[row] + 4 * tap;
-        const __m256i pixels = _mm256_inserti128_si256(
-            _mm256_castsi128_si256(
-                _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * left))),
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 4 * right)), 1);
-        sums[row] = _mm256_add_epi32(
-            sums[row],
-            _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, firstTwo), _mm256_loadu_si256(weight)));
-        sums[row] =
-            _mm256_add_epi32(sums[row], _mm256_madd_epi16(_mm256_shuffle_epi8(pixels, lastTwo),
-                                                          _mm256_loadu_si256(weight + 1)));
+// The pixels from `begin` to before `end`: unpacked once, one serves all new ones it is part of.
+MARBELOT_AVX2_INLINE void unpackRows(const RowsAtOnce& rows, std::size_t begin, std::size_t end,
+                                     PixelBlock* to) {
+  const __m128i firstTwo = _mm_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1);
+  const __m128i lastTwo = _mm_or_si128(firstTwo, _mm_set1_epi16(8));
+  std::size_t x = begin;
+  for (; x + 4 <= end; x += 4, to += 2) {
+#pragma GCC unroll 4
+    for (std::size_t row = 0; row < RowsAtOnce::count; ++row) {
+      const auto four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(rows.pixels[row] + 4 * x));
+      _mm_store_si128(reinterpret_cast<__m128i*>(to[0].values[row]),
+                      _mm_shuffle_epi8(four, firstTwo));
+      _mm_store_si128(reinterpret_cast<__m128i*>(to[1].values[row]),
+                      _mm_shuffle_epi8(four, lastTwo));
+    }
+  }
+  for (; x < end; ++x) {
+    for (std::size_t row = 0; row < RowsAtOnce::count; ++row) {
+      for (std::size_t channel = 0; channel < 4; ++channel) {
+        to[(x - begin) % 4 / 2].values[row][2 * channel + x % 2] =
+            rows.pixels[row][4 * x + channel];
       }
     }
-    const __m256i packed = _mm256_packs_epi32(_mm256_srai_epi32(sums[0], acrossShift),
-                                              _mm256_srai_epi32(sums[1], acrossShift));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_shuffle_epi8(packed, byChannel));
+  }
+}
+
+MARBELOT_AVX2 void resizeAcrossFast(const RowsAtOnce& rows, const ResamplingWeights& weights,
+                                    std::vector<PixelBlock>& blocks, std::int16_t* const to[2]) {
+  // Channel by channel of a row, then of the next, to both rows by turns.
+  const __m256i byTurns = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15, 0,
+                                           1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
+  constexpr std::size_t pieceLength = 64;  // new pixels whose old ones the first cache holds
+  const std::int16_t* weight = weights.values.data();
+  const std::size_t count = weights.first.size();
+  for (std::size_t x = 0; x < count;) {
+    const std::size_t pieceEnd = std::min(x + pieceLength, count);
+    const auto begin = static_cast<std::size_t>(weights.first[x]);
+    const std::size_t end = static_cast<std::size_t>(weights.first[pieceEnd - 1]) + weights.taps;
+    blocks.resize((end - begin) / 2);
+    unpackRows(rows, begin, std::min(end, rows.width), blocks.data());
+    for (; x < pieceEnd; ++x) {
+      const PixelBlock* block =
+          blocks.data() + (static_cast<std::size_t>(weights.first[x]) - begin) / 2;
+      __m256i firstRows = _mm256_set1_epi32(1 << (acrossShift - 1)), lastRows = firstRows;
+#pragma GCC unroll 4
+      for (std::size_t tap = 0; tap < weights.taps; tap += 2, weight += 2, ++block) {
+        int both = 0;
+        std::memcpy(&both, weight, sizeof both);
+        const __m256i twoWeights = _mm256_set1_epi32(both);
+        const auto* pixels = reinterpret_cast<const __m256i*>(block);
+        firstRows = _mm256_add_epi32(firstRows, _mm256_madd_epi16(pixels[0], twoWeights));
+        lastRows = _mm256_add_epi32(lastRows, _mm256_madd_epi16(pixels[1], twoWeights));
+      }
+      const __m256i packed = _mm256_packs_epi32(_mm256_srai_epi32(firstRows, acrossShift),
+                                                _mm256_srai_epi32(lastRows, acrossShift));
+      const __m256i pairs =
+          _mm256_shuffle_epi8(_mm256_permute4x64_epi64(packed, 0b11011000), byTurns);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(to[0] + 8 * x), _mm256_castsi256_si128(pairs));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(to[1] + 8 * x),
+                       _mm256_extracti128_si256(pairs, 1));
+    }
   }
 }
 
@@ -150,51 +180,39 @@ MARBELOT_AVX2 void resizeDownFast(Pairs pairs, const std::int16_t* weights, std:
   if (width < vectorPixels) return resizeDown(pairs, weights, to, width);
   streamPixels(to, width, ResizedDown{pairs, weights});
 }
-
-// Of two new pixels by turns, two weights for each of four channels.
-std::vector<std::int16_t> spreadWeights(const ResamplingWeights& weights) {
-  std::vector<std::int16_t> spread;
-  const std::size_t count = weights.first.size();
-  spread.reserve((count + 1) / 2 * weights.taps * 8);
-  for (std::size_t x = 0; x < count; x += 2) {
-    for (std::size_t tap = 0; tap < weights.taps; tap += 2) {
-      for (const std::size_t pixel : {x, std::min(x + 1, count - 1)}) {
-        const std::int16_t* two = weights.values.data() + pixel * weights.taps + tap;
-        for (int channel = 0; channel < 4; ++channel) spread.insert(spread.end(), two, two + 2);
-      }
-    }
-  }
-  return spread;
-}
 #endif
-
-constexpr std::size_t roundedUp(std::size_t number, std::size_t unit) {
-  return (number + unit - 1) / unit * unit;
-}
 
 }  // namespace
 
-ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side, Begin where) {
+ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side) {
   const double widening = std::max(axis.step, 1.0);
   const double reach = lobes * widening;
-  const auto needed = static_cast<std::size_t>(std::ceil(2 * reach));
-  taps = where == Begin::even ? roundedUp(needed + 1, 2) : roundedUp(needed, 4);
-  first.resize(static_cast<std::size_t>(axis.count));
-  values.resize(first.size() * taps);
-  std::vector<double> exact(taps);
-  for (std::size_t i = 0; i < first.size(); ++i) {
+  const auto middle = [&](std::size_t i) {
     const double placed = axis.start + (static_cast<double>(i) + 0.5) * axis.step - 0.5;
     // A pixel that the picture hardly touches may have its middle far outside, where all weights
     // are so small that their shares of the sum would be huge.
-    const double middle = std::clamp(placed, -0.5, side - 0.5);
-    int begin = std::max(0, static_cast<int>(std::floor(middle - reach)) + 1);
-    begin = where == Begin::even ? begin / 2 * 2
-                                 : std::max(0, std::min(begin, side - static_cast<int>(taps)));
-    first[i] = begin;
+    return std::clamp(placed, -0.5, side - 0.5);
+  };
+  first.resize(static_cast<std::size_t>(axis.count));
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    const int begin = std::max(0, static_cast<int>(std::floor(middle(i) - reach)) + 1);
+    const int end = std::min(side, static_cast<int>(std::ceil(middle(i) + reach)));
+    first[i] = begin / 2 * 2;
+    taps = std::max(taps, roundedUp(static_cast<std::size_t>(end - first[i]), 2));
+  }
+  values.resize(first.size() * taps);
+  std::vector<double> exact(taps);
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    // A whole number of times smaller, all new pixels but the outermost have the same weights.
+    if (i > 0 && first[i] + static_cast<int>(taps) <= side &&
+        middle(i) - first[i] == middle(i - 1) - first[i - 1]) {
+      std::copy_n(values.begin() + (i - 1) * taps, taps, values.begin() + i * taps);
+      continue;
+    }
     double sum = 0;
     for (std::size_t tap = 0; tap < taps; ++tap) {
-      const double old = begin + static_cast<double>(tap);
-      exact[tap] = old < side ? lanczos((old - middle) / widening) : 0;
+      const double old = first[i] + static_cast<double>(tap);
+      exact[tap] = old < side ? lanczos((old - middle(i)) / widening) : 0;
       sum += exact[tap];
     }
     // Each weight is rounded with what its neighbours were rounded by, so that no error adds up.
@@ -212,40 +230,30 @@ ResamplingWeights::ResamplingWeights(const SampledAxis& axis, int side, Begin wh
 
 Resampler::Resampler(const Bitmap& picture, const SampledAxis& across, const SampledAxis& down)
     : picture_(picture),
-      across_(across, picture.width(), ResamplingWeights::Begin::within),
-      down_(down, picture.height(), ResamplingWeights::Begin::even),
-      resizeAcross_(resizeAcross),
-      resizeDown_(resizeDown),
-      pairLength_(roundedUp(across_.first.size(), 2) * 8),
-      pairs_(down_.taps / 2 * pairLength_),
-      inUse_(down_.taps / 2) {
-#ifdef MARBELOT_AVX2
-  if (!usesFastPath()) return;
-  resizeAcross_ = resizeAcrossFast;
-  resizeDown_ = resizeDownFast;
-  spread_ = spreadWeights(across_);
-#endif
-}
-
-const std::uint8_t* Resampler::oldRow(int y, std::vector<std::uint8_t>& padded) const {
-  const std::uint8_t* row = picture_.row(std::min(y, picture_.height() - 1));
-  const auto width = static_cast<std::size_t>(picture_.width());
-  if (width >= across_.taps) return row;
-  padded.resize(4 * across_.taps);
-  std::memcpy(padded.data(), row, 4 * width);
-  return padded.data();
-}
+      across_(across, picture.width()),
+      down_(down, picture.height()),
+      resizeAcross_(MARBELOT_FASTEST(resizeAcross, resizeAcrossFast)),
+      resizeDown_(MARBELOT_FASTEST(resizeDown, resizeDownFast)),
+      pairLength_(across_.first.size() * 8),
+      pairPlaces_(down_.taps / 2 + 1),
+      pairs_(pairPlaces_ * pairLength_),
+      inUse_(down_.taps / 2) {}
 
 void Resampler::row(int y, std::uint8_t* to) {
   const auto index = static_cast<std::size_t>(y);
   const auto first = static_cast<std::size_t>(down_.first[index]) / 2;
   const auto place = [&](std::size_t pair) {
-    return pairs_.data() + pair % inUse_.size() * pairLength_;
+    return pairs_.data() + pair % pairPlaces_ * pairLength_;
   };
-  for (pairsDone_ = std::max(pairsDone_, first); pairsDone_ < first + inUse_.size(); ++pairsDone_) {
-    const int old = static_cast<int>(2 * pairsDone_);
-    const std::uint8_t* rows[] = {oldRow(old, padded_[0]), oldRow(old + 1, padded_[1])};
-    resizeAcross_(rows, across_, spread_, place(pairsDone_));
+  for (pairsDone_ = std::max(pairsDone_, first); pairsDone_ < first + inUse_.size();
+       pairsDone_ += 2) {
+    RowsAtOnce rows = {.pixels = {}, .width = static_cast<std::size_t>(picture_.width())};
+    for (std::size_t row = 0; row < RowsAtOnce::count; ++row) {
+      const auto old = static_cast<int>(2 * pairsDone_ + row);
+      rows.pixels[row] = picture_.row(std::min(old, picture_.height() - 1));
+    }
+    std::int16_t* const pairs[] = {place(pairsDone_), place(pairsDone_ + 1)};
+    resizeAcross_(rows, across_, blocks_, pairs);
   }
   for (std::size_t i = 0; i < inUse_.size(); ++i) inUse_[i] = place(first + i);
   resizeDown_(inUse_, down_.values.data() + index * down_.taps, to,

@@ -21,16 +21,24 @@ struct SampledAxis {
 
 // Each new pixel of an axis is a sum over `taps` old ones, from `first` on.
 struct ResamplingWeights {
-  enum class Begin {
-    within,  // never beyond the side, unless that is shorter than the taps
-    even     // begins at even pixels, and may end beyond the side, where all weights are 0
-  };
-  ResamplingWeights(const SampledAxis& axis, int side, Begin where);
+  ResamplingWeights(const SampledAxis& axis, int side);
 
-  std::size_t taps;        // a multiple of 4 when within, else even
-  std::vector<int> first;  // for each new pixel
+  std::size_t taps = 0;    // even
+  std::vector<int> first;  // for each new pixel; even. Weights of taps beyond the side are 0.
   std::vector<std::int16_t>
       values;  // `taps` for each new pixel; they add up to 1 << 14, each below 2 << 14
+};
+
+// Rows of the picture that are resized across together.
+struct RowsAtOnce {
+  static constexpr std::size_t count = 4;
+  const std::uint8_t* pixels[count];
+  std::size_t width;  // in pixels
+};
+
+// Two neighbouring pixels of each of those rows: the channels of both by turns.
+struct alignas(32) PixelBlock {
+  std::int16_t values[RowsAtOnce::count][8];
 };
 
 class Resampler {
@@ -42,27 +50,24 @@ class Resampler {
   void row(int y, std::uint8_t* to);
 
  private:
-  // Two old rows made as wide as the new picture.
-  using Across = void (*)(const std::uint8_t* const rows[2], const ResamplingWeights& weights,
-                          const std::vector<std::int16_t>& spread, std::int16_t* to);
+  // Makes two pairs of old rows as wide as the new picture.
+  using Across = void (*)(const RowsAtOnce& rows, const ResamplingWeights& weights,
+                          std::vector<PixelBlock>& blocks, std::int16_t* const to[2]);
   // A new row of `width` pixels, from pairs of rows and two weights for each pair.
   using Down = void (*)(std::span<const std::int16_t* const> pairs, const std::int16_t* weights,
                         std::uint8_t* to, std::int64_t width);
-
-  const std::uint8_t* oldRow(int y, std::vector<std::uint8_t>& padded) const;
 
   const Bitmap& picture_;
   ResamplingWeights across_, down_;
   Across resizeAcross_;
   Down resizeDown_;
-  std::vector<std::int16_t> spread_;  // the weights across as the fast path wants them
-  std::size_t pairLength_;
+  std::vector<PixelBlock> blocks_;  // old rows as the fast path wants them
   // Old rows made as wide as the new picture, two and two: pair i, which stands at i modulo the
-  // pairs in use, has the channels of rows 2i and 2i + 1 by turns.
+  // places for pairs, has the channels of rows 2i and 2i + 1 by turns.
+  std::size_t pairLength_, pairPlaces_;
   std::vector<std::int16_t> pairs_;
   std::size_t pairsDone_ = 0;
   std::vector<const std::int16_t*> inUse_;  // the pairs for a new row
-  std::vector<std::uint8_t> padded_[2];     // rows that are shorter than the taps
 };
 
 }  // namespace marbelot
