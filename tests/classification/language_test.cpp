@@ -13,6 +13,7 @@
 #include "classification/language_clues.h"
 #include "classification/language_signals.h"
 #include "platform/text.h"
+#include "tests/support/rows.h"
 
 namespace marbelot {
 namespace {
@@ -115,23 +116,15 @@ TEST(Classify, KeepsSourceSessionsAndProseApart) {
               [](const Snippet& s) { return classify(s.text) != ClipCategory::code; });
 }
 
-TEST(LanguageDetector, TakesPiecesOfCommentsAndStrings) {
-  const struct {
-    const char* text;
-    const char* language;
-  } cases[] = {
-      {"   of the words.\n    \"\"\"\n    for word in words:\n        print(word)", "Python"},
-      {"/* unfinished\nfunction f() {", ""},
-      {"q = \"SELECT * FROM t WHERE a = 1\"\nself.cursor.execute(q)\nprint(self.cursor)", "Python"},
-      {"# # // doubled\n#   def total\n#     @lines.sum\n#   end\n#   puts total", "Ruby"},
-      {"const s = '<div class=\"a\"></div>';\nconst t = s.replace('a', 'b');", "JavaScript"},
-      {"{\"a\": function() { return 1; }}", "JavaScript"},
-      {"   end of a note.\n */\n#include <a.h>\n#define B 2\n#endif /* A */", "C"},
-      {"#!/usr/bin/env python3\nimport os", "Python"},
-      {"{\"a\": 1,\n \"b\": [true, null, -1.5e3]}", "JSON"},
-  };
-  for (const auto& test : cases) {
-    EXPECT_EQ(detectLanguage(test.text).value_or(""), test.language) << test.text;
+TEST(LanguageDetector, TakesPiecesOfCommentsAndStringsAndNamesNoneWithoutItsSignal) {
+  for (const Row& row : rowsOf("classification/texts.tsv", "languages"))
+    EXPECT_EQ(detectLanguage(row[1]).value_or("none"), row[0]) << row;
+}
+
+TEST(LanguageSignals, MatchWhatTheirExpressionsMatch) {
+  for (const Row& row : rowsOf("classification/texts.tsv", "signals")) {
+    EXPECT_TRUE(carriesSignal(languages.at(row[0]).language, row[1])) << row;
+    EXPECT_FALSE(carriesSignal(languages.at(row[0]).language, row[2])) << row;
   }
 }
 
@@ -139,29 +132,6 @@ TEST(ClueTable, HoldsEachPatternOnce) {
   std::set<std::string_view> patterns;
   for (const Clue& clue : languageClues()) {
     EXPECT_TRUE(patterns.insert(clue.pattern).second) << clue.pattern;
-  }
-}
-
-// The clues choose among the languages of which a signal stands in the text, and name no other.
-TEST(LanguageDetector, NamesNoLanguageWithoutItsSignal) {
-  for (const char* text : {
-           "My private notes:\n=====\nbuy milk",
-           "at = parent\ncontinue\nbreak\nheap[at] = item",
-           "#define SHOP_OPEN 0x01\n#define SHOP_SHUT 0x02\n#define SHOP_SOLD 0x04",
-           "\"one\": 1,\n\"two\": [2, 2],\n\"three\": \"3\",\n\"four\": null,",
-           "CREATE INDEX a ON b (c);\nGRANT ALL ON b TO ann;\nDROP VIEW v;",
-           "#!/usr/bin/env bash\nset -e\nfor i in 1 2 3; do\n  echo \"$i\"\ndone",
-           "pub fn area(&self) -> u32 {\n    self.width * self.height\n}",
-           "public int Width { get; set; }\npublic int Height { get; set; }",
-           "<p>\nWe keep the <em>doors</em> open until the last guest has gone.\n</p>",
-           "name = Corner shop\nopen = 9-17\ncolour = dark green\nphone = none",
-           "NAME=shop\nOPEN=9\nCOLOUR=green",
-           "\"name\",\"open\",\"phone\"\n\"Ann\",\"9\",\"\"\n\"Bob\",\"10\",\"\"",
-           "bread, cheese,\nwine, plums,\nsalt, flour,\neggs",
-           "She said \"no\",\nthen \"perhaps\",\nthen \"why not\",\nand so we went.",
-           "Put a <br> where the line\nends, and a <p> where the\nparagraph begins.",
-       }) {
-    EXPECT_EQ(detectLanguage(text).value_or("none"), "none") << text;
   }
 }
 
