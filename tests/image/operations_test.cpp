@@ -3,17 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
-#include <functional>
-#include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "image/decimal.h"
 #include "image/pixel_operations.h"
+#include "tests/support/rows.h"
 
 namespace marbelot {
 namespace {
+
+constexpr const char* table = "image/operations.tsv";
 
 // The size of what an op string makes of a picture, "" for none.
 std::string sizeAfter(const char* op, int width, int height) {
@@ -23,73 +24,27 @@ std::string sizeAfter(const char* op, int width, int height) {
 }
 
 TEST(Operations, SizesOfResults) {
-  const struct {
-    const char* op;
-    int width, height;
-    const char* size;
-  } cases[] = {{"border:white", 200, 100, "212x112"},
-               {"border", 4000, 3000, "4150x3150"},
-               {"border", 239, 400, "251x412"},
-               {"border", 240, 400, "252x412"},
-               {"border", 319, 400, "333x414"},
-               {"border", 1, 1, "13x13"},
-               {"shadow:grow:small", 100, 100, "124x124"},
-               {"shadow", 1000, 2000, "1180x2180"},
-               {"shadow:anything:large", 1000, 2000, "1300x2300"},
-               {"shadow:same:large", 20, 20, ""},
-               {"shadow:same:large", 24, 100, ""},
-               {"shadow:same:large", 25, 25, "25x25"},
-               {"shadow:same", 300, 200, "300x200"},
-               {"emblem:circle:clear", 300, 200, "200x200"},
-               {"emblem:squircle:white", 40, 40, "48x48"},
-               {"emblem", 47, 60, "55x55"},
-               {"emblem::dark", 48, 60, "56x56"},
-               {"emblem:circle:dark", 1, 1, "9x9"},
-               {"rotate:90", 300, 200, "200x300"},
-               {"rotate:-90", 300, 200, "200x300"},
-               {"rotate", 300, 200, "200x300"},
-               {"rotate:+90", 300, 200, "200x300"},
-               {"rotate:180", 300, 200, "300x200"},
-               {"rotate:270", 300, 200, "300x200"},
-               {"rotate:450", 300, 200, "300x200"},
-               {"rotate:45", 300, 200, "300x200"},
-               {"rotate:9223372036854775807", 3, 2, "3x2"},
-               {"rotate:-9223372036854775808", 3, 2, "3x2"},
-               {"rotate:9223372036854775808", 3, 2, "2x3"},  // no such integer: 90
-               {"rotate:90 ", 3, 2, "2x3"},
-               {"rotate:1.5", 3, 2, "2x3"},
-               {"flip:h", 3, 2, "3x2"},
-               {"flip", 3, 2, "3x2"},
-               {"transparent", 3, 2, "3x2"},
-               {"resize:0.25", 3, 3, "1x1"},
-               {"resize:0.75", 100, 50, "75x37"},
-               {"resize", 5, 3, "2x1"},
-               {"resize:1/2", 5, 3, "2x1"},
-               {"resize:0,9", 5, 3, "2x1"},
-               {"resize:0x1", 5, 3, "2x1"},
-               {"resize:+1.5e0", 4, 2, "6x3"},
-               {"resize:.5", 4, 2, "2x1"},
-               {"resize:-7", 4, 2, "1x1"},
-               {"resize:1e-999", 4, 2, "1x1"},
-               {"resize:1e999", 4, 2, ""},
-               {"resize:-1e999", 4, 2, ""},
-               {"resize:1e30", 4, 2, ""},
-               {"resize:nan", 4, 2, ""},
-               {"resize:inf", 4, 2, ""},
-               {"resize:32768", 1, 1, ""},
-               {"resize:32769", 1, 1, ""},
-               {"::rotate:::-90:", 3, 2, "2x3"},
-               {"", 3, 2, ""},
-               {":::", 3, 2, ""},
-               {"Rotate:90", 3, 2, ""},
-               {"crop", 3, 2, ""}};
-  for (const auto& [op, width, height, size] : cases) {
-    EXPECT_EQ(sizeAfter(op, width, height), size) << op << " of " << width << "x" << height;
-  }
+  for (const Row& row : rowsOf(table, "sizes"))
+    EXPECT_EQ(sizeAfter(row[0].c_str(), std::stoi(row[1]), std::stoi(row[2])), row[3]) << row;
+}
+
+// As the table writes it: its kind, a blank, and the value.
+EditParameter parameterFrom(const std::string& written) {
+  const std::string kind = written.substr(0, written.find(' '));
+  const std::string value = written.substr(std::min(kind.size() + 1, written.size()));
+  if (kind == "text") return value;
+  if (kind == "whole") return std::int64_t{std::stoll(value)};
+  if (kind == "number") return std::stod(value);
+  int red = 0, green = 0, blue = 0;
+  if (std::istringstream(value) >> red >> green >> blue)
+    return PixelColor{static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
+                      static_cast<std::uint8_t>(blue)};
+  return {};
 }
 
 // What is said of an action on a picture: its message, or why there is none.
-std::string said(const char* selector, const EditParameter& parameter, int width, int height) {
+std::string said(const std::string& selector, const EditParameter& parameter, int width,
+                 int height) {
   const Operation* operation = operationForSelector(selector);
   if (!operation) return "no such action";
   const auto edit = operation->edit(parameter);
@@ -99,47 +54,10 @@ std::string said(const char* selector, const EditParameter& parameter, int width
 }
 
 TEST(Operations, Messages) {
-  const std::int64_t farthest = std::numeric_limits<std::int64_t>::min();
-  const double infinity = std::numeric_limits<double>::infinity();
-  const struct {
-    const char* selector;
-    EditParameter parameter;
-    int width, height;
-    const char* message;
-  } cases[] = {
-      {"addBorderClip:", colors::red, 4, 4, "Added border"},
-      {"addBorderClip:", std::string("red"), 4, 4, "wrong parameter"},
-      {"addBorderClip:", colors::red, 1, 32768, "unreadable"},  // too long with a border
-      {"addShadowClip:", std::string("grow:small"), 4, 4, "Added rounded shadow"},
-      {"addShadowClip:", std::string("same:small"), 25, 25, "Added rounded shadow"},
-      {"addShadowClip:", std::string("same:large"), 20, 20, "Image too small for that shadow"},
-      {"addShadowClip:", std::string(":same:"), 24, 99, "Image too small for that shadow"},
-      {"addShadowClip:", std::string("grow:small"), 32760, 1, "unreadable"},
-      {"addShadowClip:", std::int64_t{1}, 4, 4, "wrong parameter"},
-      {"makeTransparentClip:", std::string("any"), 4, 4, "Made background transparent"},
-      {"makeTransparentClip:", {}, 4, 4, "wrong parameter"},
-      {"makeEmblemClip:", std::string("circle:clear"), 4, 4, "Made circular emblem"},
-      {"makeEmblemClip:", std::string("squircle:dark"), 4, 4, "Made rounded-square emblem"},
-      {"makeEmblemClip:", std::string("Circle"), 4, 4, "Made rounded-square emblem"},
-      {"makeEmblemClip:", 1.0, 4, 4, "wrong parameter"},
-      {"rotateClip:", std::int64_t{-90}, 4, 4, "Rotated -90°"},
-      {"rotateClip:", std::int64_t{450}, 4, 4, "Rotated 450°"},
-      {"rotateClip:", farthest, 4, 4, "Rotated -9223372036854775808°"},
-      {"rotateClip:", 90.0, 4, 4, "wrong parameter"},
-      {"flipClip:", std::string("h"), 4, 4, "Flipped"},
-      {"flipClip:", std::int64_t{1}, 4, 4, "wrong parameter"},
-      {"resizeClip:", 0.25, 3, 3, "Resized to 25%"},
-      {"resizeClip:", 0.29, 3, 3, "Resized to 28%"},  // 0.29 * 100 is just below 29
-      {"resizeClip:", -0.5, 3, 3, "Resized to -50%"},
-      {"resizeClip:", 32768.0, 1, 1, "unreadable"},
-      {"resizeClip:", -1e300, 1, 1, "unreadable"},
-      {"resizeClip:", infinity, 1, 1, "unreadable"},
-      {"resizeClip:", infinity - infinity, 1, 1, "unreadable"},
-      {"resizeClip:", std::int64_t{1}, 3, 3, "wrong parameter"},
-      {"cropClipImage:", {}, 3, 3, "no such action"},
-  };
-  for (const auto& [selector, parameter, width, height, message] : cases) {
-    EXPECT_EQ(said(selector, parameter, width, height), message) << selector;
+  for (const Row& row : rowsOf(table, "messages")) {
+    const std::string message =
+        said(row[0], parameterFrom(row[1]), std::stoi(row[2]), std::stoi(row[3]));
+    EXPECT_EQ(message, row[4]) << row;
   }
   // The operations' own failures; nothing is said of a border.
   EXPECT_EQ(failureMessage(*operationForSelector("addBorderClip:"), Result::none(), "unreadable"),
@@ -161,97 +79,25 @@ std::string textOf(const EditParameter& parameter) {
 }
 
 TEST(Operations, MenuAsData) {
-  std::string menu;
+  std::vector<std::string> menu, expected;
   for (const Operation& operation : operations()) {
-    if (operation.startsSection) menu += "-\n";
-    menu += std::string(operation.menuTitle) + " (" + std::string(operation.selector) + ")\n";
+    if (operation.startsSection) menu.emplace_back("-");
+    menu.push_back(std::string(operation.menuTitle) + " (" + std::string(operation.selector) + ")");
     for (const EditChoice& choice : operation.choices) {
       const bool item = !choice.arguments.empty();
-      menu += "> " + std::string(choice.title.empty() ? "-" : choice.title) +
-              (item ? " = " + textOf(operation.parameterOf(choice)) : "") + "\n";
+      menu.push_back("> " + std::string(choice.title.empty() ? "-" : choice.title) +
+                     (item ? " = " + textOf(operation.parameterOf(choice)) : ""));
     }
   }
-  EXPECT_EQ(menu, R"(Add border (addBorderClip:)
-> White = 255,255,255
-> Black = 0,0,0
-> Gray = 128,128,128
-> Red = 255,59,48
-> Blue = 0,122,255
-> Green = 52,199,89
-Add rounded shadow (addShadowClip:)
-> Grow canvas (image stays full size)
->   Small = grow:small
->   Medium = grow:medium
->   Large = grow:large
-> -
-> Keep same size (fit image inside)
->   Small = same:small
->   Medium = same:medium
->   Large = same:large
-Make transparent (makeTransparentClip:)
-> Remove white background = white
-> Remove black background = black
-> Remove corner color (auto) = corner
-Make emblem (makeEmblemClip:)
-> Circle
->   Transparent background = circle:clear
->   White badge = circle:white
->   Dark badge = circle:dark
-> -
-> Rounded square (app-icon style)
->   Transparent background = squircle:clear
->   White badge = squircle:white
->   Dark badge = squircle:dark
--
-Rotate (rotateClip:)
-> Right 90° = 90
-> Left 90° = -90
-> 180° = 180
-Flip (flipClip:)
-> Horizontal = h
-> Vertical = v
-Resize (resizeClip:)
-> 75% = 0.750000
-> 50% = 0.500000
-> 25% = 0.250000
-)");
-}
-
-// The same words mean the same in an op string and in a menu's parameter, but for what is missing.
-TEST(Operations, DefaultsOfOpStringsAndMenus) {
-  const auto same = [](const char* op, const char* selector, const char* parameter) {
-    Bitmap picture = *Bitmap::make(60, 50);
-    for (int i = 0; i < 60 * 50 * 4; ++i)
-      picture.data()[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 255 : i * 7);
-    const auto named = marbelot::apply(op, picture);
-    const Result chosen =
-        operationForSelector(selector)->edit(std::string(parameter))->apply(picture);
-    return named && chosen && named->width() == chosen->width() &&
-           named->height() == chosen->height() &&
-           std::memcmp(named->data(), chosen->data(), named->bytesPerRow() * named->height()) == 0;
-  };
-  EXPECT_TRUE(same("emblem:circle", "makeEmblemClip:", "circle:white"));
-  EXPECT_FALSE(same("emblem:circle", "makeEmblemClip:", "circle"));
-  EXPECT_TRUE(same("emblem:circle:clear", "makeEmblemClip:", "circle"));
-  EXPECT_TRUE(same("emblem:other:any", "makeEmblemClip:", "squircle:white"));
-  EXPECT_TRUE(same("emblem", "makeEmblemClip:", "circle:white"));
-  EXPECT_TRUE(same("emblem:circle:clear", "makeEmblemClip:", ""));
-  EXPECT_TRUE(same("shadow", "addShadowClip:", "grow:medium"));
-  EXPECT_TRUE(same("shadow:same", "addShadowClip:", "same:medium"));
-  EXPECT_TRUE(same("shadow:large", "addShadowClip:", "large"));
-  EXPECT_TRUE(same("shadow::same::large:", "addShadowClip:", ":same:large"));
-  EXPECT_TRUE(same("transparent", "makeTransparentClip:", "corner"));
-  EXPECT_FALSE(same("transparent", "makeTransparentClip:", "white"));
-  EXPECT_TRUE(same("flip", "flipClip:", "v"));
-  EXPECT_TRUE(same("flip:H", "flipClip:", "v"));
-  EXPECT_FALSE(same("flip:h", "flipClip:", "v"));
+  for (const Row& row : rowsOf(table, "menu")) expected.push_back(row[0]);
+  EXPECT_EQ(menu, expected);
 }
 
 // A picture of which no two sides, turns or colours look the same: white, black and noise.
 Bitmap unevenPicture() {
-  Bitmap picture = *Bitmap::make(48, 30);
-  for (int y = 0; y < 30; ++y) {
-    for (int x = 0; x < 48; ++x) {
+  Bitmap picture = *Bitmap::make(300, 260);
+  for (int y = 0; y < 260; ++y) {
+    for (int x = 0; x < 300; ++x) {
       std::uint8_t* pixel = picture.row(y) + 4 * x;
       const bool isWhite = x > 30 && y<9, isBlack = x> 20 && y > 21;
       for (int c = 0; c < 3; ++c)
@@ -269,97 +115,51 @@ std::vector<std::uint8_t> bytesOf(const Result& result) {
   return bytes;
 }
 
-// What op strings and menus' parameters do, and what is said of it.
+// The pixels of a call as the table writes it.
+Result called(const std::string& call, const Bitmap& picture) {
+  std::istringstream words(call);
+  std::string name, first, second;
+  words >> name >> first >> second;
+  if (name == "border")
+    return addBorder(picture, std::get<PixelColor>(parameterFrom("color " + call.substr(7))));
+  if (name == "shadow") {
+    const bool grown = first == "grown";
+    return addRoundedShadow(picture, grown ? ShadowCanvas::grown : ShadowCanvas::sameSize,
+                            std::stod(second));
+  }
+  if (name == "transparent") {
+    return makeTransparent(picture, first == "white"   ? Background::white
+                                    : first == "black" ? Background::black
+                                                       : Background::corner);
+  }
+  if (name == "emblem") {
+    return makeEmblem(picture, first == "circle" ? EmblemShape::circle : EmblemShape::squircle,
+                      second == "clear"   ? EmblemStyle::clear
+                      : second == "white" ? EmblemStyle::white
+                                          : EmblemStyle::dark);
+  }
+  if (name == "rotate") return rotate(picture, std::stoi(first));
+  if (name == "flip")
+    return flip(picture, first == "leftRight" ? FlipAxis::leftRight : FlipAxis::topBottom);
+  return resize(picture, std::stod(first));
+}
+
+// What op strings and menus' parameters do, and what is said of it. The same words mean the same in
+// both, but for what is missing.
 TEST(Operations, DoWhatTheySay) {
   const Bitmap picture = unevenPicture();
-  using Pixels = std::function<Result()>;
-  const auto border = [&](PixelColor color) -> Pixels {
-    return [&, color] { return addBorder(picture, color); };
-  };
-  const auto shadow = [&](ShadowCanvas canvas, double share) -> Pixels {
-    return [&, canvas, share] { return addRoundedShadow(picture, canvas, share); };
-  };
-  const auto transparent = [&](Background background) -> Pixels {
-    return [&, background] { return makeTransparent(picture, background); };
-  };
-  const auto emblem = [&](EmblemShape shape, EmblemStyle style) -> Pixels {
-    return [&, shape, style] { return makeEmblem(picture, shape, style); };
-  };
-  const auto turn = [&](int degrees) -> Pixels {
-    return [&, degrees] { return rotate(picture, degrees); };
-  };
-  const auto mirror = [&](FlipAxis axis) -> Pixels {
-    return [&, axis] { return flip(picture, axis); };
-  };
-  const auto scale = [&](double factor) -> Pixels {
-    return [&, factor] { return resize(picture, factor); };
-  };
-  const auto grown = ShadowCanvas::grown, same = ShadowCanvas::sameSize;
-  const auto circle = EmblemShape::circle, squircle = EmblemShape::squircle;
-  const auto clear = EmblemStyle::clear, white = EmblemStyle::white, dark = EmblemStyle::dark;
-  const std::string text[] = {
-      "Added border",         "Added rounded shadow",       "Made background transparent",
-      "Made circular emblem", "Made rounded-square emblem", "Flipped"};
-  const struct {
-    std::string op, selector;
-    EditParameter parameter;
-    Pixels pixels;
-    std::string message;
-  } cases[] = {
-      {"border:white", "addBorderClip:", PixelColor{255, 255, 255}, border({255, 255, 255}),
-       text[0]},
-      {"border:black", "addBorderClip:", PixelColor{0, 0, 0}, border({0, 0, 0}), text[0]},
-      {"border:gray", "addBorderClip:", PixelColor{128, 128, 128}, border({128, 128, 128}),
-       text[0]},
-      {"border:red", "addBorderClip:", PixelColor{255, 59, 48}, border({255, 59, 48}), text[0]},
-      {"border:blue", "addBorderClip:", PixelColor{0, 122, 255}, border({0, 122, 255}), text[0]},
-      {"border:green", "addBorderClip:", PixelColor{52, 199, 89}, border({52, 199, 89}), text[0]},
-      {"border:pink", "addBorderClip:", PixelColor{255, 255, 255}, border({255, 255, 255}),
-       text[0]},
-      {"shadow:grow:small", "addShadowClip:", "grow:small", shadow(grown, 0.05), text[1]},
-      {"shadow:grow:large", "addShadowClip:", "grow:large", shadow(grown, 0.15), text[1]},
-      {"shadow:same:medium", "addShadowClip:", "same:medium", shadow(same, 0.09), text[1]},
-      {"shadow", "addShadowClip:", "", shadow(grown, 0.09), text[1]},
-      {"transparent:white", "makeTransparentClip:", "white", transparent(Background::white),
-       text[2]},
-      {"transparent:black", "makeTransparentClip:", "black", transparent(Background::black),
-       text[2]},
-      {"transparent:corner", "makeTransparentClip:", "corner", transparent(Background::corner),
-       text[2]},
-      {"transparent", "makeTransparentClip:", "", transparent(Background::corner), text[2]},
-      {"emblem:circle:clear", "makeEmblemClip:", "circle:clear", emblem(circle, clear), text[3]},
-      {"emblem:circle:white", "makeEmblemClip:", "circle:white", emblem(circle, white), text[3]},
-      {"emblem:circle:dark", "makeEmblemClip:", "circle:dark", emblem(circle, dark), text[3]},
-      {"emblem:squircle:clear", "makeEmblemClip:", "squircle", emblem(squircle, clear), text[4]},
-      {"emblem:squircle", "makeEmblemClip:", "squircle:white", emblem(squircle, white), text[4]},
-      {"emblem:squircle:dark", "makeEmblemClip:", "squircle:dark", emblem(squircle, dark), text[4]},
-      {"emblem", "makeEmblemClip:", "circle:white", emblem(circle, white), text[3]},
-      {"rotate:90", "rotateClip:", std::int64_t{90}, turn(90), "Rotated 90°"},
-      {"rotate:-90", "rotateClip:", std::int64_t{-90}, turn(-90), "Rotated -90°"},
-      {"rotate:30", "rotateClip:", std::int64_t{30}, turn(30), "Rotated 30°"},
-      {"rotate:x", "rotateClip:", std::int64_t{90}, turn(90), "Rotated 90°"},
-      {"flip:h", "flipClip:", "h", mirror(FlipAxis::leftRight), text[5]},
-      {"flip:v", "flipClip:", "v", mirror(FlipAxis::topBottom), text[5]},
-      {"flip", "flipClip:", "", mirror(FlipAxis::topBottom), text[5]},
-      {"resize:0.75", "resizeClip:", 0.75, scale(0.75), "Resized to 75%"},
-      {"resize:0.25", "resizeClip:", 0.25, scale(0.25), "Resized to 25%"},
-      {"resize:x", "resizeClip:", 0.5, scale(0.5), "Resized to 50%"},
-      {"resize:0.299", "resizeClip:", 0.299, scale(0.299), "Resized to 29%"},
-      {"resize:-9e16", "resizeClip:", -9e16, scale(-9e16), "Resized to -9000000000000000000%"},
-  };
-  for (const auto& [op, selector, parameter, pixels, message] : cases) {
-    SCOPED_TRACE(op);
-    const auto expected = bytesOf(pixels());
-    ASSERT_FALSE(expected.empty());
-    const auto named = namedEdit(op);
-    ASSERT_TRUE(named);
-    EXPECT_EQ(named->operation->selector, selector);
-    EXPECT_EQ(named->edit.message, message);
-    EXPECT_EQ(bytesOf(named->edit.apply(picture)), expected);
-    const auto chosen = operationForSelector(selector)->edit(parameter);
-    ASSERT_TRUE(chosen);
-    EXPECT_EQ(chosen->message, message);
-    EXPECT_EQ(bytesOf(chosen->apply(picture)), expected);
+  for (const Row& row : rowsOf(table, "results")) {
+    const auto expected = bytesOf(called(row[3], picture));
+    ASSERT_FALSE(expected.empty()) << row;
+    const auto named = namedEdit(row[0]);
+    ASSERT_TRUE(named) << row;
+    EXPECT_EQ(named->operation->selector, row[1]) << row;
+    EXPECT_EQ(named->edit.message, row[4]) << row;
+    EXPECT_TRUE(bytesOf(named->edit.apply(picture)) == expected) << row;
+    const auto chosen = operationForSelector(row[1])->edit(parameterFrom(row[2]));
+    ASSERT_TRUE(chosen) << row;
+    EXPECT_EQ(chosen->message, row[4]) << row;
+    EXPECT_TRUE(bytesOf(chosen->apply(picture)) == expected) << row;
   }
   EXPECT_FALSE(operationForSelector("cropClipImage:"));
 }
