@@ -9,12 +9,13 @@
 #include <unicode/utext.h>
 
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "tests/support/rows.h"
 
 namespace marbelot {
 namespace {
@@ -61,33 +62,9 @@ void expectAgreement(const std::string& sample) {
 }
 
 TEST(Characters, CountsWhatTheUserSees) {
-  const struct {
-    std::string sample;
-    std::size_t count;
-  } cases[] = {
-      {"", 0},
-      {"abc\n", 4},
-      {"a\r\nb", 3},
-      {"\r\r\n\n", 3},
-      {"\n\u0301", 2},
-      {"e\u0301", 1},
-      {"👩‍👩‍👧‍👦👍🏽", 2},
-      {"👩\u200D\u200D👩", 2},
-      {"👩\u200D\u0301\u200D👩\u0301\u200D👩", 2},
-      {"🇩🇪🇫🇷🇪", 3},
-      {"각각\u11A8", 2},
-      {"\u1100\u1161\u11A8", 1},
-      {"\u0E01\u0E33", 1},
-      {"\u0600a", 1},
-      {"1\uFE0F\u20E3", 1},
-      {"a\u200Db", 2},
-      {"\xff\xfe"s, 2},
-      {"\xe2\x82"s, 1},
-      {"\0\0"s, 2},
-  };
-  for (const auto& [sample, count] : cases) {
-    EXPECT_EQ(text::characterCount(sample), count) << hex(sample);
-    expectAgreement(sample);
+  for (const Row& row : rowsOf("text/texts.tsv", "characters")) {
+    EXPECT_EQ(text::characterCount(row[1]), std::stoul(row[0])) << row;
+    expectAgreement(row[1]);
   }
 }
 
@@ -154,25 +131,9 @@ TEST(Characters, LongClustersAndManyThreads) {
 }
 
 TEST(Scalars, DecodeBothWaysAndSanitise) {
-  const struct {
-    std::string bytes, sane;
-  } cases[] = {
-      {"", ""},
-      {"plain ascii, more than eight bytes", "plain ascii, more than eight bytes"},
-      {"é漢😀", "é漢😀"},
-      {"a\xff"
-       "b",
-       "a\uFFFDb"},
-      {"\x80\x80", "\uFFFD\uFFFD"},
-      {"\xC0\xAF", "\uFFFD\uFFFD"},                      // overlong
-      {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},            // a lone surrogate
-      {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond U+10FFFF
-      {"12345678\xE2\x82", "12345678\uFFFD"},            // cut off
-      {"\xF0\x9F\x98 é", "\uFFFD é"},
-      {"\0\xC3"s, "\0\uFFFD"s},
-  };
-  for (const auto& [bytes, sane] : cases) {
-    EXPECT_EQ(text::sanitized(bytes), sane) << hex(bytes);
+  for (const Row& row : rowsOf("text/texts.tsv", "scalars")) {
+    const std::string bytes = row[0], sane = row[1];
+    EXPECT_EQ(text::sanitized(bytes), sane) << row;
     std::string forwards;
     std::vector<std::size_t> starts;
     for (std::size_t at = 0; at < bytes.size();) {
@@ -227,24 +188,11 @@ TEST(Text, TrimsLowersAndCompares) {
 }
 
 TEST(Time, StampsAreLocalAndAlwaysTheSameWidth) {
-  const struct {
-    const char* zone;
-    double seconds;
-    const char* stamp;
-  } cases[] = {
-      {"UTC", 0, "1970-01-01 at 00.00.00"},
-      {"UTC", 1709210096.9, "2024-02-29 at 12.34.56"},
-      {"UTC", -0.5, "1969-12-31 at 23.59.59"},
-      {"EST5", 1709210096, "2024-02-29 at 07.34.56"},
-      {"UTC", std::numeric_limits<double>::quiet_NaN(), "1970-01-01 at 00.00.00"},
-      {"UTC", 1e300, "9999-12-30 at 23.59.59"},
-      {"UTC", -1e300, "0001-01-02 at 00.00.00"},
-  };
   const char* const before = std::getenv("TZ");
   const std::string zone = before ? before : "";
-  for (const auto& [name, seconds, stamp] : cases) {
-    setenv("TZ", name, 1);
-    EXPECT_EQ(text::fileTimestamp(seconds), stamp);
+  for (const Row& row : rowsOf("text/texts.tsv", "stamps")) {
+    setenv("TZ", row[0].c_str(), 1);
+    EXPECT_EQ(text::fileTimestamp(std::stod(row[1])), row[2]) << row;
   }
   before ? setenv("TZ", zone.c_str(), 1) : unsetenv("TZ");
   EXPECT_GT(text::now(), 1.6e9);

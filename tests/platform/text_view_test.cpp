@@ -39,25 +39,11 @@ struct TextViewTest : testing::Test {
 };
 
 TEST_F(TextViewTest, GivesBackEveryTextToTheByte) {
-  const std::string pieces[] = {"a",
-                                " ",
-                                "\t",
-                                "\n",
-                                "\r\n",
-                                "\r",
-                                "\u00A0",
-                                "\u2028",
-                                "\u2029",
-                                "\uFEFF",
-                                "\uFDD0",
-                                "\uFDD1",
-                                "\uFFFC",
-                                "\U0001F469",
-                                "e\u0301",
-                                "\uFFFE",
-                                "\f",
-                                "\u0085",
-                                std::string(1, '\0')};
+  // clang-format off
+  const std::string pieces[] = {
+      "a", " ", "\t", "\n", "\r\n", "\r", "\u00A0", "\u2028", "\u2029", "\uFEFF", "\uFDD0", "\uFDD1", "\uFFFC",
+      "\U0001F469", "e\u0301", "\uFFFE", "\f", "\u0085", std::string(1, '\0')};
+  // clang-format on
   std::mt19937 random(11);
   std::vector<std::string> texts = {"\uFFF0 a mark itself\r\nb\n", std::string(20'000, 'x') + "\nb",
                                     "a\r\n" + std::string(9'000, 'y') + "\r\n\r\n"};

@@ -37,20 +37,11 @@ TEST(Collection, KeepsWhatIsWorthKeepingAndJoinsIt) {
 // Characters can form across a separator and vanish into it; and counts kept from before a change
 // must not outlive it.
 TEST(Collection, CountsExactlyWithoutJoining) {
-  const std::string pieces[] = {"a",
-                                "",
-                                "b\r",
-                                "\nc",
-                                "\r",
-                                "\u0301x",
-                                "é",
-                                "\u0600",
-                                "x\u0600",
-                                "\u200D",
-                                "\u200D\U0001F469",
-                                "🇩",
-                                "🇩🇪🇫",
-                                "\u0903"};
+  // clang-format off
+  const std::string pieces[] = {
+      "a", "", "b\r", "\nc", "\r", "\u0301x", "é", "\u0600", "x\u0600", "\u200D", "\u200D\U0001F469", "🇩",
+      "🇩🇪🇫", "\u0903"};
+  // clang-format on
   std::mt19937 random(7);
   for (int round = 0; round < 300; ++round) {
     std::vector<SharedText> start(random() % 4);
