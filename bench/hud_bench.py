@@ -4,8 +4,8 @@
     bench/hud_bench.py [latency] [edits] [idle] [changes [NUMBER]]
                                                        all of them by default, 10000 changes
 
-latency  from the moment at which another program has handed over what it copied to the panel's
-         window on the screen: texts, 4K pictures
+latency  from a copy in another program, which then has to hand over what it copied, to the panel
+         on the screen: texts, 4K pictures
 edits    from the choice of an edit of a 4K picture to the panel that shows it. Where other work
          keeps the processors busy, the shortest time and the program's own processor time tell
 idle     processor time over a minute with a pinned panel
@@ -87,20 +87,32 @@ class Bench:
 
     def latency(self, name, data, kind):
         """Milliseconds; the panel is away before each copy."""
-        times = []
-        for number in range(8):
-            until(lambda: not self.kinds(), "no panel", 20)
+        times, spent = [], []
+        # Within every panel in the upper right corner.
+        patch = ScreenPatch(self.screen.env["DISPLAY"], self.screen.size[0] - 200, 40, 100, 20)
+        until(lambda: not self.kinds(), "no panel", 20)
+        desktop = patch.pixels()
+        for number in range(9):
+            until(lambda: not self.kinds() and patch.pixels() == desktop, "no panel", 20)
             file = self.screen.folder / "copied"
             file.write_bytes(data(number))
+            spent_before = self.spent()
             owner = self.owner(f"{kind}={file}")
-            while owner.stdout.readline() != "asked\n":
+            while owner.stdout.readline() != "ready\n":
                 pass
             given = time.monotonic()
-            until(self.kinds, "panel", 10, 0.001)
+            until(lambda: patch.pixels() != desktop, "panel", 10, 0.0005)
             times.append((time.monotonic() - given) * 1000)
+            spent.append(self.spent() - spent_before)
             owner.terminate()
             owner.wait()
-        print(f"{name}: median {statistics.median(times):.0f} ms, longest {max(times):.0f} ms")
+        self.report(name, times, spent)
+
+    @staticmethod
+    def report(name, times, spent):
+        print(f"{name}: shortest {min(times):.0f} ms, median {statistics.median(times):.0f} ms, "
+              f"longest {max(times):.0f} ms; processor time {min(spent):.0f} to "
+              f"{max(spent):.0f} ms, load {os.getloadavg()[0]:.1f}", flush=True)
 
     def spent(self):
         """Processor time of all threads so far, in milliseconds."""
@@ -133,9 +145,7 @@ class Bench:
                 self.program.ctl("press", "editor", "undo")
                 until(lambda: patch.pixels() != edited, "edit undone")
                 time.sleep(0.3)
-            print(f"{op}: shortest {min(times):.0f} ms, median {statistics.median(times):.0f} ms, "
-                  f"longest {max(times):.0f} ms; processor time {min(spent):.0f} to "
-                  f"{max(spent):.0f} ms, load {os.getloadavg()[0]:.1f}")
+            self.report(op, times, spent)
         self.program.ctl("press", "editor", "done")
         until(lambda: not self.kinds(), "no panel", 20)
 

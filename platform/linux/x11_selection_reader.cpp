@@ -2,14 +2,25 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <utility>
 
 namespace marbelot {
 namespace {
 
 constexpr std::size_t reserveLimit = std::size_t{1}
-                                     << 28;          // bytes; the announced size may be a lie
-constexpr std::uint32_t wholeProperty = 0x1FFFFFFF;  // units of four bytes; the protocol's maximum
+                                     << 28;  // bytes; the announced size may be a lie
+// Of a property, in bytes, and how many are asked for ahead. One answer with the whole of a large
+// picture would need memory for it twice more, the server's and ours, and to fill that takes long.
+constexpr std::uint32_t pieceBytes = std::uint32_t{1} << 17;
+constexpr std::size_t piecesAhead = 2;
+
+using PropertyReply = X11Reply<xcb_get_property_reply_t>;
+
+void append(const xcb_get_property_reply_t& piece, std::string& to) {
+  to.append(static_cast<const char*>(xcb_get_property_value(&piece)),
+            static_cast<std::size_t>(xcb_get_property_value_length(&piece)));
+}
 
 bool after(std::uint32_t a, std::uint32_t b) { return static_cast<std::int32_t>(a - b) > 0; }
 
@@ -34,6 +45,33 @@ struct X11SelectionReader::Answer final : Channel {
   xcb_window_t window;
   xcb_atom_t property = XCB_ATOM_NONE;
   std::uint32_t sequence = 0;
+
+  // Deletes the property with its last piece, which also asks for the next part of a transfer in
+  // parts.
+  xcb_get_property_cookie_t ask(std::uint64_t from) const {
+    return xcb_get_property(connection.get(), 1, window, property, XCB_GET_PROPERTY_TYPE_ANY,
+                            static_cast<std::uint32_t>(from / 4), pieceBytes / 4);
+  }
+  PropertyReply take(xcb_get_property_cookie_t cookie) const {
+    return PropertyReply(xcb_get_property_reply(connection.get(), cookie, nullptr));
+  }
+  // What follows a property's first piece; false when it is not there any more.
+  bool takeRest(const xcb_get_property_reply_t& first, std::string& to) const {
+    std::deque<xcb_get_property_cookie_t> asked;
+    const std::uint64_t end = std::uint64_t{pieceBytes} + first.bytes_after;
+    for (std::uint64_t next = pieceBytes; next < end || !asked.empty();) {
+      for (; next < end && asked.size() < piecesAhead; next += pieceBytes)
+        asked.push_back(ask(next));
+      const PropertyReply piece = take(asked.front());
+      asked.pop_front();
+      if (!piece || piece->type != first.type) {
+        for (const auto& cookie : asked) xcb_discard_reply(connection.get(), cookie.sequence);
+        return false;
+      }
+      append(*piece, to);
+    }
+    return true;
+  }
 };
 
 struct X11SelectionReader::Owner final : Channel {
@@ -125,29 +163,29 @@ void X11SelectionReader::handle(const xcb_generic_event_t& event) {
 
 void X11SelectionReader::receive(Read& read, Conversion& conversion) {
   const Answer& answer = Answer::of(conversion);
-  // Deleting the property also asks for the next part of a transfer in parts.
-  const auto cookie = xcb_get_property(connection_.get(), 1, answer.window, answer.property,
-                                       XCB_GET_PROPERTY_TYPE_ANY, 0, wholeProperty);
-  const X11Reply<xcb_get_property_reply_t> reply(
-      xcb_get_property_reply(connection_.get(), cookie, nullptr));
+  const PropertyReply reply = answer.take(answer.ask(0));
   const bool inParts = conversion.state == Conversion::State::arriving;
   if (!reply || reply->type == XCB_ATOM_NONE) {
     if (inParts) return abandon(read, conversion);
     conversion.state = Conversion::State::failed;
     return;
   }
-  const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply.get()));
   const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
   progress(read, conversion);
   if (!inParts && reply->type == connection_.atom("INCR")) {
     std::uint32_t expected = 0;
-    if (length >= sizeof expected) std::memcpy(&expected, bytes, sizeof expected);
+    if (length >= sizeof expected)
+      std::memcpy(&expected, xcb_get_property_value(reply.get()), sizeof expected);
     conversion.bytes.reserve(std::min<std::size_t>(expected, reserveLimit));
     conversion.state = Conversion::State::arriving;
     return;
   }
-  if (conversion.bytes.size() + length > sizeLimit) return abandon(read, conversion);
-  conversion.bytes.append(bytes, length);
+  const std::size_t size = conversion.bytes.size() + length + reply->bytes_after;
+  if (size > sizeLimit) return abandon(read, conversion);
+  if (reply->bytes_after > 0) conversion.bytes.reserve(size);
+  append(*reply, conversion.bytes);
+  if (reply->bytes_after > 0 && !answer.takeRest(*reply, conversion.bytes))
+    return abandon(read, conversion);
   if (inParts && length > 0) return;
   if (&conversion == &read.targets) return finishTargets(read, conversion, reply->format);
   const auto names = connection_.names({&reply->type, 1});
