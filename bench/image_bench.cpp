@@ -1,7 +1,7 @@
-// The operations on a screenshot of 3840 by 2160, beside the libraries one would use instead. One
-// thread, best of many turns, in processor time. "x" is the time over that of a warm memcpy of the
-// picture (of an emblem: of its square), measured by turns with each. Ours allocates its result;
-// the others write into memory that is there already, wherever they can.
+// The operations on a screenshot of 3840 by 2160, beside the libraries one would use instead. Best
+// of many turns, in processor time, of all threads where there are several. "x" is the time over
+// that of a warm memcpy of the picture (of an emblem: of its square), measured by turns with each.
+// Ours allocates its result; the others write into memory that is there already, wherever they can.
 //
 // image_bench [NAME…]: only the operations whose names begin so.
 #include <cairo/cairo.h>

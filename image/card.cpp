@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "image/bands.h"
 #include "image/paint.h"
 #include "image/resampler.h"
 #include "platform/fast_path.h"
@@ -190,9 +191,11 @@ class CardPainter {
 Result drawCard(const Bitmap& picture, const Card& card) {
   Result result = Result::canvas(card.width, card.height);
   if (!result) return result;
-  CardPainter painter(picture, card);
-  for (int y = 0; y < result->height(); ++y) painter.paintRow(y, result->row(y));
-  finishStreaming();
+  inBands(result->height(), card.width * card.height, [&](int begin, int end) {
+    CardPainter painter(picture, card);
+    for (int y = begin; y < end; ++y) painter.paintRow(y, result->row(y));
+    finishStreaming();
+  });
   return result;
 }
 

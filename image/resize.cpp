@@ -1,11 +1,19 @@
 #include <algorithm>
 #include <cmath>
 
+#include "image/bands.h"
 #include "image/pixel_operations.h"
 #include "image/resampler.h"
 #include "platform/fast_path.h"
 
 namespace marbelot {
+namespace {
+
+std::int64_t pixelsOf(const Bitmap& bitmap) {
+  return std::int64_t{bitmap.width()} * bitmap.height();
+}
+
+}  // namespace
 
 Result resizeTo(const Bitmap& picture, std::int64_t width, std::int64_t height) {
   Result result = Result::canvas(width, height);
@@ -13,10 +21,14 @@ Result resizeTo(const Bitmap& picture, std::int64_t width, std::int64_t height) 
   const auto axis = [](int from, int to) {
     return SampledAxis{to, 0, static_cast<double>(from) / to};
   };
-  Resampler resampler(picture, axis(picture.width(), result->width()),
-                      axis(picture.height(), result->height()));
-  for (int y = 0; y < result->height(); ++y) resampler.row(y, result->row(y));
-  finishStreaming();
+  const auto across = axis(picture.width(), result->width());
+  const auto down = axis(picture.height(), result->height());
+  inBands(result->height(), std::max(pixelsOf(picture), pixelsOf(*result)),
+          [&](int begin, int end) {
+            Resampler resampler(picture, across, down);
+            for (int y = begin; y < end; ++y) resampler.row(y, result->row(y));
+            finishStreaming();
+          });
   return result;
 }
 
