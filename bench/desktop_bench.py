@@ -14,7 +14,6 @@ large    the longest time without an answer while 50 MB of text are copied and s
 import json
 import os
 import pathlib
-import signal
 import statistics
 import struct
 import subprocess
@@ -26,6 +25,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from driver import BIN, Marbelot  # noqa: E402
+from measures import run  # noqa: E402
 from virtual_desktop import VirtualDesktop, until  # noqa: E402
 
 SCREENSHOTS = 200
@@ -244,16 +244,5 @@ def large():
             print(f"  {name:<28}{during(5):9.1f}   at rest {rest:.1f}", flush=True)
 
 
-def main():
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-    measures = {function.__name__: function for function in (latency, capture, burst, idle, start,
-                                                           large)}
-    chosen = sys.argv[1:] or list(measures)
-    if not set(chosen) <= set(measures):
-        sys.exit(__doc__.strip())
-    for name in chosen:
-        measures[name]()
-
-
 if __name__ == "__main__":
-    main()
+    run(__doc__, latency, capture, burst, idle, start, large)

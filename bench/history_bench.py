@@ -13,7 +13,6 @@ kill    200 times kill -9 while copying: all that the menu had shown is there af
 
 import os
 import pathlib
-import signal
 import statistics
 import subprocess
 import sys
@@ -23,6 +22,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from driver import BIN, Marbelot  # noqa: E402
+from measures import run  # noqa: E402
 from virtual_desktop import VirtualDesktop, until  # noqa: E402
 
 LIMIT = 40
@@ -206,15 +206,5 @@ def kill():
           + ("nothing lost, nothing damaged" if result.returncode == 0 else result.stderr))
 
 
-def main():
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
-    measures = {function.__name__: function for function in (quick, texts, images, huge, large, kill)}
-    chosen = sys.argv[1:] or list(measures)
-    if not set(chosen) <= set(measures):
-        sys.exit(__doc__.strip())
-    for name in chosen:
-        measures[name]()
-
-
 if __name__ == "__main__":
-    main()
+    run(__doc__, quick, texts, images, huge, large, kill)
