@@ -1,8 +1,6 @@
 #include "platform/linux/child_process.h"
 
-#include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -12,36 +10,10 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/linux/helper_program.h"
+
 namespace marbelot {
 namespace {
-
-pid_t spawned(std::vector<std::string>& arguments, const Descriptor& output,
-              const Descriptor& errors) {
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, output.get(), STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, errors.get(), STDERR_FILENO);
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  sigset_t none, usual;
-  sigemptyset(&none);
-  sigemptyset(&usual);
-  sigaddset(&usual, SIGPIPE);
-  posix_spawnattr_setsigmask(&attributes, &none);
-  posix_spawnattr_setsigdefault(&attributes, &usual);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-
-  std::vector<char*> words;
-  for (std::string& argument : arguments) words.push_back(argument.data());
-  words.push_back(nullptr);
-  pid_t process = -1;
-  if (::posix_spawnp(&process, words[0], &actions, &attributes, words.data(), environ) != 0)
-    process = -1;
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
-  return process;
-}
 
 Descriptor memoryFile() { return Descriptor(::memfd_create("marbelot-child", MFD_CLOEXEC)); }
 
@@ -50,7 +22,8 @@ Descriptor memoryFile() { return Descriptor(::memfd_create("marbelot-child", MFD
 std::unique_ptr<ChildProcess> ChildProcess::start(std::vector<std::string> arguments, Ended ended) {
   Result result{-1, memoryFile(), memoryFile()};
   if (!result.output || !result.errors) return nullptr;
-  const pid_t process = spawned(arguments, result.output, result.errors);
+  const pid_t process = startProgram(
+      {std::move(arguments), {ProgramStart::nowhere, result.output.get(), result.errors.get()}});
   if (process < 0) return nullptr;
   Descriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
   std::unique_ptr<ChildProcess> child(

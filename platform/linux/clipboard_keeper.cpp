@@ -1,8 +1,6 @@
 #include "platform/linux/clipboard_keeper.h"
 
 #include <fcntl.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,7 +8,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/linux/imaging.h"
+#include "platform/linux/helper_program.h"
 
 namespace marbelot {
 namespace {
@@ -33,26 +31,10 @@ Descriptor startClipboardKeeper(const ClipboardOffer& offer, const std::string& 
   Descriptor ours(ends[0]);
   const Descriptor theirs(ends[1]);
 
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, memory.get(), STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, theirs.get(), STDOUT_FILENO);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  sigset_t none;
-  sigemptyset(&none);
-  posix_spawnattr_setsigmask(&attributes, &none);
-  // Of a session of its own: it outlives the terminal that we were started from.
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSID);
-  std::string path = helperPath("marbelot-keeper"), marked = mark, name = display;
-  std::array<char*, 4> arguments{path.data(), marked.data(), name.data(), nullptr};
-  pid_t child = -1;
-  const bool started =
-      ::posix_spawnp(&child, path.c_str(), &actions, &attributes, arguments.data(), environ) == 0;
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
-  return started ? std::move(ours) : Descriptor();
+  const pid_t child = startProgram({.arguments = {helperPath("marbelot-keeper"), mark, display},
+                                    .standard = {memory.get(), theirs.get(), ProgramStart::nowhere},
+                                    .outlivesTerminal = true});
+  return child >= 0 ? std::move(ours) : Descriptor();
 }
 
 std::optional<ClipboardOffer> keptOffer(int from) {

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -14,12 +13,12 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <cstring>
 #include <string>
 
 #include "platform/descriptor.h"
 #include "platform/image_codec.h"
+#include "platform/linux/helper_program.h"
 #include "platform/linux/shared_pixels.h"
 
 namespace marbelot {
@@ -28,29 +27,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr auto timeLimit = std::chrono::seconds(30);
 constexpr std::size_t outputLimit = std::size_t{2} << 30;  // bytes
-
-// It reads the memory file `input` and writes to `output`. -1 when there is none.
-pid_t startHelper(std::string task, int input, int output) {
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  sigset_t signals;
-  sigemptyset(&signals);
-  posix_spawnattr_setsigmask(&attributes, &signals);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
-
-  std::string path = helperPath("marbelot-imaging");
-  std::array<char*, 3> arguments{path.data(), task.data(), nullptr};
-  pid_t child = -1;
-  if (::posix_spawnp(&child, path.c_str(), &actions, &attributes, arguments.data(), environ) != 0)
-    child = -1;
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
-  return child;
-}
 
 // Whether the process ends before `cancel` becomes readable and the time is over.
 bool endsInTime(pid_t child, int cancel) {
@@ -77,7 +53,8 @@ Descriptor helped(const std::string& task, const std::string& bytes, int cancel)
   const Descriptor input = memoryFile();
   Descriptor output = memoryFile();
   if (!input || !output || !writeFully(input.get(), bytes)) return {};
-  const pid_t helper = startHelper(task, input.get(), output.get());
+  const pid_t helper =
+      startProgram({{helperPath("marbelot-imaging"), task}, {input.get(), output.get(), 2}});
   if (helper < 0) return {};
   const bool ended = endsInTime(helper, cancel);
   if (!ended) ::kill(helper, SIGKILL);
@@ -95,18 +72,6 @@ std::size_t sizeOf(const Descriptor& file) {
 }
 
 }  // namespace
-
-std::string helperPath(const std::string& name) {
-  std::array<char, PATH_MAX> self{};
-  const ssize_t length = ::readlink("/proc/self/exe", self.data(), self.size());
-  std::string folder(self.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-  folder.resize(std::min(folder.size(), folder.rfind('/')));
-  for (const char* place : {"/", "/../libexec/", "/../libexec/marbelot/"}) {
-    const std::string path = folder + place + name;
-    if (::access(path.c_str(), X_OK) == 0) return path;
-  }
-  return name;
-}
 
 SharedBytes convertedBytes(const Image& image, std::string_view encoding, int cancel) {
   SharedBytes input = image.bytes();

@@ -19,10 +19,6 @@ inline constexpr std::array<std::string_view, 14> encodings{"png", "bmp", "jpeg"
 // Asks it for the pixels instead.
 inline constexpr std::string_view pixelsTask = "pixels";
 
-// Where that program is: beside this one, in the libexec folder of its installation, or wherever
-// PATH finds it.
-std::string helperPath(const std::string& name);
-
 // The first page of a PDF, its background transparent, at two pixels a point. None when it is
 // damaged, and as for convertedBytes.
 inline constexpr std::string_view pdfTask = "pdf";

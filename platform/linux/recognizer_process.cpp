@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -13,33 +12,16 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <string_view>
-#include <vector>
 
-#include "platform/linux/imaging.h"
+#include "platform/linux/helper_program.h"
 #include "platform/linux/shared_pixels.h"
 
 namespace marbelot {
 namespace {
 
-constexpr const char* program = "marbelot-recognizer";
 // A page dense with text on a large screen takes ten seconds, and a long one many minutes while the
 // machine is busy.
 constexpr auto timeLimit = std::chrono::minutes(20);
-
-// The environment of this process, less what the helper is to have otherwise: with several threads
-// Tesseract takes ten times as long, and the setting counts only from the start of a process.
-std::vector<char*> helperEnvironment(std::string& threads) {
-  constexpr std::string_view name = "OMP_THREAD_LIMIT=";
-  threads = name;
-  threads += '1';
-  std::vector<char*> result;
-  for (char** entry = environ; *entry != nullptr; ++entry)
-    if (!std::string_view(*entry).starts_with(name)) result.push_back(*entry);
-  result.push_back(threads.data());
-  result.push_back(nullptr);
-  return result;
-}
 
 Descriptor sharedPicture(const Bitmap& picture) {
   Descriptor file(::memfd_create("marbelot-picture", MFD_CLOEXEC));
@@ -77,24 +59,11 @@ bool RecognizerProcess::start() {
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return false;
   Descriptor ours(ends[0]);
   const Descriptor theirs(ends[1]);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, theirs.get(), STDIN_FILENO);
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  sigset_t signals;
-  sigemptyset(&signals);
-  posix_spawnattr_setsigmask(&attributes, &signals);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
-  std::string path = helperPath(program);
-  std::string threads;
-  std::vector<char*> environment = helperEnvironment(threads);
-  std::array<char*, 2> arguments{path.data(), nullptr};
-  if (::posix_spawnp(&process_, path.c_str(), &actions, &attributes, arguments.data(),
-                     environment.data()) != 0)
-    process_ = -1;
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
+  // With several threads Tesseract takes ten times as long, and the setting counts only from the
+  // start of a process.
+  process_ = startProgram({.arguments = {helperPath("marbelot-recognizer")},
+                           .standard = {theirs.get(), 1, 2},
+                           .variable = "OMP_THREAD_LIMIT=1"});
   if (process_ >= 0) socket_ = std::move(ours);
   return process_ >= 0;
 }

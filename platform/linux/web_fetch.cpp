@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/linux/child_process.h"
-#include "platform/linux/imaging.h"
+#include "platform/linux/helper_program.h"
 
 namespace marbelot {
 namespace {

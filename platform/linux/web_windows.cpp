@@ -7,7 +7,7 @@
 #include <QProcess>
 #include <utility>
 
-#include "platform/linux/imaging.h"
+#include "platform/linux/helper_program.h"
 
 namespace marbelot {
 namespace {

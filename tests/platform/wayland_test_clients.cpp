@@ -15,7 +15,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/linux/imaging.h"
+#include "platform/linux/helper_program.h"
 #include "platform/linux/wayland_data_control.h"
 
 namespace marbelot {
