@@ -6,6 +6,7 @@
 #include "capture/capture_history.h"
 #include "image/image_file.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 namespace marbelot {
 namespace {
@@ -103,7 +104,7 @@ void CaptureCommands::abandonPending() {
 
 std::string CaptureCommands::freePath() const {
   const std::string folder = madeCapturesFolder();
-  const std::string base = "Capture " + text::fileTimestamp(clock());
+  const std::string base = "Capture " + text::fileTimestamp(platform_.queue.now());
   for (int attempt = 1;; ++attempt) {
     std::string path = files::join(folder, numberedPngName(base, attempt));
     // A file that another capture is about to make is taken as well.

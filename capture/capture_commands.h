@@ -11,7 +11,6 @@
 #include "capture/countdown.h"
 #include "platform/menu.h"
 #include "platform/platform.h"
-#include "platform/text.h"
 #include "shell/setting.h"
 #include "shell/shell.h"
 
@@ -29,8 +28,6 @@ class CaptureCommands {
                                  "countdownEnabled",
                                  false,
                                  {.toggle = {"3-2-1 countdown", "toggleCountdown"}}};
-  // The wall clock, seconds since 1970.
-  std::function<double()> clock = text::now;
 
   // A capture is about to make this file, which is nobody else's find.
   std::function<void(const std::string& path)> onStart;

@@ -1,16 +1,13 @@
 #include "capture/capture_history.h"
 
-#include "image/edit_request.h"
+#include <array>
+
 #include "image/image_file.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "shell/pending_copy.h"
 
 namespace marbelot {
-namespace {
-
-constexpr std::size_t listedCaptures = 15;
-
-}  // namespace
 
 std::string capturesFolder() { return files::join(files::picturesFolder(), "Marbelot"); }
 
@@ -23,7 +20,7 @@ std::string madeCapturesFolder() {
 CaptureHistory::CaptureHistory(Platform& platform, Shell& shell, ActionTable& actions)
     : platform_(platform),
       shell_(shell),
-      captures_(platform.queue, listedCaptures, [&shell] { shell.rebuildMenu(); }) {
+      captures_(platform.queue, [&shell] { shell.rebuildMenu(); }) {
   const auto onPath = [&](const char* selector, auto action) {
     actions.add(selector, [action](const MenuItem& sender) {
       if (const auto* path = std::get_if<std::string>(&sender.represented)) action(*path);
@@ -39,24 +36,11 @@ CaptureHistory::CaptureHistory(Platform& platform, Shell& shell, ActionTable& ac
 }
 
 std::shared_ptr<Menu> CaptureHistory::menu() const {
-  const std::string folder = capturesFolder();
-  auto menu = std::make_shared<Menu>();
-  const auto names = captures_.names(folder);
-  if (!names) {
-    menu->addDisabled("Reading the folder…");
-  } else if (names->empty()) {
-    menu->addDisabled("No captures yet");
-  }
-  for (const std::string& name : names.value_or(std::vector<std::string>())) {
-    const std::string path = files::join(folder, name);
-    auto actions = std::make_shared<Menu>();
-    actions->add("Copy to clipboard", "copyHistory:", path);
-    actions->add("Open", "openHistory:", path);
-    actions->add("Reveal in Finder", "revealHistory:", path);
-    actions->add("Delete", "deleteHistory:", path);
-    actions->addSubmenu("Edit image", editMenu(EditFile{path}));
-    menu->addSubmenu(text::sanitized(name), std::move(actions));
-  }
+  constexpr std::array<NewestImages::Choice, 4> choices{{{"Copy to clipboard", "copyHistory:"},
+                                                         {"Open", "openHistory:"},
+                                                         {"Reveal in Finder", "revealHistory:"},
+                                                         {"Delete", "deleteHistory:"}}};
+  auto menu = captures_.menu(capturesFolder(), "No captures yet", choices);
   menu->addSeparator();
   menu->add("Open captures folder", "openCapturesFolder");
   menu->add("Clear history…", "clearHistory");
@@ -67,11 +51,10 @@ void CaptureHistory::copyHistory(const std::string& path) {
   copying_ = platform_.queue.inBackground(
       [path] { return imageInMemory(path); },
       [this, path,
-       replaced = platform_.pasteboard.changeCount()](const std::optional<Image>& image) {
+       copy = PendingCopy(platform_.pasteboard, shell_)](const std::optional<Image>& image) {
         if (!image) return shell_.notify("Couldn't read the image");
-        if (platform_.pasteboard.changeCount() != replaced) return shell_.notify(overtakenMessage);
-        shell_.confirmCopy(platform_.pasteboard.write(*image).has_value(),
-                           "Copied: " + text::sanitized(files::lastComponent(path)));
+        if (copy.tellIfOvertaken()) return;
+        copy.write(*image, false, "Copied: " + text::sanitized(files::lastComponent(path)));
       });
 }
 

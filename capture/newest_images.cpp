@@ -4,9 +4,16 @@
 #include <limits>
 #include <utility>
 
+#include "image/edit_request.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 namespace marbelot {
+namespace {
+
+constexpr std::size_t listedImages = 15;
+
+}  // namespace
 
 std::vector<std::string> imagesByDate(const std::string& folder) {
   std::vector<std::pair<double, std::string>> dated;
@@ -35,9 +42,9 @@ void NewestImages::refresh(const std::string& folder) {
   isStale_ = isListing_;
   if (std::exchange(isListing_, true)) return;
   listing_ = queue_.inBackground(
-      [folder, limit = limit_] {
+      [folder] {
         auto names = imagesByDate(folder);
-        if (names.size() > limit) names.resize(limit);
+        names.resize(std::min(names.size(), listedImages));
         return names;
       },
       [this](std::vector<std::string> names) {
@@ -50,12 +57,22 @@ void NewestImages::refresh(const std::string& folder) {
       });
 }
 
-std::optional<std::vector<std::string>> NewestImages::names(const std::string& folder) const {
-  return folder == folder_ ? names_ : std::nullopt;
-}
-
-void NewestImages::forget(const std::string& folder, const std::string& name) {
-  if (folder == folder_ && names_) std::erase(*names_, name);
+std::shared_ptr<Menu> NewestImages::menu(const std::string& folder, const char* none,
+                                         std::span<const Choice> choices) const {
+  auto menu = std::make_shared<Menu>();
+  if (folder != folder_ || !names_) {
+    menu->addDisabled("Reading the folder…");
+    return menu;
+  }
+  if (names_->empty()) menu->addDisabled(none);
+  for (const std::string& name : *names_) {
+    const std::string path = files::join(folder, name);
+    auto actions = std::make_shared<Menu>();
+    for (const Choice& choice : choices) actions->add(choice.title, choice.action, path);
+    actions->addSubmenu("Edit image", editMenu(EditFile{path}));
+    menu->addSubmenu(text::sanitized(name), std::move(actions));
+  }
+  return menu;
 }
 
 }  // namespace marbelot

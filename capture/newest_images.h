@@ -3,11 +3,14 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "platform/main_queue.h"
+#include "platform/menu.h"
 
 namespace marbelot {
 
@@ -19,20 +22,21 @@ std::vector<std::string> imagesByDate(const std::string& folder);
 class NewestImages {
  public:
   // `changed` is called when a listing has found something else than was known.
-  NewestImages(MainQueue& queue, std::size_t limit, std::function<void()> changed)
-      : queue_(queue), limit_(limit), changed_(std::move(changed)) {}
+  NewestImages(MainQueue& queue, std::function<void()> changed)
+      : queue_(queue), changed_(std::move(changed)) {}
 
   // Starts a listing in the background. What is known stays so until it is done.
   void refresh(const std::string& folder);
-  // The names of the newest files, newest first, as they were listed last; none before the first
-  // listing of that folder is done.
-  std::optional<std::vector<std::string>> names(const std::string& folder) const;
-  // Takes the file off what is known, because it is about to go.
-  void forget(const std::string& folder, const std::string& name);
+  struct Choice {
+    const char *title, *action;
+  };
+  // An item for each of the newest files, newest first, as they were listed last, with a submenu of
+  // the choices, whose actions get the path, and of all edits. `none` tells of an empty folder.
+  std::shared_ptr<Menu> menu(const std::string& folder, const char* none,
+                             std::span<const Choice> choices) const;
 
  private:
   MainQueue& queue_;
-  const std::size_t limit_;
   const std::function<void()> changed_;
   std::string folder_;
   std::optional<std::vector<std::string>> names_;  // of `folder_`

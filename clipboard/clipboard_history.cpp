@@ -5,6 +5,7 @@
 
 #include "clipboard/stored_date.h"
 #include "platform/files.h"
+#include "platform/text.h"
 
 namespace marbelot {
 
@@ -89,7 +90,7 @@ bool ClipboardHistory::record(const PasteboardContents& contents) {
 
 void ClipboardHistory::insert(Kind kind, std::size_t place) {
   clipHistory.insert(clipHistory.begin() + static_cast<std::ptrdiff_t>(place),
-                     ClipItem{std::move(kind), clock(), {}, ++lastId_});
+                     ClipItem{std::move(kind), platform_.queue.now(), {}, ++lastId_});
   if (clipHistory.size() > clipHistoryLimit) {
     clipHistory.erase(clipHistory.begin() + static_cast<std::ptrdiff_t>(clipHistoryLimit),
                       clipHistory.end());
@@ -143,7 +144,8 @@ void ClipboardHistory::saveClipHistory() {
 
 std::optional<ClipItem> ClipboardHistory::loadedItem(const Value& entry) {
   // The older form: texts alone.
-  if (const SharedText text = entry.asText()) return ClipItem{text, clock(), {}, ++lastId_};
+  if (const SharedText text = entry.asText())
+    return ClipItem{text, platform_.queue.now(), {}, ++lastId_};
   const Value::Dictionary* fields = entry.asDictionary();
   if (!fields) return std::nullopt;
   const auto field = [&](std::string_view key) {
@@ -151,7 +153,8 @@ std::optional<ClipItem> ClipboardHistory::loadedItem(const Value& entry) {
     return value ? value->asText() : nullptr;
   };
   const SharedText dateText = field("date");
-  const double date = (dateText ? parsedDate(*dateText) : std::nullopt).value_or(clock());
+  const double date =
+      (dateText ? parsedDate(*dateText) : std::nullopt).value_or(platform_.queue.now());
   const SharedText type = field("type");
   if (type && *type == "image") {
     const SharedText path = field("path");
@@ -201,7 +204,7 @@ std::string ClipboardHistory::clipImagesFolder() const {
 
 void ClipboardHistory::saveClipImage(std::uint64_t id, const Image& image, Saved saved) {
   const std::string folder = clipImagesFolder();
-  const std::string base = "Clip " + text::fileTimestamp(clock());
+  const std::string base = "Clip " + text::fileTimestamp(platform_.queue.now());
   const auto done = [this, id](const std::optional<ImageFile>& file) {
     if (file) fileArrived(id, file->path, file->image);
     return file ? std::optional(file->path) : std::nullopt;

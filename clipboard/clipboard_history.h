@@ -13,7 +13,6 @@
 #include "clipboard/clip_item.h"
 #include "image/image_file.h"
 #include "platform/platform.h"
-#include "platform/text.h"
 #include "shell/setting.h"
 #include "shell/shell.h"
 
@@ -54,8 +53,6 @@ class ClipboardHistory {
   std::function<void()> onRecorded;
   // The clipboard is looked at; called before anything is done about a change.
   std::function<void()> onTick;
-  // The wall clock, seconds since 1970.
-  std::function<double()> clock = text::now;
 
   // Records from now on; what is on the clipboard already is not recorded.
   void startClipPoller();
@@ -114,7 +111,7 @@ class ClipboardHistory {
 
   Shell& shell_;
   // From the time on, in milliseconds, so that no id means another entry after a restart.
-  std::uint64_t lastId_ = static_cast<std::uint64_t>(text::now() * 1000);
+  std::uint64_t lastId_ = static_cast<std::uint64_t>(platform_.queue.now() * 1000);
   std::map<std::uint64_t, PendingSave> saves_;  // by the item's id
 };
 

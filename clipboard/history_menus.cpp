@@ -12,19 +12,6 @@ namespace marbelot {
 
 namespace {
 
-constexpr const char* fileFailure = "Couldn't save image to a file";
-
-void addClear(Menu& menu) {
-  menu.addSeparator();
-  menu.add("Clear clipboard history", "clearClipHistory");
-}
-
-std::shared_ptr<Menu> emptyMenu() {
-  auto menu = std::make_shared<Menu>();
-  menu->addDisabled("No clipboard history yet");
-  return menu;
-}
-
 std::string bracketed(std::size_t count) { return " (" + std::to_string(count) + ")"; }
 
 // The index that the sender carries, itself or in what it asks to be done.
@@ -54,8 +41,12 @@ HistoryMenus::HistoryMenus(Platform& platform, Shell& shell, ActionTable& action
   on("copyClipHistory:", &HistoryMenus::copyClipHistory);
   on("setClipTypeFilter:", &HistoryMenus::setClipTypeFilter);
   on("revealClipValue:", &HistoryMenus::revealClipValue);
-  on("revealClipHistory:", &HistoryMenus::revealClipHistory);
-  on("copyClipHistoryPath:", &HistoryMenus::copyClipHistoryPath);
+  actions.add("revealClipHistory:", [this](const MenuItem& sender) {
+    withFile(sender, [this](const std::string& path) { platform_.workspace.reveal(path); });
+  });
+  actions.add("copyClipHistoryPath:", [this](const MenuItem& sender) {
+    withFile(sender, [this](const std::string& path) { copyPath(path); });
+  });
   actions.add("deleteClipHistory:", [this](const MenuItem& sender) {
     if (const auto index = indexFor(sender)) history_.remove(*index);
   });
@@ -163,34 +154,42 @@ std::shared_ptr<Menu> HistoryMenus::entryMenu(const MenuItem& item, const Entry&
   return menu;
 }
 
-std::shared_ptr<Menu> HistoryMenus::clipboardHistoryMenu() {
-  if (history_.clipHistory.empty()) return emptyMenu();
-  const std::vector<Entry> all = entries();
+template <class Fill>
+std::shared_ptr<Menu> HistoryMenus::menuOf(Fill fill) {
   auto menu = std::make_shared<Menu>();
-  menu->add(filterItem(all));
-  for (const Entry& entry : all) {
-    if (!history_.clipTypeFilter || entry.category == *history_.clipTypeFilter)
-      menu->add(entryItem(entry));
+  if (history_.clipHistory.empty()) {
+    menu->addDisabled("No clipboard history yet");
+    return menu;
   }
-  addClear(*menu);
+  fill(*menu, entries());
+  menu->addSeparator();
+  menu->add("Clear clipboard history", "clearClipHistory");
   return menu;
 }
 
+std::shared_ptr<Menu> HistoryMenus::clipboardHistoryMenu() {
+  return menuOf([this](Menu& menu, const std::vector<Entry>& all) {
+    menu.add(filterItem(all));
+    for (const Entry& entry : all) {
+      if (!history_.clipTypeFilter || entry.category == *history_.clipTypeFilter)
+        menu.add(entryItem(entry));
+    }
+  });
+}
+
 std::shared_ptr<Menu> HistoryMenus::clipboardByTypeMenu() {
-  if (history_.clipHistory.empty()) return emptyMenu();
-  std::array<std::shared_ptr<Menu>, clipCategoryCount> menus;
-  for (const Entry& entry : entries()) {
-    auto& ofCategory = menus[static_cast<std::size_t>(entry.category)];
-    if (!ofCategory) ofCategory = std::make_shared<Menu>();
-    ofCategory->add(entryItem(entry));
-  }
-  auto menu = std::make_shared<Menu>();
-  for (std::size_t position = 0; position < menus.size(); ++position) {
-    if (menus[position])
-      menu->addSubmenu(displayTitle(static_cast<ClipCategory>(position)), menus[position]);
-  }
-  addClear(*menu);
-  return menu;
+  return menuOf([this](Menu& menu, const std::vector<Entry>& all) {
+    std::array<std::shared_ptr<Menu>, clipCategoryCount> menus;
+    for (const Entry& entry : all) {
+      auto& ofCategory = menus[static_cast<std::size_t>(entry.category)];
+      if (!ofCategory) ofCategory = std::make_shared<Menu>();
+      ofCategory->add(entryItem(entry));
+    }
+    for (std::size_t position = 0; position < menus.size(); ++position) {
+      if (menus[position])
+        menu.addSubmenu(displayTitle(static_cast<ClipCategory>(position)), menus[position]);
+    }
+  });
 }
 
 std::optional<std::size_t> HistoryMenus::indexFor(const MenuItem& sender) const {
@@ -243,28 +242,14 @@ void HistoryMenus::revealClipValue(const MenuItem& sender) {
   if (value && onReveal) onReveal(value);
 }
 
-void HistoryMenus::revealClipHistory(const MenuItem& sender) {
+void HistoryMenus::withFile(const MenuItem& sender,
+                            std::function<void(const std::string& path)> then) {
   const auto index = indexFor(sender);
   if (!index) return;
-  history_.withFile(history_.clipHistory[*index].id, [this](const auto& path) {
-    if (path) {
-      platform_.workspace.reveal(*path);
-    } else {
-      shell_.notify(fileFailure);
-    }
-  });
-}
-
-void HistoryMenus::copyClipHistoryPath(const MenuItem& sender) {
-  const auto index = indexFor(sender);
-  if (!index) return;
-  history_.withFile(history_.clipHistory[*index].id, [this](const auto& path) {
-    if (path) {
-      copyPath(*path);
-    } else {
-      shell_.notify(fileFailure);
-    }
-  });
+  history_.withFile(history_.clipHistory[*index].id,
+                    [this, then = std::move(then)](const auto& path) {
+                      path ? then(*path) : shell_.notify("Couldn't save image to a file");
+                    });
 }
 
 void HistoryMenus::copyPath(const std::string& path) {

@@ -58,6 +58,9 @@ class HistoryMenus {
 
  private:
   void tellApart(std::vector<Entry>& entries, const std::vector<std::size_t>& alike) const;
+  // `fill` puts the entries into the menu, if there are any.
+  template <class Fill>
+  std::shared_ptr<Menu> menuOf(Fill fill);
   MenuItem entryItem(const Entry& entry);
   std::shared_ptr<Menu> entryMenu(const MenuItem& item, const Entry& entry) const;
   MenuItem filterItem(const std::vector<Entry>& entries) const;
@@ -65,8 +68,8 @@ class HistoryMenus {
   void copyClipHistory(const MenuItem& sender);
   void setClipTypeFilter(const MenuItem& sender);
   void revealClipValue(const MenuItem& sender);
-  void revealClipHistory(const MenuItem& sender);
-  void copyClipHistoryPath(const MenuItem& sender);
+  // Hands the path of the entry's file to `then`; tells the user when there can be none.
+  void withFile(const MenuItem& sender, std::function<void(const std::string& path)> then);
   void copyPath(const std::string& path);
 
   Platform& platform_;

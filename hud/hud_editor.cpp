@@ -5,11 +5,12 @@
 #include <utility>
 
 #include "hud/arrow_panel.h"
-#include "image/edit_request.h"
 #include "image/image_file.h"
 #include "image/operations.h"
 #include "platform/files.h"
 #include "platform/image_codec.h"
+#include "platform/text.h"
+#include "shell/pending_copy.h"
 #include "text/masked_title.h"
 
 namespace marbelot {
@@ -356,14 +357,14 @@ void HUDEditor::copy() {
 
 void HUDEditor::save() {
   const std::string folder = files::join(files::picturesFolder(), "Marbelot");
-  const std::uint64_t id = ++lastSave_;
-  saves_[id] = platform_.queue.inBackground(
-      [folder, base = "Edit " + text::fileTimestamp(clock()), image = *hudEditorImage] {
+  saves_.run(
+      platform_.queue,
+      [folder, base = "Edit " + text::fileTimestamp(platform_.queue.now()),
+       image = *hudEditorImage] {
         files::makeFolder(folder);
         return writeImageFile(folder, base, image);
       },
-      [this, id](const std::optional<ImageFile>& file) {
-        saves_.erase(id);
+      [this](const std::optional<ImageFile>& file) {
         shell_.notify(file ? "Saved " + text::sanitized(files::lastComponent(file->path))
                            : "Couldn't save the image");
       });

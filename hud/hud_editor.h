@@ -3,7 +3,6 @@
 
 #include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,7 +15,6 @@
 #include "hud/pointer_watch.h"
 #include "hud/undo_stack.h"
 #include "platform/platform.h"
-#include "platform/text.h"
 #include "shell/shell.h"
 
 namespace marbelot {
@@ -43,8 +41,6 @@ class HUDEditor {
             TextAnalyses& analyses);
 
   HUDHooks hooks;
-  // The wall clock, seconds since 1970.
-  std::function<double()> clock = text::now;
 
   BarAbilities abilities() const;
 
@@ -124,8 +120,7 @@ class HUDEditor {
   std::function<void()> opening_;  // of something else, when there are no more steps
   bool editing_ = false;
   Task working_, pressing_, open_, forget_;
-  std::map<std::uint64_t, Task> saves_;
-  std::uint64_t lastSave_ = 0;
+  Tasks saves_;
   PointerWatch watch_;
 };
 

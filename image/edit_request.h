@@ -36,11 +36,6 @@ class EditRequest final : public RepresentedObject {
 // no argument.
 std::shared_ptr<const EditRequest> editRequest(const MenuItem& sender);
 
-// Ends the message of what was made of a picture when a newer copy stays on the clipboard.
-inline constexpr const char* keptInHistory = " — kept in the clipboard history";
-// Said instead when it was made of a concealed copy, of which nothing is kept.
-inline constexpr const char* overtakenMessage = "The clipboard has changed meanwhile";
-
 // All that can be done to the picture. Its items carry `payload`, the content that they stand for.
 std::shared_ptr<Menu> editMenu(const EditSource& source,
                                const std::shared_ptr<const HUDPayload>& payload = {});

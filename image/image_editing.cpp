@@ -23,10 +23,10 @@ bool ImageEditing::Job::isOfClipboard() const {
 }
 
 void ImageEditing::edit(const Operation& operation, const MenuItem& sender) {
-  const std::int64_t changeCount = platform_.pasteboard.changeCount();
-  const bool follows = !jobs_.empty() && jobs_.back().changeCount == changeCount;
+  const PendingCopy copy(platform_.pasteboard, shell_);
+  const bool follows = !jobs_.empty() && jobs_.back().copy.replaced() == copy.replaced();
   jobs_.push_back({&operation, editRequest(sender), historyImage_(sender),
-                   platform_.pasteboard.contents(), changeCount, follows});
+                   platform_.pasteboard.contents(), copy, follows});
   if (jobs_.size() == 1) startNext();
 }
 
@@ -69,20 +69,15 @@ void ImageEditing::finish(Outcome outcome) {
 }
 
 void ImageEditing::deliver(const Image& result, const std::string& message) {
-  const std::int64_t replaced = jobs_.front().changeCount;
-  const bool concealed = jobs_.front().isConcealed();
-  if (platform_.pasteboard.changeCount() != replaced) {
-    if (concealed) return shell_.notify(overtakenMessage);
-    overtaken_(result);
-    shell_.notify(message + keptInHistory);
-    return;
-  }
-  const auto written = platform_.pasteboard.write(result, concealed);
-  shell_.confirmCopy(written.has_value(),
-                     jobs_.front().isOfClipboard() ? message : message + " — copied to clipboard");
+  const Job& made = jobs_.front();
+  const PendingCopy copy = made.copy;
+  if (copy.keepIfOvertaken(result, made.isConcealed(), message, overtaken_)) return;
+  const auto written =
+      copy.write(result, made.isConcealed(),
+                 made.isOfClipboard() ? message : message + " — copied to clipboard");
   if (!written) return;
   for (Job& job : jobs_)
-    if (job.changeCount == replaced) job.changeCount = *written;
+    if (job.copy.replaced() == copy.replaced()) job.copy.follow(*written);
 }
 
 }  // namespace marbelot

@@ -2,13 +2,13 @@
 // clipboard.
 #pragma once
 
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <optional>
 
 #include "image/edit_request.h"
 #include "platform/platform.h"
+#include "shell/pending_copy.h"
 #include "shell/shell.h"
 
 namespace marbelot {
@@ -33,8 +33,8 @@ class ImageEditing {
     std::shared_ptr<const EditRequest> request;
     std::optional<Image> entry;    // of the history
     PasteboardContents clipboard;  // what it held when the job was asked for
-    std::int64_t changeCount;      // of the contents that the result is to replace
-    bool follows;                  // nothing was copied between it and the job before it
+    PendingCopy copy;
+    bool follows;  // nothing was copied between it and the job before it
 
     bool isOfClipboard() const;
     bool isConcealed() const { return isOfClipboard() && clipboard.concealed; }

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-#include "image/edit_request.h"
 #include "image/image_tag.h"
 #include "platform/files.h"
+#include "platform/text.h"
+#include "shell/pending_copy.h"
 
 namespace marbelot {
 namespace {
@@ -65,8 +66,9 @@ void ImageExport::addSaveItems(Menu& menu) const {
 void ImageExport::save(const std::string& folder, Saved saved) {
   const auto image = platform_.pasteboard.contents().image;
   if (!image) return shell_.notify(nothingToSave);
-  run(
-      [folder, base = "Clipboard " + text::fileTimestamp(clock()), image = *image] {
+  running_.run(
+      platform_.queue,
+      [folder, base = "Clipboard " + text::fileTimestamp(platform_.queue.now()), image = *image] {
         files::makeFolder(folder);
         return writeImageFile(folder, base, image);
       },
@@ -100,46 +102,26 @@ void ImageExport::remember(const std::string& folder) {
   favoriteSaveDirs = std::move(folders);
 }
 
-// What somebody has copied while the file was being written is newer than this path.
 void ImageExport::copyCurrentClipImagePath() {
   const std::string folder = archiveFolder_();
   save(folder,
-       [this, folder, replaced = platform_.pasteboard.changeCount()](const std::string& path) {
-         if (platform_.pasteboard.changeCount() != replaced) return tellSaved(folder, path);
+       [this, folder, copy = PendingCopy(platform_.pasteboard, shell_)](const std::string& path) {
+         if (copy.isOvertaken()) return tellSaved(folder, path);
          shell_.confirmCopy(shell_.copyWithoutRecording(share(text::sanitized(path))),
                             "Copied file path");
        });
 }
 
 void ImageExport::copyAsTag(const Image& image, bool concealed) {
-  run(
-      [image]() -> SharedText {
-        auto tag = imageTag(image);
-        return tag ? share(*std::move(tag)) : nullptr;
-      },
-      [this, concealed, replaced = platform_.pasteboard.changeCount()](const SharedText& tag) {
-        tag ? copyTag(tag, concealed, replaced) : shell_.notify(cannotEncode);
-      });
-}
-
-void ImageExport::copyTag(const SharedText& tag, bool concealed, std::int64_t replaced) {
-  const std::string message = "Copied <img> tag (base64)";
-  if (platform_.pasteboard.changeCount() == replaced) {
-    shell_.confirmCopy(platform_.pasteboard.write(tag, concealed).has_value(), message);
-    return;
-  }
-  if (concealed) return shell_.notify(overtakenMessage);
-  overtaken_(tag);
-  shell_.notify(message + keptInHistory);
-}
-
-template <class Work, class Then>
-void ImageExport::run(Work work, Then then) {
-  const std::uint64_t id = ++lastRun_;
-  running_[id] = platform_.queue.inBackground(
-      std::move(work), [this, id, then = std::move(then)](const auto& result) {
-        then(result);
-        running_.erase(id);
+  running_.run(
+      platform_.queue, [image] { return imageTag(image); },
+      [this, concealed,
+       copy = PendingCopy(platform_.pasteboard, shell_)](std::optional<std::string> made) {
+        if (!made) return shell_.notify(cannotEncode);
+        const SharedText tag = share(*std::move(made));
+        const std::string message = "Copied <img> tag (base64)";
+        if (copy.keepIfOvertaken(tag, concealed, message, overtaken_)) return;
+        copy.write(tag, concealed, message);
       });
 }
 

@@ -1,16 +1,13 @@
 // The clipboard's picture as a file, as a file's path and as an HTML tag.
 #pragma once
 
-#include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "image/image_file.h"
 #include "platform/platform.h"
-#include "platform/text.h"
 #include "shell/setting.h"
 #include "shell/shell.h"
 
@@ -33,8 +30,6 @@ class ImageExport {
   static constexpr const char* favoriteSaveDirsKey = "favoriteSaveDirs";
   // Paths of the folders that the user chose, the last one first, without duplicates.
   Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, favoriteSaveDirsKey};
-  // The wall clock, seconds since 1970.
-  std::function<double()> clock = text::now;
 
   // The items for the menus of pieces of content on the screen.
   void addSaveItems(Menu& menu) const;
@@ -49,16 +44,11 @@ class ImageExport {
   void remember(const std::string& folder);
   void copyCurrentClipImagePath();
   void copyAsTag(const Image& image, bool concealed);
-  void copyTag(const SharedText& tag, bool concealed, std::int64_t replaced);
-  // Runs `work` in the background and then `then` here.
-  template <class Work, class Then>
-  void run(Work work, Then then);
 
   Shell& shell_;
   const Overtaken overtaken_;
   const std::function<std::string()> archiveFolder_;
-  std::map<std::uint64_t, Task> running_;
-  std::uint64_t lastRun_ = 0;
+  Tasks running_;
 };
 
 }  // namespace marbelot

@@ -3,8 +3,11 @@
 #pragma once
 
 #include <functional>
+#include <list>
 #include <memory>
 #include <utility>
+
+#include "platform/text.h"
 
 namespace marbelot {
 
@@ -31,6 +34,9 @@ class MainQueue {
   // Runs `work` every `seconds` until the handle is dropped.
   [[nodiscard]] virtual Task every(double seconds, std::function<void()> work) = 0;
 
+  // The wall clock, seconds since 1970.
+  virtual double now() const { return text::now(); }
+
   // From any thread: runs `work` on the main thread.
   virtual void post(std::function<void()> work) = 0;
   // Runs `work` on some other thread.
@@ -50,6 +56,28 @@ class MainQueue {
     });
     return Task(token);
   }
+};
+
+// Work that goes on side by side, each piece until it is done.
+class Tasks {
+ public:
+  Tasks() = default;
+  Tasks(const Tasks&) = delete;
+  Tasks& operator=(const Tasks&) = delete;
+
+  // As MainQueue::inBackground.
+  template <class Work, class Then>
+  void run(MainQueue& queue, Work work, Then then) {
+    const auto at = running_.insert(running_.end(), Task());
+    *at = queue.inBackground(std::move(work),
+                             [this, at, then = std::move(then)](auto&& result) mutable {
+                               running_.erase(at);
+                               then(std::forward<decltype(result)>(result));
+                             });
+  }
+
+ private:
+  std::list<Task> running_;
 };
 
 }  // namespace marbelot

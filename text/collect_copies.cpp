@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "shell/pending_copy.h"
 #include "text/large_text.h"
 
 namespace marbelot {
@@ -127,16 +128,11 @@ void CollectCopies::copy(bool reset) {
   if (tellWhenEmpty()) return;
   // A copy that is superseded while its pieces are being joined still resets.
   resetAfterCopy_ = resetAfterCopy_ || reset;
-  const std::int64_t count = platform_.pasteboard.changeCount();
-  withJoined(copying_, [this, count, copied = concatBuffer->pieces()](const SharedText& text) {
-    // Joining much takes a while; what the user copied since is what is wanted now.
-    if (platform_.pasteboard.changeCount() != count) {
-      resetAfterCopy_ = false;
-      shell_.notify("The clipboard has changed meanwhile");
-      return;
-    }
-    const bool written = shell_.copyWithoutRecording(text);
+  const PendingCopy copy(platform_.pasteboard, shell_);
+  withJoined(copying_, [this, copy, copied = concatBuffer->pieces()](const SharedText& text) {
     const bool resets = std::exchange(resetAfterCopy_, false);
+    if (copy.tellIfOvertaken()) return;
+    const bool written = shell_.copyWithoutRecording(text);
     if (written && resets) {
       // Pieces collected meanwhile are not in the copy and stay.
       const auto& now = concatBuffer->pieces();

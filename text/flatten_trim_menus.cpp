@@ -2,6 +2,7 @@
 
 #include "classification/classifier.h"
 #include "platform/text.h"
+#include "shell/pending_copy.h"
 #include "text/large_text.h"
 #include "text/masked_title.h"
 
@@ -173,33 +174,28 @@ void FlattenTrim::replaceText(const Operation& operation, const std::string& mes
   const PasteboardContents contents = platform_.pasteboard.contents();
   const SharedText& text = contents.text;
   if (!text) return;
-  const bool concealed = contents.concealed;
+  const PendingCopy copy(platform_.pasteboard, shell_);
+  const auto write = [copy, message, concealed = contents.concealed](std::string result) {
+    copy.write(share(std::move(result)), concealed, message);
+  };
   if (text->size() <= largeTextBytes) {
-    if (auto result = operation(*text)) write(std::move(*result), concealed, message);
+    if (auto result = operation(*text)) write(std::move(*result));
     return;
   }
   busy_ = true;
-  const std::int64_t count = platform_.pasteboard.changeCount();
   working_ = platform_.queue.inBackground(
       [text, operation] { return operation(*text); },
-      [this, message, count, concealed](std::optional<std::string> result) {
+      [this, copy, write](std::optional<std::string> result) {
         busy_ = false;
         auto next = std::exchange(next_, {});
-        if (platform_.pasteboard.changeCount() != count) {
+        if (copy.tellIfOvertaken()) {
           // So was what was chosen for the former text.
-          std::erase_if(next, [count](const Step& step) { return step.count == count; });
-          shell_.notify("The clipboard has changed meanwhile");
+          std::erase_if(next, [&](const Step& step) { return step.count == copy.replaced(); });
         } else if (result) {
-          write(std::move(*result), concealed, message);
+          write(std::move(*result));
         }
         for (const Step& step : next) step.run();
       });
-}
-
-// Recorded and collected like a copy by any other program.
-void FlattenTrim::write(std::string text, bool concealed, const std::string& message) {
-  shell_.confirmCopy(platform_.pasteboard.write(share(std::move(text)), concealed).has_value(),
-                     message);
 }
 
 }  // namespace marbelot

@@ -79,7 +79,6 @@ class FlattenTrim {
   // `message`. A large text is worked on in the background, one operation after another; whatever
   // is copied meanwhile stays on the clipboard, and the user is told.
   void replaceText(const Operation& operation, const std::string& message);
-  void write(std::string text, bool concealed, const std::string& message);
 
   Platform& platform_;
   Shell& shell_;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/files.h"
+#include "platform/text.h"
 #include "text/masked_title.h"
 
 namespace marbelot {
@@ -37,7 +38,7 @@ void TextSaving::save(const SharedText& text, std::string_view base) {
   FilePanel panel;
   panel.id = "saveText";
   panel.folder = files::documentsFolder();
-  panel.name = textFileName(base, text::fileTimestamp(clock()));
+  panel.name = textFileName(base, text::fileTimestamp(platform_.queue.now()));
   panel.extension = "txt";
   panel.kind = "Plain text";
   platform_.dialogs.saveFile(std::move(panel),

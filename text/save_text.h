@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "platform/platform.h"
-#include "platform/text.h"
 #include "shell/shell.h"
 
 namespace marbelot {
@@ -29,9 +28,6 @@ class TextSaving {
   void save(const SharedText& text, std::string_view base);
   // Waits for what is being written, for at most a few seconds: at the end of the application.
   void finishSaving();
-
-  // The wall clock, seconds since 1970.
-  std::function<double()> clock = text::now;
 
  private:
   void write(const SharedText& text, const std::string& path);

@@ -54,7 +54,7 @@ bool same(const std::vector<LinkApplication>& a, const std::vector<LinkApplicati
 
 TextActions::TextActions(Platform& platform, Shell& shell, ActionTable& actions,
                          TargetsOf targetsOf)
-    : clock(text::now), platform_(platform), shell_(shell), targetsOf_(std::move(targetsOf)) {
+    : platform_(platform), shell_(shell), targetsOf_(std::move(targetsOf)) {
   const auto on = [&](const char* selector, void (TextActions::*action)(const MenuItem&)) {
     actions.add(selector, [this, action](const MenuItem& sender) { (this->*action)(sender); });
   };
@@ -151,17 +151,15 @@ void TextActions::copyDetectedString(const MenuItem& sender) {
 void TextActions::addToCalendar(const MenuItem& sender) {
   const SharedText text = textOf(sender);
   if (!text) return;
-  MainQueue& queue = platform_.queue;
-  queue.background([this, &queue, text, now = clock(), alive = std::weak_ptr(alive_)] {
-    queue.post([this, alive, path = writeEvent(*text, now)] {
-      if (!alive.lock()) return;
-      if (path) {
-        platform_.workspace.openPath(*path);
-      } else {
-        shell_.notify("Couldn't create the event");
-      }
-    });
-  });
+  writing_.run(
+      platform_.queue, [text, now = platform_.queue.now()] { return writeEvent(*text, now); },
+      [this](const std::optional<std::string>& path) {
+        if (path) {
+          platform_.workspace.openPath(*path);
+        } else {
+          shell_.notify("Couldn't create the event");
+        }
+      });
 }
 
 void TextActions::addToNotes(const MenuItem& sender) {

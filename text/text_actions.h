@@ -39,9 +39,6 @@ class TextActions {
   // The windows that are open.
   std::list<std::unique_ptr<WebWindow>> urlPreviewWindows, mapWindows;
 
-  // The wall clock, seconds since 1970.
-  std::function<double()> clock;
-
  private:
   // Keeps nothing alive: a text that is deleted goes with the last menu that shows it.
   struct Built {
@@ -69,6 +66,7 @@ class TextActions {
   Task freshness_;  // while it is to come, the applications are known well enough
   bool fresh_ = false;
   std::unordered_map<const std::string*, Built> menus_;
+  Tasks writing_;                                                 // events
   const std::shared_ptr<char> alive_ = std::make_shared<char>();  // for what answers later
 };
 

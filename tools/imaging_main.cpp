@@ -8,6 +8,7 @@
 
 #include <string>
 
+#include "platform/linux/helper_program.h"
 #include "platform/linux/imaging.h"
 #include "platform/linux/png_reader.h"
 #include "tools/imaging_process.h"

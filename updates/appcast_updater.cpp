@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/text.h"
 #include "shell/shell.h"
 #include "updates/page_text.h"
 #include "updates/web_address.h"
@@ -50,7 +51,7 @@ void AppcastUpdater::schedule() {
   if (!automatic_ || !isSecureAddress(feed())) return;
   const auto stored = services_.defaults.value(lastCheckKey);
   const double last = stored ? stored->asDouble().value_or(0) : 0;
-  const double now = clock();
+  const double now = services_.queue.now();
   // A last check in the future comes from a clock that was wrong.
   const double left = last > now ? 0 : last + interval_ - now;
   next_ = services_.queue.after(std::clamp(left, shortestWait, longestWait), [this, left] {
@@ -74,7 +75,7 @@ void AppcastUpdater::check(bool inForeground) {
   }
   if (!isSecureAddress(address))
     return failed("The address of the update feed is not a secure one (https).");
-  services_.defaults.set(lastCheckKey, clock());
+  services_.defaults.set(lastCheckKey, services_.queue.now());
   checking_.emplace();
   checking_ = fetch_(address, [this](const Fetched& fetched) { feedArrived(fetched); });
 }

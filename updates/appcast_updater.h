@@ -8,7 +8,6 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "platform/text.h"
 #include "platform/updater.h"
 #include "updates/appcast.h"
 
@@ -43,9 +42,6 @@ class AppcastUpdater final : public Updater {
  public:
   // A feed that is set under "SUFeedURL" in the user defaults takes the place of the source's.
   AppcastUpdater(UpdateServices services, UpdateSource source, Fetch fetch);
-
-  // The wall clock, seconds since 1970.
-  std::function<double()> clock = text::now;
 
   void checkForUpdates() override { check(true); }
   void checkForUpdatesInBackground() override { check(false); }

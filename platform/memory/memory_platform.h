@@ -23,7 +23,9 @@ class Queue : public MainQueue {
   void drain();
   // Moves the clock, running what becomes due in order.
   void advance(double seconds);
-  double now() const { return now_; }
+  double now() const override { return wall ? *wall : 1e9 + now_; }
+  // Where the wall clock stands still; otherwise it goes with the timers'.
+  std::optional<double> wall;
   // While held, background work waits, as on a busy machine.
   bool holdBackground = false;
 

@@ -44,7 +44,6 @@ class HistoryTest : public testing::Test {
     setenv("HOME", folder_.c_str(), 1);
     setenv("TZ", "UTC", 1);
     shell.history = &history;
-    history.clock = [this] { return now; };
     history.startClipPoller();
   }
   ~HistoryTest() override {
@@ -83,8 +82,8 @@ class HistoryTest : public testing::Test {
     return field && field->asText() ? *field->asText() : "(no text)";
   }
 
-  double now = 1732183267.25;  // 2024-11-21 10:01:07 UTC
   memory::MemoryPlatform desktop;
+  double& now = desktop.queue.wall.emplace(1732183267.25);  // 2024-11-21 10:01:07 UTC
   MemoryShell shell{desktop};
   ActionTable actions;
   ActionTable others;  // of a second history

@@ -294,7 +294,7 @@ TEST_F(TextActionsTest, ApplicationsAreLookedForOnceInAWhile) {
 }
 
 TEST_F(TextActionsTest, EventsAreFilesOfTheirOwnThatTheCalendarOpens) {
-  actions.clock = [] { return 1767225600.5; };
+  desk.queue.wall = 1767225600.5;
   const std::string first = opened("Lunch", "Add to Calendar…");
   EXPECT_TRUE(first.ends_with("/Marbelot/event-1767225600.ics")) << first;
   const SharedBytes written = files::read(first, 1000);

@@ -129,9 +129,6 @@ TEST(WebAddresses, AreSecureOrThisMachines) {
 
 class UpdaterTest : public testing::Test {
  protected:
-  UpdaterTest() {
-    updater_.clock = [this] { return 1e9 + desktop_.queue.now(); };
-  }
   void run() { desktop_.queue.drain(); }
   const Alert& alert() const { return desktop_.dialogs.shown.back(); }
 
@@ -265,7 +262,6 @@ TEST_F(UpdaterTest, AutomaticChecksKeepTheirIntervalAcrossRuns) {
   EXPECT_EQ(asked_.size(), 1U + (50000 * 13 > week ? 1 : 0));
   const std::size_t before = asked_.size();
   AppcastUpdater next(services_, {feed_, "1.0", "linux", "6.1.0"}, fetch_);
-  next.clock = updater_.clock;
   updater_.setAutomaticallyChecksForUpdates(false);
   next.setUpdateCheckInterval(week);
   next.setAutomaticallyChecksForUpdates(true);
@@ -279,12 +275,16 @@ TEST_F(UpdaterTest, AutomaticChecksKeepTheirIntervalAcrossRuns) {
   EXPECT_EQ(asked_.size(), before + 1);
 
   for (const char* unusable : {"", "http://example.org/appcast.xml"}) {
-    AppcastUpdater idle(services_, {unusable, "1.0", "linux", "6.1.0"}, fetch_);
-    int wakeUps = 0;
-    idle.clock = [&] { return ++wakeUps, 2e9; };
+    struct : memory::Queue {
+      double now() const override { return ++looks, 2e9; }
+      mutable int looks = 0;
+    } queue;
+    AppcastUpdater idle(
+        {queue, desktop_.defaults, desktop_.notices, desktop_.dialogs, desktop_.workspace},
+        {unusable, "1.0", "linux", "6.1.0"}, fetch_);
     idle.setAutomaticallyChecksForUpdates(true);
-    desktop_.queue.advance(3600);
-    EXPECT_LE(wakeUps, 1) << unusable;
+    queue.advance(3600);
+    EXPECT_LE(queue.looks, 1) << unusable;
   }
 }
 
