@@ -144,13 +144,11 @@ enum class Half { none, am, pm };
 
 // "pm", "p.m.", "PM" at `at`, behind a blank or not.
 Half readHalf(const DateSource& source, std::size_t at, std::size_t& end) {
-  std::size_t i = at;
-  if (source.byte(i) == ' ') ++i;
+  const std::size_t i = source.pastBlank(at);
   const char first = lower(source.byte(i));
   if (first != 'a' && first != 'p') return Half::none;
   const bool dots = source.byte(i + 1) == '.';
-  std::size_t m = i + 1 + dots;
-  if (dots && source.byte(m) == ' ') ++m;
+  const std::size_t m = dots ? source.pastBlank(i + 2) : i + 1;
   if (lower(source.byte(m)) != 'm') return Half::none;
   std::size_t after = m + 1;
   if (dots && source.byte(after) == '.') ++after;
@@ -214,10 +212,11 @@ bool readClockWord(const DateSource& source, Face& face) {
   }
   if (next.lower != "uhr") return false;
   face.end = next.end();
-  const int minute = twoDigits(source.text, face.end + 1, 59);
-  if (minute >= 0 && !face.colon && !face.dot && source.byte(face.end) == ' ') {
+  const std::size_t digits = source.pastBlank(face.end);
+  const int minute = twoDigits(source.text, digits, 59);
+  if (minute >= 0 && !face.colon && !face.dot && digits > face.end) {
     face.minute = minute;
-    face.end += 3;
+    face.end = digits + 2;
   }
   return true;
 }

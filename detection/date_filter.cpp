@@ -27,7 +27,7 @@ bool mayFollowNumber(const DateSource& source, const Token& number, const Token&
     case ':':
       return isDigit(next);
     case '.':
-      return isAlnum(next) || (next == ' ' && isAlpha(source.byte(number.end() + 2)));
+      return isAlnum(next) || isAlpha(source.byte(source.pastBlank(number.end() + 1)));
     case '/':
       return isAlnum(next);
     case '-':
@@ -44,7 +44,7 @@ bool mayFollowNumber(const DateSource& source, const Token& number, const Token&
 
 bool mayStartDate(const DateSource& source, const Token& first) {
   // Only a few characters stand behind such a number.
-  constexpr std::string_view mayStandBehind = " -/.:\t'AFJMNOSDUaefhjmnoprstudwy&P\xC2\xE2\xE5";
+  constexpr std::string_view mayStandBehind = " -/.:\t'AFJMNOSDUaefhjmnoprstudwy&P\xC2\xE2\xE3\xE5";
   const char behind = source.byte(first.end());
   if (behind == '\0' || mayStandBehind.find(behind) == std::string_view::npos) return false;
   const Token second = source.after(first);

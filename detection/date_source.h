@@ -17,6 +17,7 @@ struct DateSource {
   Token token(std::size_t at) const { return tokenAt(text, at); }
   Token after(const Token& token) const { return tokenAt(text, token.end()); }
   char byte(std::size_t at) const { return byteAt(text, at); }
+  std::size_t pastBlank(std::size_t at) const { return at + blankAt(text, at); }
   DateWord meaning(const Token& token) const {
     return token.isWord() ? words.find(token.lower) : DateWord{};
   }

@@ -1,6 +1,8 @@
 // Dates and times, reckoned from a given moment, in ISO 8601.
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 #include "detection/clock_reader.h"
@@ -8,6 +10,7 @@
 #include "detection/day_reader.h"
 #include "detection/distances.h"
 #include "detection/finder.h"
+#include "detection/hosts.h"
 #include "detection/zones.h"
 #include "platform/ascii.h"
 #include "platform/locale.h"
@@ -56,23 +59,89 @@ std::string isoTime(const year_month_day& date, const Clock& clock) {
                                            std::chrono::minutes(clock.minute));
 }
 
-// What dashes and curly quotes begin with in UTF-8, and hardly a letter.
-constexpr char punctuation = '\xE2';
+// What a character is to the words around it. Where a script without spaces meets another one, a
+// word ends and the next begins.
+enum class Script : std::uint8_t { none, spaced, wide, unknown, more };
 
-constexpr std::array<bool, 256> wordBytes = [] {
-  std::array<bool, 256> table{};
-  for (unsigned c = 'a'; c <= 'z'; ++c) table[c] = table[c - 32] = true;
-  for (unsigned c = 0x80; c < 0x100; ++c) table[c] = true;
-  table[static_cast<unsigned char>(punctuation)] = false;
+Script scriptOf(char32_t c) {
+  // What was lost in a conversion is likely to have been a letter. Some marks belong to symbols.
+  constexpr char32_t lost = 0xFFFD;
+  const bool ofSymbol = (c >= 0xFE00 && c < 0xFE10) || (c >= 0x20D0 && c < 0x2100);
+  if (ofSymbol || (c != lost && !text::isWordCharacter(c))) return Script::none;
+  return isWide(c) ? Script::wide : Script::spaced;
+}
+
+// By the first byte, where that is enough: decoding every letter would take most of the time.
+constexpr std::array<Script, 256> scripts = [] {
+  std::array<Script, 256> table{};
+  const auto fill = [&](unsigned first, unsigned last, Script script) {
+    for (unsigned byte = first; byte <= last; ++byte) table[byte] = script;
+  };
+  fill('a', 'z', Script::spaced);
+  fill('A', 'Z', Script::spaced);
+  fill(0x80, 0xBF, Script::more);  // goes on with a character
+  fill(0xC0, 0xFF, Script::unknown);
+  fill(0xC3, 0xD4, Script::spaced);  // Latin to Cyrillic
+  fill(0xE4, 0xE9, Script::wide);    // ideographs
   return table;
 }();
 
+Script byFirstByte(char c) { return scripts[static_cast<unsigned char>(c)]; }
+
+struct Piece {
+  Script script;
+  std::size_t bytes;
+};
+
+Piece pieceAt(std::string_view text, std::size_t at) {
+  const Script script = byFirstByte(text[at]);
+  if (script < Script::unknown) return {script, 1};
+  // Typographic and ideographic punctuation, and kana.
+  const std::string_view two = text.substr(at, 2);
+  if (two == "\xE2\x80" || two == "\xE3\x80") return {Script::none, 3};
+  if (two == "\xE3\x81" || two == "\xE3\x82" || two == "\xE3\x83") return {Script::wide, 3};
+  const text::Scalar scalar = text::scalarAt(text, at);
+  return {scriptOf(scalar.value), scalar.bytes};
+}
+
+// The end of the letters of one script at `at`, not beyond `end`.
+std::size_t lettersEnd(std::string_view text, std::size_t at, Script script, std::size_t end) {
+  while (at < end) {
+    const Script known = byFirstByte(text[at]);
+    const bool goesOn = known == script || known == Script::more;
+    const Piece piece = goesOn ? Piece{script, 1} : pieceAt(text, at);
+    if (piece.script != script) break;
+    at += piece.bytes;
+  }
+  return at;
+}
+
+// The end of the word that begins at `at`, apostrophes included: 'today' in straight quotes is a
+// word that is spoken of rather than a day.
+std::size_t wordEnd(std::string_view text, std::size_t at, Script script) {
+  // No longer word matters.
+  const std::size_t bound = std::min(text.size(), at + 64);
+  std::size_t end = at + 1;
+  while (end < bound && byFirstByte(text[end]) == script) ++end;
+  if (end < bound && isAscii(text[end]) && text[end] != '\'') return end;
+  end = lettersEnd(text, end, script, bound);
+  while (end < bound) {
+    const bool curly = text[end] == '\xE2' && text.substr(end, 3) == "\u2019";
+    if (!curly && text[end] != '\'') break;
+    const std::size_t from = end + (curly ? 3 : 1);
+    const std::size_t more = lettersEnd(text, from, script, bound);
+    if (curly && more == from) break;
+    end = more;
+  }
+  return end;
+}
+
 // "a" or "an" before something that is counted in time: "a week ago", "an hour from now", "a
 // quarter past ten".
-bool mayBeArticle(std::string_view word, char next) {
+bool mayBeArticle(std::string_view text, std::string_view word, std::size_t end) {
   constexpr std::string_view initials = "mhdwfycqsn";
   return (word == "a" || word == "an" || word == "A" || word == "An") &&
-         initials.find(next) != std::string_view::npos;
+         initials.find(byteAt(text, end + blankAt(text, end))) != std::string_view::npos;
 }
 
 class DateFinder final : public TriggerFinder {
@@ -92,7 +161,8 @@ class DateFinder final : public TriggerFinder {
   // The word right before `at`, in lower case, if a blank is between; its start goes to `start`.
   std::string wordBefore(std::size_t at, std::size_t& start) const;
   bool followsNumber(std::size_t at) const {
-    return at >= floor() + 2 && text()[at - 1] == ' ' && isDigit(text()[at - 2]);
+    const std::size_t blank = blankBefore(text(), at);
+    return blank > 0 && at > floor() + blank && isDigit(text()[at - blank - 1]);
   }
   bool followsTimeWord(std::size_t at) const;
   bool followsAt(std::size_t at) const;
@@ -133,25 +203,29 @@ Detection DateFinder::date(std::size_t start, std::size_t end, const Day& day,
 
 // A digit that starts a number, or a word of the vocabulary.
 std::size_t DateFinder::nextTrigger(std::size_t from, std::size_t end) const {
-  const auto isWordByte = [](char c) { return wordBytes[static_cast<unsigned char>(c)]; };
   std::size_t at = from;
+  while (at < end && text::isContinuation(text()[at])) ++at;
   // In the middle of a word or a number nothing starts.
-  if (at > 0 && isWordByte(text()[at - 1])) {
-    while (at < end && isWordByte(text()[at])) ++at;
-  } else if (at > 0 && isDigit(text()[at - 1])) {
+  if (at > 0 && isDigit(text()[at - 1])) {
     while (at < end && isDigit(text()[at])) ++at;
+  } else if (at > 0) {
+    const Script before = scriptOf(text::scalarBefore(text(), at).value);
+    if (before != Script::none) at = lettersEnd(text(), at, before, end);
   }
   while (at < end) {
     if (isDigit(text()[at])) return at;
-    if (!isWordByte(text()[at])) {
-      // Dashes and quotes, of three bytes, part words.
-      at += text()[at] == punctuation ? 3 : 1;
+    if (byFirstByte(text()[at]) == Script::none) {
+      ++at;
       continue;
     }
-    std::size_t stop = at + 1;
-    while (stop < text().size() && (isWordByte(text()[stop]) || text()[stop] == '\'')) ++stop;
+    const Piece piece = pieceAt(text(), at);
+    if (piece.script == Script::none) {
+      at += piece.bytes;
+      continue;
+    }
+    const std::size_t stop = wordEnd(text(), at, piece.script);
     const std::string_view word = text().substr(at, stop - at);
-    if (source_.words.mayStart(word) || mayBeArticle(word, byteAt(text(), stop + 1))) return at;
+    if (source_.words.mayStart(word) || mayBeArticle(text(), word, stop)) return at;
     at = stop;
   }
   return end;
@@ -163,7 +237,7 @@ bool DateFinder::startsFreely(std::size_t at) const {
   constexpr std::string_view glue = "_@/\\-$#%&+*=.:,";
   if (isAlnum(before)) return false;
   if (glue.find(before) == std::string_view::npos) {
-    return isAscii(before) || !text::isLetter(text::scalarBefore(text(), at).value);
+    return isAscii(before) || scriptOf(text::scalarBefore(text(), at).value) != Script::spaced;
   }
   // "Date:tomorrow", but not "10:30" or "a.today".
   return (before == ':' || before == ',') && at > 1 && !isDigit(text()[at - 2]) &&
@@ -273,9 +347,10 @@ std::optional<Detection> DateFinder::dayAndTime(std::size_t at) const {
 
 std::string DateFinder::wordBefore(std::size_t at, std::size_t& start) const {
   start = at;
-  if (at <= floor() || text()[at - 1] != ' ') return {};
-  start = wordStart(text(), at - 1, floor());
-  return start < at - 1 ? source_.token(start).lower : std::string();
+  const std::size_t end = at - blankBefore(text(), at);
+  if (end == at || end <= floor()) return {};
+  start = wordStart(text(), end, floor());
+  return start < end ? source_.token(start).lower : std::string();
 }
 
 // Whether "at", "from" or the like stands before, which makes "14:30" a time and no ratio.
@@ -288,10 +363,11 @@ bool DateFinder::followsTimeWord(std::size_t at) const {
 }
 
 bool DateFinder::followsAt(std::size_t at) const {
-  if (at < 1 || (text()[at - 1] != ' ' && text()[at - 1] != '@')) return false;
-  if (text()[at - 1] == '@' || (at > 1 && text()[at - 2] == '@')) return true;
+  if (at < 1) return false;
+  const std::size_t end = at - blankBefore(text(), at);
+  const char before = byteAt(text(), end - 1);
   std::size_t start = 0;
-  return at > 2 && lower(text()[at - 2]) == 't' && wordBefore(at, start) == "at";
+  return before == '@' || (lower(before) == 't' && end < at && wordBefore(at, start) == "at");
 }
 
 std::optional<Detection> DateFinder::timeAlone(std::size_t at, const Clock& clock) const {

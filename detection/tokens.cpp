@@ -31,15 +31,7 @@ std::size_t joinerAt(std::string_view text, std::size_t at, Hyphens hyphens) {
 
 std::size_t skipBlanks(std::string_view text, std::size_t at) {
   const std::size_t bound = at + mostBlanks;
-  while (at < text.size() && at < bound) {
-    if (text[at] == ' ' || text[at] == '\t') {
-      ++at;
-    } else if (!isAscii(text[at]) && text::isBlank(text::scalarAt(text, at).value)) {
-      at += text::scalarAt(text, at).bytes;
-    } else {
-      break;
-    }
-  }
+  for (std::size_t blank = 0; at < bound && (blank = blankAt(text, at)) > 0;) at += blank;
   return at;
 }
 
@@ -116,6 +108,20 @@ std::size_t wordStart(std::string_view text, std::size_t end, std::size_t floor)
   }
   while (start < end && !isAlpha(text[start]) && isAscii(text[start])) ++start;
   return end - start > longestWord ? end : start;
+}
+
+std::size_t blankAt(std::string_view text, std::size_t at) {
+  if (at >= text.size()) return 0;
+  if (isAscii(text[at])) return text[at] == ' ' || text[at] == '\t' ? 1 : 0;
+  const text::Scalar scalar = text::scalarAt(text, at);
+  return text::isBlank(scalar.value) ? scalar.bytes : 0;
+}
+
+std::size_t blankBefore(std::string_view text, std::size_t end) {
+  if (end == 0) return 0;
+  if (isAscii(text[end - 1])) return text[end - 1] == ' ' || text[end - 1] == '\t' ? 1 : 0;
+  const text::Scalar scalar = text::scalarBefore(text, end);
+  return text::isBlank(scalar.value) ? scalar.bytes : 0;
 }
 
 WordSet::WordSet(std::string_view words) {

@@ -41,6 +41,11 @@ Token tokenAt(std::string_view text, std::size_t at, Hyphens hyphens = Hyphens::
 // Hyphens and apostrophes join.
 std::size_t wordStart(std::string_view text, std::size_t end, std::size_t floor);
 
+// The bytes of the blank at `at`, or of the one that ends at `end`, be it a space, a tab or a
+// no-break or ideographic one; 0 where none stands.
+std::size_t blankAt(std::string_view text, std::size_t at);
+std::size_t blankBefore(std::string_view text, std::size_t end);
+
 // A fixed set of lower-case words.
 class WordSet {
  public:

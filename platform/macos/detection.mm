@@ -102,7 +102,8 @@ std::string dateValue(NSDate* date, NSTimeZone* zone, NSString* matched) {
   const std::string iso = isoTime(date.timeIntervalSince1970, offset);
   constexpr std::size_t day = 10, minute = 16;
   const std::optional<std::string> own = ownValue(matched, DetectionKind::date);
-  const bool whole_day = own ? own->size() == day : iso.ends_with("T12:00:00");
+  // A time that only the system knows to read is a time all the same.
+  const bool whole_day = iso.ends_with("T12:00:00") && (!own || own->size() == day);
   if (whole_day) return iso.substr(0, day);
   const std::string value = iso.ends_with(":00") ? iso.substr(0, minute) : iso;
   return offset ? value + offsetSuffix(*offset) : value;
