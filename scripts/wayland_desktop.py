@@ -21,7 +21,8 @@ from virtual_desktop import STARTUP_SECONDS, VirtualDesktop, until
 
 NOT_INSTALLED = 77  # what CTest takes for a skipped test
 PROGRAMS = {"sway": "sway", "kwin": "kwin_wayland", "mutter": "mutter"}
-KEYS = {"Escape": 1, "Return": 28, "a": 30, "c": 46, "b": 48, "Up": 103}  # linux/input-event-codes.h
+# As in linux/input-event-codes.h.
+KEYS = {"Escape": 1, "Return": 28, "a": 30, "c": 46, "b": 48, "F12": 88, "Up": 103}
 # The compositor runs this once it is ready. kwin and mutter end with it; sway's would outlive sway.
 TELL = """#!/bin/sh
 { echo "WAYLAND_DISPLAY=${WAYLAND_DISPLAY:-wayland-0}"; echo "DISPLAY=$DISPLAY"

@@ -1,12 +1,15 @@
 #include "platform/linux/keyboard_grab.h"
 
 #include <xcb/xcb.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 #include <QEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/wayland_keys.h"
 #include "platform/linux/x11_connection.h"
 
 namespace marbelot {
@@ -20,6 +23,9 @@ xcb_connection_t* connection() {
 // Between looks at who has the focus; a compositor takes a moment to give it to a window.
 constexpr int lookMilliseconds = 500;
 constexpr int mostLooksWithout = 3;
+// For a compositor's answers: when the cleaning begins, and while the program is to go on.
+constexpr auto answerLimit = std::chrono::seconds(2);
+constexpr auto secondAnswerLimit = std::chrono::milliseconds(250);
 
 // Whether the server is a guest of a Wayland compositor.
 bool isGuest() {
@@ -30,7 +36,16 @@ bool isGuest() {
   return (reply && reply->present) || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
+constexpr const char* leftBySystem = "Ctrl+Alt+F1 to F12 and the power key still work";
 constexpr const char* leftByDesktop = "The desktop's own shortcuts and the power key still work";
+
+// As if the window had the focus. Escape is the one key whose name it gets.
+void press(QWidget& window, std::uint32_t symbol) {
+  const int name = symbol == XKB_KEY_Escape ? Qt::Key_Escape : Qt::Key_unknown;
+  QKeyEvent event(QEvent::KeyPress, name, Qt::NoModifier);
+  QWidget* const inside = window.focusWidget();
+  QCoreApplication::sendEvent(inside ? inside : &window, &event);
+}
 
 // `lost` is called once nobody had the focus for several looks in a row: under a grab the toolkit
 // does not hear of it.
@@ -93,13 +108,41 @@ class KeyHolder : public QWidget {
 KeyboardGrab::KeyboardGrab() = default;
 KeyboardGrab::~KeyboardGrab() { release(); }
 
+// Its own surface gets more than any window of the toolkit's, and it does so through XWayland, too.
+bool KeyboardGrab::takeFromCompositor(QWidget& window, std::chrono::milliseconds limit) {
+  arriving_.reset();
+  keys_.reset();
+  keys_ = WaylandKeys::take(limit);
+  if (!keys_) return false;
+  arriving_ = std::make_unique<QSocketNotifier>(keys_->descriptor(), QSocketNotifier::Read);
+  QObject::connect(arriving_.get(), &QSocketNotifier::activated, &window, [this, &window] {
+    const auto pressed = keys_->receive();
+    if (!pressed) return arriving_->setEnabled(false);
+    // One of them may end it all.
+    const QPointer<QWidget> to(&window);
+    for (const std::uint32_t symbol : *pressed)
+      if (to) press(*to, symbol);
+  });
+  return true;
+}
+
 bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<void()> lost) {
   leftOut.clear();
   if (!window.isVisible()) return false;
+  const bool guest = !connection() || isGuest();
+  if (!connection()) window.showFullScreen();
+  if (guest && takeFromCompositor(window, answerLimit)) {
+    leftOut = keys_->hasShortcuts() ? leftBySystem : leftByDesktop;
+    // A window that was just being shown may get the keys after us.
+    const auto hasFocus = [this, &window] {
+      return (keys_ && keys_->hasFocus()) || takeFromCompositor(window, secondAnswerLimit);
+    };
+    watching_ = watchFocus(hasFocus, std::move(lost));
+    return true;
+  }
   if (!connection()) {
     // Nobody can hold the keyboard there. What covers the screen has the keys until the user goes
     // elsewhere by one of the desktop's own.
-    window.showFullScreen();
     leftOut = leftByDesktop;
     watching_ = watchFocus([&window] { return window.isActiveWindow(); }, std::move(lost));
     return true;
@@ -112,8 +155,7 @@ bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<voi
       nullptr));
   held_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
   if (!held_) return false;
-  const bool guest = isGuest();
-  leftOut = guest ? leftByDesktop : "Ctrl+Alt+F1 to F12 and the power key still work";
+  leftOut = guest ? leftByDesktop : leftBySystem;
   if (!guest) return true;
   holder_ = std::make_unique<KeyHolder>(window);
   watching_ = watchFocus([holder = holder_.get()] { return holder->takeFocus(); }, std::move(lost));
@@ -126,6 +168,11 @@ void KeyboardGrab::release() {
     watching_->stop();
     watching_.release()->deleteLater();
   }
+  if (arriving_) {
+    arriving_->setEnabled(false);
+    arriving_.release()->deleteLater();
+  }
+  keys_.reset();
   if (holder_) {
     holder_->hide();
     holder_.release()->deleteLater();

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QPointer>
+#include <QSocketNotifier>
 #include <QTimer>
 #include <QWidget>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -11,6 +13,7 @@
 namespace marbelot {
 
 class KeyHolder;
+class WaylandKeys;
 
 class KeyboardGrab {
  public:
@@ -19,15 +22,19 @@ class KeyboardGrab {
   KeyboardGrab(const KeyboardGrab&) = delete;
   KeyboardGrab& operator=(const KeyboardGrab&) = delete;
 
-  // False when another program holds the keyboard, or the window is not on the screen. Without an X
-  // server the window covers the screen and has the keys that come to it. The server ends the grab
-  // by itself when the window goes or the program ends. `lost` is called, later, when the keys go
-  // elsewhere all the same.
+  // False when another program holds the keyboard, or the window is not on the screen. Where
+  // neither a Wayland compositor nor an X server hands over the keys, the window covers the screen
+  // and has those that come to it. Both end the grab by themselves when the program ends. `lost` is
+  // called, later, when the keys go elsewhere all the same.
   bool take(QWidget& window, std::string& leftOut, std::function<void()> lost);
   void release();
 
  private:
+  bool takeFromCompositor(QWidget& window, std::chrono::milliseconds limit);
+
   bool held_ = false;
+  std::unique_ptr<WaylandKeys> keys_;
+  std::unique_ptr<QSocketNotifier> arriving_;
   std::unique_ptr<KeyHolder> holder_;
   std::unique_ptr<QTimer> watching_;
 };

@@ -1,13 +1,10 @@
 #include "platform/linux/wayland_data_control.h"
 
 #include <fcntl.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <wayland-client.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <utility>
 
@@ -98,12 +95,6 @@ struct WaylandDataControl::Listeners {
     of(self).initial_ = false;
   }
   static constexpr wl_callback_listener present{&presentTold};
-
-  static void answered(void* done, wl_callback* callback, std::uint32_t) {
-    wl_callback_destroy(callback);
-    *static_cast<bool*>(done) = true;
-  }
-  static constexpr wl_callback_listener answer{&answered};
 };
 
 WaylandOffer::WaylandOffer(zwlr_data_control_offer_v1* proxy) : proxy_(proxy) {}
@@ -123,49 +114,29 @@ Descriptor WaylandOffer::receive(const std::string& type) {
 }
 
 std::unique_ptr<WaylandDataControl> WaylandDataControl::connect(const std::string& display) {
-  std::unique_ptr<WaylandDataControl> control(new WaylandDataControl);
-  control->display_ = wl_display_connect(display.empty() ? nullptr : display.c_str());
-  return control->display_ && control->bind() ? std::move(control) : nullptr;
+  std::unique_ptr<WaylandDataControl> control(new WaylandDataControl(display));
+  return control->display() && control->bind() ? std::move(control) : nullptr;
 }
 
 WaylandDataControl::~WaylandDataControl() {
-  if (!display_) return;
   offers_.clear();
   for (auto* source : sources_) zwlr_data_control_source_v1_destroy(source);
   if (device_) zwlr_data_control_device_v1_destroy(device_);
   if (manager_) zwlr_data_control_manager_v1_destroy(manager_);
   if (seat_) wl_seat_destroy(seat_);
   if (registry_) wl_registry_destroy(registry_);
-  wl_display_disconnect(display_);
 }
 
 bool WaylandDataControl::bind() {
-  registry_ = wl_display_get_registry(display_);
+  registry_ = wl_display_get_registry(display());
   wl_registry_add_listener(registry_, &Listeners::onRegistry, this);
-  return roundTrip() && manager_ && seat_;
-}
-
-// The library's own would wait forever for a compositor that hangs.
-bool WaylandDataControl::roundTrip() {
-  bool done = false;
-  wl_callback_add_listener(wl_display_sync(display_), &Listeners::answer, &done);
-  const auto deadline = std::chrono::steady_clock::now() + answerLimit;
-  while (!done) {
-    prepare();
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    pollfd watched{descriptor(), events(), 0};
-    const int ready =
-        ::poll(&watched, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
-    if (!dispatch(watched.revents) || (ready == 0 && left.count() <= 0)) return false;
-  }
-  return true;
+  return roundTrip(answerLimit) && manager_ && seat_;
 }
 
 void WaylandDataControl::watch(Handlers handlers) {
   handlers_ = std::move(handlers);
   makeDevice();
-  wl_callback_add_listener(wl_display_sync(display_), &Listeners::present, this);
+  wl_callback_add_listener(wl_display_sync(display()), &Listeners::present, this);
 }
 
 void WaylandDataControl::makeDevice() {
@@ -190,27 +161,5 @@ void WaylandDataControl::offer(const std::vector<std::string>& types) {
   for (const std::string& type : types) zwlr_data_control_source_v1_offer(source, type.c_str());
   zwlr_data_control_device_v1_set_selection(device_, source);
 }
-
-void WaylandDataControl::flush() { wl_display_flush(display_); }
-
-void WaylandDataControl::prepare() {
-  while (wl_display_prepare_read(display_) != 0) wl_display_dispatch_pending(display_);
-  const bool full = wl_display_flush(display_) < 0 && errno == EAGAIN;
-  events_ = static_cast<short>(full ? POLLIN | POLLOUT : POLLIN);
-}
-
-int WaylandDataControl::descriptor() const { return wl_display_get_fd(display_); }
-
-bool WaylandDataControl::dispatch(short came) {
-  if ((came & POLLIN) != 0) {
-    if (wl_display_read_events(display_) < 0) return false;
-  } else {
-    wl_display_cancel_read(display_);
-    if ((came & (POLLERR | POLLHUP | POLLNVAL)) != 0) return false;
-  }
-  return wl_display_dispatch_pending(display_) >= 0;
-}
-
-void WaylandDataControl::interrupt() { ::shutdown(descriptor(), SHUT_RDWR); }
 
 }  // namespace marbelot

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "platform/descriptor.h"
+#include "platform/linux/wayland_connection.h"
 
-struct wl_display;
 struct wl_registry;
 struct wl_seat;
 struct zwlr_data_control_device_v1;
@@ -41,7 +41,7 @@ class WaylandOffer {
   std::vector<std::string> types_;
 };
 
-class WaylandDataControl {
+class WaylandDataControl : public WaylandConnection {
  public:
   struct Handlers {
     // The clipboard has a new owner; null when it has none. `initial`: found at the start.
@@ -65,27 +65,15 @@ class WaylandDataControl {
   bool presentIsKnown() const { return !initial_; }
   // Takes the clipboard.
   void offer(const std::vector<std::string>& types);
-  void flush();
-
-  // To wait: prepare() first; then poll descriptor() for events(); then dispatch() with what came.
-  // All three on one thread; false from dispatch() when the connection has ended.
-  void prepare();
-  int descriptor() const;
-  short events() const { return events_; }
-  bool dispatch(short came);
-  // Any thread: ends the connection.
-  void interrupt();
 
  private:
   struct Listeners;
 
-  WaylandDataControl() = default;
+  using WaylandConnection::WaylandConnection;
   bool bind();
-  bool roundTrip();
   void makeDevice();
   std::unique_ptr<WaylandOffer> take(zwlr_data_control_offer_v1* proxy);
 
-  wl_display* display_ = nullptr;
   wl_registry* registry_ = nullptr;
   wl_seat* seat_ = nullptr;
   zwlr_data_control_manager_v1* manager_ = nullptr;
@@ -94,7 +82,6 @@ class WaylandDataControl {
   std::vector<std::unique_ptr<WaylandOffer>> offers_;  // described, not yet announced
   Handlers handlers_;
   bool initial_ = true;
-  short events_ = 0;
 };
 
 }  // namespace marbelot

@@ -3,11 +3,14 @@
 #include <wayland-client.h>
 
 #include <cstdint>
-#include <memory>
 #include <string_view>
+
+#include "platform/linux/wayland_connection.h"
 
 namespace marbelot {
 namespace {
+
+constexpr auto answerLimit = std::chrono::seconds(2);
 
 void global(void* shows, wl_registry*, std::uint32_t, const char* interface, std::uint32_t) {
   if (std::string_view(interface) == "zwlr_screencopy_manager_v1")
@@ -21,13 +24,12 @@ constexpr wl_registry_listener listener{&global, &globalGone};
 }  // namespace
 
 bool waylandShowsScreen() {
-  const std::unique_ptr<wl_display, decltype(&wl_display_disconnect)> display(
-      wl_display_connect(nullptr), wl_display_disconnect);
-  if (!display) return false;
+  WaylandConnection connection;
+  if (!connection.display()) return false;
   bool shows = false;
-  wl_registry* registry = wl_display_get_registry(display.get());
+  wl_registry* registry = wl_display_get_registry(connection.display());
   wl_registry_add_listener(registry, &listener, &shows);
-  wl_display_roundtrip(display.get());
+  connection.roundTrip(answerLimit);
   wl_registry_destroy(registry);
   return shows;
 }

@@ -24,7 +24,9 @@ constexpr int leastAlpha = 40;
 constexpr std::size_t rememberedMoves = 32;  // more than an animation has
 
 Qt::WindowFlags flagsFor(const WindowDescription& description) {
-  Qt::WindowFlags flags = description.panel ? Qt::Tool : Qt::Window;
+  // An overlay is a tool, because Wayland compositors give any other one the focus by themselves.
+  const bool tool = description.panel || description.level == WindowLevel::overlay;
+  Qt::WindowFlags flags = tool ? Qt::Tool : Qt::Window;
   if (description.titled) {
     flags |= Qt::WindowTitleHint | Qt::CustomizeWindowHint | Qt::WindowSystemMenuHint;
     if (description.closable) flags |= Qt::WindowCloseButtonHint;

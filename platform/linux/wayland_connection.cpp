@@ -1,0 +1,80 @@
+#include "platform/linux/wayland_connection.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <wayland-client.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+
+namespace marbelot {
+namespace {
+
+void answered(void* done, wl_callback* callback, std::uint32_t) {
+  wl_callback_destroy(callback);
+  *static_cast<bool*>(done) = true;
+}
+constexpr wl_callback_listener answer{&answered};
+
+}  // namespace
+
+WaylandConnection::WaylandConnection(const std::string& display)
+    : display_(wl_display_connect(display.empty() ? nullptr : display.c_str())) {}
+
+WaylandConnection::~WaylandConnection() {
+  if (!display_) return;
+  flush();  // what has been given up goes at once
+  wl_display_disconnect(display_);
+}
+
+void WaylandConnection::flush() { wl_display_flush(display_); }
+
+void WaylandConnection::prepare() {
+  while (wl_display_prepare_read(display_) != 0) wl_display_dispatch_pending(display_);
+  const bool full = wl_display_flush(display_) < 0 && errno == EAGAIN;
+  events_ = static_cast<short>(full ? POLLIN | POLLOUT : POLLIN);
+}
+
+int WaylandConnection::descriptor() const { return wl_display_get_fd(display_); }
+
+bool WaylandConnection::dispatch(short came) {
+  if ((came & POLLIN) != 0) {
+    if (wl_display_read_events(display_) < 0) return false;
+  } else {
+    wl_display_cancel_read(display_);
+    if ((came & (POLLERR | POLLHUP | POLLNVAL)) != 0) return false;
+  }
+  return wl_display_dispatch_pending(display_) >= 0;
+}
+
+bool WaylandConnection::waitUntil(const std::function<bool()>& done,
+                                  std::chrono::milliseconds limit) {
+  if (!display_) return false;
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (!done()) {
+    prepare();
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    pollfd watched{descriptor(), events(), 0};
+    const int ready =
+        ::poll(&watched, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+    if (!dispatch(watched.revents) || (ready == 0 && left.count() <= 0)) return false;
+  }
+  return true;
+}
+
+bool WaylandConnection::roundTrip(std::chrono::milliseconds limit) {
+  if (!display_) return false;
+  bool done = false;
+  wl_callback* const callback = wl_display_sync(display_);
+  wl_callback_add_listener(callback, &answer, &done);
+  if (waitUntil([&] { return done; }, limit)) return true;
+  // Its answer may come later, when nobody waits for it any more.
+  if (!done) wl_callback_destroy(callback);
+  return false;
+}
+
+void WaylandConnection::interrupt() { ::shutdown(descriptor(), SHUT_RDWR); }
+
+}  // namespace marbelot

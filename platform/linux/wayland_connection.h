@@ -1,0 +1,41 @@
+// A connection to a Wayland compositor that never waits for one that hangs.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+struct wl_display;
+
+namespace marbelot {
+
+class WaylandConnection {
+ public:
+  // An empty name means the display of the environment. Without one, everything fails.
+  explicit WaylandConnection(const std::string& display = {});
+  ~WaylandConnection();
+  WaylandConnection(const WaylandConnection&) = delete;
+  WaylandConnection& operator=(const WaylandConnection&) = delete;
+
+  wl_display* display() const { return display_; }
+  void flush();
+
+  // To wait: prepare() first; then poll descriptor() for events(); then dispatch() with what came.
+  // All three on one thread; false from dispatch() when the connection has ended.
+  void prepare();
+  int descriptor() const;
+  short events() const { return events_; }
+  bool dispatch(short came);
+  // False when the connection has ended before, or the time is up.
+  bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit);
+  // Until the compositor has answered all that was asked before.
+  bool roundTrip(std::chrono::milliseconds limit);
+  // Any thread: ends the connection.
+  void interrupt();
+
+ private:
+  wl_display* const display_;
+  short events_ = 0;
+};
+
+}  // namespace marbelot

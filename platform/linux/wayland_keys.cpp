@@ -1,0 +1,248 @@
+#include "platform/linux/wayland_keys.h"
+
+#include <poll.h>
+#include <sys/mman.h>
+#include <wayland-client.h>
+#include <xkbcommon/xkbcommon.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include "keyboard-shortcuts-inhibit-unstable-v1.h"
+#include "platform/descriptor.h"
+#include "platform/linux/wayland_connection.h"
+#include "wlr-layer-shell-unstable-v1.h"
+
+namespace marbelot {
+namespace {
+
+constexpr auto goingLimit = std::chrono::milliseconds(100);
+constexpr std::uint32_t fromKernelCode = 8;  // what xkb adds to it
+
+template <auto destroy>
+struct Destroy {
+  template <class Object>
+  void operator()(Object* object) const {
+    destroy(object);
+  }
+};
+template <class Object, auto destroy>
+using Owned = std::unique_ptr<Object, Destroy<destroy>>;
+
+}  // namespace
+
+class WaylandKeys::Surface {
+ public:
+  explicit Surface(std::chrono::milliseconds limit)
+      : deadline_(std::chrono::steady_clock::now() + limit) {}
+  // Gone from the screen before whatever comes next, so that the keys go where they were.
+  ~Surface() {
+    inhibitor_.reset();
+    layer_.reset();
+    surface_.reset();
+    connection_.roundTrip(goingLimit);
+  }
+  Surface(const Surface&) = delete;
+  Surface& operator=(const Surface&) = delete;
+
+  bool show();
+  bool hasFocus() const { return focused_ || !keyboard_; }
+  bool hasShortcuts() const { return shortcuts_; }
+  int descriptor() const { return connection_.descriptor(); }
+  std::optional<Pressed> receive();
+
+ private:
+  struct Listeners;
+
+  bool bind();
+  void appear();
+  void useKeymap(const char* text);
+
+  // What is left of the time for answers.
+  std::chrono::milliseconds left() const {
+    return std::chrono::ceil<std::chrono::milliseconds>(deadline_ -
+                                                        std::chrono::steady_clock::now());
+  }
+
+  const std::chrono::steady_clock::time_point deadline_;
+  WaylandConnection connection_;
+  Owned<wl_registry, wl_registry_destroy> registry_;
+  Owned<wl_compositor, wl_compositor_destroy> compositor_;
+  Owned<wl_shm, wl_shm_destroy> memory_;
+  Owned<wl_seat, wl_seat_destroy> seat_;
+  Owned<zwlr_layer_shell_v1, zwlr_layer_shell_v1_destroy> layers_;
+  Owned<zwp_keyboard_shortcuts_inhibit_manager_v1,
+        zwp_keyboard_shortcuts_inhibit_manager_v1_destroy>
+      inhibition_;
+  Owned<wl_keyboard, wl_keyboard_destroy> keyboard_;
+  Owned<wl_buffer, wl_buffer_destroy> point_;
+  Owned<wl_surface, wl_surface_destroy> surface_;
+  Owned<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> layer_;
+  Owned<zwp_keyboard_shortcuts_inhibitor_v1, zwp_keyboard_shortcuts_inhibitor_v1_destroy>
+      inhibitor_;
+  Owned<xkb_context, xkb_context_unref> context_;
+  Owned<xkb_state, xkb_state_unref> state_;
+  Pressed pressed_;  // since the last look
+  bool appeared_ = false;
+  bool focused_ = false;
+  bool shortcuts_ = false;
+};
+
+// What the compositor tells, as functions that C can call.
+struct WaylandKeys::Surface::Listeners {
+  static Surface& of(void* self) { return *static_cast<Surface*>(self); }
+
+  static void global(void* self, wl_registry* registry, std::uint32_t name, const char* interface,
+                     std::uint32_t) {
+    const auto take = [&](auto& place, const wl_interface& wanted) {
+      using Object = std::remove_reference_t<decltype(*place)>;
+      if (!place && std::string_view(interface) == wanted.name)
+        place.reset(static_cast<Object*>(wl_registry_bind(registry, name, &wanted, 1)));
+    };
+    take(of(self).compositor_, wl_compositor_interface);
+    take(of(self).memory_, wl_shm_interface);
+    take(of(self).layers_, zwlr_layer_shell_v1_interface);
+    take(of(self).inhibition_, zwp_keyboard_shortcuts_inhibit_manager_v1_interface);
+    if (of(self).seat_) return;
+    take(of(self).seat_, wl_seat_interface);
+    if (of(self).seat_) wl_seat_add_listener(of(self).seat_.get(), &onSeat, self);
+  }
+  static void globalGone(void*, wl_registry*, std::uint32_t) {}
+  static constexpr wl_registry_listener onRegistry{&global, &globalGone};
+
+  static void capable(void* self, wl_seat* seat, std::uint32_t capabilities) {
+    auto& keyboard = of(self).keyboard_;
+    const bool has = (capabilities & WL_SEAT_CAPABILITY_KEYBOARD) != 0;
+    if (has == static_cast<bool>(keyboard)) return;
+    keyboard.reset(has ? wl_seat_get_keyboard(seat) : nullptr);
+    of(self).focused_ = false;
+    if (has) wl_keyboard_add_listener(keyboard.get(), &onKeyboard, self);
+  }
+  static void named(void*, wl_seat*, const char*) {}
+  static constexpr wl_seat_listener onSeat{&capable, &named};
+
+  static void keymap(void* self, wl_keyboard*, std::uint32_t format, int file, std::uint32_t size) {
+    const Descriptor from(file);
+    if (format != WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1) return;
+    void* const text = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, from.get(), 0);
+    if (text == MAP_FAILED) return;
+    of(self).useKeymap(static_cast<const char*>(text));
+    ::munmap(text, size);
+  }
+  static void entered(void* self, wl_keyboard*, std::uint32_t, wl_surface*, wl_array*) {
+    of(self).focused_ = true;
+  }
+  static void left(void* self, wl_keyboard*, std::uint32_t, wl_surface*) {
+    of(self).focused_ = false;
+  }
+  static void key(void* self, wl_keyboard*, std::uint32_t, std::uint32_t, std::uint32_t code,
+                  std::uint32_t state) {
+    if (state != WL_KEYBOARD_KEY_STATE_PRESSED || !of(self).state_) return;
+    of(self).pressed_.push_back(
+        xkb_state_key_get_one_sym(of(self).state_.get(), code + fromKernelCode));
+  }
+  static void modifiers(void* self, wl_keyboard*, std::uint32_t, std::uint32_t depressed,
+                        std::uint32_t latched, std::uint32_t locked, std::uint32_t group) {
+    xkb_state* const state = of(self).state_.get();
+    if (state) xkb_state_update_mask(state, depressed, latched, locked, 0, 0, group);
+  }
+  static void repeats(void*, wl_keyboard*, std::int32_t, std::int32_t) {}
+  static constexpr wl_keyboard_listener onKeyboard{&keymap, &entered,   &left,
+                                                   &key,    &modifiers, &repeats};
+
+  static void configured(void* self, zwlr_layer_surface_v1* layer, std::uint32_t serial,
+                         std::uint32_t, std::uint32_t) {
+    zwlr_layer_surface_v1_ack_configure(layer, serial);
+    if (!std::exchange(of(self).appeared_, true)) of(self).appear();
+  }
+  // It goes with its screen.
+  static void closed(void* self, zwlr_layer_surface_v1*) { of(self).focused_ = false; }
+  static constexpr zwlr_layer_surface_v1_listener onLayer{&configured, &closed};
+
+  static void active(void* self, zwp_keyboard_shortcuts_inhibitor_v1*) {
+    of(self).shortcuts_ = true;
+  }
+  static void inactive(void* self, zwp_keyboard_shortcuts_inhibitor_v1*) {
+    of(self).shortcuts_ = false;
+  }
+  static constexpr zwp_keyboard_shortcuts_inhibitor_v1_listener onInhibitor{&active, &inactive};
+};
+
+bool WaylandKeys::Surface::show() {
+  if (!bind()) return false;
+  surface_.reset(wl_compositor_create_surface(compositor_.get()));
+  // Not the topmost layer, which is the screen locker's: that has to have the keys itself.
+  layer_.reset(zwlr_layer_shell_v1_get_layer_surface(
+      layers_.get(), surface_.get(), nullptr, ZWLR_LAYER_SHELL_V1_LAYER_TOP, "keyboard-cleaning"));
+  zwlr_layer_surface_v1_add_listener(layer_.get(), &Listeners::onLayer, this);
+  zwlr_layer_surface_v1_set_size(layer_.get(), 1, 1);
+  zwlr_layer_surface_v1_set_keyboard_interactivity(layer_.get(), 1);
+  if (inhibition_) {
+    inhibitor_.reset(zwp_keyboard_shortcuts_inhibit_manager_v1_inhibit_shortcuts(
+        inhibition_.get(), surface_.get(), seat_.get()));
+    zwp_keyboard_shortcuts_inhibitor_v1_add_listener(inhibitor_.get(), &Listeners::onInhibitor,
+                                                     this);
+  }
+  wl_surface_commit(surface_.get());
+  return connection_.waitUntil([this] { return focused_; }, left()) &&
+         connection_.roundTrip(left());
+}
+
+bool WaylandKeys::Surface::bind() {
+  if (!connection_.display()) return false;
+  context_.reset(xkb_context_new(XKB_CONTEXT_NO_FLAGS));
+  registry_.reset(wl_display_get_registry(connection_.display()));
+  wl_registry_add_listener(registry_.get(), &Listeners::onRegistry, this);
+  // Once for what there is, and once for what the seat has.
+  return context_ && connection_.roundTrip(left()) && compositor_ && memory_ && layers_ && seat_ &&
+         connection_.roundTrip(left()) && keyboard_;
+}
+
+void WaylandKeys::Surface::appear() {
+  constexpr int pointBytes = 4;
+  const Descriptor file(::memfd_create("marbelot-point", MFD_CLOEXEC));
+  if (!file || ::ftruncate(file.get(), pointBytes) != 0) return;
+  wl_shm_pool* const pool = wl_shm_create_pool(memory_.get(), file.get(), pointBytes);
+  point_.reset(wl_shm_pool_create_buffer(pool, 0, 1, 1, pointBytes, WL_SHM_FORMAT_ARGB8888));
+  wl_shm_pool_destroy(pool);
+  wl_surface_attach(surface_.get(), point_.get(), 0, 0);
+  wl_surface_commit(surface_.get());
+}
+
+void WaylandKeys::Surface::useKeymap(const char* text) {
+  const Owned<xkb_keymap, xkb_keymap_unref> keymap(xkb_keymap_new_from_string(
+      context_.get(), text, XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
+  state_.reset(keymap ? xkb_state_new(keymap.get()) : nullptr);
+}
+
+std::optional<WaylandKeys::Pressed> WaylandKeys::Surface::receive() {
+  connection_.prepare();
+  if (connection_.dispatch(POLLIN)) {
+    connection_.flush();
+    return std::exchange(pressed_, {});
+  }
+  focused_ = false;
+  return std::nullopt;
+}
+
+WaylandKeys::WaylandKeys(std::unique_ptr<Surface> surface) : surface_(std::move(surface)) {}
+
+WaylandKeys::~WaylandKeys() = default;
+
+std::unique_ptr<WaylandKeys> WaylandKeys::take(std::chrono::milliseconds limit) {
+  // The library would look for a desktop of the usual name then, which may not be the user's.
+  if (!std::getenv("WAYLAND_DISPLAY")) return nullptr;
+  auto surface = std::make_unique<Surface>(limit);
+  if (!surface->show()) return nullptr;
+  return std::unique_ptr<WaylandKeys>(new WaylandKeys(std::move(surface)));
+}
+
+bool WaylandKeys::hasFocus() const { return surface_->hasFocus(); }
+bool WaylandKeys::hasShortcuts() const { return surface_->hasShortcuts(); }
+int WaylandKeys::descriptor() const { return surface_->descriptor(); }
+std::optional<WaylandKeys::Pressed> WaylandKeys::receive() { return surface_->receive(); }
+
+}  // namespace marbelot
