@@ -107,6 +107,26 @@ std::optional<Face> readMilitary(const DateSource& source, const Token& digits) 
   return face;
 }
 
+// "15 h", "15 h 30", "15 heures 30", "15 uur"; but "3 h de route" is a distance.
+std::optional<Face> readHourWord(const DateSource& source, const Token& first) {
+  static const WordSet units("h heure heures uur hora horas");
+  const Token unit = source.after(first);
+  if (!first.isNumber() || first.range.length > 2 || !units.has(unit.lower)) return std::nullopt;
+  const Token behind = source.after(unit);
+  if (behind.lower == "de" || behind.lower.starts_with("d'")) return std::nullopt;
+  Face face;
+  face.hour = numberOf(first.lower);
+  face.end = unit.end();
+  face.marked = face.length = true;
+  const int minute = twoDigits(source.text, behind.range.start, 59);
+  if (behind.isNumber() && minute >= 0) {
+    face.minute = minute;
+    face.end = behind.end();
+    face.length = false;
+  }
+  return face;
+}
+
 std::optional<Face> readDigits(const DateSource& source, const Token& first) {
   if (first.range.length == 4) return readMilitary(source, first);
   if (first.range.length > 2) return std::nullopt;
@@ -277,6 +297,7 @@ std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockSt
   const DateWord word = source.meaning(first);
   if (word.kind == Kind::noon) return atNoon(source, first, word.value);
   std::optional<Face> face = readPastOrTo(source, at);
+  if (!face && style != ClockStyle::colon) face = readHourWord(source, first);
   if (!face) face = first.isNumber() ? readDigits(source, first) : readSpelledHour(source, first);
   if (!face) return std::nullopt;
 

@@ -25,8 +25,9 @@ struct Clock {
 // What stands around decides how little is enough for a time. "pm", "Uhr", a zone and the like
 // mark one.
 enum class ClockStyle {
-  colon,  // "14:30", "5 pm"
-  hour,   // "5", "seven" too
+  colon,     // "14:30", "5 pm"
+  hourWord,  // "15 h 30", "15 heures" too, which may be lengths of time
+  hour,      // "5", "seven" too
 };
 
 std::optional<Clock> readClock(const DateSource& source, std::size_t at, ClockStyle style,

@@ -13,7 +13,7 @@ bool mayFollowNumber(const DateSource& source, const Token& word) {
   }
   static const WordSet spaced(
       "am pm uhr o'clock o’clock oclock to and bis of past after before till in at on through thru "
-      "tonight tomorrow today this minutes second");
+      "tonight tomorrow today this minutes second de del di do uur horas hora");
   static const WordSet joined("am pm uhr h t st nd rd th er e m d w y s 年");
   if ((word.spaced ? spaced : joined).has(word.lower)) return true;
   const Kind kind = source.meaning(word).kind;

@@ -165,6 +165,7 @@ class DateFinder final : public TriggerFinder {
     return blank > 0 && at > floor() + blank && isDigit(text()[at - blank - 1]);
   }
   bool followsTimeWord(std::size_t at) const;
+  bool followsHourWord(std::size_t at) const;
   bool followsAt(std::size_t at) const;
 
   std::optional<Detection> startingWithNumber(const Token& first) const;
@@ -296,16 +297,21 @@ std::optional<Clock> DateFinder::clockAfter(const Day& day) const {
     at = token.end();
     token = source_.token(at);
   }
-  static const WordSet exact("at um à");
-  static const WordSet loose("from von ab gegen by until de between around about after before");
-  bool namesHour = exact.has(token.lower) || token.is('@');
-  if (namesHour || loose.has(token.lower)) {
+  static const WordSet exact("at um à om alle ore ora às las les kl klo klockan godz saat");
+  static const WordSet loose(
+      "from von ab gegen by until de between around about after before dalle desde vanaf van a as "
+      "la o v ve в во о об");
+  bool namesHour = day.part != PartOfDay::unknown;
+  // "at about 3", "a las 15:00", "kl. 9", "la ora 15:00".
+  for (int words = 0; words < 3; ++words) {
+    const bool hour = exact.has(token.lower) || token.is('@');
+    if (!hour && !loose.has(token.lower)) break;
+    namesHour = namesHour || hour;
     at = token.end();
+    if (token.lower == "kl" || token.lower == "godz") at += source_.byte(at) == '.';
     token = source_.token(at);
-    if (token.lower == "about" || token.lower == "around") at = token.end();
   }
-  namesHour = namesHour || day.part != PartOfDay::unknown;
-  return readClock(source_, at, namesHour ? ClockStyle::hour : ClockStyle::colon, day.part);
+  return readClock(source_, at, namesHour ? ClockStyle::hour : ClockStyle::hourWord, day.part);
 }
 
 // Past "- Dec 9, 4pm", the end of a range from one time to another.
@@ -356,8 +362,15 @@ std::string DateFinder::wordBefore(std::size_t at, std::size_t& start) const {
 // Whether "at", "from" or the like stands before, which makes "14:30" a time and no ratio.
 bool DateFinder::followsTimeWord(std::size_t at) const {
   static const WordSet words(
-      "at by from until till um à ab bis gegen before after since around about");
+      "at by from until till um ab bis gegen before after since around about");
   if (at > 0 && text()[at - 1] == '@') return true;
+  std::size_t start = 0;
+  return words.has(wordBefore(at, start)) || followsHourWord(at);
+}
+
+// Whether nothing but an hour or a distance may follow the word before.
+bool DateFinder::followsHourWord(std::size_t at) const {
+  static const WordSet words("à om alle ore às las les kl klo");
   std::size_t start = 0;
   return words.has(wordBefore(at, start));
 }
@@ -389,7 +402,9 @@ std::size_t DateFinder::pastBetween(std::size_t at, const Clock& clock) const {
 
 std::optional<Detection> DateFinder::timeAndDay(std::size_t at) const {
   const bool afterAt = followsAt(at);
-  ClockStyle style = afterAt ? ClockStyle::hour : ClockStyle::colon;
+  ClockStyle style = afterAt               ? ClockStyle::hour
+                     : followsHourWord(at) ? ClockStyle::hourWord
+                                           : ClockStyle::colon;
   std::optional<Clock> clock = readClock(source_, at, style);
   if (!clock && !afterAt) {
     // "8 tonight", "8 tomorrow morning".

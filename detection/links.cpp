@@ -347,13 +347,16 @@ bool LinkFinder::isCredibleHost(std::string_view host, Tld tld, std::size_t end)
   const bool lower = std::any_of(host.begin(), host.end(), isLower);
 
   if (after == '\\' || name.back() == '_') return false;
-  // "end.Start": a capital after the dot begins a sentence or names a member, unless all are
-  // capitals or the name stands like a title.
-  if (isUpper(suffix.front()) && lower &&
-      !(isUpper(host.front()) && (suffix == "Com" || suffix == "Org" || suffix == "Net"))) {
+  if (www) return true;
+  // "end.Start", "logging.INFO", "Foo.NET": a capital after the dot begins a sentence or names a
+  // member, unless all are capitals, the name stands like a title or no member is named so.
+  constexpr std::array<std::string_view, 3> titles = {"Com", "Org", "Net"};
+  constexpr std::array<std::string_view, 4> shouted = {"COM", "ORG", "EDU", "GOV"};
+  if (isUpper(suffix.front()) && lower && !(isUpper(host.front()) && contains(titles, suffix)) &&
+      !contains(shouted, suffix) && !(path && suffix == "NET")) {
     return false;
   }
-  if (www || registry) return true;
+  if (registry) return true;
   switch (tld) {
     case Tld::word:
       return path && !upper;

@@ -114,10 +114,15 @@ bool hasForeignShape(std::string_view text, const Stretch& stretch) {
   return stretch.digits > 15 && !first.starts_with("00") && !first.starts_with("011");
 }
 
-// Whether the words before say what the number counts, and it is no telephone.
-bool isIntroducedAsOther(std::string_view text, std::size_t start) {
+// Whether the word announces a number to dial.
+bool isPhoneWord(const std::string& word) {
   static const WordSet phones(
       "tel telephone telefon phone fon mobile mobil cell handy fax call ruf dial ring whatsapp");
+  return phones.has(word);
+}
+
+// Whether the words before say what the number counts, and it is no telephone.
+bool isIntroducedAsOther(std::string_view text, std::size_t start) {
   static const WordSet others(
       "order orders invoice isbn issn ref reference id account acct tracking ticket case serial "
       "sku part version build vat iban card pin bestellung rechnung kunde commande facture siret "
@@ -131,13 +136,25 @@ bool isIntroducedAsOther(std::string_view text, std::size_t start) {
     std::string word;
     while (at > bound && isAlpha(text[at - 1])) word += lower(text[--at]);
     std::reverse(word.begin(), word.end());
-    if (word.empty() || phones.has(word)) return false;
+    if (word.empty() || isPhoneWord(word)) return false;
     if (others.has(word)) return true;
   }
   return false;
 }
 
 bool isCurrency(char32_t c) { return c == '$' || (c >= 0xA2 && c <= 0xA5) || c == 0x20AC; }
+
+// Whether what stands before the mark at `at` lets a number begin behind it: "Tel.:+49 30",
+// "電話:03-1234", but a single group only behind a plus or a word for telephones.
+bool maySeparate(std::string_view text, std::size_t at, const Stretch& stretch) {
+  const char mark = text[at];
+  if (stretch.plus && (mark == ':' || mark == ',' || mark == '=')) return true;
+  const std::size_t end = at - (mark == ':' && at > 0 && text[at - 1] == '.');
+  if (end == 0 || !text::isLetter(text::scalarBefore(text, end).value)) return false;
+  if (stretch.count > 1) return true;
+  const std::size_t word = wordStart(text, end, 0);
+  return mark == ':' && isPhoneWord(tokenAt(text, word).lower);
+}
 
 bool startsFreely(std::string_view text, const Stretch& stretch) {
   if (stretch.start == 0) return true;
@@ -148,8 +165,7 @@ bool startsFreely(std::string_view text, const Stretch& stretch) {
   if (glue.find(before) != std::u32string_view::npos) return false;
   constexpr std::u32string_view afterWords = U".,:/=";
   if (afterWords.find(before) != std::u32string_view::npos) {
-    const char further = stretch.start > 1 ? text[stretch.start - 2] : ' ';
-    if (stretch.count == 1 || !isAlpha(further)) return false;
+    return maySeparate(text, stretch.start - 1, stretch);
   }
   if (before == ' ' && stretch.start > 1 && !stretch.plus) {
     const char32_t further = text::scalarBefore(text, stretch.start - 1).value;

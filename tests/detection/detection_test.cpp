@@ -98,10 +98,13 @@ TEST_F(DetectionTest, DatesWithNamesOfOtherLanguages) {
     const char *language, *text, *values;
   } cases[] = {
       {"es", "viernes 4 de diciembre de 2026, 18:00", "2026-12-04T18:00"},
-      {"it", "lunedì 7 dicembre 2026", "2026-12-07"},
-      {"nl", "3 maart 2027 om 14:30", "2027-03-03"},
-      {"pl", "5 grudnia 2026", "2026-12-05"},
-      {"ru", "пятница, 4 декабря 2026", "2026-12-04"},
+      {"es", "5 de mayo de 2027, viernes 7 de mayo a las 5", "2027-05-05 2027-05-07T17:00"},
+      {"pt", "5 de maio de 2027 às 15h30", "2027-05-05T15:30"},
+      {"it", "lunedì 7 dicembre 2026 alle ore 15:00", "2026-12-07T15:00"},
+      {"nl", "3 maart 2027 om 14:30, het duurde 3 uur", "2027-03-03T14:30"},
+      {"sv", "5 maj 2027 kl. 15:00", "2027-05-05T15:00"},
+      {"pl", "5 grudnia 2026 o 15:00", "2026-12-05T15:00"},
+      {"ru", "пятница, 4 декабря 2026 в 18:00", "2026-12-04T18:00"},
       {"ja", "2026年12月4日（金）", "2026-12-04"},
       {"en", "3 maart 2027 lunedì", ""},
   };
