@@ -18,10 +18,10 @@ constexpr std::size_t listedImages = 15;
 std::vector<std::string> imagesByDate(const std::string& folder) {
   std::vector<std::pair<double, std::string>> dated;
   for (std::string& name : files::list(folder).value_or(std::vector<std::string>())) {
-    if (name.starts_with('.') || !files::isImageName(name)) continue;
+    if (files::hasHiddenName(name) || !files::isImageName(name)) continue;
     const std::string path = files::join(folder, name);
     const auto info = files::info(path);
-    if (!info && files::folderIdentity(path)) continue;
+    if (info ? info->hidden : files::folderIdentity(path).has_value()) continue;
     dated.emplace_back(info ? info->modified : -std::numeric_limits<double>::infinity(),
                        std::move(name));
   }

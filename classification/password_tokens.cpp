@@ -122,7 +122,8 @@ Characters readClusters(std::string_view token) {
   while (!token.empty() && count < clusters.size()) {
     const std::size_t bytes = text::prefixBytes(token, 1);
     const char32_t first = text::scalarAt(token, 0).value;
-    reader.add(quickTraitsOf(first), first < 128 && isVowel(static_cast<char>(first)));
+    // A letter with an accent is none of the vowels that count, however it is encoded.
+    reader.add(quickTraitsOf(first), bytes == 1 && isVowel(static_cast<char>(first)));
     clusters[count++] = token.substr(0, bytes);
     token.remove_prefix(bytes);
   }

@@ -22,6 +22,7 @@ struct FileInfo {
   double modified = 0;  // seconds since 1970
   double created = 0;   // likewise; the same as `modified` where the file system does not tell
   std::size_t bytes = 0;
+  bool hidden = false;  // by its name, or by the flag that the Finder sets
 };
 // None unless it is a regular file (links are followed).
 std::optional<FileInfo> info(const std::string& path);
@@ -56,9 +57,10 @@ std::string join(const std::string& folder, const std::string& name);
 std::string lastComponent(const std::string& path);
 // The extension without its dot, its ASCII letters lower-cased; empty when there is none.
 std::string lowercasedExtension(const std::string& name);
+bool hasHiddenName(const std::string& path);
 // Whether the extension is that of a picture as screenshot tools and this program save them.
 bool isImageName(const std::string& name);
-// "~" and "~/…" in the home folder; anything else as it is.
+// "~" and "~/…" in the home folder, "~user/…" in that user's; anything else as it is.
 std::string expandingTilde(const std::string& path);
 
 std::string homeFolder();

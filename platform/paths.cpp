@@ -1,4 +1,9 @@
 // Paths as strings; nothing here asks the file system.
+#include <pwd.h>
+
+#include <algorithm>
+#include <vector>
+
 #include "platform/ascii.h"
 #include "platform/files.h"
 
@@ -26,15 +31,32 @@ std::string lowercasedExtension(const std::string& name) {
   return extension;
 }
 
+bool hasHiddenName(const std::string& path) { return lastComponent(path).starts_with('.'); }
+
 bool isImageName(const std::string& name) {
   const std::string extension = lowercasedExtension(name);
   return extension == "png" || extension == "jpg" || extension == "jpeg" || extension == "tiff" ||
          extension == "heic";
 }
 
+namespace {
+
+// Empty when there is no such user.
+std::string homeOf(const std::string& user) {
+  std::vector<char> buffer(1 << 14);
+  passwd entry{};
+  passwd* found = nullptr;
+  getpwnam_r(user.c_str(), &entry, buffer.data(), buffer.size(), &found);
+  return found ? found->pw_dir : "";
+}
+
+}  // namespace
+
 std::string expandingTilde(const std::string& path) {
-  if (path == "~" || path.starts_with("~/")) return homeFolder() + path.substr(1);
-  return path;
+  if (!path.starts_with('~')) return path;
+  const std::size_t end = std::min(path.find('/'), path.size());
+  const std::string home = end == 1 ? homeFolder() : homeOf(path.substr(1, end - 1));
+  return home.empty() ? path : home + path.substr(end);
 }
 
 }  // namespace marbelot::files

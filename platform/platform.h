@@ -43,6 +43,9 @@ class FolderEvents {
                                               std::function<void()> changed) = 0;
 };
 
+// Every message of the program stands under this title, whatever its subject.
+inline constexpr const char* noticeTitle = "Screenshot copied to clipboard";
+
 class Notices {
  public:
   virtual ~Notices() = default;

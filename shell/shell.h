@@ -13,9 +13,6 @@
 
 namespace marbelot {
 
-// Every message of the program stands under this title, whatever its subject.
-inline constexpr const char* noticeTitle = "Screenshot copied to clipboard";
-
 class Shell {
  public:
   virtual ~Shell() = default;

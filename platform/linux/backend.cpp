@@ -137,9 +137,9 @@ std::unique_ptr<ClipboardConnection> connectClipboard() {
 void tellWhatIsMissing(Notices& notices, UserDefaults& defaults) {
   constexpr const char* told = "toldOfMissingXWayland";
   if (!QGuiApplication::platformName().startsWith("wayland") || defaults.boolFor(told)) return;
-  notices.post("Marbelot runs without XWayland",
-               "The menu opens as a window of its own, and windows can neither be put in their "
-               "places nor kept above others. With XWayland they can.");
+  notices.post(noticeTitle,
+               "Marbelot runs without XWayland. The menu opens as a window of its own, and windows "
+               "can neither be put in their places nor kept above others. With XWayland they can.");
   defaults.set(told, true);
 }
 

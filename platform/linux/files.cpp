@@ -64,7 +64,10 @@ std::optional<FileInfo> info(const std::string& path) {
     return std::nullopt;
   const double modified = seconds(status.stx_mtime);
   const double created = status.stx_mask & STATX_BTIME ? seconds(status.stx_btime) : modified;
-  return FileInfo{modified, created, static_cast<std::size_t>(status.stx_size)};
+  return FileInfo{.modified = modified,
+                  .created = created,
+                  .bytes = static_cast<std::size_t>(status.stx_size),
+                  .hidden = hasHiddenName(path)};
 }
 
 std::optional<FolderIdentity> folderIdentity(const std::string& path) {

@@ -1,5 +1,6 @@
 // Which files a desktop's screenshot tools made, and whether they are done writing.
 
+#include <endian.h>
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstring>
 #include <ctime>
 
 #include "platform/descriptor.h"
@@ -23,13 +25,35 @@ constexpr const char* screenCaptureAttribute = "user.com.apple.metadata:kMDItemI
 
 // How file names of screenshots begin, lower-cased, as the tools of GNOME, KDE, Xfce, MATE, Deepin
 // and Flatpak's portal translate the word.
-constexpr std::array<std::string_view, 24> nameBeginnings = {
-    "screenshot",      "screen shot",        "screen_shot",        "screencapture",
-    "bildschirmfoto",  "bildschirmaufnahme", "capture d’écran",    "capture d'écran",
-    "capture d’ecran", "captura de",         "captura_de",         "schermafbeelding",
-    "schermata",       "istantanea",         "skärmbild",          "skjermbilde",
-    "skærmbillede",    "kuvakaappaus",       "zrzut ekranu",       "zrzut_ekranu",
-    "снимок экрана",   "ekran görüntüsü",    "スクリーンショット", "截图"};
+constexpr std::array<std::string_view, 29> nameBeginnings = {"screenshot",
+                                                             "screen shot",
+                                                             "screen_shot",
+                                                             "screencapture",
+                                                             "bildschirmfoto",
+                                                             "bildschirmaufnahme",
+                                                             "capture d’écran",
+                                                             "capture d'écran",
+                                                             "capture d’ecran",
+                                                             "captura desde",
+                                                             "captura de pant",
+                                                             "captura_de_pant",
+                                                             "captura de tela",
+                                                             "captura_de_tela",
+                                                             "captura de ecrã",
+                                                             "captura_de_ecrã",
+                                                             "schermafbeelding",
+                                                             "schermata",
+                                                             "istantanea",
+                                                             "skärmbild",
+                                                             "skjermbilde",
+                                                             "skærmbillede",
+                                                             "kuvakaappaus",
+                                                             "zrzut ekranu",
+                                                             "zrzut_ekranu",
+                                                             "снимок экрана",
+                                                             "ekran görüntüsü",
+                                                             "スクリーンショット",
+                                                             "截图"};
 // What scrot, grim, Flameshot and ksnip put elsewhere into their names.
 constexpr std::array<std::string_view, 5> nameParts = {"_scrot.", "_grim.", "_hyprshot.",
                                                        "flameshot", "ksnip_"};
@@ -45,13 +69,50 @@ bool beginsWithFlameshotStamp(std::string_view name) {
   return true;
 }
 
+bool beginsAsScreenshots(std::string_view lower) {
+  return std::any_of(nameBeginnings.begin(), nameBeginnings.end(),
+                     [&](std::string_view word) { return lower.starts_with(word); });
+}
+
 bool nameTellsScreenshot(const std::string& path) {
   const std::string name = text::lowercased(text::sanitized(lastComponent(path)));
-  const auto begins = [&](std::string_view word) { return name.starts_with(word); };
   const auto contains = [&](std::string_view word) { return name.find(word) != std::string::npos; };
-  return beginsWithFlameshotStamp(name) ||
-         std::any_of(nameBeginnings.begin(), nameBeginnings.end(), begins) ||
+  return beginsWithFlameshotStamp(name) || beginsAsScreenshots(name) ||
          std::any_of(nameParts.begin(), nameParts.end(), contains);
+}
+
+// Whether one of the name's words is a tool's: "gnome-screenshot", but no pilgrim's.
+bool isScreenshotTool(std::string_view lower) {
+  constexpr std::array<std::string_view, 7> tools = {
+      "screenshot", "screenshooter", "spectacle", "flameshot", "scrot", "grim", "ksnip"};
+  const auto isLetter = [](char c) { return c >= 'a' && c <= 'z'; };
+  while (!lower.empty()) {
+    const auto end = std::find_if_not(lower.begin(), lower.end(), isLetter);
+    const auto length = static_cast<std::size_t>(end - lower.begin());
+    if (std::find(tools.begin(), tools.end(), lower.substr(0, length)) != tools.end()) return true;
+    lower.remove_prefix(std::min(length + 1, lower.size()));
+  }
+  return false;
+}
+
+// A text chunk of a PNG: a keyword, a zero and the text; in the international kind two bytes, which
+// are zero where the text is not compressed, a language and a translation of the keyword stand
+// between.
+bool tellsScreenshot(std::string_view chunk, bool international) {
+  const auto field = [&chunk] {
+    const std::string_view found = chunk.substr(0, chunk.find('\0'));
+    chunk.remove_prefix(std::min(found.size() + 1, chunk.size()));
+    return found;
+  };
+  const std::string_view keyword = field();
+  if (international) {
+    chunk.remove_prefix(std::min<std::size_t>(2, chunk.size()));
+    field();
+    field();
+  }
+  const std::string value = text::lowercased(text::sanitized(std::string(chunk)));
+  return keyword == "Software" ? isScreenshotTool(value)
+                               : keyword == "Title" && beginsAsScreenshots(value);
 }
 
 // Screenshot tools name themselves in a PNG's text chunks, which stand before the image data:
@@ -62,12 +123,17 @@ bool pngTextTellsScreenshot(int file) {
   if (got < 8) return false;
   const std::string_view bytes(head.data(), static_cast<std::size_t>(got));
   if (!bytes.starts_with("\x89PNG\r\n\x1a\n")) return false;
-  const std::size_t data = bytes.find("IDAT");
-  const std::string lower = text::lowercased(text::sanitized(std::string(bytes.substr(0, data))));
-  if (lower.find("text") == std::string::npos) return false;
-  for (const std::string_view word :
-       {"screenshot", "screenshooter", "spectacle", "flameshot", "screen capture", "scrot", "grim"})
-    if (lower.find(word) != std::string::npos) return true;
+  for (std::size_t at = 8; at + 8 <= bytes.size();) {
+    std::uint32_t length = 0;
+    std::memcpy(&length, &bytes[at], sizeof length);
+    length = be32toh(length);
+    const std::string_view type = bytes.substr(at + 4, 4);
+    if (type == "IDAT") return false;
+    if ((type == "tEXt" || type == "iTXt") &&
+        tellsScreenshot(bytes.substr(at + 8, length), type == "iTXt"))
+      return true;
+    at += 12 + std::size_t{length};
+  }
   return false;
 }
 

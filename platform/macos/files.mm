@@ -11,6 +11,7 @@
 #include <cerrno>
 
 #include "platform/descriptor.h"
+#include "platform/image.h"
 #include "platform/macos/conversions.h"
 
 namespace marbelot::files {
@@ -63,8 +64,10 @@ std::optional<std::vector<std::string>> list(const std::string& folder, std::str
 std::optional<FileInfo> info(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  return FileInfo{seconds(status.st_mtimespec), seconds(status.st_birthtimespec),
-                  static_cast<std::size_t>(status.st_size)};
+  return FileInfo{.modified = seconds(status.st_mtimespec),
+                  .created = seconds(status.st_birthtimespec),
+                  .bytes = static_cast<std::size_t>(status.st_size),
+                  .hidden = (status.st_flags & UF_HIDDEN) != 0 || hasHiddenName(path)};
 }
 
 std::optional<FolderIdentity> folderIdentity(const std::string& path) {
@@ -141,17 +144,12 @@ static bool isMarkedAndWhole(const std::string& path) {
   struct stat status;
   if (!file || fstat(file.get(), &status) != 0 || status.st_size == 0) return false;
   // The tool marks a file when it is whole, but a copy made by a sync service may carry the mark
-  // from the start. PNG, the usual format, tells its end: an empty IEND chunk with its checksum.
+  // from the start. PNG, the usual format, tells its end.
   using namespace std::literals;
   constexpr std::string_view pngStart = "\x89PNG\r\n\x1A\n"sv;
-  constexpr std::string_view pngEnd = "\0\0\0\0IEND\xAE\x42\x60\x82"sv;
   std::string start(pngStart.size(), '\0');
   if (!readFully(file.get(), start.data(), start.size(), 0) || start != pngStart) return true;
-  std::string end(pngEnd.size(), '\0');
-  return status.st_size >= static_cast<off_t>(start.size() + end.size()) &&
-         readFully(file.get(), end.data(), end.size(),
-                   static_cast<std::uint64_t>(status.st_size) - end.size()) &&
-         end == pngEnd;
+  return Image::fromFile(path).has_value();
 }
 
 // Nothing tells when a writer closes a file here, so one that is not whole is looked at again.

@@ -92,11 +92,11 @@ std::optional<Image> drawing(NSData* data) {
 
 // PNG first, as it is what came; TIFF before the rest, because owners convert the others from it.
 std::optional<Image> readImage(NSPasteboard* pasteboard, bool holdsText) {
-  NSString* const type = [pasteboard availableTypeFromArray:@[
-    NSPasteboardTypePNG, NSPasteboardTypeTIFF, @"public.jpeg", @"com.compuserve.gif",
-    @"public.heic", @"com.microsoft.bmp", @"org.webmproject.webp"
-  ]];
-  if (type != nil) {
+  for (NSString* type in @[
+         NSPasteboardTypePNG, NSPasteboardTypeTIFF, @"public.jpeg", @"com.compuserve.gif",
+         @"public.heic", @"com.microsoft.bmp", @"org.webmproject.webp"
+       ]) {
+    if ([pasteboard availableTypeFromArray:@[ type ]] == nil) continue;
     if (std::optional<Image> image = imageOfType(pasteboard, type)) return image;
   }
   if (std::optional<Image> image = firstFile(pasteboard)) return image;

@@ -34,12 +34,14 @@ def chunk(kind, data):
             struct.pack(">I", zlib.crc32(kind + data)))
 
 
-def png(width=40, height=30, seed=0, size=None):
-    """A grey picture; another seed gives other bytes. size: of the header, when it is to lie."""
+def png(width=40, height=30, seed=0, size=None, text=b"Comment\0number"):
+    """A grey picture; another seed gives other bytes. size: of the header, when it is to lie.
+
+    text: of its text chunk, a keyword, a zero and what comes before the seed."""
     rows = b"".join(b"\0" + bytes([(seed * 7 + y) % 256]) * width for y in range(height))
     header = struct.pack(">IIBBBBB", *(size or (width, height)), 8, 0, 0, 0, 0)
     return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) +
-            chunk(b"tEXt", b"Comment\0number %d" % seed) +
+            chunk(b"tEXt", text + b" %d" % seed) +
             chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
 
 

@@ -110,12 +110,14 @@ class WatcherTest(DesktopTest):
         old.write_bytes(png(seed=5))
         self.start()
         os.utime(old)
-        self.program.save("holiday.png", png(seed=6))
+        self.program.save("holiday.png", png(seed=6, text=b"Title\0Pilgrimage to a screenshot"))
+        self.program.save("Captura de Zaragoza.png", png(seed=6, text=b"Software\0Grimoire"))
         self.program.save("Screenshot from 2025-03-01 12-00-00.gif", b"GIF89a")
         # Longer than a file may wait for its mark.
         stays(self.nothing_copied, "nothing copied", 2)
         self.wait_copied(self.program.save(screenshot_name(6), png(seed=7)))
-        self.assertEqual(self.program.copied(), 1)
+        self.wait_copied(self.program.save("1.png", png(seed=8, text=b"Software\0xfce4-screenshooter")))
+        self.assertEqual(self.program.copied(), 2)
 
     def test_clock_that_is_behind_at_the_start(self):
         if b"libasan" in (BIN / "marbelot").read_bytes():

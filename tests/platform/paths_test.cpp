@@ -30,7 +30,8 @@ TEST(Paths, AreTakenApartAndPutTogether) {
   EXPECT_EQ(files::expandingTilde("~"), files::homeFolder());
   EXPECT_EQ(files::expandingTilde("~/Shots"), files::join(files::homeFolder(), "Shots"));
   EXPECT_EQ(files::expandingTilde("/a/~/b"), "/a/~/b");
-  EXPECT_EQ(files::expandingTilde("~a"), "~a");
+  EXPECT_EQ(files::expandingTilde("~root/a"), "/root/a");
+  EXPECT_EQ(files::expandingTilde("~no user/a"), "~no user/a");
 }
 
 }  // namespace
