@@ -222,14 +222,14 @@ class WaylandTest(DesktopTest):
         self.program.save(screenshot_name(1), data)
         self.assert_on_clipboard(self.screen, data)
         until(lambda: len(self.screen.notices()) == 2, "notices")
-        self.assertIn("XWayland", self.screen.notices()[0]["title"])
+        self.assertIn("XWayland", self.screen.notices()[0]["body"])
         self.program.ctl("menu", "--popup")
         self.program.invoke("quit")
         self.program.process.wait(10)
         self.program = Marbelot(self.screen)
         self.program.save(screenshot_name(2), data)
         until(lambda: len(self.screen.notices()) == 3, "notice")
-        self.assertEqual(self.screen.notices()[2]["title"], NOTICE_TITLE)
+        self.assertEqual(self.screen.notices()[2]["body"], screenshot_name(2))
 
 
 if __name__ == "__main__":
