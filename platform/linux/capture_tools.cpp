@@ -1,11 +1,10 @@
 #include "platform/linux/capture_tools.h"
 
-#include <QByteArray>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QtGlobal>
 #include <algorithm>
 #include <charconv>
+
+#include "platform/linux/sway_windows.h"
 
 namespace marbelot {
 namespace {
@@ -44,28 +43,19 @@ Words grimArguments(const CaptureRequest&, const std::string& before) {
   return {"-t", "ppm", "-g", before.substr(0, before.find('\n')), "-"};
 }
 
-Words treeArguments(const CaptureRequest&, const std::string&) { return {"-t", "get_tree"}; }
-
-// The windows that are to be seen, one a line, as slurp takes them.
-void listWindows(const QJsonObject& node, std::string& lines) {
-  bool isLeaf = true;
-  for (const char* kind : {"nodes", "floating_nodes"}) {
-    for (const auto& child : node[kind].toArray()) {
-      isLeaf = false;
-      listWindows(child.toObject(), lines);
-    }
-  }
-  if (!isLeaf || !node["visible"].toBool()) return;
-  const QJsonObject place = node["rect"].toObject();
-  const auto number = [&](const char* name) { return std::to_string(place[name].toInt()); };
-  lines += number("x") + "," + number("y") + " " + number("width") + "x" + number("height") + "\n";
+// A child is given nothing on its standard input, but slurp wants the windows there.
+Words pickArguments(const CaptureRequest&, const std::string&) {
+  std::string lines;
+  for (const SwayWindow& window : swayWindows())
+    if (window.isShown) lines += window.place + "\n";
+  return {"-c", "printf %s \"$0\" | slurp -r", lines};
 }
 
-// A child is given nothing on its standard input, but slurp wants the windows there.
-Words pickArguments(const CaptureRequest&, const std::string& before) {
-  std::string lines;
-  listWindows(QJsonDocument::fromJson(QByteArray::fromStdString(before)).object(), lines);
-  return {"-c", "printf %s \"$0\" | slurp -r", lines};
+// Of no place, which grim refuses, when the window is gone.
+Words windowArguments(const CaptureRequest& request, const std::string& before) {
+  for (const SwayWindow& window : swayWindows())
+    if (window.id == request.window) return grimArguments(request, window.place);
+  return {"-g", before, "-"};
 }
 
 const CaptureStep slurpStep{"slurp", "slurp", slurpArguments};
@@ -73,11 +63,11 @@ const CaptureStep grimStep{"grim", "grim", grimArguments};
 
 const std::vector<CaptureStep>& waylandSteps(CaptureRequest::Subject subject) {
   static const std::vector<CaptureStep> screen{grimStep}, area{slurpStep, grimStep},
-      window{{"swaymsg", "sway", treeArguments}, {"sh", "dash", pickArguments}, grimStep};
+      window{{"grim", "grim", windowArguments}},
+      pickedWindow{{"sh", "dash", pickArguments}, grimStep};
   if (subject == CaptureRequest::Subject::screen) return screen;
-  const bool canPick =
-      subject == CaptureRequest::Subject::pickedWindow && qEnvironmentVariableIsSet("SWAYSOCK");
-  return canPick ? window : area;
+  if (subject == CaptureRequest::Subject::window) return window;
+  return subject == CaptureRequest::Subject::pickedWindow && isSway() ? pickedWindow : area;
 }
 
 }  // namespace
@@ -102,8 +92,8 @@ CaptureRequest captureRequest(const std::vector<std::string>& arguments) {
 }
 
 const std::vector<CaptureStep>& captureSteps(const CaptureRequest& request) {
-  // The windows that have numbers are X11's there, too.
-  if (isWayland() && request.subject != CaptureRequest::Subject::window)
+  // Where only X11's windows have numbers, it is X11's tool that takes them.
+  if (isWayland() && (isSway() || request.subject != CaptureRequest::Subject::window))
     return waylandSteps(request.subject);
   static const std::vector<CaptureStep> x11{{"maim", "maim", maimArguments}};
   return x11;

@@ -14,6 +14,7 @@
 #include "platform/image_codec.h"
 #include "platform/linux/desktop_entries.h"
 #include "platform/linux/raw_picture.h"
+#include "platform/linux/sway_windows.h"
 #include "platform/linux/wayland_screen.h"
 
 namespace marbelot {
@@ -98,7 +99,7 @@ Task DesktopScreenCapture::capture(const std::vector<std::string>& arguments,
   job->taken = std::move(taken);
   job->finished = std::move(finished);
   job->request = captureRequest(arguments);
-  if (job->request.subject == CaptureRequest::Subject::window) {
+  if (job->request.subject == CaptureRequest::Subject::window && !isSway()) {
     const auto window = static_cast<xcb_window_t>(job->request.window);
     job->request.margins = windows().margins(window);
     job->request.window = windows().framed(window);
@@ -120,7 +121,7 @@ void DesktopScreenCapture::startWaiting() {
 }
 
 void DesktopScreenCapture::begin(Job& job) {
-  // The windows that have numbers are X11's on Wayland, too.
+  // Windows that have numbers are X11's or sway's, which shows the screen.
   const bool isWindow = job.request.subject == CaptureRequest::Subject::window;
   isWayland() && !isWindow && !*waylandShowsScreen_ ? askPortal(job) : run(job, "");
 }
@@ -204,30 +205,43 @@ void DesktopScreenCapture::cancel(const Job* job) {
   }
 }
 
+const std::string& DesktopScreenCapture::nameOf(const std::string& application) {
+  auto name = names_.find(application);
+  if (name == names_.end()) name = names_.emplace(application, applicationName(application)).first;
+  return name->second;
+}
+
 std::vector<RunningApplication> DesktopScreenCapture::runningApplications() {
   std::vector<RunningApplication> applications;
+  const auto known = [&applications](std::int64_t pid) {
+    return std::find_if(applications.begin(), applications.end(),
+                        [&](const auto& other) { return other.pid == pid; });
+  };
+  if (isSway()) {
+    for (const SwayWindow& window : swayWindows()) {
+      if (window.pid != getpid() && known(window.pid) == applications.end())
+        applications.push_back({window.pid, nameOf(window.application), std::nullopt});
+    }
+    return applications;
+  }
   std::map<xcb_window_t, std::optional<Image>> icons;
   for (const X11Window& window : windows().stacked()) {
     if (!window.isListed || window.pid == 0 || window.pid == getpid()) continue;
-    const auto known = icons_.find(window.id);
-    auto icon = known == icons_.end() ? windows().icon(window.id) : known->second;
+    const auto before = icons_.find(window.id);
+    auto icon = before == icons_.end() ? windows().icon(window.id) : before->second;
     icons.emplace(window.id, icon);
-    const auto same = std::find_if(applications.begin(), applications.end(),
-                                   [&](const auto& other) { return other.pid == window.pid; });
-    if (same != applications.end()) {
-      if (!same->icon) same->icon = std::move(icon);
-      continue;
+    if (const auto same = known(window.pid); same == applications.end()) {
+      applications.push_back({window.pid, nameOf(window.className), std::move(icon)});
+    } else if (!same->icon) {
+      same->icon = std::move(icon);
     }
-    auto name = names_.find(window.className);
-    if (name == names_.end())
-      name = names_.emplace(window.className, applicationName(window.className)).first;
-    applications.push_back({window.pid, name->second, std::move(icon)});
   }
   icons_ = std::move(icons);
   return applications;
 }
 
 void DesktopScreenCapture::activate(std::int64_t pid) {
+  if (isSway()) return focusSwayWindows(pid);
   xcb_window_t front = XCB_WINDOW_NONE;
   for (const X11Window& window : windows().stacked()) {
     if (window.pid != pid) continue;
@@ -238,6 +252,11 @@ void DesktopScreenCapture::activate(std::int64_t pid) {
 }
 
 std::optional<std::int64_t> DesktopScreenCapture::frontWindow(std::int64_t pid) {
+  if (isSway()) {
+    for (const SwayWindow& window : swayWindows())
+      if (window.pid == pid && window.isShown) return window.id;
+    return std::nullopt;
+  }
   std::optional<std::int64_t> front;
   for (const X11Window& window : windows().stacked())
     if (window.pid == pid && window.isShown) front = window.id;

@@ -1,5 +1,5 @@
-// Pictures of the screen, taken by the desktop's tools; programs and windows by what the window
-// manager says on the X display.
+// Pictures of the screen, taken by the desktop's tools; programs and windows by what sway, or the
+// window manager on the X display, says of them.
 #pragma once
 
 #include <QElapsedTimer>
@@ -34,6 +34,7 @@ class DesktopScreenCapture : public QObject, public ScreenCapture {
 
   bool eventFilter(QObject* watched, QEvent* event) override;
   X11Windows& windows();
+  const std::string& nameOf(const std::string& application);
   void startWaiting();
   void begin(Job& job);
   void run(Job& job, const std::string& before);
@@ -55,7 +56,7 @@ class DesktopScreenCapture : public QObject, public ScreenCapture {
   QElapsedTimer sincePopup_;  // since a menu of ours has gone from the screen
   // By window; they do not change while a menu is looked at, and can be large.
   std::map<xcb_window_t, std::optional<Image>> icons_;
-  std::map<std::string, std::string> names_;  // of programs, by their windows' class
+  std::map<std::string, std::string> names_;  // of programs, by what their windows call them
 };
 
 }  // namespace marbelot

@@ -199,8 +199,12 @@ class WaylandTest(DesktopTest):
         self.check_capture(["Window", "Click a window…"],
                            lambda: self.screen.point(500, 500, click=True),
                            lambda w, h: width - 8 < w <= width and height - 40 < h < height)
+        self.assertNotIn("No other apps running",
+                         self.program.ctl("menu").stdout.decode())
+        self.check_capture(["Window", "Foot"], None,
+                           lambda w, h: width - 8 < w <= width and height - 40 < h < height)
         folder = self.screen.home / "Pictures/Marbelot"
-        self.assertEqual(len(list(folder.iterdir())), 3)
+        self.assertEqual(len(list(folder.iterdir())), 4)
 
     def check_capture(self, item, act, fits):
         before = self.program.copied()
