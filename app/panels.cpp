@@ -13,8 +13,8 @@ Panels::Panels(Platform& platform, Shell& shell, ActionTable& actions, Clipboard
       editor(platform, shell, actions, placement, analyses),
       hud(
           platform, shell, actions, placement, analyses, [this] { return editor.abilities(); },
-          [this](const Content& content, Point origin, const std::optional<Image>& thumbnail,
-                 const std::string& spec) { editor.open(content, origin, thumbnail, spec); }),
+          [this](const Content& content, const Rect& panel, const std::optional<Image>& thumbnail,
+                 const std::string& spec) { editor.open(content, panel, thumbnail, spec); }),
       bigPreview(
           platform,
           [&history](const PasteboardContents& contents) { return history.withheld(contents); },

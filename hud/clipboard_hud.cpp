@@ -140,11 +140,11 @@ void ClipboardHUD::hide(Panel& panel, bool fades) {
 void ClipboardHUD::handOver(Panel& panel, const std::string& spec) {
   if (!panel.hudContent) return;
   const Content content = *panel.hudContent;
-  const Point origin = panel.previewHUDWindow->frame().origin();
+  const Rect frame = panel.previewHUDWindow->frame();
   const auto* face = std::get_if<ImageFace>(&panel.view.face);
   const std::optional<Image> thumbnail = face ? face->thumbnail : std::nullopt;
   hide(panel, false);
-  if (spec != "done") openEditor_(content, origin, thumbnail, spec);
+  if (spec != "done") openEditor_(content, frame, thumbnail, spec);
 }
 
 void ClipboardHUD::menuWillOpen() {

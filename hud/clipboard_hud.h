@@ -23,10 +23,10 @@ class ClipboardHUD {
   Platform& platform_;
 
  public:
-  // Opens the editor for what a panel shows, at its place, with its thumbnail, to carry out what
+  // Opens the editor for what a panel shows, in its place, with its thumbnail, to carry out what
   // `spec` names unless it is empty.
   using OpenEditor =
-      std::function<void(const Content& content, Point origin,
+      std::function<void(const Content& content, const Rect& panel,
                          const std::optional<Image>& thumbnail, const std::string& spec)>;
 
   ClipboardHUD(Platform& platform, Shell& shell, ActionTable& actions, HUDPlacement& placement,

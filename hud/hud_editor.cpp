@@ -92,7 +92,7 @@ void HUDEditor::makePanel() {
   hudEditorPanel = platform_.windows.create(std::move(window));
 }
 
-void HUDEditor::open(const Content& content, std::optional<Point> origin,
+void HUDEditor::open(const Content& content, const std::optional<Rect>& former,
                      const std::optional<Image>& thumbnail, const std::string& spec) {
   // Asked now, because the steps before it may write to the clipboard.
   const PasteboardContents clipboard = platform_.pasteboard.contents();
@@ -100,13 +100,13 @@ void HUDEditor::open(const Content& content, std::optional<Point> origin,
   const bool concealed = image ? clipboard.conceals(*image)
                                : clipboard.concealed && clipboard.text &&
                                      *clipboard.text == *std::get<SharedText>(content);
-  opening_ = [this, content, concealed, origin, thumbnail, spec] {
-    show(content, concealed, origin, thumbnail, spec);
+  opening_ = [this, content, concealed, former, thumbnail, spec] {
+    show(content, concealed, former, thumbnail, spec);
   };
   runSteps();
 }
 
-void HUDEditor::show(const Content& content, bool concealed, std::optional<Point> origin,
+void HUDEditor::show(const Content& content, bool concealed, const std::optional<Rect>& former,
                      const std::optional<Image>& thumbnail, const std::string& spec) {
   // Whoever opens something else does not mean to lose what was edited.
   if (hudEditorImage && hudEditorEdited && !hudEditorCopied) {
@@ -129,7 +129,8 @@ void HUDEditor::show(const Content& content, bool concealed, std::optional<Point
   HUDLayout layout = hudEditorImage ? imagePanel() : textPanel();
   hudEditorPanel->setContent(layout.size, std::move(layout.views));
   if (hudEditorText) hudEditorPanel->setText(textView, shownText(hudEditorText), concealed_);
-  hudEditorPanel->setOrigin(origin ? originWithin(placement_.area(), layout.size, *origin)
+  hudEditorPanel->setOrigin(former ? originWithin(screenAreaOf(platform_.screens.all(), *former),
+                                                  layout.size, former->origin())
                                    : placement_.origin(layout.size));
   hudEditorPanel->showWithoutActivating();
   open_ = placement_.follow(*hudEditorPanel);

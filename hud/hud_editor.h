@@ -44,10 +44,10 @@ class HUDEditor {
 
   BarAbilities abilities() const;
 
-  // Shows the content with its lower left corner at `origin`, or at the panels' place, and presses
-  // the button `spec`, unless that is empty. `thumbnail`: of a picture as it was shown already.
-  // What was asked for before is finished first.
-  void open(const Content& content, std::optional<Point> origin = {},
+  // Shows the content where another panel was, its lower left corner there, or at the panels'
+  // place, and presses the button `spec`, unless that is empty. `thumbnail`: of a picture as it was
+  // shown already. What was asked for before is finished first.
+  void open(const Content& content, const std::optional<Rect>& former = {},
             const std::optional<Image>& thumbnail = {}, const std::string& spec = {});
   // Whether the present contents of the clipboard were put there by the editor.
   bool madeChange(std::int64_t changeCount) const { return changeCount == copiedCount_; }
@@ -68,7 +68,7 @@ class HUDEditor {
 
  private:
   void makePanel();
-  void show(const Content& content, bool concealed, std::optional<Point> origin,
+  void show(const Content& content, bool concealed, const std::optional<Rect>& former,
             const std::optional<Image>& thumbnail, const std::string& spec);
   void rebuild();
   void layOut(Size size, std::vector<View> views);

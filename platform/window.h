@@ -19,7 +19,8 @@ namespace marbelot {
 enum class WindowLevel {
   normal,
   floating,  // above other programs' windows
-  overlay,   // above everything, full-screen windows and the panels of the desktop included
+  raised,    // above full-screen windows and the desktop's own panels, too, but below menus
+  overlay,   // above everything, menus included
 };
 
 // A window of the program, or a panel that shows something while the user works elsewhere.
@@ -40,8 +41,9 @@ struct WindowDescription {
 
   WindowLevel level = WindowLevel::normal;
   // A click on it, or showing it without activating, leaves the application that is active alone.
-  // It takes keys only after a click that asks for them: on a text, or when it is made the key
-  // window.
+  // It takes keys only after a click that asks for them: on a text, or, on a system that shows
+  // other programs' keys to nobody unless it is trusted, on a canvas where `keyDown` wants them; or
+  // when it is made the key window.
   bool panel = false;
   bool everySpace = false;  // on every desktop, beside full-screen windows, not among those cycled
   bool shadow = true;

@@ -38,7 +38,7 @@ Qt::WindowFlags flagsFor(const WindowDescription& description) {
   if (description.level != WindowLevel::normal) flags |= Qt::WindowStaysOnTopHint;
   // No window manager puts one of its windows above those in full-screen mode, but all of them
   // leave windows alone that are none of theirs.
-  if (description.level == WindowLevel::overlay) flags |= Qt::BypassWindowManagerHint;
+  if (description.level >= WindowLevel::raised) flags |= Qt::BypassWindowManagerHint;
   if (description.panel) flags |= Qt::WindowDoesNotAcceptFocus;
   if (description.ignoresMouse) flags |= Qt::WindowTransparentForInput;
   return flags;

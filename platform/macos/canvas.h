@@ -7,6 +7,8 @@
 #import "platform/macos/pictures.h"
 
 @interface MarbelotCanvas : NSView
+// A click makes its panel the key window.
+@property(nonatomic) BOOL wantsKeys;
 - (instancetype)initWithDelegate:(marbelot::CanvasDelegate*)delegate
                         pictures:(marbelot::Pictures*)pictures;
 // The delegate is told nothing any more.

@@ -183,6 +183,10 @@ class ViewPainter final : public Painter {
   return YES;
 }
 
+- (BOOL)needsPanelToBecomeKey {
+  return self.wantsKeys;
+}
+
 - (void)mouseDown:(NSEvent*)event {
   if (_delegate != nullptr) _delegate->mouseDown([self mouse:event]);
 }

@@ -80,6 +80,11 @@
   return YES;
 }
 
+// Also one that can only be read: keys select and copy.
+- (BOOL)needsPanelToBecomeKey {
+  return YES;
+}
+
 // For the pasteboard and for a drag alike.
 - (BOOL)writeSelectionToPasteboard:(NSPasteboard*)pasteboard types:(NSArray<NSString*>*)types {
   if (![super writeSelectionToPasteboard:pasteboard types:types]) return NO;

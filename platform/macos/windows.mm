@@ -42,8 +42,13 @@
   if (self.movedHandler != nil) self.movedHandler();
 }
 
+// Also what a text with the keys leaves to its window.
 - (void)cancelOperation:(id)sender {
-  if (self.escapeCloses) [self performClose:sender];
+  if (self.escapeCloses) {
+    [self performClose:sender];
+  } else if (self.keyHandler != nil && NSApp.currentEvent.type == NSEventTypeKeyDown) {
+    self.keyHandler(NSApp.currentEvent);
+  }
 }
 
 - (void)keyDown:(NSEvent*)event {
@@ -115,9 +120,16 @@ NSWindowStyleMask styleOf(const WindowDescription& description) {
 
 NSInteger levelOf(WindowLevel level) {
   constexpr NSInteger aboveEverything = 1000;
-  return level == WindowLevel::overlay    ? aboveEverything
-         : level == WindowLevel::floating ? NSFloatingWindowLevel
-                                          : NSNormalWindowLevel;
+  switch (level) {
+    case WindowLevel::normal:
+      return NSNormalWindowLevel;
+    case WindowLevel::floating:
+      return NSFloatingWindowLevel;
+    case WindowLevel::raised:
+      return NSStatusWindowLevel;
+    case WindowLevel::overlay:
+      return aboveEverything;
+  }
 }
 
 Rect rectOf(NSRect rect) {
@@ -370,9 +382,12 @@ class DescribedWindow final : public Window {
           addSubview:makeView(view, target_, @selector(pressed:), &pictures_).outer];
     prepare(window_.contentView);
   }
-  // Texts leave Escape to the window, and a button that Return presses is known to it.
+  // Texts leave Escape to the window, canvases take keys for it, and a button that Return presses
+  // is known to it.
   void prepare(NSView* view) {
     for (NSView* inside in view.subviews) {
+      if ([inside isKindOfClass:[MarbelotCanvas class]])
+        static_cast<MarbelotCanvas*>(inside).wantsKeys = window_.keyHandler != nil;
       if ([inside isKindOfClass:[NSTextView class]])
         static_cast<NSTextView*>(inside).delegate = window_;
       if ([inside isKindOfClass:[NSButton class]] &&

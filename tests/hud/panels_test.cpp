@@ -282,6 +282,13 @@ TEST_F(HUDEditorTest, StaysOnItsScreenWhereverThePointerIs) {
   desk_.screens.at = {2000, 400};
   pick("transform", "Rotate right 90°");
   EXPECT_LE(editor_->at.maxX(), 1440);
+  press(editor_, "done");
+  copy(picture(300, 200, 100));
+  memory::MemoryWindow* const hud = shown("hud");
+  EXPECT_GE(hud->at.x, 1440);
+  desk_.screens.at = {20, 400};
+  click(canvas(hud));
+  EXPECT_GE(editor_->at.x, 1440);
 }
 
 TEST_F(HUDEditorTest, AFailedEditChangesNothing) {

@@ -27,7 +27,7 @@ struct Drawn : CanvasDelegate {
   }
   bool keyDown(const KeyEvent& event) override {
     keys.push_back(event.code);
-    return true;
+    return takesKeys;
   }
   bool performKeyEquivalent(const KeyEvent& event) override {
     equivalents += event.command;
@@ -35,7 +35,7 @@ struct Drawn : CanvasDelegate {
   }
 
   int draws = 0, equivalents = 0;
-  bool tests = false, drewSymbol = false;
+  bool tests = false, drewSymbol = false, takesKeys = true;
   double width = 0;
   std::vector<MouseEvent> downs;
   std::optional<Point> up;
@@ -44,13 +44,15 @@ struct Drawn : CanvasDelegate {
 
 class AppKitPanels : public testing::Test {
  protected:
-  std::unique_ptr<Window> shown(bool panel = true) {
+  std::unique_ptr<Window> shown(bool panel = true,
+                                std::function<bool(const KeyEvent&)> keyDown = {}) {
     WindowDescription made;
     made.id = "panel";
     made.contentSize = {200, 100};
     made.titled = false;
     made.panel = panel;
-    made.level = panel ? WindowLevel::floating : WindowLevel::overlay;
+    made.level = panel ? WindowLevel::raised : WindowLevel::overlay;
+    made.keyDown = std::move(keyDown);
     made.everySpace = true;
     made.alpha = 0.9;
     Canvas canvas{&canvas_, {}};
@@ -135,12 +137,30 @@ TEST_F(AppKitPanels, AreListedAndTakeTheMouseWithoutTheKeys) {
   EXPECT_EQ(canvas_.downs[0].point, (Point{170, 10}));
   EXPECT_EQ(canvas_.downs[0].clickCount, 2);
   EXPECT_EQ(canvas_.up, (Point{170, 10}));
+  EXPECT_FALSE(window->isKey());
   EXPECT_EQ(window->viewAt({120, 222}), "button");
   EXPECT_EQ(window->viewAt({290, 210}), "canvas");
   canvas_.tests = true;
   click({60, 22});  // on the button, but where the canvas wants it
   EXPECT_EQ(canvas_.downs.size(), 2U);
   EXPECT_EQ(pressed_, "button,");
+}
+
+TEST_F(AppKitPanels, TakeTheKeysThatTheyWantWithAClickAndLieBelowMenus) {
+  std::vector<KeyCode> keys;
+  const auto window = shown(true, [&](const KeyEvent& key) {
+    keys.push_back(key.code);
+    return true;
+  });
+  EXPECT_GT(system().level, NSMainMenuWindowLevel);
+  EXPECT_LT(system().level, NSPopUpMenuWindowLevel);
+  canvas_.takesKeys = false;
+  click({20, 22});
+  EXPECT_FALSE(window->isKey()) << "of a button";
+  click({170, 10});
+  ASSERT_TRUE(wait([&] { return window->isKey(); }));
+  key(KeyCode::escape);
+  EXPECT_EQ(keys, std::vector{KeyCode::escape});
 }
 
 TEST_F(AppKitPanels, MoveFadeAndComeBack) {
