@@ -1,52 +1,28 @@
 // The application over services in memory: launch, menu, settings, and what is told to whom.
 
-#include "app/app_delegate.h"
-
-#include <gtest/gtest.h>
-
 #include "platform/json.h"
-#include "platform/memory/memory_platform.h"
+#include "tests/app/app_fixture.h"
 #include "tests/support/png.h"
-#include "tests/support/temporary_home.h"
 
 namespace marbelot {
 namespace {
 
 using memory::itemAt;
 
-class AppDelegateTest : public testing::Test {
+class AppDelegateTest : public ApplicationTest {
  protected:
   AppDelegateTest() { std::filesystem::create_directory(home_ / "Desktop"); }
-  void launch() {
-    application_ = std::make_unique<AppDelegate>(desktop_.platform);
-    application_->applicationDidFinishLaunching();
-    desktop_.queue.drain();
-  }
-  const Menu& menu() {
-    desktop_.statusItem.open();
-    return *desktop_.statusItem.menu;
-  }
   std::vector<std::string> titles() {
     std::vector<std::string> shown;
     for (const MenuItemRef& item : menu().items)
       if (!item->hidden) shown.push_back(item->separator ? "-" : item->title);
     return shown;
   }
-  void choose(const std::vector<std::string>& path) {
-    const MenuItemRef item = itemAt(menu(), path);
-    ASSERT_TRUE(item && item->choosable()) << path.back();
-    desktop_.statusItem.delegate->menuItemChosen(*item);
-    desktop_.queue.drain();
-  }
   void screenshot(const std::string& name) {
     writeFile(home_ / ("Desktop/" + name), *png(640));
     desktop_.folderEvents.fire();
     desktop_.queue.drain();
   }
-
-  TemporaryHome home_;
-  memory::MemoryPlatform desktop_;
-  std::unique_ptr<AppDelegate> application_;
 };
 
 TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {

@@ -1,32 +1,22 @@
 // Captures and their history in the application over services in memory, with real files.
 
-#include <gtest/gtest.h>
-
-#include "app/app_delegate.h"
-#include "platform/memory/memory_platform.h"
 #include "platform/text.h"
+#include "tests/app/app_fixture.h"
 #include "tests/support/png.h"
 #include "tests/support/screenshot_mark.h"
-#include "tests/support/temporary_home.h"
 
 namespace marbelot {
 namespace {
 
 using memory::itemAt;
-using Titles = std::vector<std::string>;
 using Words = std::vector<std::string>;
 
-class CapturesTest : public testing::Test {
+class CapturesTest : public ApplicationTest {
  protected:
   CapturesTest() { std::filesystem::create_directory(home_ / "Desktop"); }
-  void launch() {
-    application_ = std::make_unique<AppDelegate>(desktop_.platform);
-    application_->applicationDidFinishLaunching();
-    desktop_.queue.drain();
-  }
   // As it is once everything that opening it asks for has arrived.
-  const Menu& menu() {
-    desktop_.statusItem.open();
+  const Menu& menu() override {
+    ApplicationTest::menu();
     desktop_.queue.drain();
     desktop_.queue.advance(0);
     return *desktop_.statusItem.menu;
@@ -37,12 +27,6 @@ class CapturesTest : public testing::Test {
     return all;
   }
   Titles captures() { return titles(*itemAt(menu(), {"Capture history"})->submenu); }
-  void choose(const Words& path) {
-    const MenuItemRef item = itemAt(menu(), path);
-    ASSERT_TRUE(item && item->choosable()) << path.back();
-    desktop_.statusItem.delegate->menuItemChosen(*item);
-    desktop_.queue.drain();
-  }
   void perform(const std::string& action, const std::string& object) {
     EXPECT_EQ(desktop_.application.ask("InvokeActionOn", {action, object}), "");
     desktop_.queue.drain();
@@ -68,10 +52,7 @@ class CapturesTest : public testing::Test {
     return path;
   }
 
-  TemporaryHome home_;
   const std::string folder_ = home_ / "Pictures/Marbelot";
-  memory::MemoryPlatform desktop_;
-  std::unique_ptr<AppDelegate> application_;
 };
 
 TEST_F(CapturesTest, EachCommandAsksForItsPictureAndAnnouncesIt) {

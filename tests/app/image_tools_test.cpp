@@ -1,21 +1,16 @@
 // Editing and exporting pictures through the whole application, over services in memory.
-#include <gtest/gtest.h>
-
 #include <cstring>
 
-#include "app/app_delegate.h"
 #include "image/image_tag.h"
 #include "platform/files.h"
 #include "platform/image_codec.h"
-#include "platform/memory/memory_platform.h"
+#include "tests/app/app_fixture.h"
 #include "tests/support/png.h"
-#include "tests/support/temporary_home.h"
 
 namespace marbelot {
 namespace {
 
 using memory::itemAt;
-using Titles = std::vector<std::string>;
 
 // Its top left pixel has the colour `mark`, all others are white.
 Image picture(int width, int height, std::uint8_t mark = 200) {
@@ -32,33 +27,15 @@ std::optional<Image> damagedPng() {
   return Image::fromBytes(share(bytes));
 }
 
-class ImageToolsTest : public testing::Test {
+class ImageToolsTest : public ApplicationTest {
  protected:
-  ImageToolsTest() {
-    application_ = std::make_unique<AppDelegate>(desktop_.platform);
-    application_->applicationDidFinishLaunching();
-    desktop_.queue.drain();
-  }
+  ImageToolsTest() { launch(); }
   void copy(const Image& image) {
     PasteboardContents contents;
     contents.image = image;
     desktop_.pasteboard.copyElsewhere(contents);
   }
   void poll() { desktop_.queue.advance(0.6); }
-  MenuItemRef item(const Titles& path) {
-    desktop_.statusItem.open();
-    return itemAt(*desktop_.statusItem.menu, path);
-  }
-  // As on a real desktop, the pixels are worked on afterwards.
-  void ask(const Titles& path) {
-    const MenuItemRef chosen = item(path);
-    ASSERT_TRUE(chosen && chosen->choosable()) << path.back();
-    desktop_.statusItem.delegate->menuItemChosen(*chosen);
-  }
-  void choose(const Titles& path) {
-    ask(path);
-    desktop_.queue.drain();
-  }
   void perform(const std::string& action, Represented represented = {}) {
     MenuItem sender;
     sender.action = action;
@@ -91,9 +68,6 @@ class ImageToolsTest : public testing::Test {
     return titles;
   }
 
-  TemporaryHome home_;
-  memory::MemoryPlatform desktop_;
-  std::unique_ptr<AppDelegate> application_;
   PasteboardContents contents_;
 };
 

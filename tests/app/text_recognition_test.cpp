@@ -1,22 +1,17 @@
 // Reading the text in images through the whole application, over services in memory.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
 #include <fstream>
 
-#include "app/app_delegate.h"
 #include "platform/files.h"
-#include "platform/memory/memory_platform.h"
+#include "tests/app/app_fixture.h"
 #include "tests/support/png.h"
-#include "tests/support/temporary_home.h"
 #include "text/save_text.h"
 
 namespace marbelot {
 namespace {
 
 using memory::itemAt;
-using Titles = std::vector<std::string>;
 
 // Told apart by its width.
 Image picture(int width) {
@@ -25,28 +20,14 @@ Image picture(int width) {
   return Image::fromPixels(std::make_shared<const Bitmap>(std::move(bitmap)));
 }
 
-class TextRecognitionTest : public testing::Test {
+class TextRecognitionTest : public ApplicationTest {
  protected:
-  TextRecognitionTest() {
-    application_ = std::make_unique<AppDelegate>(desktop_.platform);
-    application_->applicationDidFinishLaunching();
-    desktop_.queue.drain();
-  }
+  TextRecognitionTest() { launch(); }
   void copy(const Image& image) {
     PasteboardContents contents;
     contents.image = image;
     desktop_.pasteboard.copyElsewhere(contents);
     desktop_.queue.advance(0.6);
-  }
-  MenuItemRef item(const Titles& path) {
-    desktop_.statusItem.open();
-    return itemAt(*desktop_.statusItem.menu, path);
-  }
-  void choose(const Titles& path) {
-    const MenuItemRef chosen = item(path);
-    ASSERT_TRUE(chosen && chosen->choosable()) << path.back();
-    desktop_.statusItem.delegate->menuItemChosen(*chosen);
-    desktop_.queue.drain();
   }
   void switchAutoOff() { choose({"Settings", "Auto-scan copied images for text (OCR)"}); }
   memory::Recognizer& recognizer() { return desktop_.recognizer; }
@@ -56,10 +37,6 @@ class TextRecognitionTest : public testing::Test {
   std::string last() const { return desktop_.notices.last(); }
   int widthRead() { return recognizer().pictures.back()->width(); }
   void press(const std::string& button) { ASSERT_TRUE(panel()->press(button)) << button; }
-
-  TemporaryHome home_;
-  memory::MemoryPlatform desktop_;
-  std::unique_ptr<AppDelegate> application_;
 };
 
 TEST_F(TextRecognitionTest, ScansEachCopiedImageQuietlyAndShowsOnlyText) {
@@ -204,26 +181,6 @@ TEST(TextFileName, IsFitForAFileSystem) {
   std::string families;
   for (int i = 0; i < 80; ++i) families += "👩‍👩‍👧‍👦";
   EXPECT_LE(textFileName(families, "now").size(), 204u);
-}
-
-TEST(Replacing, KeepsWhatWasThereUnlessItSucceeds) {
-  const TemporaryHome home;
-  const std::string file = files::join(home.path(), "file"),
-                    link = files::join(home.path(), "link");
-  ASSERT_TRUE(files::replace(file, "new"));
-  struct stat status {};
-  ASSERT_EQ(stat(file.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0600u);
-  chmod(file.c_str(), 0644);
-  ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
-  ASSERT_TRUE(files::replace(link, "newer"));
-  EXPECT_EQ(*files::read(file, 10), "newer");
-  ASSERT_EQ(lstat(link.c_str(), &status), 0);
-  EXPECT_TRUE(S_ISLNK(status.st_mode));
-  ASSERT_EQ(stat(file.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0644u);
-  EXPECT_FALSE(files::replace(home.path(), "a folder"));
-  EXPECT_EQ(files::list(home.path())->size(), 2u) << "no draft stays behind";
 }
 
 }  // namespace
