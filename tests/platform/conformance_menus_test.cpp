@@ -80,6 +80,7 @@ TEST_P(MenuConformance, ShowsTheTreeAsItStandsWhenItOpens) {
   desktop->choose({"Sub", "Flat"});
   EXPECT_TRUE(wait([&] { return recorder.chosen == "Flat= | "; })) << recorder.chosen;
   EXPECT_TRUE(wait([&] { return recorder.log.ends_with("closes,"); })) << recorder.log;
+  EXPECT_FALSE(platform.statusItem.openMenuFrame());
 }
 
 TEST_P(MenuConformance, FollowsEditsWhileItIsOpen) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/files.h"
 #include "tests/support/png.h"
 #include "tests/support/temporary_home.h"
 
@@ -278,6 +279,45 @@ TEST_P(Conformance, NotesAreToldOfOnceTheyAreThere) {
   EXPECT_TRUE(wait([&] { return told > 0; }));
   EXPECT_FALSE(problem) << *problem;
   EXPECT_EQ(desktop->notes(), before + 1);
+}
+
+// The system's own, which every backend here shares.
+TEST(FileConformance, FilesAreMadeWholeAndOnlyUnderFreeNames) {
+  const TemporaryHome home;
+  const std::string folder = home / "a/b", file = folder + "/file";
+  EXPECT_FALSE(files::create(file, "one")) << "no folder";
+  EXPECT_TRUE(files::makeFolder(folder));
+  EXPECT_TRUE(files::makeFolder(folder)) << "which is there";
+  EXPECT_TRUE(files::create(file, "one"));
+  EXPECT_FALSE(files::create(file, "other"));
+  EXPECT_FALSE(files::makeFolder(file));
+  EXPECT_EQ(*files::read(file, 3), "one");
+  for (const std::string& unreadable : {file, folder, home / "none"})
+    EXPECT_FALSE(files::read(unreadable, 2)) << unreadable;
+  EXPECT_EQ(files::info(file)->bytes, 3U);
+  EXPECT_FALSE(files::exists(folder));
+  EXPECT_FALSE(files::folderIdentity(file));
+  EXPECT_NE(files::folderIdentity(folder), files::folderIdentity(home.path()));
+  EXPECT_EQ(files::list(folder), std::vector<std::string>{"file"});
+  std::string problem;
+  EXPECT_FALSE(files::list(home / "none", &problem));
+  EXPECT_FALSE(problem.empty());
+}
+
+TEST(FileConformance, ReplacingKeepsWhatWasThereUnlessItSucceeds) {
+  const TemporaryHome home;
+  const std::string file = home / "file", link = home / "link";
+  const auto mode = [&] { return static_cast<int>(std::filesystem::status(file).permissions()); };
+  ASSERT_TRUE(files::replace(file, "new"));
+  EXPECT_EQ(mode(), 0600);
+  std::filesystem::permissions(file, std::filesystem::perms(0644));
+  std::filesystem::create_symlink(file, link);
+  ASSERT_TRUE(files::replace(link, "newer"));
+  EXPECT_EQ(*files::read(file, 10), "newer");
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(mode(), 0644);
+  EXPECT_FALSE(files::replace(home.path(), "a folder"));
+  EXPECT_EQ(files::list(home.path())->size(), 2U) << "no draft stays behind";
 }
 
 }  // namespace
