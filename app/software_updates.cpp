@@ -33,8 +33,8 @@ SoftwareUpdates::SoftwareUpdates(Platform& platform, Shell& shell, ActionTable& 
     : platform_(platform), shell_(shell) {
   actions.add("checkForUpdates",
               [this](const MenuItem&) { updaterController().checkForUpdates(); });
-  actions.add("setUpdateFrequency:",
-              [this](const MenuItem& sender) { setUpdateFrequency(sender); });
+  actions.addOn<std::string>("setUpdateFrequency:",
+                             [this](const std::string& value) { setUpdateFrequency(value); });
 }
 
 Updater& SoftwareUpdates::updaterController() {
@@ -70,11 +70,9 @@ std::shared_ptr<Menu> SoftwareUpdates::menu() const {
   return menu;
 }
 
-void SoftwareUpdates::setUpdateFrequency(const MenuItem& sender) {
-  const auto* value = std::get_if<std::string>(&sender.represented);
-  if (!value) return;
-  updateFrequency = *value;
-  applyFrequency(*value == frequencies.front().value);
+void SoftwareUpdates::setUpdateFrequency(const std::string& value) {
+  updateFrequency = value;
+  applyFrequency(value == frequencies.front().value);
   shell_.rebuildMenu();
 }
 

@@ -30,7 +30,7 @@ class SoftwareUpdates {
   std::shared_ptr<Menu> menu() const;
 
  private:
-  void setUpdateFrequency(const MenuItem& sender);
+  void setUpdateFrequency(const std::string& value);
 
   Shell& shell_;
   std::unique_ptr<Updater> updaterController_;

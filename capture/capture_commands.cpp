@@ -30,9 +30,7 @@ CaptureCommands::CaptureCommands(Platform& platform, Shell& shell, ActionTable& 
   on("captureArea", {{"-i"}, "Area selection"});
   on("captureWindowInteractive", {{"-i", "-w"}, "Window"});
   on("captureFullScreen", {{"-x"}, "Full screen"});
-  actions.add("captureApp:", [this](const MenuItem& sender) {
-    if (const auto* pid = std::get_if<std::int64_t>(&sender.represented)) captureApp(*pid);
-  });
+  actions.addOn<std::int64_t>("captureApp:", [this](std::int64_t pid) { captureApp(pid); });
   countdownEnabled.offerToggle(actions, shell);
 }
 

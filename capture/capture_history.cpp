@@ -21,15 +21,13 @@ CaptureHistory::CaptureHistory(Platform& platform, Shell& shell, ActionTable& ac
     : platform_(platform),
       shell_(shell),
       captures_(platform.queue, [&shell] { shell.rebuildMenu(); }) {
-  const auto onPath = [&](const char* selector, auto action) {
-    actions.add(selector, [action](const MenuItem& sender) {
-      if (const auto* path = std::get_if<std::string>(&sender.represented)) action(*path);
-    });
-  };
-  onPath("copyHistory:", [this](const std::string& path) { copyHistory(path); });
-  onPath("openHistory:", [this](const std::string& path) { platform_.workspace.openPath(path); });
-  onPath("revealHistory:", [this](const std::string& path) { platform_.workspace.reveal(path); });
-  onPath("deleteHistory:", [this](const std::string& path) { trash({path}); });
+  actions.addOn<std::string>("copyHistory:",
+                             [this](const std::string& path) { copyHistory(path); });
+  actions.addOn<std::string>(
+      "openHistory:", [this](const std::string& path) { platform_.workspace.openPath(path); });
+  actions.addOn<std::string>("revealHistory:",
+                             [this](const std::string& path) { platform_.workspace.reveal(path); });
+  actions.addOn<std::string>("deleteHistory:", [this](const std::string& path) { trash({path}); });
   actions.add("openCapturesFolder",
               [this](const MenuItem&) { platform_.workspace.openPath(madeCapturesFolder()); });
   actions.add("clearHistory", [this](const MenuItem&) { clearHistory(); });

@@ -34,35 +34,6 @@ std::size_t closingQuote(std::string_view line, std::size_t open) {
   return line.npos;
 }
 
-bool isLiterals(std::string_view line) {
-  const char last = line.back();
-  const bool ends = last == ',' || last == ']' || last == ')' || line.ends_with("\\n\"");
-  if (!ends) return false;
-  bool hasString = false, afterValue = false;
-  for (std::size_t at = 0; at < line.size();) {
-    const char c = line[at];
-    if (c == '"' || c == '\'') {
-      const std::size_t close = closingQuote(line, at);
-      if (close == line.npos || afterValue) return false;
-      hasString = afterValue = true;
-      at = close + 1;
-    } else if (isName(c) || c == '.') {
-      if (afterValue) return false;
-      afterValue = true;
-      while (at < line.size() && (isName(line[at]) || line[at] == '.')) ++at;
-    } else if (c == ',' || c == ':') {
-      if (!afterValue || (at + 1 < line.size() && !isBlank(line[at + 1]))) return false;
-      afterValue = false;
-      ++at;
-    } else if (isBlank(c) || std::string_view("()[]").find(c) != std::string_view::npos) {
-      ++at;
-    } else {
-      return false;
-    }
-  }
-  return hasString;
-}
-
 bool isBareStatement(std::string_view line) {
   std::size_t at = 0;
   while (at < line.size() && (isName(line[at]) || line[at] == '.')) ++at;

@@ -20,10 +20,6 @@ std::size_t endOfCode(std::string_view line);
 // The quote that closes the one at `open`, or npos.
 std::size_t closingQuote(std::string_view line, std::size_t open);
 
-// One or more literals or names, set apart by commas, with a string among them and with a comma or
-// a bracket at the end. A table of values is not spaced so.
-bool isLiterals(std::string_view line);
-
 // An assignment or a call with nothing to end it.
 bool isBareStatement(std::string_view line);
 

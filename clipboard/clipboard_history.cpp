@@ -31,10 +31,8 @@ ClipboardHistory::ClipboardHistory(Platform& platform, Shell& shell, ActionTable
     : platform_(platform), shell_(shell) {
   actions.add("clearClipHistory", [this](const MenuItem&) { clearClipHistory(); });
   autoSaveClipImages.offerToggle(actions, shell);
-  actions.add("setArchiveLocation:", [this](const MenuItem& sender) {
-    const auto* pictures = std::get_if<bool>(&sender.represented);
-    if (!pictures) return;
-    archiveToPictures = *pictures;
+  actions.addOn<bool>("setArchiveLocation:", [this](bool pictures) {
+    archiveToPictures = pictures;
     shell_.rebuildMenu();
   });
   actions.add("openClipImagesFolder",
@@ -59,18 +57,10 @@ void ClipboardHistory::tick() {
   // Another change may have come between the two questions.
   lastChangeCount = changes.empty() ? count : std::max(count, changes.back().count);
   bool recorded = false;
-  for (const PasteboardChange& change : changes) recorded |= record(change.contents);
+  for (const PasteboardChange& change : changes) recorded |= onClipboardChange(change.contents);
   if (recorded && onRecorded) onRecorded();
   if (recorded) saveClipHistory();
   // The menu also shows a copy that is not recorded.
-  shell_.rebuildMenu();
-}
-
-void ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
-  if (record(contents)) {
-    if (onRecorded) onRecorded();
-    saveClipHistory();
-  }
   shell_.rebuildMenu();
 }
 
@@ -78,7 +68,7 @@ bool ClipboardHistory::withheld(const PasteboardContents& contents) const {
   return contents.concealed && !recordConcealedCopies.stored().value_or(false);
 }
 
-bool ClipboardHistory::record(const PasteboardContents& contents) {
+bool ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
   if (withheld(contents)) return false;
   if (contents.image) {
     recordImage(*contents.image);

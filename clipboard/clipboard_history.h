@@ -58,8 +58,6 @@ class ClipboardHistory {
   void startClipPoller();
   // Handles the changes that are still to be handled, oldest first.
   void tick();
-  // Records the contents unless they are to be ignored.
-  void onClipboardChange(const PasteboardContents& contents);
 
   void saveClipHistory();
   void loadClipHistory();
@@ -102,7 +100,8 @@ class ClipboardHistory {
   };
 
   bool written(std::optional<std::int64_t> count);
-  bool record(const PasteboardContents& contents);
+  // Records the contents, unless they are to be ignored; then false.
+  bool onClipboardChange(const PasteboardContents& contents);
   void recordImage(const Image& image, std::size_t place = 0);
   bool recordText(const SharedText& text);
   void insert(Kind kind, std::size_t place = 0);

@@ -35,12 +35,15 @@ std::string imageTitle(const Image& image) {
 HistoryMenus::HistoryMenus(Platform& platform, Shell& shell, ActionTable& actions,
                            ClipboardHistory& history, TextAnalyses& analyses)
     : platform_(platform), shell_(shell), history_(history), analyses_(analyses) {
-  const auto on = [&](const char* selector, void (HistoryMenus::*action)(const MenuItem&)) {
-    actions.add(selector, [this, action](const MenuItem& sender) { (this->*action)(sender); });
-  };
-  on("copyClipHistory:", &HistoryMenus::copyClipHistory);
-  on("setClipTypeFilter:", &HistoryMenus::setClipTypeFilter);
-  on("revealClipValue:", &HistoryMenus::revealClipValue);
+  actions.add("copyClipHistory:", [this](const MenuItem& sender) {
+    if (const auto index = indexFor(sender)) copyEntry(*index);
+  });
+  actions.addOn<std::int64_t>("setClipTypeFilter:",
+                              [this](std::int64_t position) { setClipTypeFilter(position); });
+  actions.add("revealClipValue:", [this](const MenuItem& sender) {
+    const SharedText value = textFor(sender);
+    if (value && onReveal) onReveal(value);
+  });
   actions.add("revealClipHistory:", [this](const MenuItem& sender) {
     withFile(sender, [this](const std::string& path) { platform_.workspace.reveal(path); });
   });
@@ -50,9 +53,7 @@ HistoryMenus::HistoryMenus(Platform& platform, Shell& shell, ActionTable& action
   actions.add("deleteClipHistory:", [this](const MenuItem& sender) {
     if (const auto index = indexFor(sender)) history_.remove(*index);
   });
-  actions.add("copyPath:", [this](const MenuItem& sender) {
-    if (const auto* path = std::get_if<std::string>(&sender.represented)) copyPath(*path);
-  });
+  actions.addOn<std::string>("copyPath:", [this](const std::string& path) { copyPath(path); });
 }
 
 std::vector<HistoryMenus::Entry> HistoryMenus::entries() {
@@ -214,10 +215,6 @@ std::optional<Image> HistoryMenus::imageFor(const MenuItem& sender) const {
   return image ? std::optional(*image) : std::nullopt;
 }
 
-void HistoryMenus::copyClipHistory(const MenuItem& sender) {
-  if (const auto index = indexFor(sender)) copyEntry(*index);
-}
-
 bool HistoryMenus::copyEntry(std::size_t index) {
   // A copy: writing may record another program's copy first, and so move the entry.
   const ClipItem item = history_.clipHistory[index];
@@ -229,17 +226,11 @@ bool HistoryMenus::copyEntry(std::size_t index) {
                             text ? "Copied text from history" : "Copied image from history");
 }
 
-void HistoryMenus::setClipTypeFilter(const MenuItem& sender) {
-  const auto* position = std::get_if<std::int64_t>(&sender.represented);
-  if (!position || *position < 0 || *position > noClipTypeFilter) return;
+void HistoryMenus::setClipTypeFilter(std::int64_t position) {
+  if (position < 0 || position > noClipTypeFilter) return;
   history_.clipTypeFilter.reset();
-  if (*position < noClipTypeFilter) history_.clipTypeFilter = static_cast<ClipCategory>(*position);
+  if (position < noClipTypeFilter) history_.clipTypeFilter = static_cast<ClipCategory>(position);
   shell_.rebuildMenu();
-}
-
-void HistoryMenus::revealClipValue(const MenuItem& sender) {
-  const SharedText value = textFor(sender);
-  if (value && onReveal) onReveal(value);
 }
 
 void HistoryMenus::withFile(const MenuItem& sender,

@@ -65,9 +65,7 @@ class HistoryMenus {
   std::shared_ptr<Menu> entryMenu(const MenuItem& item, const Entry& entry) const;
   MenuItem filterItem(const std::vector<Entry>& entries) const;
 
-  void copyClipHistory(const MenuItem& sender);
-  void setClipTypeFilter(const MenuItem& sender);
-  void revealClipValue(const MenuItem& sender);
+  void setClipTypeFilter(std::int64_t position);
   // Hands the path of the entry's file to `then`; tells the user when there can be none.
   void withFile(const MenuItem& sender, std::function<void(const std::string& path)> then);
   void copyPath(const std::string& path);

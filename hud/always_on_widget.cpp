@@ -92,9 +92,8 @@ AlwaysOnWidget::AlwaysOnWidget(Platform& platform, Shell& shell, ActionTable& ac
   });
   actions.add("hideAlwaysOnWidget", [this](const MenuItem&) { hideAlwaysOnWidget(); });
   actions.add("cycleAlwaysHUDCorner", [this](const MenuItem&) { cycleAlwaysHUDCorner(); });
-  actions.add("snapAlwaysHUD:", [this](const MenuItem& sender) {
-    const auto* corner = std::get_if<std::int64_t>(&sender.represented);
-    if (corner && *corner >= 0 && *corner <= 3) snapAlwaysHUD(static_cast<int>(*corner));
+  actions.addOn<std::int64_t>("snapAlwaysHUD:", [this](std::int64_t corner) {
+    if (corner >= 0 && corner <= 3) snapAlwaysHUD(static_cast<int>(corner));
   });
   view_.closeButton = closeId;
   view_.menuProvider = [this] { return contextMenu(); };

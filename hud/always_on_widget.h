@@ -44,7 +44,6 @@ class HUDWidgetView : public CanvasDelegate {
 };
 
 // Where the widget stands. Pure geometry.
-enum class WidgetCorner { topLeft = 0, topRight = 1, bottomLeft = 2, bottomRight = 3 };
 inline constexpr int freeWidgetPosition = -1;
 Point widgetCornerOrigin(int corner, Size size, const Rect& area);
 // Pulled back inside the area; its upper bounds win where both cannot be kept.

@@ -42,15 +42,10 @@ HUDEditor::HUDEditor(Platform& platform, Shell& shell, ActionTable& actions,
       placement_(placement),
       analyses_(analyses),
       watch_(platform.queue, platform.screens, [this] { pointerAway(); }) {
-  const auto onText = [&actions](const char* selector, auto action) {
-    actions.add(selector, [action](const MenuItem& sender) {
-      if (const auto* text = std::get_if<std::string>(&sender.represented)) action(*text);
-    });
-  };
-  onText("hudBarClicked:", [this](const std::string& spec) {
+  actions.addOn<std::string>("hudBarClicked:", [this](const std::string& spec) {
     if (isOpen()) press(spec);
   });
-  onText("hudMenuPicked:", [this](const std::string& op) {
+  actions.addOn<std::string>("hudMenuPicked:", [this](const std::string& op) {
     if (!hudEditorImage) return;
     afterEdits([this, op] {
       startEdit([op](const Bitmap& before) -> std::optional<Image> {

@@ -71,7 +71,6 @@ class HUDEditor {
   void show(const Content& content, bool concealed, const std::optional<Rect>& former,
             const std::optional<Image>& thumbnail, const std::string& spec);
   void rebuild();
-  void layOut(Size size, std::vector<View> views);
   ImageRoom imageRoom() const;
   HUDLayout imagePanel();
   HUDLayout textPanel();
@@ -79,7 +78,6 @@ class HUDEditor {
   void showThumbnail();
   void press(const std::string& spec);
   void popUp(const std::string& spec, const std::shared_ptr<Menu>& menu);
-  void pick(const MenuItem& item);
   void afterEdits(std::function<void()> step);
   void runSteps();
   using Edit = std::function<std::optional<Image>(const Bitmap& before)>;

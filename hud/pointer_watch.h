@@ -24,7 +24,6 @@ class PointerWatch {
   // The pointer goes elsewhere on the panel's behalf, as into a menu of it: it stays until the
   // pointer has come back and gone away again.
   void hold();
-  bool isWatching() const { return window_ != nullptr; }
 
   // The application's state, open to its tests.
   Task previewHUDWatch;  // looks where the pointer is

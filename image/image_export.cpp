@@ -29,10 +29,9 @@ ImageExport::ImageExport(Platform& platform, Shell& shell, ActionTable& actions,
       shell_(shell),
       overtaken_(std::move(overtaken)),
       archiveFolder_(std::move(archiveFolder)) {
-  actions.add("saveClipImageTo:", [this](const MenuItem& sender) {
-    const auto* folder = std::get_if<std::string>(&sender.represented);
-    if (!folder || folder->empty()) return;
-    save(*folder, [this, to = *folder](const std::string& path) { tellSaved(to, path); });
+  actions.addOn<std::string>("saveClipImageTo:", [this](const std::string& folder) {
+    if (folder.empty()) return;
+    save(folder, [this, folder](const std::string& path) { tellSaved(folder, path); });
   });
   actions.add("chooseAndSaveClipImage", [this](const MenuItem&) { chooseAndSaveClipImage(); });
   actions.add("revealCurrentClipImage", [this](const MenuItem&) {

@@ -15,12 +15,9 @@ class Result {
   Result(Bitmap bitmap) : bitmap_(std::move(bitmap)) {}
   static Result none() { return Result(false); }
   static Result refusal() { return Result(true); }
-  // An empty canvas of this size in pixels: its pixels undefined, or fully transparent.
+  // An empty canvas of this size in pixels, which are undefined.
   static Result canvas(std::int64_t width, std::int64_t height) {
     return from(Bitmap::make(width, height));
-  }
-  static Result clearCanvas(std::int64_t width, std::int64_t height) {
-    return from(Bitmap::makeClear(width, height));
   }
 
   explicit operator bool() const { return bitmap_.has_value(); }

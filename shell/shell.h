@@ -59,6 +59,13 @@ class ActionTable {
     }
     actions_[std::move(selector)] = std::move(action);
   }
+  // The same for one that takes what the sender carries, and does nothing when that is no T.
+  template <class T, class Take>
+  void addOn(std::string selector, Take take) {
+    add(std::move(selector), [take = std::move(take)](const MenuItem& sender) {
+      if (const T* carried = std::get_if<T>(&sender.represented)) take(*carried);
+    });
+  }
   // False when nobody offers the sender's action.
   bool perform(const MenuItem& sender) const {
     const auto found = actions_.find(sender.action);

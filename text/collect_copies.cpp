@@ -19,7 +19,8 @@ CollectCopies::CollectCopies(Platform& platform, Shell& shell, ActionTable& acti
   actions.add("copyConcat", [this](const MenuItem&) { copy(false); });
   actions.add("copyConcatAndReset", [this](const MenuItem&) { copy(true); });
   actions.add("resetConcat", [this](const MenuItem&) { resetConcat(); });
-  actions.add("setConcatSeparator:", [this](const MenuItem& item) { setConcatSeparator(item); });
+  actions.addOn<std::string>("setConcatSeparator:",
+                             [this](const std::string& key) { setConcatSeparator(key); });
   actions.add("viewConcat", [this](const MenuItem&) { viewConcat(); });
   actions.add("dropLastConcat", [this](const MenuItem&) { dropLastConcat(); });
 }
@@ -151,10 +152,8 @@ void CollectCopies::resetConcat() {
   shell_.notify("Collection reset");
 }
 
-void CollectCopies::setConcatSeparator(const MenuItem& sender) {
-  const auto* key = std::get_if<std::string>(&sender.represented);
-  if (!key) return;
-  concatSeparator.edit() = *key;
+void CollectCopies::setConcatSeparator(const std::string& key) {
+  concatSeparator.edit() = key;
   changed();
 }
 

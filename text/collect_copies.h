@@ -61,7 +61,7 @@ class CollectCopies {
   void toggleConcat();
   void copy(bool reset);
   void resetConcat();
-  void setConcatSeparator(const MenuItem& sender);
+  void setConcatSeparator(const std::string& key);
   void viewConcat();
   void dropLastConcat();
 

@@ -208,7 +208,6 @@ bool Icon::setSymbol(const std::string& name, const std::string& text) {
 void Icon::setMenu(std::shared_ptr<Menu> tree, MenuDelegate* owner) {
   menu = std::move(tree);
   delegate = owner;
-  ++builds;
   shown.sync(menu);
 }
 
@@ -299,10 +298,6 @@ void MemoryWindow::show() {
 }
 
 void MemoryWindow::hide() { shown = fading = key = grabs = false; }
-
-void MemoryWindow::finishFading() {
-  if (fading) hide();
-}
 
 void MemoryWindow::setOrigin(Point origin, bool isAnimated) {
   animated = isAnimated;

@@ -175,7 +175,6 @@ class Icon : public StatusItem {
   std::shared_ptr<Menu> menu;
   ShownMenu shown;
   MenuDelegate* delegate = nullptr;
-  int builds = 0;
   int changes = 0;
   std::function<void()> noHost;
 };
@@ -266,8 +265,6 @@ class MemoryWindow : public Window {
   bool pressKey(KeyEvent event);
   // The view with that id, however deep; null when there is none.
   const View* find(const std::string& viewId) const;
-  // Time passes until a fading window is gone.
-  void finishFading();
 
   Rect at;
   std::map<std::string, SharedText> texts;
