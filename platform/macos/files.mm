@@ -105,12 +105,13 @@ bool create(const std::string& path, std::string_view bytes) {
 
 bool makeFolder(const std::string& path) {
   @autoreleasepool {
-    return [NSFileManager.defaultManager createDirectoryAtPath:nsPath(path)
-                                   withIntermediateDirectories:YES
-                                                    attributes:@{
-                                                      NSFilePosixPermissions : @0700
-                                                    }
-                                                         error:nil];
+    [NSFileManager.defaultManager createDirectoryAtPath:nsPath(path)
+                            withIntermediateDirectories:YES
+                                             attributes:@{
+                                               NSFilePosixPermissions : @0700
+                                             }
+                                                  error:nil];
+    return folderIdentity(path).has_value();
   }
 }
 
