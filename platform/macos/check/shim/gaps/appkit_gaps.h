@@ -11,6 +11,7 @@ enum : NSUInteger {
   NSEventModifierFlagCommand = NSCommandKeyMask,
 };
 typedef NSUInteger NSAutoresizingMaskOptions;
+constexpr NSEventType NSEventTypeKeyDown = NSKeyDown;
 #endif
 constexpr NSUInteger NSEventMaskAny = NSAnyEventMask;
 constexpr NSUInteger NSEventMaskKeyDown = NSKeyDownMask;
