@@ -108,7 +108,7 @@ std::string CaptureCommands::freePath() const {
     // A file that another capture is about to make is taken as well.
     const bool awaited = std::any_of(captures_.begin(), captures_.end(),
                                      [&](const auto& other) { return other.second.path == path; });
-    if (!awaited && !files::exists(path)) return path;
+    if (!awaited && !files::isTaken(path)) return path;
   }
 }
 

@@ -44,8 +44,7 @@ ImageExport::ImageExport(Platform& platform, Shell& shell, ActionTable& actions,
   });
   actions.add("copyClipHistoryImageAsTag:",
               [this, historyImage = std::move(historyImage)](const MenuItem& sender) {
-                const auto image = historyImage(sender);
-                image ? copyAsTag(*image, false) : shell_.notify(cannotEncode);
+                if (const auto image = historyImage(sender)) copyAsTag(*image, false);
               });
 }
 

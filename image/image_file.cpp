@@ -24,13 +24,13 @@ std::optional<ImageFile> writeImageFile(const std::string& folder, const std::st
   if (!bytes) return std::nullopt;
   for (int attempt = 1;; ++attempt) {
     const std::string path = files::join(folder, numberedPngName(base, attempt));
-    if (files::exists(path)) continue;
+    if (files::isTaken(path)) continue;
     if (files::create(path, *bytes)) {
       auto inFile = Image::fromFile(path);
       return ImageFile{path, inFile ? *inFile : image};
     }
     // Refused although the name was free: another save took it meanwhile, or it cannot be written.
-    if (!files::exists(path)) return std::nullopt;
+    if (!files::isTaken(path)) return std::nullopt;
   }
 }
 

@@ -1,8 +1,10 @@
 #include "image/image_tag.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "platform/image_codec.h"
+#include "platform/image_header.h"
 
 namespace marbelot {
 
@@ -29,7 +31,11 @@ std::optional<std::string> imageTag(const Image& image) {
   if (!pixels) return std::nullopt;
   const SharedBytes png = image.format() == ImageFormat::png ? image.bytes() : encodePng(*pixels);
   if (!png) return std::nullopt;
-  return imageTag(*png, pixels->width(), pixels->height());
+  // Of a picture with several pages the largest is told, whichever the tag shows.
+  const SharedBytes pages = image.format() == ImageFormat::tiff ? image.bytes() : nullptr;
+  const auto largest = pages ? largestPage(*pages) : std::nullopt;
+  return imageTag(*png, std::max(pixels->width(), largest ? largest->width : 0),
+                  std::max(pixels->height(), largest ? largest->height : 0));
 }
 
 }  // namespace marbelot

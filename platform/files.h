@@ -36,6 +36,8 @@ struct FolderIdentity {
 // None unless it is a folder (links are followed).
 std::optional<FolderIdentity> folderIdentity(const std::string& path);
 inline bool exists(const std::string& path) { return info(path).has_value(); }
+// Whether anything has that name: a folder, a pipe or a link that leads nowhere, too.
+bool isTaken(const std::string& path);
 
 // Null when it cannot be read whole or is larger than `maximumBytes`.
 SharedBytes read(const std::string& path, std::size_t maximumBytes);

@@ -78,19 +78,22 @@ std::optional<Size> pngSize(const Reader& in) {
 
 struct Directory {
   Size size;
-  bool turned = false;  // shown after a quarter turn
+  bool turned = false;     // shown after a quarter turn
+  std::uint64_t next = 0;  // where the offset of the next directory stands; 0: this is none
 };
 
-// TIFF 6.0: the first directory's ImageWidth (256), ImageLength (257) and Orientation (274), SHORT
-// or LONG. Offsets in it count from `start`.
-Directory firstDirectory(const Reader& in, std::uint64_t start) {
+// TIFF 6.0: a directory's ImageWidth (256), ImageLength (257) and Orientation (274), SHORT or LONG.
+// Its offset stands at `pointer`; all offsets count from `start`.
+constexpr std::uint64_t firstPointer = 4;
+Directory directoryAt(const Reader& in, std::uint64_t start, std::uint64_t pointer = firstPointer) {
   const bool bigEndian = in.matches(start, "MM");
   const auto number = [&](std::uint64_t offset, std::size_t bytes) {
     return bigEndian ? in.big(start + offset, bytes) : in.little(start + offset, bytes);
   };
-  const std::uint64_t begin = number(4, 4);
-  const auto entries = number(begin, 2);
+  const std::uint64_t begin = number(pointer, 4);
   Directory directory;
+  if (begin == 0) return directory;
+  const auto entries = number(begin, 2);
   for (std::uint64_t i = 0; i < entries && !in.failed(); ++i) {
     const std::uint64_t entry = begin + 2 + 12 * i;
     const auto tag = number(entry, 2);
@@ -101,14 +104,15 @@ Directory firstDirectory(const Reader& in, std::uint64_t start) {
     if (tag == 257) directory.size.height = value;
     if (tag == 274) directory.turned = value >= 5 && value <= 8;
   }
-  number(begin + 2 + 12 * std::uint64_t{entries}, 4);  // the directory must be whole
+  directory.next = begin + 2 + 12 * std::uint64_t{entries};
+  number(directory.next, 4);  // the directory must be whole
   return directory;
 }
 
 Size shown(Size size, bool turned) { return turned ? Size{size.height, size.width} : size; }
 
 std::optional<Size> tiffSize(const Reader& in) {
-  const Directory directory = firstDirectory(in, 0);
+  const Directory directory = directoryAt(in, 0);
   return shown(directory.size, directory.turned);
 }
 
@@ -137,7 +141,7 @@ std::optional<Size> jpegSize(const Reader& in) {
     if (marker == 0xE1 && in.matches(at + 4, std::string_view("Exif\0\0", 6))) {
       // Damage in there is no damage to the picture.
       const Reader exif = in;
-      turned = firstDirectory(exif, at + 10).turned;
+      turned = directoryAt(exif, at + 10).turned;
     }
     const auto length = in.big(at + 2, 2);
     if (marker == 0xD9 || marker == 0xDA || length < 2) return std::nullopt;
@@ -271,6 +275,27 @@ std::optional<ImageHeader> imageHeader(const ByteSource& source) {
   if (in.matches(0, "BM")) return checked(ImageFormat::bmp, bmpSize(in), in);
   if (isHeic(in)) return checked(ImageFormat::heic, heicSize(in), in);
   return std::nullopt;
+}
+
+std::optional<ImageHeader> largestPage(std::string_view bytes) {
+  std::optional<ImageHeader> largest = imageHeader(bytes);
+  if (!largest || largest->format != ImageFormat::tiff) return largest;
+  const MemorySource source(bytes);
+  const Reader in(source);
+  // A file may name its own beginning as the next page, and so go on without an end.
+  constexpr int mostPages = 100;
+  std::uint64_t pointer = firstPointer;
+  for (int page = 0; page < mostPages; ++page) {
+    const Directory directory = directoryAt(in, 0, pointer);
+    const auto found = checked(ImageFormat::tiff, shown(directory.size, directory.turned), in);
+    if (in.failed() || directory.next == 0) break;
+    if (found) {
+      largest->width = std::max(largest->width, found->width);
+      largest->height = std::max(largest->height, found->height);
+    }
+    pointer = directory.next;
+  }
+  return largest;
 }
 
 std::optional<ImageHeader> imageHeader(std::string_view bytes) {

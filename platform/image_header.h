@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "platform/image.h"
 
@@ -18,5 +19,8 @@ class ByteSource {
 };
 
 std::optional<ImageHeader> imageHeader(const ByteSource& source);
+
+// The same with the largest width and the largest height of all pages, where a format has several.
+std::optional<ImageHeader> largestPage(std::string_view bytes);
 
 }  // namespace marbelot

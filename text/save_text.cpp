@@ -12,15 +12,14 @@
 namespace marbelot {
 namespace {
 
-constexpr std::size_t longestName = 60;        // characters
-constexpr std::size_t longestNameBytes = 200;  // file systems take 255
+constexpr std::size_t longestName = 200;  // bytes; file systems take 255
 constexpr auto endWait = std::chrono::seconds(5);
 
 std::string_view beginning(std::string_view text) {
   text = text::trimmedBlanksAndNewlines(text);
   std::size_t characters = longestName;
   std::size_t bytes = 0;
-  while ((bytes = text::prefixBytes(text, characters)) > longestNameBytes) --characters;
+  while ((bytes = text::prefixBytes(text, characters)) > longestName) --characters;
   return text.substr(0, bytes);
 }
 

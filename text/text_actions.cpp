@@ -1,7 +1,6 @@
 #include "text/text_actions.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "platform/files.h"
@@ -13,12 +12,6 @@
 namespace marbelot {
 namespace {
 
-// The schemes of what the menus open, with a URL of each to ask about.
-constexpr std::array<std::pair<const char*, const char*>, 4> schemes{
-    {{"https", "https://example.com/"},
-     {"mailto", "mailto:someone@example.com"},
-     {"tel", "tel:+15550100"},
-     {"facetime", "facetime:+15550100"}}};
 constexpr double freshSeconds = 30;
 constexpr std::size_t menuLimit = 128;
 
@@ -33,7 +26,7 @@ std::optional<std::string> writeEvent(const std::string& text, double now) {
     const std::string number = i == 1 ? "" : " (" + std::to_string(i) + ")";
     std::string path = files::join(folder, name + number + ".ics");
     if (files::create(path, event)) return path;
-    if (!files::exists(path)) break;
+    if (!files::isTaken(path)) break;
   }
   return std::nullopt;
 }
@@ -73,6 +66,7 @@ std::string TextActions::submenuLabel(const SharedText& text) const {
 
 std::shared_ptr<Menu> TextActions::actionMenu(const SharedText& text) {
   const auto targets = targetsOf_(text);
+  if (targets && targets->other) learnApplicationsFor(targets->other->url);
   if (!targets) {
     auto waiting = std::make_shared<Menu>();
     waiting->addDisabled("Looking through the text…");
@@ -119,13 +113,19 @@ const std::vector<LinkApplication>* TextActions::applicationsFor(std::string_vie
 void TextActions::refreshApplications() {
   if (std::exchange(fresh_, true)) return;
   freshness_ = platform_.queue.after(freshSeconds, [this] { fresh_ = false; });
-  for (const auto& [name, url] : schemes) {
-    platform_.workspace.findApplications(
-        url, [this, scheme = std::string(name),
-              alive = std::weak_ptr(alive_)](std::vector<LinkApplication> found) {
-          if (alive.lock()) applicationsFound(scheme, std::move(found));
-        });
-  }
+  for (const auto& [scheme, url] : samples_) findApplications(scheme, url);
+}
+
+void TextActions::learnApplicationsFor(const std::string& url) {
+  const std::string scheme = url.substr(0, url.find(':'));
+  if (!url.empty() && samples_.try_emplace(scheme, url).second) findApplications(scheme, url);
+}
+
+void TextActions::findApplications(const std::string& scheme, const std::string& url) {
+  platform_.workspace.findApplications(
+      url, [this, scheme, alive = std::weak_ptr(alive_)](std::vector<LinkApplication> found) {
+        if (alive.lock()) applicationsFound(scheme, std::move(found));
+      });
 }
 
 void TextActions::applicationsFound(const std::string& scheme, std::vector<LinkApplication> found) {
@@ -177,11 +177,13 @@ void TextActions::addToNotes(const MenuItem& sender) {
 void TextActions::previewURLAction(const MenuItem& sender) {
   const SharedText url = textOf(sender);
   if (!url || !isWebLink(*url)) return;
-  const std::string host(hostOf(*url));
+  std::string_view host = hostOf(*url);
+  // The brackets of an address of the sixth version are the URL's, not the host's.
+  if (host.starts_with('[')) host = host.substr(1, host.size() - 2);
   WebWindowDescription window;
   window.kind = WebWindowDescription::Kind::page;
   window.subject = *url;
-  window.title = "Preview " + (host.empty() ? *url : host);
+  window.title = "Preview " + std::string(host.empty() ? *url : host);
   window.contentSize = {720, 520};
   openWindow(urlPreviewWindows, std::move(window));
 }

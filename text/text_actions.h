@@ -50,6 +50,9 @@ class TextActions {
 
   bool isConcealed(const std::string& text) const;
   const std::vector<LinkApplication>* applicationsFor(std::string_view scheme) const;
+  // Asks for the applications for links like this one, if none was asked for before.
+  void learnApplicationsFor(const std::string& url);
+  void findApplications(const std::string& scheme, const std::string& url);
   void applicationsFound(const std::string& scheme, std::vector<LinkApplication> found);
   void performOpenAction(const MenuItem& sender);
   void copyDetectedString(const MenuItem& sender);
@@ -63,6 +66,11 @@ class TextActions {
   Shell& shell_;
   const TargetsOf targetsOf_;
   std::map<std::string, std::vector<LinkApplication>, std::less<>> applications_;  // by scheme
+  // The schemes of what the menus open, with a URL of each to ask about.
+  std::map<std::string, std::string> samples_{{"https", "https://example.com/"},
+                                              {"mailto", "mailto:someone@example.com"},
+                                              {"tel", "tel:+15550100"},
+                                              {"facetime", "facetime:+15550100"}};
   Task freshness_;  // while it is to come, the applications are known well enough
   bool fresh_ = false;
   std::unordered_map<const std::string*, Built> menus_;

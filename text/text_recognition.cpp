@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/image_codec.h"
+#include "platform/text.h"
 
 namespace marbelot {
 
@@ -65,9 +66,12 @@ void TextRecognition::startReading(SharedBitmap pixels) {
 void TextRecognition::finish(const Recognition& recognition) {
   if (recognition.outcome != Recognition::Outcome::read)
     return end(recognition.advice.empty() ? "OCR failed" : "OCR failed: " + recognition.advice);
-  if (recognition.lines.empty()) return end("No text found in the image");
   std::string text;
-  for (const std::string& line : recognition.lines) text += (text.empty() ? "" : "\n") + line;
+  for (const std::string& line : recognition.lines) {
+    if (&line != &recognition.lines.front()) text += '\n';
+    text += line;
+  }
+  if (text::isAllBlank(text)) return end("No text found in the image");
   const Scan scan = *scan_;
   end({});
   show_(share(std::move(text)), scan.image, scan.concealed);

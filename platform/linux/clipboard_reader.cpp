@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/concealed_types.h"
+#include "platform/files.h"
 #include "platform/linux/clipboard_types.h"
 #include "platform/linux/file_list.h"
 #include "platform/linux/imaging.h"
@@ -18,6 +19,15 @@ constexpr auto replacedStallLimit = std::chrono::milliseconds(250);
 bool same(const PasteboardContents& a, const PasteboardContents& b) {
   return a.text == b.text && a.image.has_value() == b.image.has_value() && a.types == b.types &&
          a.concealed == b.concealed;
+}
+
+// The picture in the file, or the first page of a document.
+std::optional<Image> imageInFile(const std::string& path, int cancel) {
+  if (std::optional<Image> image = Image::fromFile(path)) return image;
+  constexpr std::size_t largestDocument = std::size_t{64} << 20;
+  if (files::lowercasedExtension(path) != "pdf") return std::nullopt;
+  const SharedBytes pdf = files::read(path, largestDocument);
+  return pdf ? pdfImage(*pdf, cancel) : std::nullopt;
 }
 
 }  // namespace
@@ -139,7 +149,7 @@ void ClipboardReader::finishImage(Read& read, Conversion& conversion, std::strin
     conversion.state = Conversion::State::loading;
     conversion.ticket = ++lastTicket_;
     loader_.start(conversion.ticket, [path, pdf = std::move(bytes)](int cancel) {
-      return path.empty() ? pdfImage(pdf, cancel) : Image::fromFile(path);
+      return path.empty() ? pdfImage(pdf, cancel) : imageInFile(path, cancel);
     });
     return;
   }

@@ -70,6 +70,11 @@ std::optional<FileInfo> info(const std::string& path) {
                   .hidden = hasHiddenName(path)};
 }
 
+bool isTaken(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
 std::optional<FolderIdentity> folderIdentity(const std::string& path) {
   struct statx status {};
   if (statx(AT_FDCWD, path.c_str(), 0, STATX_TYPE | STATX_INO | STATX_BTIME, &status) != 0 ||

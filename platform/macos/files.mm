@@ -70,6 +70,11 @@ std::optional<FileInfo> info(const std::string& path) {
                   .hidden = (status.st_flags & UF_HIDDEN) != 0 || hasHiddenName(path)};
 }
 
+bool isTaken(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0;
+}
+
 std::optional<FolderIdentity> folderIdentity(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return std::nullopt;

@@ -2,6 +2,7 @@
 #import <AppKit/AppKit.h>
 
 #include "platform/concealed_types.h"
+#include "platform/files.h"
 #include "platform/macos/conversions.h"
 #include "platform/macos/services.h"
 #include "platform/text.h"
@@ -73,21 +74,24 @@ std::optional<Image> imageOfType(NSPasteboard* pasteboard, NSString* type) {
   return bytes ? Image::fromBytes(bytes) : std::nullopt;
 }
 
-// The first file that was copied in the file manager, when it is an image.
+// What only the system's image object draws, such as the first page of a PDF.
+std::optional<Image> drawing(NSData* data) {
+  NSImage* const image = data != nil ? [[NSImage alloc] initWithData:data] : nil;
+  const SharedBytes tiff = sharedBytes(image.TIFFRepresentation);
+  return tiff ? Image::fromBytes(tiff) : std::nullopt;
+}
+
+// The first file that was copied in the file manager, when it is an image, a drawing or a document.
 std::optional<Image> firstFile(NSPasteboard* pasteboard) {
   NSArray* const urls = [pasteboard readObjectsForClasses:@[ [NSURL class] ]
                                                   options:@{
                                                     NSPasteboardURLReadingFileURLsOnlyKey : @YES
                                                   }];
   NSURL* const url = urls.firstObject;
-  return url != nil ? Image::fromFile(url.path.fileSystemRepresentation) : std::nullopt;
-}
-
-// What only the system's image object draws, such as the first page of a PDF.
-std::optional<Image> drawing(NSData* data) {
-  NSImage* const image = data != nil ? [[NSImage alloc] initWithData:data] : nil;
-  const SharedBytes tiff = sharedBytes(image.TIFFRepresentation);
-  return tiff ? Image::fromBytes(tiff) : std::nullopt;
+  const char* const path = url.path.fileSystemRepresentation;
+  if (path == nullptr || !files::exists(path)) return std::nullopt;
+  if (std::optional<Image> image = Image::fromFile(path)) return image;
+  return drawing([NSData dataWithContentsOfURL:url options:NSDataReadingMappedIfSafe error:nil]);
 }
 
 // PNG first, as it is what came; TIFF before the rest, because owners convert the others from it.

@@ -343,11 +343,13 @@ class DescribedWindow final : public Window {
     window_.level = levelOf(description.level);
     window_.hidesOnDeactivate = NO;
     window_.becomesKeyOnlyIfNeeded = description.panel;
-    if (description.everySpace)
-      window_.collectionBehavior = NSUInteger{NSWindowCollectionBehaviorCanJoinAllSpaces} |
-                                   NSWindowCollectionBehaviorStationary |
-                                   NSWindowCollectionBehaviorIgnoresCycle |
-                                   NSWindowCollectionBehaviorFullScreenAuxiliary;
+    if (description.everySpace) {
+      NSUInteger behavior = NSUInteger{NSWindowCollectionBehaviorCanJoinAllSpaces} |
+                            NSWindowCollectionBehaviorStationary |
+                            NSWindowCollectionBehaviorFullScreenAuxiliary;
+      if (description.panel) behavior |= NSWindowCollectionBehaviorIgnoresCycle;
+      window_.collectionBehavior = behavior;
+    }
     [window_ setHasShadow:description.shadow];
     [window_ setIgnoresMouseEvents:description.ignoresMouse];
     [window_ setMovableByWindowBackground:description.movableByBackground];

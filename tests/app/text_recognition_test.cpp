@@ -177,7 +177,7 @@ TEST(TextFileName, IsFitForAFileSystem) {
   const std::string proposed = textFileName("token " + token, "now");
   EXPECT_TRUE(proposed.starts_with("token ")) << proposed;
   EXPECT_EQ(proposed.find(std::string(12, '7')), proposed.npos) << "a secret in a file's name";
-  EXPECT_EQ(textFileName(std::string(500, 'x'), "now"), std::string(60, 'x') + ".txt");
+  EXPECT_EQ(textFileName(std::string(500, 'x'), "now"), std::string(200, 'x') + ".txt");
   std::string families;
   for (int i = 0; i < 80; ++i) families += "👩‍👩‍👧‍👦";
   EXPECT_LE(textFileName(families, "now").size(), 204u);

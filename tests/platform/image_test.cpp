@@ -10,6 +10,7 @@
 #include <future>
 
 #include "platform/image_codec.h"
+#include "platform/image_header.h"
 #include "platform/linux/imaging.h"
 
 namespace marbelot {
@@ -119,6 +120,17 @@ TEST(ImageHeader, RefusesWhatNobodyMakes) {
         tiff(true, 0, 9), std::string("text"), std::string("\xFF\xD8\xFF\xDA" + zeros(40))})
     EXPECT_FALSE(imageHeader(bytes));
   EXPECT_TRUE(imageHeader(png(1 << 14, 1 << 14))) << "the largest";
+}
+
+TEST(LargestPage, IsTheLargestOfAllAndTheWalkEnds) {
+  std::string pages = tiff(true, 100, 50);
+  const std::string next = tiff(true, 70, 200).substr(10);
+  pages.replace(pages.size() - 4, 4, big(static_cast<std::uint32_t>(pages.size()), 4));
+  EXPECT_EQ(largestPage(pages + next), (ImageHeader{ImageFormat::tiff, 100, 200}));
+  std::string circle = tiff(true, 100, 50);
+  circle.replace(circle.size() - 4, 4, big(10, 4));
+  for (const std::string& bytes : {circle, pages, pages + next.substr(0, 9)})
+    EXPECT_EQ(largestPage(bytes), (ImageHeader{ImageFormat::tiff, 100, 50}));
 }
 
 class ImageFile : public testing::Test {
