@@ -37,13 +37,13 @@ def installed(kind):
 
 
 class WaylandDesktop(VirtualDesktop):
-    """kind: one of PROGRAMS. xwayland: False for a desktop without X11. The rest is as for
-    VirtualDesktop."""
+    """kind: one of PROGRAMS. xwayland: False for a desktop without X11. bar: whether sway has one, at
+    the top. The rest is as for VirtualDesktop."""
 
-    def __init__(self, kind="sway", xwayland=True, **options):
+    def __init__(self, kind="sway", xwayland=True, bar=False, **options):
         super().__init__(**options)
         self.kind = kind
-        self._xwayland = xwayland
+        self._xwayland, self._bar = xwayland, bar
         self._plugged = None
         self.compositor = None
 
@@ -68,7 +68,8 @@ class WaylandDesktop(VirtualDesktop):
         width, height = self.size
         config = self.folder / "sway.conf"
         config.write_text(f"output HEADLESS-1 resolution {width}x{height}\n"
-                          f"xwayland {'force' if self._xwayland else 'disable'}\nexec {tell}\n")
+                          f"xwayland {'force' if self._xwayland else 'disable'}\nexec {tell}\n" +
+                          ("bar {\nposition top\ntray_output none\n}\n" if self._bar else ""))
         self.env["XDG_CURRENT_DESKTOP"] = "sway"
         return self.spawn(*(as_user if os.geteuid() == 0 else []), "sway", "-c", config, log="sway",
                           env={"WLR_BACKENDS": "headless", "WLR_RENDERER": "pixman",

@@ -123,7 +123,7 @@ void MenuView::popUpAtPointer() {
     return view_->activateWindow();
   }
   catcher_ = std::make_unique<PointerCatcher>();
-  catcher_->catchAll([this] { popUpAt(QCursor::pos()); },
+  catcher_->catchAll([this](QPoint place, const QRect& usable) { popUpAt(place, usable); },
                      [this] {
                        view_->close();
                        endCatching();
@@ -134,13 +134,18 @@ void MenuView::endCatching() {
   if (catcher_) catcher_.release()->deleteLater();
 }
 
-void MenuView::popUpAt(QPoint corner) {
+void MenuView::popUpAt(QPoint corner, const QRect& usable) {
   if (!menu_ || isOpen()) return;
   if (delegate_) delegate_->menuWillOpen();
   fill(*view_, *menu_);
   // A Wayland desktop takes a menu that belongs to no window for a window: at least for one that is
   // not to be stretched.
   if (isNativeWayland()) view_->setFixedSize(view_->sizeHint());
+  if (!usable.isEmpty()) {
+    const QSize size = view_->sizeHint();
+    corner.rx() = std::max(usable.left(), std::min(corner.x(), usable.right() + 1 - size.width()));
+    corner.ry() = std::max(usable.top(), std::min(corner.y(), usable.bottom() + 1 - size.height()));
+  }
   view_->popup(corner);
 }
 

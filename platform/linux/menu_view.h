@@ -20,7 +20,8 @@ class MenuView : public QObject {
   void sync();
   void popUpAtPointer();
   // Opens with its upper left corner there, and leaves the focus where it is.
-  void popUpAt(QPoint corner);
+  // `usable`: what is to show it all, where that is known.
+  void popUpAt(QPoint corner, const QRect& usable = {});
   // The frame, in Qt's coordinates, of the submenu opened last in which an item is highlighted,
   // else of the menu. Null while it is closed.
   QRect openFrame() const;

@@ -1,9 +1,12 @@
 #include "platform/linux/pointer_catcher.h"
 
+#include <QCursor>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
 #include <utility>
+
+#include "platform/linux/wayland_pointer.h"
 
 namespace marbelot {
 namespace {
@@ -14,6 +17,7 @@ constexpr int stillLimit = 250;
 constexpr int settleTime = 40;
 constexpr int nudgeTime = 100;  // after the window is drawn, which KWin has to know by then
 constexpr int showLimit = 1000;
+constexpr auto answerLimit = std::chrono::milliseconds(250);
 
 bool isKWin() { return qgetenv("XDG_CURRENT_DESKTOP").contains("KDE"); }
 
@@ -37,16 +41,34 @@ PointerCatcher::PointerCatcher()
   setAttribute(Qt::WA_QuitOnClose, false);
   setMouseTracking(true);
   wait_.setSingleShot(true);
-  connect(&wait_, &QTimer::timeout, this, [this] { open_(); });
+  connect(&wait_, &QTimer::timeout, this,
+          [this] { open_(place_.value_or(QCursor::pos()), usable_); });
 }
 
 bool PointerCatcher::isNeeded() {
   return QGuiApplication::platformName() == "xcb" && qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
-void PointerCatcher::catchAll(std::function<void()> open, std::function<void()> close) {
+// Over a bar, which no window is ever above, only the compositor knows the pointer.
+void PointerCatcher::askCompositor() {
+  const auto found = findWaylandPointer(answerLimit);
+  if (!found || found->desktop.width <= 0) return;
+  // The X server's points may be finer than the compositor's.
+  const QRect all = QGuiApplication::primaryScreen()->virtualGeometry();
+  const double scale = static_cast<double>(all.width()) / found->desktop.width;
+  const auto point = [&](int x, int y) {
+    return all.topLeft() + (QPointF(x, y) * scale).toPoint();
+  };
+  const auto& box = found->usable;
+  place_ = point(found->x, found->y);
+  usable_ = QRect(point(box.x, box.y), (QSizeF(box.width, box.height) * scale).toSize());
+}
+
+void PointerCatcher::catchAll(std::function<void(QPoint, const QRect&)> open,
+                              std::function<void()> close) {
   open_ = std::move(open);
   close_ = std::move(close);
+  askCompositor();
   setGeometry(QGuiApplication::primaryScreen()->virtualGeometry());
   show();
   activateWindow();
@@ -56,11 +78,14 @@ void PointerCatcher::catchAll(std::function<void()> open, std::function<void()> 
 bool PointerCatcher::event(QEvent* event) {
   switch (event->type()) {
     case QEvent::Paint:
-      if (wait_.isActive() && isKWin())
+      if (wait_.isActive() && place_) {
+        wait_.start(settleTime);
+      } else if (wait_.isActive() && isKWin()) {
         QTimer::singleShot(nudgeTime, this, [this] { nudgeCompositor(*this); });
+      }
       [[fallthrough]];
     case QEvent::Enter:
-      if (wait_.isActive()) wait_.start(stillLimit);
+      if (wait_.isActive() && !place_) wait_.start(stillLimit);
       break;
     case QEvent::MouseMove:
       if (wait_.isActive()) wait_.start(settleTime);

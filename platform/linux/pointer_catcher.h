@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <functional>
+#include <optional>
 
 namespace marbelot {
 
@@ -17,16 +18,21 @@ class PointerCatcher : public QWidget {
   // Whether this is such a desktop.
   static bool isNeeded();
 
-  // Calls `open` once the pointer's place is known, or after a second all the same. `close` is
-  // called when the keys go to another program, or the window is closed.
-  void catchAll(std::function<void()> open, std::function<void()> close);
+  // Calls `open` with the pointer's place, and with what bars leave of its screen where that is
+  // known; after a second all the same. `close` is called when the keys go to another program, or
+  // the window is closed.
+  void catchAll(std::function<void(QPoint, const QRect& usable)> open, std::function<void()> close);
 
  protected:
   bool event(QEvent* event) override;
 
  private:
+  void askCompositor();
+
   QTimer wait_;
-  std::function<void()> open_;
+  std::optional<QPoint> place_;  // as the compositor has told it
+  QRect usable_;
+  std::function<void(QPoint, const QRect&)> open_;
   std::function<void()> close_;
 };
 

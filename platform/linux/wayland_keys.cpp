@@ -2,18 +2,16 @@
 
 #include <poll.h>
 #include <sys/mman.h>
-#include <wayland-client.h>
 #include <xkbcommon/xkbcommon.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <string_view>
-#include <type_traits>
 #include <utility>
 
 #include "keyboard-shortcuts-inhibit-unstable-v1.h"
 #include "platform/descriptor.h"
 #include "platform/linux/wayland_connection.h"
+#include "platform/linux/wayland_proxy.h"
 #include "wlr-layer-shell-unstable-v1.h"
 
 namespace marbelot {
@@ -21,16 +19,6 @@ namespace {
 
 constexpr auto goingLimit = std::chrono::milliseconds(100);
 constexpr std::uint32_t fromKernelCode = 8;  // what xkb adds to it
-
-template <auto destroy>
-struct Destroy {
-  template <class Object>
-  void operator()(Object* object) const {
-    destroy(object);
-  }
-};
-template <class Object, auto destroy>
-using Owned = std::unique_ptr<Object, Destroy<destroy>>;
 
 }  // namespace
 
@@ -69,22 +57,22 @@ class WaylandKeys::Surface {
 
   const std::chrono::steady_clock::time_point deadline_;
   WaylandConnection connection_;
-  Owned<wl_registry, wl_registry_destroy> registry_;
-  Owned<wl_compositor, wl_compositor_destroy> compositor_;
-  Owned<wl_shm, wl_shm_destroy> memory_;
-  Owned<wl_seat, wl_seat_destroy> seat_;
-  Owned<zwlr_layer_shell_v1, zwlr_layer_shell_v1_destroy> layers_;
-  Owned<zwp_keyboard_shortcuts_inhibit_manager_v1,
-        zwp_keyboard_shortcuts_inhibit_manager_v1_destroy>
+  WaylandProxy<wl_registry, wl_registry_destroy> registry_;
+  WaylandProxy<wl_compositor, wl_compositor_destroy> compositor_;
+  WaylandProxy<wl_shm, wl_shm_destroy> memory_;
+  WaylandProxy<wl_seat, wl_seat_destroy> seat_;
+  WaylandProxy<zwlr_layer_shell_v1, zwlr_layer_shell_v1_destroy> layers_;
+  WaylandProxy<zwp_keyboard_shortcuts_inhibit_manager_v1,
+               zwp_keyboard_shortcuts_inhibit_manager_v1_destroy>
       inhibition_;
-  Owned<wl_keyboard, wl_keyboard_destroy> keyboard_;
-  Owned<wl_buffer, wl_buffer_destroy> point_;
-  Owned<wl_surface, wl_surface_destroy> surface_;
-  Owned<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> layer_;
-  Owned<zwp_keyboard_shortcuts_inhibitor_v1, zwp_keyboard_shortcuts_inhibitor_v1_destroy>
+  WaylandProxy<wl_keyboard, wl_keyboard_destroy> keyboard_;
+  WaylandProxy<wl_buffer, wl_buffer_destroy> point_;
+  WaylandProxy<wl_surface, wl_surface_destroy> surface_;
+  WaylandProxy<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> layer_;
+  WaylandProxy<zwp_keyboard_shortcuts_inhibitor_v1, zwp_keyboard_shortcuts_inhibitor_v1_destroy>
       inhibitor_;
-  Owned<xkb_context, xkb_context_unref> context_;
-  Owned<xkb_state, xkb_state_unref> state_;
+  WaylandProxy<xkb_context, xkb_context_unref> context_;
+  WaylandProxy<xkb_state, xkb_state_unref> state_;
   Pressed pressed_;  // since the last look
   bool appeared_ = false;
   bool focused_ = false;
@@ -97,18 +85,14 @@ struct WaylandKeys::Surface::Listeners {
 
   static void global(void* self, wl_registry* registry, std::uint32_t name, const char* interface,
                      std::uint32_t) {
-    const auto take = [&](auto& place, const wl_interface& wanted) {
-      using Object = std::remove_reference_t<decltype(*place)>;
-      if (!place && std::string_view(interface) == wanted.name)
-        place.reset(static_cast<Object*>(wl_registry_bind(registry, name, &wanted, 1)));
-    };
-    take(of(self).compositor_, wl_compositor_interface);
-    take(of(self).memory_, wl_shm_interface);
-    take(of(self).layers_, zwlr_layer_shell_v1_interface);
-    take(of(self).inhibition_, zwp_keyboard_shortcuts_inhibit_manager_v1_interface);
-    if (of(self).seat_) return;
-    take(of(self).seat_, wl_seat_interface);
-    if (of(self).seat_) wl_seat_add_listener(of(self).seat_.get(), &onSeat, self);
+    Surface& surface = of(self);
+    takeGlobal(surface.compositor_, wl_compositor_interface, registry, name, interface);
+    takeGlobal(surface.memory_, wl_shm_interface, registry, name, interface);
+    takeGlobal(surface.layers_, zwlr_layer_shell_v1_interface, registry, name, interface);
+    takeGlobal(surface.inhibition_, zwp_keyboard_shortcuts_inhibit_manager_v1_interface, registry,
+               name, interface);
+    if (takeGlobal(surface.seat_, wl_seat_interface, registry, name, interface))
+      wl_seat_add_listener(surface.seat_.get(), &onSeat, self);
   }
   static void globalGone(void*, wl_registry*, std::uint32_t) {}
   static constexpr wl_registry_listener onRegistry{&global, &globalGone};
@@ -213,7 +197,7 @@ void WaylandKeys::Surface::appear() {
 }
 
 void WaylandKeys::Surface::useKeymap(const char* text) {
-  const Owned<xkb_keymap, xkb_keymap_unref> keymap(xkb_keymap_new_from_string(
+  const WaylandProxy<xkb_keymap, xkb_keymap_unref> keymap(xkb_keymap_new_from_string(
       context_.get(), text, XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
   state_.reset(keymap ? xkb_state_new(keymap.get()) : nullptr);
 }

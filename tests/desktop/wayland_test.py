@@ -86,12 +86,18 @@ class WaylandTest(DesktopTest):
         until(lambda: not self.keepers(), "keeper ended")
 
     def test_the_menu_opens_at_the_true_pointer_and_has_the_keys(self):
-        self.start()
-        for x, y in (600, 300), (200, 150):  # over no window of X11's
+        self.start(bar=True)
+
+        def below_bar():
+            workspaces = self.screen.run("swaymsg", "-t", "get_workspaces").stdout
+            return json.loads(workspaces)[0]["rect"]["y"]
+        until(below_bar, "bar")
+        for x, y in (600, 300), (200, 150), (300, 5):  # over no window of X11's
             self.screen.point(x, y)
             self.assertEqual(self.program.ctl("menu", "--popup").returncode, 0)
-            self.assertEqual(until(self.program.popups, "menu on the screen")[0][:2], (x, y))
-            self.screen.point(x - 100, y - 100, click=True)
+            self.assertEqual(until(self.program.popups, "menu on the screen")[0][:2],
+                             (x, max(y, below_bar())))
+            self.screen.point(x - 100, y + 100, click=True)
             until(lambda: not self.program.popups(), "menu closed by a click beside it")
         self.screen.tray_click()
         until(self.program.popups, "menu on the screen")
