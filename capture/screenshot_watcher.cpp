@@ -17,7 +17,7 @@ constexpr double attemptInterval = 0.05;
 // While a file is being written, looks at it become rarer: seconds between them.
 constexpr double shortestWritingWait = 0.005;
 constexpr double longestWritingWait = 3;
-// In which a file that the desktop has made for us is taken away.
+// In which a file that the desktop has made for us is taken away, once it is finished.
 constexpr double holdSeconds = 1;
 
 using Clock = std::chrono::steady_clock;
@@ -110,7 +110,10 @@ void ScreenshotWatcher::folderChanged() {
   for (const auto& [fullPath, attempt] : pending_) waiting.push_back(fullPath);
   for (const std::string& fullPath : waiting) {
     Attempt& pending = pending_[fullPath];
-    if (pending.isOnHold) continue;
+    if (pending.isOnHold) {
+      hold(fullPath);
+      continue;
+    }
     if (pending.number == 0) {
       pending.writingWait = 0;
       attempt(fullPath);
@@ -155,6 +158,8 @@ void ScreenshotWatcher::hold(const std::string& fullPath) {
   Attempt& pending = pending_[fullPath];
   pending.isOnHold = true;
   pending.next = platform_.queue.after(holdSeconds, [this, fullPath] {
+    if (files::screenshotState(fullPath) == files::ScreenshotState::beingWritten)
+      return hold(fullPath);
     pending_[fullPath].isOnHold = false;
     attempt(fullPath);
   });

@@ -152,6 +152,21 @@ TEST_F(ScreenshotWatcherTest, NoticesThatAFileIsDoneAlsoAfterItsClosingWasAnnoun
   EXPECT_EQ(copied_, Names{"Screenshot.png"});
 }
 
+TEST_F(ScreenshotWatcherTest, LeavesTheDesktopASecondToTakeAwayWhatItSavedForUs) {
+  start();
+  desktop_.queue.drain();
+  watcher_->isCapturing = [] { return true; };
+  const int writer = open(save("Screenshot.png").c_str(), O_WRONLY);
+  event();
+  desktop_.queue.advance(1.5);
+  close(writer);
+  event();
+  desktop_.queue.advance(0.9);
+  EXPECT_EQ(copied_, Names{});
+  desktop_.queue.advance(0.2);
+  EXPECT_EQ(copied_, Names{"Screenshot.png"});
+}
+
 TEST_F(ScreenshotWatcherTest, CopiesWhatIsSavedBeforeTheFolderHasBeenListed) {
   save("Screenshot before.png");
   start();
