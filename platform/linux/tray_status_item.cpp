@@ -108,18 +108,10 @@ void TrayStatusItem::setNoHostHandler(std::function<void()> handler) {
   if (looking_) lookForHost();
 }
 
-void TrayStatusItem::lookForHost() {
-  if (tray_) return;
-  if (trayPresent()) {
-    showIcon();
-  } else if (!asking_) {
-    askForNotifierHost();
-  }
-}
-
 // The watcher may be there before the panel that it watches for; Qt asks the same when the icon is
-// made, and never again.
-void TrayStatusItem::askForNotifierHost() {
+// made, and never again. Desktops with both kinds of tray, as KDE and GNOME, get the newer one's.
+void TrayStatusItem::lookForHost() {
+  if (tray_ || asking_) return;
   asking_ = true;
   QDBusMessage get = QDBusMessage::createMethodCall(watcherService, watcherPath,
                                                     "org.freedesktop.DBus.Properties", "Get");
@@ -134,6 +126,8 @@ void TrayStatusItem::askForNotifierHost() {
       showIcon();
       // For hosts that draw the menu themselves, as on GNOME; others ask us to.
       tray_->setContextMenu(view_.exported());
+    } else if (trayPresent()) {
+      showIcon();
     } else if (++looks_ == looksAtOnce) {
       look_.stop();
       if (const auto told = std::exchange(noHost_, {})) told();

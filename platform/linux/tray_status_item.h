@@ -38,7 +38,6 @@ class TrayStatusItem : public QObject, public StatusItem, private QAbstractNativ
   bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
   void startLooking();
   void lookForAWhile();
-  void askForNotifierHost();
   void showIcon();
 
   SessionBus& bus_;
