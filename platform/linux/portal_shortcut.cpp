@@ -6,6 +6,7 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCall>
 #include <QGuiApplication>
+#include <algorithm>
 #include <utility>
 
 namespace marbelot {
@@ -33,6 +34,15 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, Shortcut& shortcu
   return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): Qt's own shape
 }
 
+QList<Shortcut> ourShortcuts() { return {{menuId, {{"description", "Open the Marbelot menu"}}}}; }
+
+bool hasMenuShortcut(const QVariantMap& results) {
+  const auto shortcuts = results.value("shortcuts").value<QDBusArgument>();
+  if (shortcuts.currentSignature() != "a(sa{sv})") return false;
+  const auto list = qdbus_cast<QList<Shortcut>>(shortcuts);
+  return std::any_of(list.begin(), list.end(), [](const auto& one) { return one.id == menuId; });
+}
+
 // Desktops keep the user's choice under the program's name. It is to come before anything else that
 // the portal is asked for, and portals that know the name by themselves refuse it.
 void tellPortalOurName() {
@@ -47,26 +57,27 @@ void tellPortalOurName() {
 PortalShortcut::PortalShortcut(std::function<void()> pressed, std::function<void()> declined)
     : pressed_(std::move(pressed)), declined_(std::move(declined)) {
   tellPortalOurName();
-  // Always the same token: desktops know by it what was chosen before.
+  qDBusRegisterMetaType<Shortcut>();
+  qDBusRegisterMetaType<QList<Shortcut>>();
+  // Always the same token: desktops know by it what was chosen before. KDE 5.27 takes shortcuts
+  // only with the session: whoever binds them gets none, and the user its settings at each start.
   opening_.emplace(shortcutsInterface, "CreateSession", QVariantList(),
-                   QVariantMap{{"session_handle_token", "marbelot"}},
+                   QVariantMap{{"session_handle_token", "marbelot"},
+                               {"shortcuts", QVariant::fromValue(ourShortcuts())}},
                    [this](const PortalRequest::Answer& answer) {
-                     if (answer.kind == PortalRequest::Answer::given)
-                       bind(answer.results.value("session_handle").toString());
+                     if (answer.kind == PortalRequest::Answer::given) opened(answer.results);
                    });
 }
 
-void PortalShortcut::bind(const QString& session) {
-  session_ = session;
+void PortalShortcut::opened(const QVariantMap& results) {
+  session_ = results.value("session_handle").toString();
   QDBusConnection::sessionBus().connect(
       portalName, portalPath, shortcutsInterface, "Activated", this,
       SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
-  qDBusRegisterMetaType<Shortcut>();
-  qDBusRegisterMetaType<QList<Shortcut>>();
-  const QList<Shortcut> shortcuts{{menuId, {{"description", "Open the Marbelot menu"}}}};
+  if (hasMenuShortcut(results)) return;
   binding_.emplace(shortcutsInterface, "BindShortcuts",
-                   QVariantList{QVariant::fromValue(QDBusObjectPath(session)),
-                                QVariant::fromValue(shortcuts), QString()},
+                   QVariantList{QVariant::fromValue(QDBusObjectPath(session_)),
+                                QVariant::fromValue(ourShortcuts()), QString()},
                    QVariantMap(), [this](const PortalRequest::Answer& answer) {
                      if (answer.kind == PortalRequest::Answer::givenUp) declined_();
                    });

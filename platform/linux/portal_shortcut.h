@@ -20,7 +20,7 @@ class PortalShortcut : public QObject {
  private:
   Q_SLOT void activated(const QDBusObjectPath& session, const QString& id, qulonglong time,
                         const QVariantMap& options);
-  void bind(const QString& session);
+  void opened(const QVariantMap& results);
 
   const std::function<void()> pressed_;
   const std::function<void()> declined_;

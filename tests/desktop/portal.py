@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """A desktop's portal that takes pictures and has global shortcuts: portal.py PICTURE FOLDER. Like
 GNOME's it saves each picture as a new file in FOLDER first and answers a moment later; "Cancel" there
-makes the user give up, "Wait" leaves everybody without an answer. After "ready" it prints a line for
+makes the user give up, "Wait" leaves everybody without an answer; "Early" makes it one that, like KDE's of 5.27, has the
+shortcuts of which it hears with the session. After "ready" it prints a line for
 each "interactive" or "whole" picture, request "withdrawn", "program NAME", shortcut's "session TOKEN"
 and "bind ID DESCRIPTION". SIGUSR1 presses the key of the shortcut bound last.
 """
@@ -59,7 +60,12 @@ def create_session(sender, options):
     tell("session", token)
 
     def session():
-        return {"session_handle": GLib.Variant("s", f"{PATH}/session/{sender}/{token}")}
+        handle = f"{PATH}/session/{sender}/{token}"
+        results = {"session_handle": GLib.Variant("s", handle)}
+        if (folder / "Early").exists():
+            taken = bind_shortcuts(sender, handle, options["shortcuts"], "", {})
+            results |= taken()
+        return results
     return session
 
 
