@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/wayland_pointer.h"
+#include "platform/linux/x11_desktop.h"
 
 namespace marbelot {
 namespace {
@@ -30,6 +31,7 @@ void nudgeCompositor(QWidget& catcher) {
   other->setAttribute(Qt::WA_ShowWithoutActivating);
   other->setAttribute(Qt::WA_QuitOnClose, false);
   other->setGeometry(0, 0, 1, 1);
+  putOnEveryDesktop(*other);
   other->show();
 }
 
@@ -70,6 +72,7 @@ void PointerCatcher::catchAll(std::function<void(QPoint, const QRect&)> open,
   close_ = std::move(close);
   askCompositor();
   setGeometry(QGuiApplication::primaryScreen()->virtualGeometry());
+  putOnEveryDesktop(*this);  // or taskbars would list it
   show();
   activateWindow();
   wait_.start(showLimit);
