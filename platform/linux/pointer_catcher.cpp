@@ -64,6 +64,8 @@ void PointerCatcher::askCompositor() {
   const auto& box = found->usable;
   place_ = point(found->x, found->y);
   usable_ = QRect(point(box.x, box.y), (QSizeF(box.width, box.height) * scale).toSize());
+  // What Plasma's panels cover only the X server is told.
+  if (const QScreen* screen = QGuiApplication::screenAt(*place_)) usable_ &= usableArea(*screen);
 }
 
 void PointerCatcher::catchAll(std::function<void(QPoint, const QRect&)> open,
