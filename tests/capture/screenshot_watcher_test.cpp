@@ -53,11 +53,12 @@ class ScreenshotWatcherTest : public testing::Test {
 using Names = std::vector<std::string>;
 
 TEST_F(ScreenshotWatcherTest, CopiesNewScreenshotsOnceAndOldOnesNever) {
-  save("Screenshot before.png");
+  const std::string before = save("Screenshot before.png");
   start();
   event();  // before the folder has been listed: waits for the list
   EXPECT_EQ(copied_, Names{});
   const std::string path = save("Screenshot 1.png");
+  std::filesystem::last_write_time(before, std::filesystem::file_time_type::clock::now());
   event();
   event();
   EXPECT_EQ(copied_, Names{"Screenshot 1.png"});

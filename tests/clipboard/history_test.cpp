@@ -201,6 +201,7 @@ TEST_F(HistoryTest, BadEntriesAreSkippedOneByOne) {
                   D{{"type", "text"}, {"text", 5}, {"date", "1.0"}},
                   D{{"type", "image"}, {"path", "/no/such/file.png"}},
                   D{{"type", "image"}, {"path", folder_}},
+                  D{{"type", "image"}, {"path", "/dev/zero"}},
                   D{{"type", "image"}, {"path", notAnImage}},
                   D{{"type", "image"}, {"text", "an image without a path"}},
                   3.5,

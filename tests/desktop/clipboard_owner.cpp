@@ -3,6 +3,7 @@
 //   clipboard_owner TYPE=FILE...              offers the files' bytes; TYPE= is offered but refused
 //   clipboard_owner --series PREFIX N MS      copies PREFIX1 to PREFIXN, one each MS milliseconds;
 //                                             of 0, as soon as the one before has been asked for
+//   clipboard_owner --silent                  answers nobody, as a program that hangs
 //
 // Prints "ready" when it owns the clipboard, then the number of each text of a series as it is
 // copied, and "asked" when the first contents have been asked for. Ends when another program
@@ -72,6 +73,7 @@ class Owner {
   };
 
   void answer(const xcb_selection_request_event_t& request) {
+    if (offered_.empty()) return;
     xcb_selection_notify_event_t notify{};
     notify.response_type = XCB_SELECTION_NOTIFY;
     notify.time = request.time;
@@ -150,6 +152,6 @@ int main(int argc, char** argv) {
   if (argc == 5 && std::string(argv[1]) == "--series") {
     copySeries(argv[2], std::atoi(argv[3]), std::chrono::milliseconds(std::atoi(argv[4])));
   } else {
-    copyFiles(argc - 1, argv + 1);
+    copyFiles(argc == 2 && std::string(argv[1]) == "--silent" ? 0 : argc - 1, argv + 1);
   }
 }

@@ -55,8 +55,8 @@ class DesktopTest(unittest.TestCase):
     def desktop(self, **options):
         return self.enterContext(VirtualDesktop(**options))
 
-    def own_mounts(self):
-        """Keeps mounts to this process and those it starts from now on; skips where forbidden."""
+    def mount(self, folder, options):
+        """Mounts an empty tmpfs for this process and those it starts; skips where forbidden."""
         if not DesktopTest._own_mounts:
             if os.geteuid() != 0 or ctypes.CDLL(None).unshare(CLONE_NEWNS) != 0:
                 self.skipTest("only root can mount")
@@ -64,10 +64,6 @@ class DesktopTest(unittest.TestCase):
             if private.returncode != 0:
                 self.skipTest("mounts cannot be kept to this process here")
             DesktopTest._own_mounts = True
-
-    def mount(self, folder, options):
-        """Mounts an empty tmpfs for this process and those it starts; skips where forbidden."""
-        self.own_mounts()
         subprocess.run(["mount", "-t", "tmpfs", "-o", options, "tmpfs", folder], check=True)
         self.addCleanup(subprocess.run, ["umount", "--lazy", folder], check=True)
 

@@ -1,7 +1,5 @@
 """The clipboard history with other programs' copies, good and bad ones."""
 
-import itertools
-import json
 import os
 import subprocess
 import time
@@ -9,13 +7,11 @@ import unittest
 
 from desktop_case import BIN, DesktopTest, Marbelot, chunk, png, stays, until
 
-MEGABYTE = 1 << 20
 COPIES = 200
 PACE = 20  # milliseconds
 KILLS = int(os.environ.get("MARBELOT_KILLS", 10))
 HINT = "x-kde-passwordManagerHint"
 LIMIT = 40
-LARGE = [size * MEGABYTE for size in (1, 8, 50)]
 
 
 def converted(data, form):
@@ -115,27 +111,6 @@ class HistoryTest(DesktopTest):
             self.assertEqual(len(self.program.history()), len(stored))
             self.assertIn(stored[0], self.program.history()[0])
             self.assertEqual(self.program.stored_texts(), stored)
-            self.kill_after_large_texts(kill)
-
-    def kill_after_large_texts(self, kill):
-        """All that the menu shows is on disk, but for texts of over 8 MB for a moment."""
-        large = LARGE[kill % len(LARGE)]
-        copies = [f"large {kill} {size} ".ljust(size, "x") for size in (1000, large, 2000, 50000)]
-        last = kill // len(LARGE) % len(copies)
-        self.program.invoke("clearClipHistory")  # a full one would not grow
-        for count, text in enumerate(copies[:last + 1], 1):
-            self.screen.set_clipboard(text.encode())
-            # Its title can come later: a large text is looked through in the background.
-            until(lambda: len(self.program.history()) == count, "in the menu", 30)
-        self.program.kill()
-        stored = self.program.stored_texts()
-        for text in copies[:last + 1]:
-            self.assertTrue(text in stored or len(text) > 8 * MEGABYTE, text[:20])
-        self.start()
-        self.assertTrue(self.program.stored_texts() == stored)
-        self.program.invoke("clearClipHistory")
-        until(lambda: not self.program.texts.exists() or not list(self.program.texts.iterdir()),
-              "large texts deleted")
 
     def shown(self, prefix):
         """The numbers of the texts that start so in the menu."""
@@ -271,74 +246,6 @@ class HistoryTest(DesktopTest):
         until(lambda: self.program.stored_texts()[0] == "the text instead", "text recorded")
         self.restart()
         self.assertIn("a\0b", self.program.stored_texts())
-
-    def test_bad_store(self):
-        folder = self.screen.config / "marbelot"
-        folder.mkdir()
-        picture = self.screen.folder / "kept.png"
-        picture.write_bytes(png())
-        odd = [None, 5, True, [], {}, {"type": "text"}, {"type": "image", "path": "/nowhere.png"},
-               {"type": "image", "path": "/dev/zero", "date": "1.0"}, {"type": 5, "text": {}},
-               {"type": "image", "path": str(folder), "date": "1.0"}]
-        good = ["the older form", {"type": "text", "text": "bad date", "date": "yesterday"},
-                {"type": "text", "text": "number as date", "date": 12},
-                {"type": "image", "path": str(picture), "date": "1700000000.5"}]
-        store = folder / "org.marbelot.Marbelot.json"
-        for entries in (odd + good, good + odd, list(itertools.chain(*zip(good, odd)))):
-            store.write_text(json.dumps({"clipTextHistory": entries}))
-            self.start()
-            self.assertEqual(len(self.program.history()), 4)
-            self.assertEqual(self.screen.notices(), [], "nothing is told of it")
-            self.check_still_records()
-            self.assertEqual(len(self.program.stored()), 5)
-            self.program.kill()
-        store.write_text(json.dumps({"clipTextHistory": [f"entry {n}" for n in range(10 ** 6)]}))
-        self.start()
-        self.assertEqual(len(self.program.history()), LIMIT)
-        self.check_still_records()
-
-    def test_full_disk(self):
-        folder = self.screen.config / "marbelot"
-        folder.mkdir()
-        self.mount(folder, "size=256k")
-        self.start()
-        self.copy_text("before")
-        filler = folder / "filler"
-        with open(filler, "wb", buffering=0) as file:
-            try:
-                while file.write(b"x" * 512):
-                    pass
-            except OSError:
-                pass
-        for number in range(3):
-            self.screen.set_clipboard(f"while full {number}".encode())
-            until(lambda: f"while full {number}" in self.program.history()[0], "in memory")
-        self.assertEqual(self.program.stored_texts(), ["before"], "the stored one stays whole")
-        until(lambda: len(self.screen.notices()) == 1, "told")
-        stays(lambda: len(self.screen.notices()) == 1, "told once", 0.5)
-        filler.unlink()
-        self.copy_text("after")
-        self.assertEqual(self.program.stored_texts(),
-                         ["after", "while full 2", "while full 1", "while full 0", "before"])
-
-    def test_huge_text(self):
-        self.start()
-        line = "a line of fifty bytes, as there are many in a log\n"
-        text = line * (100 * MEGABYTE // len(line))
-        # What others do on the machine does not happen every time; a fault here does.
-        for _ in range(3):
-            self.program.invoke("clearClipHistory")
-            until(lambda: not self.program.stored(), "cleared")
-            self.screen.set_clipboard(text.encode())
-            longest = self.program.longest_answer(
-                lambda: self.program.stored_bytes() == [len(text)], "stored")
-            print(f"longest time without an answer {longest * 1000:.0f} ms")
-            if longest < 0.25:
-                break
-        self.assertLess(longest, 0.25)
-        self.assertTrue(self.program.stored_texts() == [text])
-        self.restart()
-        self.assertEqual(len(self.program.history()), 1)
 
 
 if __name__ == "__main__":

@@ -2,7 +2,6 @@
 
 import shutil
 import signal
-import time
 import unittest
 
 from desktop_case import (BIN, DesktopTest, Marbelot, VirtualDesktop, png, screenshot_name,
@@ -124,11 +123,9 @@ class ServicesTest(DesktopTest):
             return [self.screen.tray_property(name) for name in ("IconName", "IconPixmap")]
 
         camera = icon()
-        began = time.monotonic()
         self.program.save(screenshot_name(1), png(seed=1))
         until(lambda: icon() != camera, "check mark", 3)
         until(lambda: icon() == camera, "camera again", 3)
-        self.assertGreater(time.monotonic() - began, 0.9)
         self.check_second_start_opens_menu()
 
     def check_embedded(self):
@@ -151,8 +148,8 @@ class ServicesTest(DesktopTest):
     def test_clipboard_owner_that_never_answers(self):
         self.start()
         for _ in range(2):
-            owner = self.screen.spawn(BIN / "silent_owner")
-            until(lambda: "ready" in self.screen.log("silent_owner"), "silent owner")
+            owner = self.screen.spawn(BIN / "clipboard_owner", "--silent")
+            until(lambda: "ready" in self.screen.log("clipboard_owner"), "silent owner")
             # Through several of the clipboard's polls.
             for _ in range(8):
                 self.check_answers_at_once()

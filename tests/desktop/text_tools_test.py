@@ -6,8 +6,6 @@ import unittest
 
 from desktop_case import DesktopTest, Marbelot, until
 
-MEGABYTE = 1 << 20
-
 
 class TextToolsTest(DesktopTest):
     def setUp(self):
@@ -90,18 +88,6 @@ class TextToolsTest(DesktopTest):
         recorded = [item.get("title", "") for item in self.program.submenu("Clipboard history")]
         self.assertTrue(any("one two three" in title for title in recorded), recorded)
 
-    def test_collect(self):
-        self.program.invoke("toggleConcat")
-        self.until_said("Collecting copies")
-        for number, piece in enumerate(("first", "second"), 1):
-            self.copy(piece)
-            until(lambda: f"Collect copies ({number})" in self.program.titles(), piece)
-        self.program.invoke("setConcatSeparator:", "--object", "comma")
-        self.program.invoke("copyConcat")
-        self.until_text("first, second")
-        self.until_said("Copied 2 pieces")
-        self.assertIn("Collect copies (2)", self.program.titles(), "its own copy")
-
     def test_canned_response(self):
         self.program.invoke("addCanned")
         self.focus("alert")
@@ -173,21 +159,6 @@ class TextToolsTest(DesktopTest):
         until(lambda: not self.window("viewer"), "closed")
         show("and three words")
         until(lambda: self.place() == maximised, "maximised again")
-
-    def test_large_texts(self):
-        self.program.ctl("quit")
-        self.program.process.wait(10)
-        texts = ["a line of fifty bytes, as there are many in a log\n" * MEGABYTE + "end",
-                 "x" * (50 * MEGABYTE)]
-        settings = self.screen.config / "marbelot/org.marbelot.Marbelot.json"
-        settings.write_text(json.dumps({"cannedResponses": texts}))
-        self.program = Marbelot(self.screen)
-        for number, text in enumerate(texts):
-            self.program.invoke("copyCanned:", "--object", str(number))
-            self.program.invoke("showClipboardViewer")
-            lines = text.count("\n") + 1
-            until(lambda: self.window("viewer") == f"Clipboard — {len(text)} chars, {lines} line"
-                  + ("" if lines == 1 else "s"), "counted", 60)
 
 
 if __name__ == "__main__":
