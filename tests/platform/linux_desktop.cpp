@@ -185,8 +185,8 @@ class LinuxDesktop : public TestDesktop {
   bool wait(const std::function<bool()>& done) override { return waitWithQt(done); }
 
   void copyElsewhere(const std::string& text) override {
-    owner_ = std::make_unique<TestOwner>(qgetenv("DISPLAY").toStdString(),
-                                         TestOwner::Data{{"UTF8_STRING", text}});
+    owner_ = std::make_unique<X11Owner>(qgetenv("DISPLAY").toStdString(),
+                                        TestOwner::Data{{"UTF8_STRING", text}});
   }
   std::string pasteElsewhere() override {
     return paste(qgetenv("DISPLAY").toStdString(), "UTF8_STRING").value_or("");
@@ -249,6 +249,9 @@ class LinuxDesktop : public TestDesktop {
   std::vector<std::string> revealed() override { return others_.revealed; }
   int notes() override { return gnote_.notes; }
 
+ protected:
+  std::unique_ptr<TestOwner> owner_;
+
  private:
   static constexpr const char* userBus = "user";
   static constexpr const char* schemes[] = {"https", "file"};
@@ -296,7 +299,6 @@ class LinuxDesktop : public TestDesktop {
   Others others_;
   FileManager fileManager_{others_};
   Gnote gnote_;
-  std::unique_ptr<TestOwner> owner_;
   NoApplication application_;
   QtMainQueue queue_;
   SessionBus bus_{queue_};
@@ -334,14 +336,12 @@ class WaylandDesktop : private PrivateCompositor, public LinuxDesktop {
         LinuxDesktop(connectWaylandClipboard(display())) {}
 
   void copyElsewhere(const std::string& text) override {
-    owner_ = std::make_unique<WaylandTestOwner>(display(), WaylandTestOwner::Data{{type, text}});
+    owner_ = std::make_unique<WaylandOwner>(display(), TestOwner::Data{{type, text}});
   }
   std::string pasteElsewhere() override { return pasteFromWayland(display(), type).value_or(""); }
 
  private:
   static constexpr const char* type = "text/plain;charset=utf-8";
-
-  std::unique_ptr<WaylandTestOwner> owner_;
 };
 
 std::unique_ptr<TestDesktop> makeWaylandDesktop() { return std::make_unique<WaylandDesktop>(); }

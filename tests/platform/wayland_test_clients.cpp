@@ -1,15 +1,9 @@
 #include "tests/platform/wayland_test_clients.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
-#include <sys/eventfd.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
@@ -39,6 +33,45 @@ bool serve(WaylandDataControl& control, const std::vector<int>& others,
   return true;
 }
 
+void own(const std::string& display, TestOwner::State& owner) {
+  const auto control = WaylandDataControl::connect(display);
+  struct Held {
+    std::string rest;
+    Descriptor to;
+  };
+  std::vector<Held> held;
+  bool resumed = false;
+  const auto put = [&](const Descriptor& to, const std::string& bytes) {
+    if (writeFully(to.get(), bytes)) owner.given += bytes.size();
+  };
+  std::vector<std::string> types;
+  for (const auto& [type, bytes] : owner.data) types.push_back(type);
+  control->watch({[&](const std::unique_ptr<WaylandOffer>& offer, bool) {
+                    if (!offer || offer->types() != types) return;
+                    owner.tellReady();
+                  },
+                  [&](const std::string& type, Descriptor to) {
+                    const std::string& bytes = owner.data.at(type);
+                    const std::size_t now = resumed ? bytes.size()
+                                            : owner.manners.ignored.contains(type)
+                                                ? 0
+                                                : std::min(bytes.size(), owner.manners.stallAfter);
+                    put(to, bytes.substr(0, now));
+                    if (now < bytes.size()) held.push_back({bytes.substr(now), std::move(to)});
+                    owner.asked = true;
+                  },
+                  [&] { owner.replaced = true; }});
+  control->offer(types);
+  serve(*control, {owner.quit, owner.resume}, [&] {
+    if (owner.takeResume()) {
+      resumed = true;
+      for (const Held& each : held) put(each.to, each.rest);
+      held.clear();
+    }
+    return owner.isQuit();
+  });
+}
+
 }  // namespace
 
 std::vector<std::string> waylandDesktops() {
@@ -49,96 +82,12 @@ std::vector<std::string> waylandDesktops() {
 PrivateCompositor::PrivateCompositor(const std::string& desktop) {
   if (desktop == "present") return;
   display_ = home_ / "socket";
-  std::array<int, 2> pipe{};
-  if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return;
-  const std::string program = helperPath("fake_wayland_desktop");
-  process_ = ::fork();
-  if (process_ == 0) {
-    ::prctl(PR_SET_PDEATHSIG, SIGTERM);  // also when the test is killed
-    ::dup2(pipe[1], STDOUT_FILENO);
-    ::execl(program.c_str(), program.c_str(), desktop.c_str(), display_.c_str(), nullptr);
-    ::_exit(127);
-  }
-  ::close(pipe[1]);
-  char said = 0;
-  [[maybe_unused]] const ssize_t got = ::read(pipe[0], &said, 1);
-  ::close(pipe[0]);
+  process_.start({helperPath("fake_wayland_desktop"), desktop, display_});
 }
 
-PrivateCompositor::~PrivateCompositor() { kill(); }
-
-void PrivateCompositor::kill() {
-  if (process_ <= 0) return;
-  ::kill(process_, SIGTERM);
-  ::waitpid(process_, nullptr, 0);
-  process_ = -1;
-}
-
-WaylandTestOwner::WaylandTestOwner(std::string display, Data data, Manners manners)
-    : data_(std::move(data)),
-      manners_(std::move(manners)),
-      resume_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      quit_(::eventfd(0, EFD_CLOEXEC)) {
-  thread_ = std::thread([this, display = std::move(display)] { run(display); });
-  ready_.wait(false);
-}
-
-WaylandTestOwner::~WaylandTestOwner() {
-  ::eventfd_write(quit_, 1);
-  thread_.join();
-  ::close(quit_);
-  ::close(resume_);
-}
-
-void WaylandTestOwner::resume() { ::eventfd_write(resume_, 1); }
-
-bool WaylandTestOwner::await(const std::atomic<bool>& flag) {
-  const auto end = Clock::now() + limit;
-  while (!flag && Clock::now() < end) std::this_thread::sleep_for(std::chrono::microseconds(100));
-  return flag;
-}
-
-void WaylandTestOwner::run(const std::string& display) {
-  const auto control = WaylandDataControl::connect(display);
-  struct Held {
-    std::string rest;
-    Descriptor to;
-  };
-  std::vector<Held> held;
-  bool resumed = false;
-  const auto put = [&](const Descriptor& to, const std::string& bytes) {
-    if (writeFully(to.get(), bytes)) written_ += bytes.size();
-  };
-  std::vector<std::string> types;
-  for (const auto& [type, bytes] : data_) types.push_back(type);
-  control->watch({[&](const std::unique_ptr<WaylandOffer>& offer, bool) {
-                    if (!offer || offer->types() != types) return;
-                    ready_ = true;
-                    ready_.notify_one();
-                  },
-                  [&](const std::string& type, Descriptor to) {
-                    const std::string& bytes = data_.at(type);
-                    const std::size_t now = resumed ? bytes.size()
-                                            : manners_.ignored.contains(type)
-                                                ? 0
-                                                : std::min(bytes.size(), manners_.stallAfter);
-                    put(to, bytes.substr(0, now));
-                    if (now < bytes.size()) held.push_back({bytes.substr(now), std::move(to)});
-                    asked_ = true;
-                  },
-                  [&] { replaced_ = true; }});
-  control->offer(types);
-  pollfd quit{quit_, POLLIN, 0};
-  serve(*control, {quit_, resume_}, [&] {
-    eventfd_t ignored = 0;
-    if (::eventfd_read(resume_, &ignored) == 0) {
-      resumed = true;
-      for (const Held& each : held) put(each.to, each.rest);
-      held.clear();
-    }
-    return ::poll(&quit, 1, 0) > 0;
-  });
-}
+WaylandOwner::WaylandOwner(const std::string& display, Data data, Manners manners)
+    : TestOwner(std::move(data), std::move(manners),
+                [display](State& owner) { own(display, owner); }) {}
 
 std::optional<std::string> pasteFromWayland(const std::string& display, const std::string& type) {
   const auto control = WaylandDataControl::connect(display);

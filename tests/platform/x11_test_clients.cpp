@@ -1,11 +1,7 @@
 #include "tests/platform/x11_test_clients.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <sys/eventfd.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -19,34 +15,10 @@
 
 namespace marbelot {
 
-PrivateServer::PrivateServer(const char* screen) {
-  std::array<int, 2> pipe{};
-  if (::pipe2(pipe.data(), O_CLOEXEC) != 0) return;
-  process_ = ::fork();
-  if (process_ == 0) {
-    ::prctl(PR_SET_PDEATHSIG, SIGTERM);  // also when the test is killed
-    const int number = ::dup(pipe[1]);   // the copy survives exec
-    const int null = ::open("/dev/null", O_RDWR);
-    ::dup2(null, STDERR_FILENO);
-    const std::string descriptor = std::to_string(number);
-    ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", screen, "-nolisten",
-             "tcp", "-noreset", nullptr);
-    ::_exit(127);
-  }
-  ::close(pipe[1]);
-  char character = 0;
-  while (::read(pipe[0], &character, 1) == 1 && character != '\n')
-    display_ += display_.empty() ? std::string(":") + character : std::string(1, character);
-  ::close(pipe[0]);
-}
-
-PrivateServer::~PrivateServer() { kill(); }
-
-void PrivateServer::kill() {
-  if (process_ <= 0) return;
-  ::kill(process_, SIGTERM);
-  ::waitpid(process_, nullptr, 0);
-  process_ = -1;
+PrivateServer::PrivateServer(const std::string& screen) {
+  const std::string number = process_.start(
+      {"Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp", "-noreset"});
+  if (!number.empty()) display_ = ":" + number;
 }
 
 namespace {
@@ -88,41 +60,15 @@ void notify(X11Connection& x, const xcb_selection_request_event_t& request, xcb_
   xcb_send_event(x.get(), 0, request.requestor, 0, wire.data());
 }
 
-}  // namespace
-
-TestOwner::TestOwner(std::string display, Data data, Manners manners)
-    : data_(std::move(data)),
-      manners_(std::move(manners)),
-      resume_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      quit_(::eventfd(0, EFD_CLOEXEC)) {
-  thread_ = std::thread([this, display = std::move(display)] { run(display); });
-  ready_.wait(false);
-}
-
-TestOwner::~TestOwner() {
-  ::eventfd_write(quit_, 1);
-  thread_.join();
-  ::close(quit_);
-  ::close(resume_);
-}
-
-void TestOwner::resume() { ::eventfd_write(resume_, 1); }
-
-bool TestOwner::await(const std::atomic<bool>& flag) {
-  const auto end = X11Clock::now() + std::chrono::seconds(20);
-  while (!flag && X11Clock::now() < end)
-    std::this_thread::sleep_for(std::chrono::microseconds(100));
-  return flag;
-}
-
 // What the owner's thread does.
-class TestOwner::Service {
+class Service {
  public:
-  Service(TestOwner& owner, X11Connection& x) : owner_(owner), x_(x), manners_(owner.manners_) {}
+  Service(TestOwner::State& owner, X11Connection& x)
+      : owner_(owner), x_(x), manners_(owner.manners) {}
 
   void handle(X11Reply<xcb_generic_event_t> event) {
     if (eventType(*event) == XCB_SELECTION_CLEAR) {
-      owner_.replaced_ = true;
+      owner_.replaced = true;
     } else if (eventType(*event) == XCB_SELECTION_REQUEST) {
       const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(*event);
       const std::array<xcb_atom_t, 1> asked{request.target};
@@ -134,7 +80,7 @@ class TestOwner::Service {
         answer(request, name);
       }
       xcb_flush(x_.get());
-      if (name != "TARGETS") owner_.asked_ = true;
+      if (name != "TARGETS") owner_.asked = true;
     } else if (eventType(*event) == XCB_PROPERTY_NOTIFY) {
       const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
       const auto transfer = sending_.find({change.window, change.atom});
@@ -148,7 +94,7 @@ class TestOwner::Service {
   }
 
   void resume() {
-    manners_ = {manners_.refused, {}, manners_.partSize};
+    manners_ = {.refused = manners_.refused, .partSize = manners_.partSize};
     for (auto& request : std::exchange(ignored_, {})) handle(std::move(request));
     for (const Place& place : std::exchange(stalled_, {})) sendPart(place);
   }
@@ -162,14 +108,14 @@ class TestOwner::Service {
   };
 
   void answer(const xcb_selection_request_event_t& request, const std::string& name) {
-    auto found = owner_.data_.find(name);
-    if (manners_.anything && found == owner_.data_.end()) found = owner_.data_.begin();
+    auto found = owner_.data.find(name);
+    if (manners_.anything && found == owner_.data.end()) found = owner_.data.begin();
     if (name == "TARGETS") {
       std::vector<std::uint32_t> atoms{x_.atom("TARGETS"), x_.atom("MULTIPLE")};
-      for (const auto& [type, bytes] : owner_.data_) atoms.push_back(x_.atom(type));
+      for (const auto& [type, bytes] : owner_.data) atoms.push_back(x_.atom(type));
       putWords(x_, request.requestor, request.property, XCB_ATOM_ATOM, atoms);
       notify(x_, request, request.property);
-    } else if (found == owner_.data_.end() || manners_.refused.contains(name)) {
+    } else if (found == owner_.data.end() || manners_.refused.contains(name)) {
       notify(x_, request, XCB_ATOM_NONE);
     } else if (found->second.size() <= manners_.partSize) {
       putBytes(x_, request.requestor, request.property, request.target, found->second);
@@ -180,7 +126,6 @@ class TestOwner::Service {
       putWords(x_, request.requestor, request.property, x_.atom("INCR"),
                {static_cast<std::uint32_t>(found->second.size())});
       sending_[{request.requestor, request.property}] = {request.target, &found->second, 0};
-      owner_.sending_ = sending_.size();
       notify(x_, request, request.property);
     }
   }
@@ -191,41 +136,43 @@ class TestOwner::Service {
     const std::string part = state.bytes->substr(state.sent, manners_.slow ? 1 : manners_.partSize);
     putBytes(x_, place.first, place.second, state.type, part);
     state.sent += part.size();
-    owner_.sent_ += part.size();
+    owner_.given += part.size();
     if (part.empty()) sending_.erase(Place(place));
-    owner_.sending_ = sending_.size();
   }
 
-  TestOwner& owner_;
+  TestOwner::State& owner_;
   X11Connection& x_;
-  Manners manners_;
+  TestOwner::Manners manners_;
   std::map<Place, Sending> sending_;
   std::set<Place> stalled_;
   std::vector<X11Reply<xcb_generic_event_t>> ignored_;
 };
 
-void TestOwner::run(const std::string& display) {
+void own(const std::string& display, TestOwner::State& owner) {
   X11Connection x(display);
   const xcb_window_t window = x.createWindow();
   xcb_set_selection_owner(x.get(), window, x.atom("CLIPBOARD"), XCB_CURRENT_TIME);
   x.atom("UTF8_STRING");
   xcb_flush(x.get());
-  ready_ = true;
-  ready_.notify_one();
+  owner.tellReady();
 
-  Service service(*this, x);
-  std::array<pollfd, 1> quit{{{quit_, POLLIN, 0}}};
-  while (x.alive() && ::poll(quit.data(), 1, 0) == 0) {
-    eventfd_t resumed = 0;
-    if (::eventfd_read(resume_, &resumed) == 0) service.resume();
+  Service service(owner, x);
+  while (x.alive() && !owner.isQuit()) {
+    if (owner.takeResume()) service.resume();
     auto event = nextEvent(x);
     if (event) {
       service.handle(std::move(event));
     } else {
-      waitFor(x, {quit_, resume_}, -1);
+      waitFor(x, {owner.quit, owner.resume}, -1);
     }
   }
 }
+
+}  // namespace
+
+X11Owner::X11Owner(const std::string& display, Data data, Manners manners)
+    : TestOwner(std::move(data), std::move(manners),
+                [display](State& owner) { own(display, owner); }) {}
 
 TestManager::TestManager(std::string display, bool deaf)
     : display_(std::move(display)), quit_(::eventfd(0, EFD_CLOEXEC)) {

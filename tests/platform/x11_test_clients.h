@@ -1,77 +1,34 @@
-// A private X server, and other programs on it: one that copies, with bad manners when asked, and
-// one that pastes.
+// A private X server, and other programs on it: one that copies, and one that pastes.
 #pragma once
 
-#include <sys/types.h>
-
 #include <atomic>
-#include <cstddef>
 #include <map>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
+
+#include "tests/platform/other_programs.h"
 
 namespace marbelot {
 
 class PrivateServer {
  public:
   // `screen` is its width, height and depth.
-  explicit PrivateServer(const char* screen = "320x240x24");
-  ~PrivateServer();
+  explicit PrivateServer(const std::string& screen = "320x240x24");
   // ":N"; empty when the server could not be started.
   const std::string& display() const { return display_; }
-  void kill();
+  void kill() { process_.kill(); }
 
  private:
-  pid_t process_ = -1;
+  PrivateProcess process_;
   std::string display_;
 };
 
-// Owns the clipboard from its construction until it is destroyed or replaced.
-class TestOwner {
+class X11Owner : public TestOwner {
  public:
-  struct Manners {
-    std::set<std::string> refused;  // offered, but not given
-    std::set<std::string> ignored;  // never answered
-    std::size_t partSize = std::size_t{1} << 18;
-    std::size_t stallAfter = SIZE_MAX;  // bytes of a transfer in parts
-    bool slow = false;                  // parts of one byte each, at leisure
-    bool anything = false;              // gives its first type to whoever asks for another
-  };
-  using Data = std::map<std::string, std::string>;
-
-  TestOwner(std::string display, Data data, Manners manners);
-  TestOwner(std::string display, Data data) : TestOwner(std::move(display), std::move(data), {}) {}
-  ~TestOwner();
-
-  // Returns when somebody has asked for more than the list of types; what is answered at all has
-  // been answered then. False when nobody does within 20 seconds.
-  bool awaitReader() const { return await(asked_); }
-  // Returns when another one owns the clipboard; false when none does within 20 seconds.
-  bool awaitSuccessor() const { return await(replaced_); }
-  // From now on it is neither silent nor slow, and goes on where it had stopped.
-  void resume();
-  // Whether somebody is being sent something in parts, and how many bytes have been sent so.
-  bool sending() const { return sending_ > 0; }
-  std::size_t sent() const { return sent_; }
-
- private:
-  class Service;
-  static bool await(const std::atomic<bool>& flag);
-  void run(const std::string& display);
-
-  const Data data_;
-  const Manners manners_;
-  std::atomic<bool> ready_ = false;
-  std::atomic<bool> asked_ = false;
-  std::atomic<bool> replaced_ = false;
-  std::atomic<std::size_t> sending_ = 0;
-  std::atomic<std::size_t> sent_ = 0;
-  int resume_;
-  int quit_;
-  std::thread thread_;
+  X11Owner(const std::string& display, Data data, Manners manners);
+  X11Owner(const std::string& display, Data data) : X11Owner(display, std::move(data), {}) {}
 };
 
 // A desktop's clipboard manager: when a program leaves, it fetches the types named to it.
