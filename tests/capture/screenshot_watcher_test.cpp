@@ -28,11 +28,14 @@ class ScreenshotWatcherTest : public testing::Test {
         [this] { return text::now() + clockIsOff_; });
     watcher_->start();
   }
+  void startAndList() {
+    start();
+    desktop_.queue.drain();
+  }
   std::string save(const std::string& name, const std::string& bytes = *png(640)) {
     writeFile(folder_ + "/" + name, bytes);
     return folder_ + "/" + name;
   }
-  static void mark(const std::string& path) { markScreenshot(path); }
   void event() {
     desktop_.folderEvents.fire();
     desktop_.queue.drain();
@@ -70,8 +73,7 @@ TEST_F(ScreenshotWatcherTest, CopiesNewScreenshotsOnceAndOldOnesNever) {
 }
 
 TEST_F(ScreenshotWatcherTest, AcceptsFiveExtensionsInAnyCase) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   for (const char* name :
        {"Screenshot.PNG", "Screenshot.jpg", "Screenshot.jpeg", "Screenshot.tiff", "Screenshot.heic",
         "Screenshot.gif", "Screenshot", "Screenshot.png.part"})
@@ -83,8 +85,7 @@ TEST_F(ScreenshotWatcherTest, AcceptsFiveExtensionsInAnyCase) {
 }
 
 TEST_F(ScreenshotWatcherTest, LeavesTheNewestOfABatchOnTheClipboard) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   for (int i = 0; i < 20; ++i) {
     // Older ones under later names, in whatever order the folder lists them.
     const std::string path =
@@ -99,28 +100,26 @@ TEST_F(ScreenshotWatcherTest, LeavesTheNewestOfABatchOnTheClipboard) {
 }
 
 TEST_F(ScreenshotWatcherTest, WaitsForTheMarkForThirtyOneTries) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   const std::string path = save("picture.png", *png(100));
   event();
   desktop_.queue.advance(0.5);
   EXPECT_EQ(copied_, Names{});
-  mark(path);
+  markScreenshot(path);
   desktop_.queue.advance(0.05);
   EXPECT_EQ(copied_, Names{"picture.png"});
 
   const std::string late = save("late.png");
   event();
   desktop_.queue.advance(1.51);
-  mark(late);
+  markScreenshot(late);
   desktop_.queue.advance(1);
   event();
   EXPECT_EQ(copied_, Names{"picture.png"}) << "a file is dropped for good after the last try";
 }
 
 TEST_F(ScreenshotWatcherTest, ReadsNoFileThatIsBeingWritten) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   const std::string whole = *png(320, 5000);
   const std::string path = folder_ + "/Screenshot slow.png";
   const int writer = open(path.c_str(), O_WRONLY | O_CREAT, 0600);
@@ -140,8 +139,7 @@ TEST_F(ScreenshotWatcherTest, ReadsNoFileThatIsBeingWritten) {
 
 // The kernel announces a file's closing before it stops counting the writer.
 TEST_F(ScreenshotWatcherTest, NoticesThatAFileIsDoneAlsoAfterItsClosingWasAnnounced) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   const std::string path = save("Screenshot.png", *png(320));
   const int writer = open(path.c_str(), O_WRONLY);
   event();
@@ -177,8 +175,7 @@ TEST_F(ScreenshotWatcherTest, CopiesWhatIsSavedBeforeTheFolderHasBeenListed) {
 }
 
 TEST_F(ScreenshotWatcherTest, TellsOfNoScreenshotThatTheClipboardDoesNotTake) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   desktop_.pasteboard.refuses = true;
   save("Screenshot lost.png");
   event();
@@ -191,8 +188,7 @@ TEST_F(ScreenshotWatcherTest, TellsOfNoScreenshotThatTheClipboardDoesNotTake) {
 TEST_F(ScreenshotWatcherTest, CopiesNothingThatIsDatedAfterTheMomentOfLooking) {
   save("Screenshot before.png");
   clockIsOff_ = -3600;  // it has not been set yet, as after a start without a battery
-  start();
-  desktop_.queue.drain();
+  startAndList();
   clockIsOff_ = 0;
   event();
   EXPECT_EQ(copied_, Names{});
@@ -227,8 +223,7 @@ TEST_F(ScreenshotWatcherTest, TheClockMayBeSetBetweenStartAndListing) {
 }
 
 TEST_F(ScreenshotWatcherTest, SkipsWhatCannotBeReadAndGoesOn) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   std::string claims = *png(60000);
   claims.replace(20, 4, std::string("\0\0\xEA\x60", 4));  // the height, 60000 too
   save("Screenshot empty.png", "");
@@ -248,8 +243,7 @@ TEST_F(ScreenshotWatcherTest, SkipsWhatCannotBeReadAndGoesOn) {
 }
 
 TEST_F(ScreenshotWatcherTest, LetsAnUnreadableFileAndARefusedStreamPass) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
   ASSERT_EQ(chmod(home_.path().c_str(), 0755), 0);
   ASSERT_EQ(chmod(save("Screenshot locked.png").c_str(), 0), 0);
@@ -271,8 +265,7 @@ TEST_F(ScreenshotWatcherTest, LetsAnUnreadableFileAndARefusedStreamPass) {
 }
 
 TEST_F(ScreenshotWatcherTest, MarksOfOtherToolsCount) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   std::string titled = *png(50);
   const std::string text = "tEXtSoftware";
   titled.insert(
@@ -302,8 +295,7 @@ TEST_F(ScreenshotWatcherTest, CopiesNothingThatAFolderBringsAlong) {
   olderFolder("late");
   olderFolder("other");
   std::filesystem::remove(folder_);
-  start();
-  desktop_.queue.drain();
+  startAndList();
   std::filesystem::rename(home_ / "late", folder_);
   event();
   EXPECT_EQ(copied_, Names{}) << "of a folder that is mounted late";
@@ -328,8 +320,7 @@ TEST_F(ScreenshotWatcherTest, CopiesNothingThatAFolderBringsAlong) {
 }
 
 TEST_F(ScreenshotWatcherTest, OutlivesItsFolderAndEndsQuietly) {
-  start();
-  desktop_.queue.drain();
+  startAndList();
   std::filesystem::remove_all(folder_);
   event();
   std::filesystem::create_directory(folder_);

@@ -279,18 +279,27 @@ Bitmap picture(int width, int height, bool opaque) {
   return bitmap;
 }
 
+// Written, the picture is the same for the toolkit and for our own reader.
+SharedBytes written(const Bitmap& bitmap, const std::string& what) {
+  const SharedBytes bytes = encodePng(bitmap);
+  const auto back = bytes ? read(*bytes) : std::nullopt;
+  EXPECT_TRUE(back) << what;
+  if (!back) return share("");
+  EXPECT_EQ(difference(bitmap, toolkit(*bytes)), 0) << what;
+  for (int y = 0; y < bitmap.height(); ++y) {
+    const auto size = static_cast<std::size_t>(bitmap.width()) * 4;
+    EXPECT_EQ(std::memcmp(back->row(y), bitmap.row(y), size), 0) << what << ", row " << y;
+  }
+  return bytes;
+}
+
 TEST(PngWriter, WritesWhatEveryReaderReads) {
   for (const bool opaque : {true, false}) {
     for (const auto& [width, height] :
          {std::pair(1, 1), {3, 1}, {1, 700}, {640, 480}, {2500, 1100}}) {
       const Bitmap bitmap = picture(width, height, opaque);
-      const SharedBytes bytes = encodePng(bitmap);
-      ASSERT_TRUE(bytes);
-      EXPECT_EQ(difference(bitmap, toolkit(*bytes)), 0) << width << " by " << height;
-      const auto back = read(*bytes);
-      ASSERT_TRUE(back);
-      for (int y = 0; y < height; ++y)
-        ASSERT_EQ(std::memcmp(back->row(y), bitmap.row(y), static_cast<std::size_t>(width) * 4), 0);
+      const SharedBytes bytes =
+          written(bitmap, std::to_string(width) + " by " + std::to_string(height));
       const QImage image = QImage::fromData(QByteArray::fromStdString(*bytes));
       EXPECT_EQ(image.hasAlphaChannel(), !opaque);
       EXPECT_TRUE(image.colorSpace() == QColorSpace::SRgb);
@@ -313,15 +322,7 @@ TEST(PngWriter, KeepsFewColours) {
       }
       // Clear pixels before the first colour are no colour of the palette.
       if (width == 8) std::fill_n(bitmap.row(0), colours % 2 == 0 ? 4 : 32, std::uint8_t{0});
-      const SharedBytes bytes = encodePng(bitmap);
-      ASSERT_TRUE(bytes);
-      EXPECT_EQ(difference(bitmap, toolkit(*bytes)), 0) << colours << " colours, width " << width;
-      const auto back = read(*bytes);
-      ASSERT_TRUE(back) << colours;
-      for (int y = 0; y < 300; ++y) {
-        ASSERT_EQ(std::memcmp(back->row(y), bitmap.row(y), 4 * static_cast<std::size_t>(width)), 0)
-            << colours << " colours, width " << width << ", row " << y;
-      }
+      written(bitmap, std::to_string(colours) + " colours, width " + std::to_string(width));
     }
   }
 }
@@ -348,8 +349,7 @@ TEST(PngWriter, FiltersWithoutLoss) {
         }
       }
       for (int y = 0; y < 203; ++y) premultiplySimply(bitmap.row(y), bitmap.row(y), 401);
-      const SharedBytes png = encodePng(bitmap);
-      EXPECT_EQ(difference(bitmap, toolkit(*png)), 0) << slope << opaque;
+      const SharedBytes png = written(bitmap, "slope " + std::to_string(slope));
       if (photo && opaque) {
         const auto theirs = encoded(toolkit(*png).convertToFormat(QImage::Format_RGB888), "PNG");
         EXPECT_LT(static_cast<double>(png->size()), 1.04 * static_cast<double>(theirs.size()));

@@ -143,30 +143,5 @@ TEST_F(MenuViewTest, TellsEachChangeOfTheHighlightOnce) {
   EXPECT_EQ(told("- closed"), "- closed");
 }
 
-// Another copy moves the entries while the actions of one of them are open.
-TEST_F(MenuViewTest, OpenActionsGoOnMeaningTheirEntry) {
-  const auto entry = [](const std::string& name) {
-    MenuItem item;
-    item.title = name;
-    item.payload = std::make_shared<const HUDPayload>(HUDPayload{share(name)});
-    item.submenu = std::make_shared<Menu>();
-    item.submenu->add("Delete " + name, "deleteClipHistory:");
-    return item;
-  };
-  menu->add(entry("bravo"));
-  menu->add(entry("alpha"));
-  QMenu* shown = open();
-  ASSERT_TRUE(shown);
-  shown->setActiveAction(shown->actions()[0]);
-  QTest::keyClick(shown, Qt::Key_Right);
-  auto* actions = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-  ASSERT_TRUE(actions && actions != shown);
-  menu->items.insert(menu->items.begin(), std::make_shared<MenuItem>(entry("charlie")));
-  view.sync();
-  ASSERT_TRUE(actions->isVisible());
-  actions->actions()[0]->trigger();
-  EXPECT_EQ(chosen, "Delete bravo");
-}
-
 }  // namespace
 }  // namespace marbelot

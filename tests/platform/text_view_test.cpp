@@ -65,41 +65,6 @@ TEST_F(TextViewTest, GivesBackEveryTextToTheByte) {
   }
 }
 
-TEST_F(TextViewTest, EditingAcrossLineEndsAndCutLines) {
-  // The second kind of break carries a mark; a line of more than 4096 is cut there.
-  const std::string line(4100, 'l');
-  const struct {
-    std::string text;
-    int down;
-    Qt::Key key;
-    std::string result;
-  } cases[] = {
-      {"a\r\nb\nc", 1, Qt::Key_Backspace, "ab\nc"},
-      {"a\r\nb\nc", 2, Qt::Key_Backspace, "a\r\nbc"},
-      {"a\r\nb\nc", 1, Qt::Key_Return, "a\r\n\r\nb\nc"},
-      {"a\r\nb\nc", 2, Qt::Key_Delete, "a\r\nb\n"},
-      {line, 1, Qt::Key_Backspace, line.substr(1)},
-      {line, 1, Qt::Key_Y, line.substr(0, 4096) + "yllll"},
-      {line, 1, Qt::Key_Return, line.substr(0, 4096) + "\nllll"},
-  };
-  for (const auto& [text, down, key, result] : cases) {
-    show(text);
-    QTextCursor cursor = view.textCursor();
-    cursor.movePosition(QTextCursor::NextBlock, QTextCursor::MoveAnchor, down);
-    view.setTextCursor(cursor);
-    press(key);
-    EXPECT_EQ(contents(), result) << text.substr(0, 10) << " " << key;
-    view.undo();
-    EXPECT_EQ(contents(), text);
-  }
-  show("a\nb");
-  view.moveCursor(QTextCursor::EndOfBlock);
-  press(Qt::Key_Delete);
-  EXPECT_EQ(contents(), "ab");
-  press(Qt::Key_Return, Qt::ShiftModifier);
-  EXPECT_EQ(contents(), "a\nb");
-}
-
 TEST_F(TextViewTest, PastingIsOneStep) {
   show("start ");
   view.moveCursor(QTextCursor::End);
@@ -252,8 +217,8 @@ struct SideBySideTest : TextViewTest {
     press(back ? Qt::Key_Home : Qt::Key_End, Qt::ShiftModifier);
     place(true);
   }
-  void type(Qt::Key key, const std::string& text) {
-    press(key);
+  void type(Qt::Key key, const std::string& text, Qt::KeyboardModifiers modifiers = {}) {
+    press(key, modifiers);
     model.replace(text);
   }
   // One edit; its letter.
@@ -274,6 +239,7 @@ struct SideBySideTest : TextViewTest {
         [this] { paste(); },
         [this] { undoAndRedo(); },
         [this] { type(Qt::Key_Y, "y"); },
+        [this] { type(Qt::Key_Return, model.lineBreak, Qt::ShiftModifier); },
     };
     const auto chosen = random() % std::size(edits);
     edits[chosen]();

@@ -129,7 +129,18 @@ TEST(WebAddresses, AreSecureOrThisMachines) {
 
 class UpdaterTest : public testing::Test {
  protected:
-  void run() { desktop_.queue.drain(); }
+  void check() {
+    updater_.checkForUpdates();
+    wait();
+  }
+  void checkInBackground() {
+    updater_.checkForUpdatesInBackground();
+    wait();
+  }
+  void wait(double seconds = 1) {
+    desktop_.queue.advance(seconds);
+    desktop_.queue.drain();
+  }
   const Alert& alert() const { return desktop_.dialogs.shown.back(); }
 
   // By address; what is missing cannot be reached.
@@ -151,9 +162,7 @@ class UpdaterTest : public testing::Test {
 TEST_F(UpdaterTest, TheForegroundTellsInAnyCase) {
   web_[feed_] = feed(item("2.0", "<description>Better.</description>"));
   updater_.checkForUpdates();
-  updater_.checkForUpdates();
-  desktop_.queue.advance(1);
-  run();
+  check();
   EXPECT_EQ(asked_.size(), 1U);
   ASSERT_EQ(desktop_.dialogs.shown.size(), 1U);
   EXPECT_EQ(alert().message, "A new version of Marbelot is available!");
@@ -163,29 +172,21 @@ TEST_F(UpdaterTest, TheForegroundTellsInAnyCase) {
   EXPECT_EQ(std::get<TextArea>(alert().accessory.at(0).content).text, "Better.");
   desktop_.dialogs.answer(2);
   EXPECT_TRUE(desktop_.workspace.opened.empty());
-  updater_.checkForUpdates();
-  desktop_.queue.advance(1);
-  run();
+  check();
   desktop_.dialogs.answer(0);
   EXPECT_EQ(desktop_.workspace.opened,
             std::vector<std::string>{"https://example.org/Marbelot-2.0.tar.gz"});
 
   web_[feed_] = feed(item("1.0"));
-  updater_.checkForUpdates();
-  desktop_.queue.advance(1);
-  run();
+  check();
   EXPECT_EQ(alert().message, "You’re up to date!");
   desktop_.dialogs.answer(0);
   web_[feed_] = "<html>";
-  updater_.checkForUpdates();
-  desktop_.queue.advance(1);
-  run();
+  check();
   EXPECT_EQ(alert().message, "Couldn’t check for updates");
   desktop_.dialogs.answer(0);
   web_.clear();
-  updater_.checkForUpdates();
-  desktop_.queue.advance(1);
-  run();
+  check();
   EXPECT_EQ(alert().informative, "The update feed cannot be reached: no route");
   desktop_.dialogs.answer(0);
   EXPECT_TRUE(desktop_.notices.posted.empty());
@@ -193,7 +194,7 @@ TEST_F(UpdaterTest, TheForegroundTellsInAnyCase) {
   desktop_.defaults.set("SUFeedURL", "http://example.org/appcast.xml");
   const std::size_t before = asked_.size();
   updater_.checkForUpdates();
-  run();
+  desktop_.queue.drain();
   EXPECT_EQ(alert().informative, "The address of the update feed is not a secure one (https).");
   EXPECT_EQ(asked_.size(), before);
 }
@@ -205,11 +206,9 @@ TEST_F(UpdaterTest, NotesOnAPageOfTheirOwnAreFetched) {
   web_["https://example.org/n"] = "<p>A page.";
   for (const char* notes : {"A page.", ""}) {
     updater_.checkForUpdates();
-    desktop_.queue.advance(0.6);
-    run();
+    wait(0.6);
     updater_.checkForUpdates();  // again, while the page is on its way
-    desktop_.queue.advance(3);
-    run();
+    wait(3);
     const auto& views = alert().accessory;
     EXPECT_EQ(views.empty() ? "" : std::get<TextArea>(views[0].content).text, notes);
     desktop_.dialogs.answer(2);
@@ -219,34 +218,23 @@ TEST_F(UpdaterTest, NotesOnAPageOfTheirOwnAreFetched) {
 }
 
 TEST_F(UpdaterTest, TheBackgroundIsSilentUnlessThereIsSomethingNewer) {
-  updater_.checkForUpdatesInBackground();
-  desktop_.queue.advance(1);
+  checkInBackground();
   web_[feed_] = feed(item("1.0"));
-  updater_.checkForUpdatesInBackground();
-  desktop_.queue.advance(1);
-  run();
+  checkInBackground();
   EXPECT_TRUE(desktop_.notices.posted.empty());
   web_[feed_] = feed(item("2.0"));
-  updater_.checkForUpdatesInBackground();
-  desktop_.queue.advance(1);
-  run();
+  checkInBackground();
   EXPECT_EQ(desktop_.notices.last(), "Marbelot 2.0 is available: see “Check for Updates…”");
   EXPECT_TRUE(desktop_.dialogs.shown.empty()) << "nobody has asked";
 
-  updater_.checkForUpdates();
-  desktop_.queue.advance(1);
-  run();
+  check();
   desktop_.dialogs.answer(1);
-  updater_.checkForUpdatesInBackground();
-  desktop_.queue.advance(1);
-  run();
+  checkInBackground();
   EXPECT_EQ(desktop_.notices.posted.size(), 1U) << "that version is skipped";
   web_[feed_] = feed(item("2.1"));
   updater_.checkForUpdatesInBackground();
   // Somebody asks meanwhile.
-  updater_.checkForUpdates();
-  desktop_.queue.advance(1);
-  run();
+  check();
   EXPECT_EQ(desktop_.dialogs.shown.size(), 2U);
 }
 
@@ -255,8 +243,7 @@ TEST_F(UpdaterTest, AutomaticChecksKeepTheirIntervalAcrossRuns) {
   const double week = 604800;
   updater_.setAutomaticallyChecksForUpdates(true);
   updater_.setUpdateCheckInterval(week);
-  desktop_.queue.advance(10);
-  run();
+  wait(10);
   EXPECT_EQ(asked_.size(), 1U) << "never checked before";
   for (double passed = 0; passed < week - 100; passed += 50000) desktop_.queue.advance(50000);
   EXPECT_EQ(asked_.size(), 1U + (50000 * 13 > week ? 1 : 0));
@@ -267,8 +254,7 @@ TEST_F(UpdaterTest, AutomaticChecksKeepTheirIntervalAcrossRuns) {
   next.setAutomaticallyChecksForUpdates(true);
   desktop_.queue.advance(3600);
   EXPECT_EQ(asked_.size(), before) << "the last run has checked";
-  desktop_.queue.advance(week);
-  run();
+  wait(week);
   EXPECT_EQ(asked_.size(), before + 1);
   next.setAutomaticallyChecksForUpdates(false);
   desktop_.queue.advance(2 * week);

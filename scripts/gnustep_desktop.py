@@ -13,9 +13,7 @@ import re
 import subprocess
 import sys
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
-
-from virtual_desktop import STARTUP_SECONDS, VirtualDesktop, until  # noqa: E402
+from virtual_desktop import STARTUP_SECONDS, VirtualDesktop, until
 
 
 class GNUstepDesktop(VirtualDesktop):
