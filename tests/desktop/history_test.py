@@ -56,10 +56,6 @@ class HistoryTest(DesktopTest):
         self.screen.set_clipboard(text if isinstance(text, bytes) else text.encode())
         until(lambda: self.program.stored() != before, "recorded")
 
-    def saved(self):
-        """The bytes of the copied images' files, in the order of their names."""
-        return [path.read_bytes() for path in sorted(self.images.glob("Clip *.png"))]
-
     def check_still_records(self):
         """The next copy is recorded as if nothing had happened."""
         self.next = getattr(self, "next", 0) + 1
@@ -117,17 +113,13 @@ class HistoryTest(DesktopTest):
         return [int(title.partition(prefix)[2].rstrip("”")) for title in self.program.history()
                 if prefix in title]
 
-    def test_repeated_secret_and_copied_back(self):
+    def test_secrets_stay_secret(self):
         self.start()
-        for text in ("A", "A", "B", "A"):
-            self.screen.set_clipboard(text.encode())
-            until(lambda: text in (self.program.preview() or ""), "seen")
-        until(lambda: self.program.stored_texts() == ["A", "B", "A"], "repetition left out")
-
+        self.copy_text("before")
         self.copy_types({"UTF8_STRING": b"open sesame", HINT: b"secret"})
         until(lambda: self.program.preview() == "(hidden by its owner)", "hidden")
         stays(lambda: "sesame" not in self.program.ctl("menu", "--json").stdout.decode() and
-              self.program.stored_texts() == ["A", "B", "A"], "kept secret", 0.8)
+              self.program.stored_texts() == ["before"], "kept secret", 0.8)
         self.assertNotIn("sesame", self.program.store.read_text())
         # Nor when it is copied from a window that shows it, and to select it is not to offer it.
         self.program.invoke("showClipboardViewer")
@@ -140,37 +132,16 @@ class HistoryTest(DesktopTest):
               self.screen.clipboard("TARGETS").find(b"SAVE_TARGETS") >= 0, "copied")
         self.assertEqual(self.screen.run("xclip", "-selection", "primary", "-o").stdout, b"")
         stays(lambda: "sesame" not in self.program.ctl("menu", "--json").stdout.decode() and
-              self.program.stored_texts() == ["A", "B", "A"], "kept secret", 0.8)
-        self.screen.run("xdotool", "key", "ctrl+w")
-
-        key = "ghp_" + "Zx81Kq" * 6
-        self.copy_text(f"token={key}")
-        menu = self.program.ctl("menu", "--json").stdout.decode()
-        self.assertNotIn(key[6:-6], menu)
-        self.assertIn("Reveal full value", menu)
-        self.assertEqual(self.program.stored_texts()[0], f"token={key}", "stored as it was copied")
-
-        self.program.invoke("copyClipHistory:", "--object", "2")
-        self.assertEqual(self.screen.clipboard("UTF8_STRING"), b"B", "pasteable at once")
-        expected = ["B", f"token={key}", "A", "A"]
-        self.assertEqual(self.program.stored_texts(), expected)
-        stays(lambda: self.program.stored_texts() == expected, "not recorded again", 0.8)
-
-        self.program.invoke("deleteClipHistory:", "--object", "2")
-        self.assertEqual(self.program.stored_texts(), ["B", f"token={key}", "A"])
-        self.restart()
-        self.assertEqual(self.program.stored_texts(), ["B", f"token={key}", "A"])
-        self.assertEqual(len(self.program.history()), 3)
-        self.program.invoke("clearClipHistory")
-        self.assertEqual(self.program.stored(), [])
+              self.program.stored_texts() == ["before"], "kept secret", 0.8)
 
     def test_images(self):
         self.start()
         picture = png(60, 40, seed=3)
         self.copy_types({"image/png": picture})
         until(lambda: len(self.program.stored()) == 1, "recorded")
-        self.assertEqual(self.saved(), [picture], "the bytes that came in")
-        self.assertEqual(next(self.images.iterdir()).stat().st_mode & 0o777, 0o600)
+        saved = next(self.images.glob("Clip *.png"))
+        self.assertEqual(saved.read_bytes(), picture, "the bytes that came in")
+        self.assertEqual(saved.stat().st_mode & 0o777, 0o600)
         for number, form in enumerate(("tiff", "bmp"), 2):
             self.copy_types({f"image/{form}": converted(picture, form)})
             until(lambda: len(self.program.stored()) == number, form)
@@ -198,14 +169,6 @@ class HistoryTest(DesktopTest):
         self.start()
         self.assertEqual(len(self.program.stored()), 4)
         self.assertIn("4000 × 3000", self.program.history()[0])
-        self.program.invoke("deleteClipHistory:", "--object", "0")
-
-        self.program.invoke("deleteClipHistory:", "--object", "0")
-        self.assertEqual(len(self.program.stored()), 2)
-        self.restart()
-        self.assertEqual(len(self.program.history()), 2)
-        self.program.invoke("clearClipHistory")
-        self.assertEqual(len(self.saved()), 5, "files stay")
 
     def test_bad_copies(self):
         self.start()

@@ -6,7 +6,6 @@ import os
 import shutil
 import threading
 import unittest
-import urllib.parse
 
 from desktop_case import BIN, DesktopTest, Marbelot, png, until
 
@@ -130,20 +129,6 @@ class TextActionsTest(DesktopTest):
         until(lambda: self.screen.clipboard("UTF8_STRING") == link.encode(), "link copied")
         until(lambda: self.said() == "Copied", "copy told")
         self.assertEqual(len(self.program.history()), 1)
-
-    def test_events_go_to_the_calendar(self):
-        self.install("Almanac", ["text/calendar"])
-        self.start()
-        self.copy("Lunch, tomorrow at noon")
-        self.choose("Text actions…", "Add to Calendar…")
-        name, url = self.opened()
-        self.assertEqual(name, "Almanac")
-        path = urllib.parse.unquote(url.removeprefix("file://"))
-        with open(path, encoding="utf-8", newline="") as file:
-            event = file.read()
-        self.assertTrue(event.startswith("BEGIN:VCALENDAR\nVERSION:2.0\n"))
-        self.assertIn("\nSUMMARY:Lunch\\, tomorrow at noon\n", event)
-        self.assertEqual(os.stat(path).st_mode & 0o777, 0o600)
 
     @unittest.skipUnless(shutil.which("gnote"), "Gnote is not installed")
     def test_notes_go_to_gnote(self):
