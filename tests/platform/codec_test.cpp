@@ -13,6 +13,7 @@
 #include "platform/linux/pixel_rows.h"
 #include "platform/linux/png_filters.h"
 #include "platform/linux/png_reader.h"
+#include "tests/support/png.h"
 
 namespace marbelot {
 namespace {
@@ -22,39 +23,6 @@ int below(int limit) {
   return static_cast<int>(generator() % static_cast<unsigned>(limit));
 }
 char anyByte() { return static_cast<char>(below(256)); }
-
-std::string big(std::size_t value, int bytes = 4) {
-  std::string text;
-  for (int i = bytes; i-- > 0;) text += static_cast<char>(value >> (8 * i));
-  return text;
-}
-
-std::string chunk(const std::string& type, const std::string& data) {
-  unsigned crc = ~0u;
-  for (const char c : type + data) {
-    crc ^= static_cast<unsigned char>(c);
-    for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320u : 0);
-  }
-  return big(data.size()) + type + data + big(~crc);
-}
-
-// Compressed without compressing: stored blocks.
-std::string stored(const std::string& data) {
-  std::string out = "\x78\x01";
-  unsigned low = 1, high = 0;
-  for (const char c : data) {
-    low = (low + static_cast<unsigned char>(c)) % 65521;
-    high = (high + low) % 65521;
-  }
-  for (std::size_t at = 0; at < data.size() || at == 0; at += 50000) {
-    const std::string part = data.substr(at, 50000);
-    out += static_cast<char>(at + part.size() >= data.size());
-    for (const std::size_t length : {part.size(), ~part.size()})
-      out += {static_cast<char>(length), static_cast<char>(length >> 8)};
-    out += part;
-  }
-  return out + big(high << 16 | low);
-}
 
 struct Form {
   int type, depth, samples;
@@ -377,38 +345,6 @@ TEST(Decode, ReadsTheOtherFormats) {
     ASSERT_TRUE(bitmap) << format;
     EXPECT_LE(difference(*bitmap, image.convertToFormat(QImage::Format_RGBA8888)), off) << format;
   }
-  const auto gray = decoded(encoded(image.convertToFormat(QImage::Format_Grayscale8), "JPEG", 95));
-  ASSERT_TRUE(gray);
-  EXPECT_EQ(gray->row(20)[40], gray->row(20)[41]);
-  // Two pictures of one pixel each: the first is red, the second blue.
-  const auto frame = [](char color) {
-    return std::string("\x21\xF9\4\0\0\0\0\0\x2C\0\0\0\0\1\0\1\0\0\2\2", 20) +
-           std::string(color == 'r' ? "\x44" : "\x4C") + std::string("\1\0", 2);
-  };
-  const std::string gif =
-      std::string("GIF89a\1\0\1\0\x80\0\0\xFF\0\0\0\0\xFF", 19) + frame('r') + frame('b') + "\x3B";
-  const auto first = decoded(gif);
-  ASSERT_TRUE(first);
-  EXPECT_EQ(first->row(0)[0], 255) << "the first picture of an animation";
-  EXPECT_EQ(first->row(0)[2], 0);
-}
-
-TEST(Decode, TurnsPhotosUpright) {
-  QImage image(80, 40, QImage::Format_RGB32);
-  image.fill(Qt::white);
-  for (int y = 0; y < 40; ++y)
-    for (int x = 0; x < 40; ++x) image.setPixel(x, y, qRgb(255, 0, 0));  // the left half
-  std::string jpeg = encoded(image, "JPEG", 95);
-  // "Turn me by 90 degrees to the right": the left half comes to the top.
-  const std::string exif =
-      std::string("Exif\0\0MM\0\x2A\0\0\0\x08\0\1\x01\x12\0\3\0\0\0\1\0\6\0\0", 28) + big(0);
-  jpeg.insert(2, "\xFF\xE1" + big(exif.size() + 2, 2) + exif);
-  const auto bitmap = decoded(jpeg);
-  ASSERT_TRUE(bitmap);
-  ASSERT_EQ(bitmap->width(), 40);
-  ASSERT_EQ(bitmap->height(), 80);
-  EXPECT_LT(bitmap->row(10)[4 * 20 + 1], 60) << "red above";
-  EXPECT_GT(bitmap->row(70)[4 * 20 + 1], 200) << "white below";
 }
 
 TEST(Decode, ConvertsColoursToSrgb) {
@@ -430,20 +366,6 @@ TEST(Decode, ConvertsColoursToSrgb) {
       }
     }
   }
-  // The older way: a gamma alone. 1.0 is linear light, 1 / 2.2 what sRGB is taken for.
-  std::string flat;
-  for (int y = 0; y < 2; ++y) flat += std::string("\0\x80\x80\x80", 4);
-  const auto level = [&](const std::string& colors) {
-    const std::string png = "\x89PNG\r\n\x1A\n" +
-                            chunk("IHDR", big(1) + big(2) + std::string("\x08\2\0\0\0", 5)) +
-                            colors + chunk("IDAT", stored(flat)) + chunk("IEND", "");
-    const auto bitmap = decoded(png);
-    return bitmap ? int{bitmap->row(0)[0]} : -1;
-  };
-  EXPECT_EQ(level(""), 128);
-  EXPECT_NEAR(level(chunk("gAMA", big(100000))), 188, 1);
-  EXPECT_EQ(level(chunk("gAMA", big(45455))), 128);
-  EXPECT_EQ(level(chunk("gAMA", big(100000)) + chunk("sRGB", std::string(1, '\0'))), 128);
 }
 
 TEST(Decode, FailsCleanly) {
