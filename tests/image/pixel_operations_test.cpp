@@ -8,8 +8,6 @@
 #include <string>
 
 #include "image/operations.h"
-#include "image/rounded_rect.h"
-#include "image/soft_shadow.h"
 #include "platform/fast_path.h"
 #include "tests/image/reference.h"
 
@@ -284,55 +282,6 @@ TEST(PixelOperations, RimsOfPicturesOnCards) {
       EXPECT_LE(worst(addRoundedShadow(white, ShadowCanvas::sameSize, share), expected), 1.5)
           << width << "x" << height << ", " << share;
     }
-  }
-}
-
-TEST(Painter, EdgesCoverWhatTheyCover) {
-  for (const RoundedRect rect :
-       {RoundedRect{40, 40, 20}, RoundedRect{301, 300.7, 66.3}, RoundedRect{1, 1, 0.04},
-        RoundedRect{3.3, 200.9, 1.65}, RoundedRect{0.7, 0.4, 0.1}, RoundedRect{500, 30, 0}}) {
-    for (const int margin : {0, 3}) {
-      const int width = static_cast<int>(std::ceil(rect.width)) + 2 * margin + margin / 3;
-      const int height = static_cast<int>(std::ceil(rect.height)) + 2 * margin;
-      const reference::Shape shape{(width - rect.width) / 2, (height - rect.height) / 2, rect.width,
-                                   rect.height, rect.radius};
-      Coverage coverage(rect, width, height);
-      double most = 0;
-      for (int y = 0; y < height; ++y) {
-        const Coverage::Row& row = coverage.row(y);
-        for (int x = 0; x < width; ++x) {
-          most = std::max(most, std::abs(row.at(x, width) - shape.coverage(x, y)));
-        }
-      }
-      EXPECT_LE(most, 1.0 / 255) << rect.width << "x" << rect.height << ", " << rect.radius;
-    }
-  }
-}
-
-TEST(Painter, ShadowsAreGaussian) {
-  // A card's, with all three margins; emblems' with sharp shadows; and less than a pixel's.
-  const struct {
-    RoundedRect rect;
-    double sigma, down;
-  } cases[] = {{{200, 150, 6}, 5.4, 4},     {{200, 150, 6}, 7.2, 5},    {{200, 150, 6}, 9, 7.5},
-               {{200, 200, 100}, 7.2, 5.3}, {{200, 200, 44}, 7.2, 5.3}, {{40, 40, 20}, 1.8, 1.3},
-               {{1, 1, 0.5}, 1.8, 1.3},     {{0.5, 90, 0.02}, 4.8, 4}};
-  for (const auto& [rect, sigma, down] : cases) {
-    const int width = static_cast<int>(rect.width + 6 * sigma),
-              height = static_cast<int>(rect.height + 6 * sigma);
-    const reference::Shape shape{(width - rect.width) / 2, (height - rect.height) / 2, rect.width,
-                                 rect.height, rect.radius};
-    SoftShadow shadow(rect, {sigma, down, 1}, width, height);
-    double most = 0;
-    for (int y = 0; y < height; y += 3) {
-      const std::uint8_t* row = shadow.row(y, width);
-      for (int x = y % 7; x < width; x += 7) {
-        most =
-            std::max(most, std::abs(row[x] - 255 * shape.blurred(x + 0.5, y + 0.5 - down, sigma)));
-      }
-    }
-    EXPECT_LE(most, 0.75) << rect.width << "x" << rect.height << ", " << rect.radius << ", "
-                          << sigma;
   }
 }
 

@@ -2,22 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/memory/memory_platform.h"
+#include "tests/support/recorded_shell.h"
 
 namespace marbelot {
 namespace {
 
-struct KeyboardCleaningTest : testing::Test, Shell {
-  memory::MemoryPlatform desk;
+struct KeyboardCleaningTest : testing::Test, RecordedShell {
   ActionTable actions;
   KeyboardCleaning cleaning{desk.platform, *this, actions};
-  int rebuilds = 0;
-
-  void notify(const std::string& message) override { desk.notices.post("", message); }
-  void flashStatusIcon() override {}
-  void rebuildMenu() override { ++rebuilds; }
-  bool copyWithoutRecording(SharedText, bool) override { return false; }
-  bool copyWithoutRecording(const Image&, bool) override { return false; }
 
   void toggle() {
     MenuItem sender;

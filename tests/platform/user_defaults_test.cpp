@@ -192,19 +192,6 @@ TEST_F(UserDefaultsTest, AFullDiskLeavesTheStoredStateWhole) {
   EXPECT_TRUE(problems_.empty());
 }
 
-TEST_F(UserDefaultsTest, LargeStoresAreCompletedInOrder) {
-  {
-    const auto defaults = open();
-    for (std::size_t i = 1; i <= 20; ++i) {
-      defaults->set("list", texts(i, 200000));
-      defaults->set("last", static_cast<int>(i));
-    }
-  }
-  const auto defaults = open();
-  EXPECT_EQ(defaults->textListFor("list").size(), 20U);
-  EXPECT_EQ(defaults->value("last")->asInteger(), 20);
-}
-
 using Names = std::set<std::string>;
 
 TEST_F(UserDefaultsTest, LargeTextsAreWrittenOnceAndDeletedWithTheirLastUse) {

@@ -2,21 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/memory/memory_platform.h"
+#include "tests/support/recorded_shell.h"
 
 namespace marbelot {
 namespace {
 
-struct SettingTest : testing::Test, Shell {
-  memory::MemoryPlatform desk;
+struct SettingTest : testing::Test, RecordedShell {
   ActionTable actions;
-  int rebuilds = 0;
-
-  void notify(const std::string&) override {}
-  void flashStatusIcon() override {}
-  void rebuildMenu() override { ++rebuilds; }
-  bool copyWithoutRecording(SharedText, bool) override { return false; }
-  bool copyWithoutRecording(const Image&, bool) override { return false; }
 };
 
 TEST_F(SettingTest, EachTypeIsStoredAsSuchAndReadWithItsFallback) {

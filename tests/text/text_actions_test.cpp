@@ -7,7 +7,7 @@
 #include <regex>
 
 #include "platform/files.h"
-#include "platform/memory/memory_platform.h"
+#include "tests/support/recorded_shell.h"
 #include "tests/support/rows.h"
 #include "tests/support/temporary_home.h"
 #include "text/calendar_event.h"
@@ -79,28 +79,23 @@ TEST(CalendarEvent, MomentsAreTheUsersAlsoWhereClocksChange) {
     EXPECT_FALSE(momentOf(value)) << value;
 }
 
-struct TextActionsTest : testing::Test, Shell {
+struct TextActionsTest : testing::Test, RecordedShell {
   TextActionsTest() { setenv("TMPDIR", std::string(home / "tmp").c_str(), 1); }
 
   TemporaryHome home;
-  memory::MemoryPlatform desk;
   ActionTable table;
   TextActions actions{desk.platform, *this, table, [this](const SharedText& text) {
                         return known ? std::make_shared<const TextTargets>(findTargets(*text))
                                      : nullptr;
                       }};
   bool known = true;
-  int flashes = 0, rebuilds = 0;
   std::string unrecorded;
 
-  void notify(const std::string& message) override { desk.notices.post("", message); }
-  void flashStatusIcon() override { ++flashes; }
-  void rebuildMenu() override { ++rebuilds; }
+  using RecordedShell::copyWithoutRecording;
   bool copyWithoutRecording(SharedText text, bool concealed) override {
     unrecorded = *text + (concealed ? " (concealed)" : "");
     return true;
   }
-  bool copyWithoutRecording(const Image&, bool) override { return false; }
 
   void install(const std::string& scheme, std::vector<std::string> names) {
     for (const std::string& name : names) {
