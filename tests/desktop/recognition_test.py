@@ -5,7 +5,7 @@ import pathlib
 import stat
 import unittest
 
-from desktop_case import DesktopTest, Marbelot, png, stays, until
+from desktop_case import DesktopTest, Marbelot, until
 
 LINES = ["Invoice 2024-117 was paid", "on the third of March."]
 
@@ -79,11 +79,6 @@ class RecognitionTest(DesktopTest):
             answers += 1
         # A program that stood still for the scan would have answered once.
         self.assertGreater(answers, 5)
-
-    def test_a_picture_without_text_disturbs_nobody(self):
-        self.screen.set_clipboard(png(200, 200), "image/png")
-        until(lambda: self.program.preview() == "Image 200 × 200", "picture recorded")
-        stays(lambda: not self.panel() and not self.screen.notices(), "nothing shown", 3)
 
     def test_the_text_is_saved_where_the_user_says(self):
         self.program.ctl("invoke", "--action", "toggleAutoOCR", check=True)

@@ -6,7 +6,7 @@ import socket
 import threading
 import unittest
 
-from desktop_case import DesktopTest, Marbelot, stays, until
+from desktop_case import DesktopTest, Marbelot, until
 
 FEED = """<?xml version="1.0"?>
 <rss version="2.0" xmlns:sparkle="http://www.andymatuschak.org/xml-namespaces/sparkle"><channel>
@@ -102,18 +102,6 @@ class UpdatesTest(DesktopTest):
         until(lambda: "copied meanwhile" in (self.program.preview() or ""), "copy noticed")
         self.program.ctl("quit")
         self.assertEqual(self.program.process.wait(5), 0)
-
-    def test_the_start_looks_once_and_tells_of_something_newer_only(self):
-        self.start("same", "start")
-        until(lambda: self.server.asked == ["/same"], "feed asked for")
-        stays(lambda: not self.screen.notices() and self.server.asked == ["/same"], "silent", 1)
-        self.program.ctl("quit")
-        self.program.process.wait(5)
-        self.start("new", "daily")  # no frequency at all, which means the same
-        until(self.screen.notices, "notice")
-        self.assertEqual(self.screen.notices()[0]["body"],
-                         "Marbelot 99.0 is available: see “Check for Updates…”")
-        self.assertEqual(self.program.ctl("windows").stdout, b"")
 
 
 if __name__ == "__main__":
