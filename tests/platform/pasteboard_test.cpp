@@ -93,7 +93,7 @@ TEST_P(PasteboardTest, SecretsAreMarkedBothWays) {
       {{{"text/html", "<b>p</b>"}}, {}, false},
   };
   for (auto [data, ignored, concealed] : cases) {
-    data["text/plain"] = "hunter2";
+    data["UTF8_STRING"] = "hunter2";
     const auto owner = copy(data, {.ignored = ignored});
     const auto contents = news(1)[0].contents;
     EXPECT_EQ(contents.concealed, concealed) << data.begin()->first;
@@ -111,7 +111,7 @@ TEST_P(PasteboardTest, LosesNoneOfManyQuickCopies) {
   std::deque<std::unique_ptr<TestOwner>> owners;
   auto copying = std::async(std::launch::async, [&] {
     for (int i = 0; i < copies; ++i) {
-      owners.push_back(copy({{"text/plain", "copy " + std::to_string(i)}}));
+      owners.push_back(copy({{"UTF8_STRING", "copy " + std::to_string(i)}}));
       if (!owners.back()->awaitReader()) return;
       if (owners.size() > 8) owners.pop_front();
     }
@@ -133,11 +133,11 @@ TEST_P(PasteboardTest, AHungOwnerHoldsUpNobodyAndIsToldWholeOnceItGoesOn) {
     TestOwner::Manners manners;
     bool text;  // read nevertheless
   } cases[] = {
-      {"silent", {.ignored = {"text/plain", "image/png"}}, false},
+      {"silent", {.ignored = {"UTF8_STRING", "image/png"}}, false},
       {"half a text", {.stallAfter = 1000000}, false},
       {"no image", {.ignored = {"image/png"}}, true},
   };
-  const TestOwner::Data data{{"text/plain", text}, {"image/png", encoded(noise(30, 20), "png")}};
+  const TestOwner::Data data{{"UTF8_STRING", text}, {"image/png", encoded(noise(30, 20), "png")}};
   for (const auto& [what, manners, readable] : cases) {
     {
       const auto hung = copy(data, manners);
@@ -152,7 +152,7 @@ TEST_P(PasteboardTest, AHungOwnerHoldsUpNobodyAndIsToldWholeOnceItGoesOn) {
       const auto again = copy(data, manners);
       EXPECT_TRUE(again->awaitReader());
       if (told) news(1);
-      const auto next = copy({{"text/plain", "next"}});
+      const auto next = copy({{"UTF8_STRING", "next"}});
       EXPECT_TRUE(becomes("next")) << what;
       seen = board->changeCount();
       again->resume();
@@ -184,7 +184,7 @@ TEST_P(PasteboardTest, OwnWritesCountOnceAndKeepTheirPlaceAmongTheOthers) {
 
   // Known to the thread but not yet to us: it came first, and keeps the lower count.
   queue.pumpFor(0ms);
-  const auto foreign = copy({{"text/plain", "foreign"}});
+  const auto foreign = copy({{"UTF8_STRING", "foreign"}});
   EXPECT_TRUE(queue.awaitPost());
   EXPECT_EQ(board->write(share("three")), before + 4);
   const auto both = board->changesSince(before + 2);
@@ -193,7 +193,7 @@ TEST_P(PasteboardTest, OwnWritesCountOnceAndKeepTheirPlaceAmongTheOthers) {
 
   // Still being read when we write: it is told, and what we wrote stays the present contents.
   for (const bool known : {true, false}) {
-    const auto slow = copy({{"text/plain", longText(1 << 20)}}, {.ignored = {"text/plain"}});
+    const auto slow = copy({{"UTF8_STRING", longText(1 << 20)}}, {.ignored = {"UTF8_STRING"}});
     EXPECT_TRUE(slow->awaitReader());
     const auto own = board->write(share("own"), known).value();
     EXPECT_TRUE(slow->awaitSuccessor());
@@ -211,7 +211,7 @@ TEST_P(PasteboardTest, OwnWritesCountOnceAndKeepTheirPlaceAmongTheOthers) {
 }
 
 TEST_P(PasteboardTest, TheContentsAtTheStartAreNoChange) {
-  const auto owner = copy({{"text/plain", "already there"}});
+  const auto owner = copy({{"UTF8_STRING", "already there"}});
   start();
   int announced = 0;
   board->setChangeHandler([&] { ++announced; });
