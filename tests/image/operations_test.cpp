@@ -164,16 +164,6 @@ TEST(Operations, DoWhatTheySay) {
   EXPECT_FALSE(operationForSelector("cropClipImage:"));
 }
 
-TEST(Operations, Refusals) {
-  // Results that cannot be told of in 64 bits.
-  for (const char* op :
-       {"resize:-1e17", "resize:1e17", "resize:INF", "resize:NaN", "resize:-inf"}) {
-    const auto named = namedEdit(op);
-    ASSERT_TRUE(named) << op;
-    EXPECT_TRUE(named->edit.apply(unevenPicture()).refused()) << op;
-  }
-}
-
 TEST(Decimal, NumbersBeyondAllDoubles) {
   EXPECT_EQ(decimalNumber("1e999"), HUGE_VAL);
   EXPECT_EQ(decimalNumber("-1e999"), -HUGE_VAL);
