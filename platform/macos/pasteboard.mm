@@ -89,9 +89,12 @@ std::optional<Image> firstFile(NSPasteboard* pasteboard) {
                                                   }];
   NSURL* const url = urls.firstObject;
   const char* const path = url.path.fileSystemRepresentation;
-  if (path == nullptr || !files::exists(path)) return std::nullopt;
+  const auto file = path != nullptr ? files::info(path) : std::nullopt;
+  if (!file) return std::nullopt;
   if (std::optional<Image> image = Image::fromFile(path)) return image;
-  return drawing([NSData dataWithContentsOfURL:url options:NSDataReadingMappedIfSafe error:nil]);
+  constexpr std::size_t largestDrawing = std::size_t{64} << 20;
+  if (file->bytes > largestDrawing) return std::nullopt;
+  return drawing([NSData dataWithContentsOfFile:url.path]);
 }
 
 // PNG first, as it is what came; TIFF before the rest, because owners convert the others from it.

@@ -46,14 +46,12 @@ TEST(ImageHeader, RefusesWhatNobodyMakes) {
 }
 
 TEST(LargestPage, IsTheLargestOfAllAndTheWalkEnds) {
-  std::string pages = tiff(true, 100, 50);
-  const std::string next = tiff(true, 70, 200).substr(10);
-  pages.replace(pages.size() - 4, 4, big(static_cast<std::uint32_t>(pages.size()), 4));
-  EXPECT_EQ(largestPage(pages + next), (ImageHeader{ImageFormat::tiff, 100, 200}));
-  std::string circle = tiff(true, 100, 50);
-  circle.replace(circle.size() - 4, 4, big(10, 4));
-  for (const std::string& bytes : {circle, pages, pages + next.substr(0, 9)})
-    EXPECT_EQ(largestPage(bytes), (ImageHeader{ImageFormat::tiff, 100, 50}));
+  for (const Row& row : rowsOf("pictures/headers.tsv", "pages")) {
+    const auto page = largestPage(row[2]);
+    ASSERT_TRUE(page) << row;
+    EXPECT_EQ(page->width, std::stoi(row[0])) << row << row[3];
+    EXPECT_EQ(page->height, std::stoi(row[1])) << row << row[3];
+  }
 }
 
 class ImageFile : public testing::Test {
