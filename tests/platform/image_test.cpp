@@ -49,8 +49,8 @@ TEST(LargestPage, IsTheLargestOfAllAndTheWalkEnds) {
   for (const Row& row : rowsOf("pictures/headers.tsv", "pages")) {
     const auto page = largestPage(row[2]);
     ASSERT_TRUE(page) << row;
-    EXPECT_EQ(page->width, std::stoi(row[0])) << row << row[3];
-    EXPECT_EQ(page->height, std::stoi(row[1])) << row << row[3];
+    EXPECT_EQ(page->width, std::stoi(row[0])) << row << ": " << row[3];
+    EXPECT_EQ(page->height, std::stoi(row[1])) << row << ": " << row[3];
   }
 }
 
