@@ -37,9 +37,10 @@ TEST_F(AppDelegateTest, FirstLaunchShowsTheWholeMenuInOrder) {
   EXPECT_EQ(desktop_.statusItem.description, "Marbelot");
   EXPECT_EQ(desktop_.folderEvents.watched, std::vector<std::string>{home_ / "Desktop"});
   std::vector<std::string> shown = titles();
-  for (std::string& title : shown)
+  for (std::string& title : shown) {
     if (const auto at = title.find(home_.path()); at != title.npos)
       title.replace(at, home_.path().size(), "~");
+  }
   EXPECT_EQ(shown, table("menu"));
   const Menu& settings = *itemAt(menu(), {"Settings"})->submenu;
   std::vector<std::string> states;

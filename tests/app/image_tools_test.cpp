@@ -10,8 +10,6 @@
 namespace marbelot {
 namespace {
 
-using memory::itemAt;
-
 // Its top left pixel has the colour `mark`, all others are white.
 Image picture(int width, int height, std::uint8_t mark = 200) {
   Bitmap bitmap = *Bitmap::make(width, height);

@@ -11,8 +11,6 @@
 namespace marbelot {
 namespace {
 
-using memory::itemAt;
-
 // Told apart by its width.
 Image picture(int width) {
   Bitmap bitmap = *Bitmap::make(width, 8);

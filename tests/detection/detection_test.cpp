@@ -28,9 +28,10 @@ const std::map<std::string, unsigned> kindsByName = {
 constexpr double thatMoment = 1795255200;
 
 std::string unmarked(std::string text) {
-  for (const std::string_view mark : {"«", "»"})
+  for (const std::string_view mark : {"«", "»"}) {
     for (std::size_t at = 0; (at = text.find(mark)) != std::string::npos;)
       text.erase(at, mark.size());
+  }
   return text;
 }
 
@@ -88,9 +89,10 @@ TEST_F(DetectionTest, FindsWhatAmericansWrite) {
   const DetectionContext american{thatMoment, "US", "en"};
   for (const Row& row : rowsOf("detection/dates.txt"))
     EXPECT_EQ(datesIn(row[0], american), row[1]) << row;
-  for (const std::string kind : {"address", "link"})
+  for (const std::string kind : {"address", "link"}) {
     for (const Row& row : rowsOf("detection/" + kind + (kind == "link" ? "s.txt" : "es.txt")))
       EXPECT_EQ(found(unmarked(row[0]), kind, american).marked, row[0]) << row;
+  }
 }
 
 // Dates in other languages; and where the night of 8 March 2026 has no two o'clock in New York, and

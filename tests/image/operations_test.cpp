@@ -31,14 +31,15 @@ TEST(Operations, SizesOfResults) {
 // As the table writes it: its kind, a blank, and the value.
 EditParameter parameterFrom(const std::string& written) {
   const std::string kind = written.substr(0, written.find(' '));
-  const std::string value = written.substr(std::min(kind.size() + 1, written.size()));
+  std::string value = written.substr(std::min(kind.size() + 1, written.size()));
   if (kind == "text") return value;
   if (kind == "whole") return std::int64_t{std::stoll(value)};
   if (kind == "number") return std::stod(value);
   int red = 0, green = 0, blue = 0;
-  if (std::istringstream(value) >> red >> green >> blue)
+  if (std::istringstream(value) >> red >> green >> blue) {
     return PixelColor{static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
                       static_cast<std::uint8_t>(blue)};
+  }
   return {};
 }
 

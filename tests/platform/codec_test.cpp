@@ -249,7 +249,7 @@ Bitmap picture(int width, int height, bool opaque) {
 
 // Written, the picture is the same for the toolkit and for our own reader.
 SharedBytes written(const Bitmap& bitmap, const std::string& what) {
-  const SharedBytes bytes = encodePng(bitmap);
+  SharedBytes bytes = encodePng(bitmap);
   const auto back = bytes ? read(*bytes) : std::nullopt;
   EXPECT_TRUE(back) << what;
   if (!back) return share("");
