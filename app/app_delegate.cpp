@@ -85,6 +85,7 @@ AppDelegate::AppDelegate(Platform& platform)
                 .hud = panels_.hud,
                 .widget = panels_.widget,
                 .updates = updates_,
+                .keyboardCleaning = keyboardCleaning_,
             }),
       historyRequests_(historyMenus_, history_),
       requests_(platform, actions_, menu_.menu(), historyRequests_,
@@ -137,8 +138,10 @@ AppDelegate::AppDelegate(Platform& platform)
 }
 
 AppDelegate::~AppDelegate() {
-  history_.finishSaving();
+  panels_.editor.finishSaving();
+  imageExport_.finishSaving();
   textSaving_.finishSaving();
+  history_.finishSaving();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

@@ -13,6 +13,7 @@ Panels::Panels(Platform& platform, Shell& shell, ActionTable& actions, Clipboard
       editor(platform, shell, actions, placement, analyses),
       hud(
           platform, shell, actions, placement, analyses, [this] { return editor.abilities(); },
+          [this](Menu& menu) { addContentItems(menu); },
           [this](const Content& content, const Rect& panel, const std::optional<Image>& thumbnail,
                  const std::string& spec) { editor.open(content, panel, thumbnail, spec); }),
       bigPreview(

@@ -54,7 +54,8 @@ void StatusMenu::buildMenu() {
       menu.addSubmenu("Clipboard history", parts_.historyMenus.clipboardHistoryMenu());
   clipByTypeItem = menu.addSubmenu("Clipboard by type", parts_.historyMenus.clipboardByTypeMenu());
   imageHistoryItem = menu.addSubmenu("Image history", parts_.imageHistory.imageHistoryMenu());
-  menu.add("Clean keyboard (disable typing)…", "toggleKeyboardBlock");
+  menu.add("Clean keyboard (disable typing)…", "toggleKeyboardBlock")->checked =
+      parts_.keyboardCleaning.keyboardBlocked;
   menu.addSubmenu("Settings", settingsMenu());
 
   menu.addSeparator();

@@ -17,6 +17,7 @@
 #include "clipboard/text_analysis.h"
 #include "hud/always_on_widget.h"
 #include "hud/clipboard_hud.h"
+#include "keyboard/keyboard_cleaning.h"
 #include "platform/menu.h"
 #include "platform/platform.h"
 #include "shell/setting.h"
@@ -54,6 +55,7 @@ struct MenuParts {
   const ClipboardHUD& hud;
   const AlwaysOnWidget& widget;
   const SoftwareUpdates& updates;
+  const KeyboardCleaning& keyboardCleaning;
 };
 
 class StatusMenu {

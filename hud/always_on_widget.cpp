@@ -42,11 +42,13 @@ void HUDWidgetView::menuItemChosen(const MenuItem& item) {
 }
 
 void HUDWidgetView::mouseDown(const MouseEvent& event) {
+  down_ = event.point;
   onCorner_ = cornerButtonFrame.contains(event.point);
   if (event.clickCount == 2 && onDoubleClick && !onCorner_) onDoubleClick();
 }
 
-void HUDWidgetView::mouseDragged(const MouseEvent&) {
+void HUDWidgetView::mouseDragged(const MouseEvent& event) {
+  if (onCorner_ && !isDrag(down_, event.point)) return;
   onCorner_ = false;
   if (onDrag) onDrag();
 }

@@ -40,6 +40,7 @@ class HUDWidgetView : public CanvasDelegate {
   Size shownSize;
 
  private:
+  Point down_;
   bool onCorner_ = false;  // the button went down there
 };
 
@@ -56,9 +57,6 @@ class AlwaysOnWidget {
   Platform& platform_;
 
  public:
-  // Adds the items that other features offer for the clipboard's content.
-  using ContentItems = std::function<void(Menu& menu)>;
-
   AlwaysOnWidget(Platform& platform, Shell& shell, ActionTable& actions, TextAnalyses& analyses,
                  std::function<bool(const PasteboardContents&)> withheld, ContentItems contentItems,
                  std::function<void()> openBigPreview);

@@ -26,7 +26,8 @@ constexpr double besidePointer = 18;
 
 ClipboardHUD::ClipboardHUD(Platform& platform, Shell& shell, ActionTable& actions,
                            HUDPlacement& placement, TextAnalyses& analyses,
-                           std::function<BarAbilities()> abilities, OpenEditor openEditor)
+                           std::function<BarAbilities()> abilities, ContentItems contentItems,
+                           OpenEditor openEditor)
     : platform_(platform),
       previewHUD(platform.queue, platform.screens, [this] { hide(previewHUD, true); }),
       menuHUD(platform.queue, platform.screens, [this] { hide(menuHUD, true); }),
@@ -34,6 +35,7 @@ ClipboardHUD::ClipboardHUD(Platform& platform, Shell& shell, ActionTable& action
       placement_(placement),
       analyses_(analyses),
       abilities_(std::move(abilities)),
+      contentItems_(std::move(contentItems)),
       openEditor_(std::move(openEditor)) {
   showClipboardHUD.offerToggle(actions, shell, [this] {
     showClipboardHUD ? show(share("Clipboard preview enabled")) : hide();
@@ -62,9 +64,14 @@ void ClipboardHUD::makeWindow(Panel& panel) {
   window.pressed = [this, &panel](const std::string& spec) { handOver(panel, spec); };
   panel.previewHUDWindow = platform_.windows.create(std::move(window));
   panel.view.onClick = [this, &panel] { handOver(panel, {}); };
-  panel.view.menuProvider = [&panel] {
+  panel.view.menuProvider = [this, &panel] {
     panel.watch.hold();
-    return panelMenu(std::holds_alternative<ImageFace>(panel.view.face));
+    auto menu = std::make_shared<Menu>();
+    // Beside the menu stands what is not on the clipboard.
+    if (&panel == &previewHUD) contentItems_(*menu);
+    if (!menu->items.empty()) menu->addSeparator();
+    addPanelItems(*menu, std::holds_alternative<ImageFace>(panel.view.face));
+    return menu;
   };
   panel.view.onChosen = [this](const MenuItem& item) { actions_.perform(item); };
   panel.view.onDrag = [&panel] { panel.previewHUDWindow->performDrag(); };

@@ -31,7 +31,7 @@ class ClipboardHUD {
 
   ClipboardHUD(Platform& platform, Shell& shell, ActionTable& actions, HUDPlacement& placement,
                TextAnalyses& analyses, std::function<BarAbilities()> abilities,
-               OpenEditor openEditor);
+               ContentItems contentItems, OpenEditor openEditor);
 
   Setting<bool> showClipboardHUD{
       platform_.defaults,
@@ -91,6 +91,7 @@ class ClipboardHUD {
   HUDPlacement& placement_;
   TextAnalyses& analyses_;
   const std::function<BarAbilities()> abilities_;
+  const ContentItems contentItems_;
   const OpenEditor openEditor_;
 
   std::shared_ptr<const HUDPayload> highlighted_;  // what menuHUD shows

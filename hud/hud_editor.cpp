@@ -58,7 +58,9 @@ HUDEditor::HUDEditor(Platform& platform, Shell& shell, ActionTable& actions,
   hudEditorImageView.onDrag = [this] { hudEditorPanel->performDrag(); };
   hudEditorImageView.menuProvider = [this] {
     watch_.hold();
-    return panelMenu(hudEditorImage.has_value());
+    auto menu = std::make_shared<Menu>();
+    addPanelItems(*menu, hudEditorImage.has_value());
+    return menu;
   };
   hudEditorImageView.onChosen = [this](const MenuItem& item) { actions_.perform(item); };
 }
@@ -103,18 +105,12 @@ void HUDEditor::open(const Content& content, const std::optional<Rect>& former,
 
 void HUDEditor::show(const Content& content, bool concealed, const std::optional<Rect>& former,
                      const std::optional<Image>& thumbnail, const std::string& spec) {
-  // Whoever opens something else does not mean to lose what was edited.
-  if (hudEditorImage && hudEditorEdited && !hudEditorCopied) {
-    if (concealed_) {
-      shell_.notify(overtakenMessage);
-    } else if (hooks.keep) {
-      hooks.keep(*hudEditorImage);
-    }
-  }
+  keepEdit();
   close();
   forget_.cancel();
   if (!hudEditorPanel) makePanel();
   concealed_ = concealed;
+  openedCount_ = platform_.pasteboard.changeCount();
   if (const auto* image = std::get_if<Image>(&content)) {
     hudEditorImage = *image;
     shown_ = thumbnail;
@@ -133,6 +129,25 @@ void HUDEditor::show(const Content& content, bool concealed, const std::optional
   watch();
   // The event that opened it may be a menu's that is still closing.
   if (!spec.empty()) pressing_ = platform_.queue.after(0, [this, spec] { press(spec); });
+}
+
+// Whoever opens something else, or quits, does not mean to lose what was edited.
+void HUDEditor::keepEdit() {
+  if (!hudEditorImage || !hudEditorEdited || hudEditorCopied) return;
+  if (!concealed_) {
+    if (hooks.keep) hooks.keep(*hudEditorImage);
+  } else if (platform_.pasteboard.changeCount() != std::max(openedCount_, copiedCount_)) {
+    // Made of a secret, it is kept nowhere but on the clipboard.
+    shell_.notify(overtakenMessage);
+  } else {
+    shell_.confirmCopy(copyImage(), "Copied image");
+  }
+}
+
+void HUDEditor::finishSaving() {
+  keepEdit();
+  close();
+  saves_.finish();
 }
 
 ImageRoom HUDEditor::imageRoom() const {
@@ -215,6 +230,7 @@ void HUDEditor::showThumbnail() {
 }
 
 void HUDEditor::press(const std::string& spec) {
+  if (!hudEditorImage && !hudEditorText) return;  // it is fading away
   if (spec == "pin") return togglePin();
   if (spec == "done") return finish();
   if (spec == "copy") return afterEdits([this] { copy(); });
@@ -226,7 +242,6 @@ void HUDEditor::press(const std::string& spec) {
       return afterEdits([this] { hooks.recognize(*hudEditorImage, concealed_); });
     return popUp(spec, editGroupMenu(spec));
   }
-  if (!hudEditorText) return;
   if (spec == "open") {
     if (const auto link = webLink(*hudEditorText)) platform_.workspace.openUrl(*link);
   } else if (spec == "openin" && hooks.openInMenu) {

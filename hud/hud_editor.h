@@ -52,6 +52,10 @@ class HUDEditor {
   // Whether the present contents of the clipboard were put there by the editor.
   bool madeChange(std::int64_t changeCount) const { return changeCount == copiedCount_; }
 
+  // At the end of the application: an edit goes to the history, and what is being written is waited
+  // for, for at most a few seconds.
+  void finishSaving();
+
   // The picture came back from being cropped. False when the editor shows something else by now.
   bool cropped(const Image& image);
   void bringToFront();
@@ -90,6 +94,7 @@ class HUDEditor {
   void undo();
   void copy();
   bool copyImage();
+  void keepEdit();
   void save();
   void togglePin();
   void watch();
@@ -114,6 +119,7 @@ class HUDEditor {
   Edit waiting_;                   // until it is
   bool cropping_ = false;          // elsewhere, while the panel is hidden
   std::int64_t copiedCount_ = -1;  // the clipboard's, of the last copy
+  std::int64_t openedCount_ = -1;  // the clipboard's, when the content was shown
   std::deque<std::function<void()>> steps_;
   std::function<void()> opening_;  // of something else, when there are no more steps
   bool editing_ = false;

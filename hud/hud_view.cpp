@@ -13,7 +13,6 @@ constexpr double headingHeight = 16;
 constexpr double gap = 8;
 constexpr double wellRadius = 6;
 constexpr double squareSide = 8;  // of the pattern behind what is transparent
-// Further than a hand trembles in a click.
 constexpr double dragDistance = 4;
 
 constexpr Font headingFont{.size = 11, .weight = Font::Weight::semibold};
@@ -119,9 +118,12 @@ void HUDClickView::mouseDown(const MouseEvent& event) {
   dragged_ = false;
 }
 
+bool isDrag(Point from, Point to) {
+  return std::hypot(to.x - from.x, to.y - from.y) >= dragDistance;
+}
+
 void HUDClickView::mouseDragged(const MouseEvent& event) {
-  const double x = event.point.x - down_.x, y = event.point.y - down_.y;
-  if (dragged_ || x * x + y * y < dragDistance * dragDistance) return;
+  if (dragged_ || !isDrag(down_, event.point)) return;
   dragged_ = true;
   if (onDrag) onDrag();
 }
@@ -140,11 +142,9 @@ void HUDClickView::menuItemChosen(const MenuItem& item) {
   if (onChosen) onChosen(item);
 }
 
-std::shared_ptr<Menu> panelMenu(bool showsImage) {
-  auto menu = std::make_shared<Menu>();
-  menu->add("Move to next corner", "cycleHUDPlacement");
-  if (showsImage) menu->add("Open copied-images folder", "openClipImagesFolder");
-  return menu;
+void addPanelItems(Menu& menu, bool showsImage) {
+  menu.add("Move to next corner", "cycleHUDPlacement");
+  if (showsImage) menu.add("Open copied-images folder", "openClipImagesFolder");
 }
 
 View cardView(Size size, std::vector<View> views) {

@@ -25,6 +25,9 @@ struct ImageFace {
   bool unreadable = false;
 };
 
+// Whether the pointer went further from where the button went down than a hand trembles in a click.
+bool isDrag(Point from, Point to);
+
 // A click acts without activating the application; a drag moves the panel.
 class HUDClickView : public CanvasDelegate {
  public:
@@ -89,8 +92,10 @@ inline constexpr FaceRoom hudTextRoom{372, 9};
 inline constexpr FaceRoom editorTextRoom{412, 14};
 inline constexpr FaceRoom compactTextRoom{196, 3};
 
-// What a right click on a panel offers.
-std::shared_ptr<Menu> panelMenu(bool showsImage);
+// Adds the items that other features offer for the clipboard's content.
+using ContentItems = std::function<void(Menu& menu)>;
+// Adds what a right click on every panel offers.
+void addPanelItems(Menu& menu, bool showsImage);
 
 // A rounded panel that views stand on. Translucent where the desktop allows.
 View cardView(Size size, std::vector<View> views);

@@ -100,7 +100,9 @@ void Crop::cropForEditor(const Image& image, bool concealed) {
 
 // What is being cropped makes way for the new picture once that can be shown.
 void Crop::load(Source source, const std::string& failure, const Purpose& purpose) {
-  if (std::exchange(loadingForEditor_, purpose.returnsToEditor) && onCancelled) onCancelled();
+  // When the editor asks again, it is hidden for the new picture.
+  const bool returned = std::exchange(loadingForEditor_, purpose.returnsToEditor);
+  if (returned && !purpose.returnsToEditor && onCancelled) onCancelled();
   double scale = 1;
   for (const Screen& screen : platform_.screens.all()) scale = std::max(scale, screen.scale);
   loading_ = platform_.queue.inBackground(

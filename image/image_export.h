@@ -31,6 +31,9 @@ class ImageExport {
   // Paths of the folders that the user chose, the last one first, without duplicates.
   Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, favoriteSaveDirsKey};
 
+  // Waits for what is being written, for at most a few seconds: at the end of the application.
+  void finishSaving() { running_.finish(); }
+
   // The items for the menus of pieces of content on the screen.
   void addSaveItems(Menu& menu) const;
 

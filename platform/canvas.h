@@ -61,7 +61,7 @@ class Painter {
 };
 
 struct MouseEvent {
-  Point point;  // in the view
+  Point point;  // in the view: the upper left corner of the pixel
   int clickCount = 1;
 };
 

@@ -2,7 +2,9 @@
 // there.
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <future>
 #include <list>
 #include <memory>
 #include <utility>
@@ -68,16 +70,34 @@ class Tasks {
   // As MainQueue::inBackground.
   template <class Work, class Then>
   void run(MainQueue& queue, Work work, Then then) {
-    const auto at = running_.insert(running_.end(), Task());
-    *at = queue.inBackground(std::move(work),
-                             [this, at, then = std::move(then)](auto&& result) mutable {
-                               running_.erase(at);
-                               then(std::forward<decltype(result)>(result));
-                             });
+    const auto at = running_.emplace(running_.end());
+    const auto done = std::make_shared<std::promise<void>>();
+    at->done = done->get_future();
+    at->task = queue.inBackground(
+        [done, work = std::move(work)]() mutable {
+          auto result = work();
+          done->set_value();
+          return result;
+        },
+        [this, at, then = std::move(then)](auto&& result) mutable {
+          running_.erase(at);
+          then(std::forward<decltype(result)>(result));
+        });
+  }
+
+  // At the end of the program: waits until all is done, a few seconds at most. Nobody is told then.
+  void finish() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    for (Running& running : running_) running.done.wait_until(deadline);
+    running_.clear();
   }
 
  private:
-  std::list<Task> running_;
+  struct Running {
+    Task task;
+    std::future<void> done;
+  };
+  std::list<Running> running_;
 };
 
 }  // namespace marbelot

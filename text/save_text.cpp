@@ -1,7 +1,6 @@
 #include "text/save_text.h"
 
 #include <algorithm>
-#include <chrono>
 #include <string_view>
 #include <utility>
 
@@ -13,7 +12,6 @@ namespace marbelot {
 namespace {
 
 constexpr std::size_t longestName = 200;  // bytes; file systems take 255
-constexpr auto endWait = std::chrono::seconds(5);
 
 std::string_view beginning(std::string_view text) {
   text = text::trimmedBlanksAndNewlines(text);
@@ -45,27 +43,12 @@ void TextSaving::save(const SharedText& text, std::string_view base) {
 }
 
 void TextSaving::write(const SharedText& text, const std::string& path) {
-  const std::uint64_t id = ++lastWrite_;
-  const auto ended = std::make_shared<std::promise<void>>();
-  Writing& writing = writing_[id];
-  writing.done = ended->get_future();
-  writing.task = platform_.queue.inBackground(
-      [text, path, ended] {
-        const bool replaced = files::replace(path, *text);
-        ended->set_value();
-        return replaced;
-      },
-      [this, id, path](bool written) {
-        const auto done = writing_.extract(id);
+  writing_.run(
+      platform_.queue, [text, path] { return files::replace(path, *text); },
+      [this, path](bool written) {
         shell_.notify(written ? "Saved " + text::sanitized(files::lastComponent(path))
                               : "Couldn't save that file");
       });
-}
-
-void TextSaving::finishSaving() {
-  const auto deadline = std::chrono::steady_clock::now() + endWait;
-  for (auto& [id, writing] : writing_) writing.done.wait_until(deadline);
-  writing_.clear();
 }
 
 }  // namespace marbelot

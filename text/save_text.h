@@ -1,10 +1,6 @@
 // Saving a text as a file of its own, where the user wants it.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <future>
-#include <map>
 #include <string>
 #include <string_view>
 
@@ -27,19 +23,14 @@ class TextSaving {
   // Asks where, writes the text there as UTF-8, and tells how that went.
   void save(const SharedText& text, std::string_view base);
   // Waits for what is being written, for at most a few seconds: at the end of the application.
-  void finishSaving();
+  void finishSaving() { writing_.finish(); }
 
  private:
   void write(const SharedText& text, const std::string& path);
 
   Platform& platform_;
   Shell& shell_;
-  struct Writing {
-    Task task;
-    std::future<void> done;
-  };
-  std::map<std::uint64_t, Writing> writing_;
-  std::uint64_t lastWrite_ = 0;
+  Tasks writing_;
 };
 
 }  // namespace marbelot

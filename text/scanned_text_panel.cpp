@@ -96,6 +96,7 @@ void ScannedTextPanel::makeWindow() {
     closeOCRHUD();
     return true;
   };
+  window.closed = [this] { closeOCRHUD(); };
   ocrHUDWindow = platform_.windows.create(std::move(window));
 }
 

@@ -118,7 +118,10 @@ void TextActions::refreshApplications() {
 
 void TextActions::learnApplicationsFor(const std::string& url) {
   const std::string scheme = url.substr(0, url.find(':'));
-  if (!url.empty() && samples_.try_emplace(scheme, url).second) findApplications(scheme, url);
+  if (url.empty()) return;
+  // Not the link itself, which would stay in memory when its text is deleted.
+  const auto [sample, isNew] = samples_.try_emplace(scheme, scheme + "://example.com/");
+  if (isNew) findApplications(scheme, sample->second);
 }
 
 void TextActions::findApplications(const std::string& scheme, const std::string& url) {

@@ -152,7 +152,7 @@ void AppcastUpdater::showNotes(const AppcastItem& item, const std::string& notes
 
 void AppcastUpdater::tell(const std::string& message, const std::string& informative) {
   Alert alert;
-  alert.id = "update";
+  alert.id = message;  // an older outcome may still be open
   alert.message = message;
   alert.informative = informative;
   alert.buttons = {"OK"};

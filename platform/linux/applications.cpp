@@ -53,7 +53,8 @@ std::vector<DesktopApplication> applicationsForScheme(const std::string& scheme)
     const bool known = std::any_of(found.begin(), found.end(), [&](const auto& other) {
       return other.id == application.id || other.name == application.name;
     });
-    if (known || application.id.empty() || application.id == ownId || application.name.empty())
+    if (known || application.id.empty() || application.id == ownId || application.name.empty() ||
+        application.name == "Marbelot")
       return;
     found.push_back(std::move(application));
   };

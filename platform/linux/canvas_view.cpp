@@ -18,8 +18,12 @@ void CanvasView::watchMouse() {
   for (QWidget* inside : findChildren<QWidget*>()) inside->installEventFilter(this);
 }
 
-// The lower left corner of the pixel, as with the pointer's place on the screen.
 Point CanvasView::pointAt(QPointF position) const {
+  return {position.x(), height() - position.y()};
+}
+
+// The lower left corner of the pixel, which belongs to the same view as the pixel does.
+Point CanvasView::pixelAt(QPointF position) const {
   return {position.x(), height() - position.y() - 1 / devicePixelRatioF()};
 }
 
@@ -33,7 +37,7 @@ void CanvasView::paintEvent(QPaintEvent*) {
 // Who gets the mouse instead of the widget that lies under it.
 QWidget* CanvasView::receiver(QPointF position, QWidget& under) const {
   if (!delegate_ || !QRectF(rect()).contains(position)) return &under;
-  const std::optional<std::string> hit = delegate_->hitTest(pointAt(position));
+  const std::optional<std::string> hit = delegate_->hitTest(pixelAt(position));
   if (!hit) return &under;
   if (hit->empty()) return const_cast<CanvasView*>(this);
   QWidget* const named = viewNamed_(*hit);
@@ -105,7 +109,7 @@ void CanvasView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void CanvasView::contextMenuEvent(QContextMenuEvent* event) {
-  std::shared_ptr<Menu> menu = delegate_ ? delegate_->menuForEvent(pointAt(event->pos())) : nullptr;
+  std::shared_ptr<Menu> menu = delegate_ ? delegate_->menuForEvent(pixelAt(event->pos())) : nullptr;
   if (!menu) {
     event->ignore();
     return;

@@ -38,6 +38,7 @@ class CanvasView : public ViewBox {
 
  private:
   Point pointAt(QPointF position) const;
+  Point pixelAt(QPointF position) const;
   QWidget* receiver(QPointF position, QWidget& under) const;
 
   CanvasDelegate* delegate_;

@@ -3,11 +3,12 @@
 #include <xcb/xcb.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
+#include <QApplication>
 #include <QEvent>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/wayland_keys.h"
 #include "platform/linux/x11_connection.h"
@@ -35,6 +36,10 @@ bool isGuest() {
       nullptr));
   return (reply && reply->present) || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
+
+// There is one keyboard. Main thread only.
+int holders = 0;
+std::vector<std::function<void()>> waiting;  // until nobody holds it
 
 constexpr const char* leftBySystem = "Ctrl+Alt+F1 to F12 and the power key still work";
 constexpr const char* leftByDesktop = "The desktop's own shortcuts and the power key still work";
@@ -129,6 +134,17 @@ bool KeyboardGrab::takeFromCompositor(QWidget& window, std::chrono::milliseconds
 bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<void()> lost) {
   leftOut.clear();
   if (!window.isVisible()) return false;
+  // The toolkit keeps keys from every window but that one.
+  if (QApplication::activeModalWidget()) {
+    leftOut = "a dialog is open";
+    return false;
+  }
+  if (!hold(window, leftOut, std::move(lost))) return false;
+  if (!std::exchange(taken_, true)) ++holders;
+  return true;
+}
+
+bool KeyboardGrab::hold(QWidget& window, std::string& leftOut, std::function<void()> lost) {
   const bool guest = !connection() || isGuest();
   if (!connection()) window.showFullScreen();
   if (guest && takeFromCompositor(window, answerLimit)) {
@@ -162,7 +178,16 @@ bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<voi
   return true;
 }
 
+void KeyboardGrab::whenFree(std::function<void()> work) {
+  if (holders == 0) return work();
+  waiting.push_back(std::move(work));
+}
+
 void KeyboardGrab::release() {
+  if (std::exchange(taken_, false) && --holders == 0) {
+    for (auto& work : std::exchange(waiting, {}))
+      QMetaObject::invokeMethod(qApp, std::move(work), Qt::QueuedConnection);
+  }
   // It may be telling that it has lost the keys.
   if (watching_) {
     watching_->stop();

@@ -29,10 +29,17 @@ class KeyboardGrab {
   bool take(QWidget& window, std::string& leftOut, std::function<void()> lost);
   void release();
 
+  // Does the work now, or as soon as nobody holds the keys: what came on the screen before would
+  // take them, and be answered by whoever wipes the keyboard.
+  static void whenFree(std::function<void()> work);
+
  private:
   bool takeFromCompositor(QWidget& window, std::chrono::milliseconds limit);
 
-  bool held_ = false;
+  bool hold(QWidget& window, std::string& leftOut, std::function<void()> lost);
+
+  bool taken_ = false;
+  bool held_ = false;  // by the X server
   std::unique_ptr<WaylandKeys> keys_;
   std::unique_ptr<QSocketNotifier> arriving_;
   std::unique_ptr<KeyHolder> holder_;

@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "platform/linux/default_button.h"
+#include "platform/linux/keyboard_grab.h"
 #include "platform/linux/qt_windows.h"
 #include "platform/linux/tool_tip.h"
 #include "platform/linux/view_pane.h"
@@ -128,9 +129,14 @@ void showFileDialog(QFileDialog& dialog, std::function<void(const std::string& p
 
 }  // namespace
 
+void QtDialogs::whenPossible(std::function<void()> work) {
+  // Whatever comes on the screen is told to the accessibility bridge, which waits for the bus.
+  bus_.whenKnown([work = std::move(work)] { KeyboardGrab::whenFree(work); });
+}
+
 void QtDialogs::chooseFolder(FolderPanel panel,
                              std::function<void(const std::string& folder)> chosen) {
-  bus_.whenKnown([panel = std::move(panel), chosen = std::move(chosen)] {
+  whenPossible([panel = std::move(panel), chosen = std::move(chosen)] {
     const QString id = QString::fromStdString(panel.id);
     if (raiseOpen(id)) return;
     QFileDialog* const dialog = makeFileDialog("folder", id);
@@ -143,7 +149,7 @@ void QtDialogs::chooseFolder(FolderPanel panel,
 }
 
 void QtDialogs::saveFile(FilePanel panel, std::function<void(const std::string& path)> chosen) {
-  bus_.whenKnown([panel = std::move(panel), chosen = std::move(chosen)] {
+  whenPossible([panel = std::move(panel), chosen = std::move(chosen)] {
     const QString id = QString::fromStdString(panel.id);
     if (raiseOpen(id)) return;
     const QString extension = QString::fromStdString(panel.extension);
@@ -161,8 +167,7 @@ void QtDialogs::saveFile(FilePanel panel, std::function<void(const std::string& 
 }
 
 void QtDialogs::present(Alert alert, std::function<void(AlertAnswer)> answered) {
-  // Whatever comes on the screen is told to the accessibility bridge, which waits for the bus.
-  bus_.whenKnown([this, alert = std::move(alert), answered = std::move(answered)] {
+  whenPossible([this, alert = std::move(alert), answered = std::move(answered)] {
     presentNow(alert, answered, pictures_);
   });
 }

@@ -16,6 +16,8 @@ class QtDialogs : public Dialogs {
                     std::function<void(const std::string& folder)> chosen) override;
 
  private:
+  void whenPossible(std::function<void()> work);
+
   SessionBus& bus_;
   PictureCache& pictures_;
 };

@@ -1,6 +1,7 @@
 // The screens and the pointer.
 #import <AppKit/AppKit.h>
 
+#include <cmath>
 #include <vector>
 
 #include "platform/macos/services.h"
@@ -40,7 +41,8 @@ class SystemScreens final : public Screens {
 
   Point pointer() const override {
     const NSPoint at = NSEvent.mouseLocation;
-    return {at.x, at.y};
+    // In a screen's uppermost row it is the upper edge, which belongs to the screen above.
+    return {at.x, std::nextafter(at.y, at.y - 1)};
   }
 
   Task onChange(std::function<void()> changed) override {

@@ -315,6 +315,7 @@ bool MemoryWindow::grabKeyboard(std::string& leftOut) {
 }
 
 void MemoryWindow::setContent(Size contentSize, std::vector<View> views) {
+  ++filled;
   description.views = std::move(views);
   description.contentSize = contentSize;
   at.width = contentSize.width;

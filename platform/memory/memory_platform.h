@@ -269,6 +269,7 @@ class MemoryWindow : public Window {
   Rect at;
   std::map<std::string, SharedText> texts;
   std::map<std::string, bool> concealed;
+  int filled = 0;  // times that the content was set
   std::map<std::string, int> redrawn;
   std::string focused;
   bool shown = false;

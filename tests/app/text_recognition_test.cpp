@@ -122,14 +122,12 @@ TEST_F(TextRecognitionTest, TellsHowAScanThatWasAskedForWent) {
 TEST_F(TextRecognitionTest, CopiesSavesEditsAndForgetsTheText) {
   copy(picture(40));
   recognizer().answer({"a/b", "c"});
-  const auto before = item({"Clipboard history", "Filter by type — All"})->submenu->items.size();
+  const auto before = item({"Clipboard history"})->submenu->items.size();
   press("copyOCRText");
   desktop_.queue.advance(0.6);
   EXPECT_EQ(*desktop_.pasteboard.contents().text, "a/b\nc");
   EXPECT_EQ(last(), "Copied the scanned text");
-  EXPECT_EQ(item({"Clipboard history", "Filter by type — All"})->submenu->items.size(), before);
-  EXPECT_TRUE(item({"Clipboard history", "🖼 Image*"}));
-  EXPECT_FALSE(item({"Clipboard history", "*a/b*"}));
+  EXPECT_EQ(item({"Clipboard history"})->submenu->items.size(), before);
 
   press("saveOCRText");
   ASSERT_EQ(desktop_.dialogs.filePanels.size(), 1u);
@@ -163,8 +161,9 @@ TEST_F(TextRecognitionTest, MovesWithTheOtherPanels) {
   const Rect bottomRight = panel()->frame();
   EXPECT_EQ(bottomRight.x, topRight.x);
   EXPECT_LT(bottomRight.y, topRight.y);
-  press("closeOCRHUD");
-  EXPECT_FALSE(isShown());
+  panel()->close();  // as a window manager does
+  desktop_.queue.advance(0);
+  EXPECT_EQ(desktop_.keyMonitors.globals(), 0U) << "arrow keys still move it";
 }
 
 TEST(TextFileName, IsFitForAFileSystem) {

@@ -51,6 +51,10 @@ class HudTest(DesktopTest):
         data = self.screen.clipboard("image/png") or b""
         return struct.unpack(">II", data[16:24]) if len(data) > 24 else None
 
+    def told(self):
+        notices = self.screen.notices()
+        return notices[-1]["body"] if notices else None
+
     def key_presses(self):
         return self.screen.log("xev").count("KeyPress event")
 
@@ -74,9 +78,9 @@ class HudTest(DesktopTest):
         self.screen.run("xdotool", "mousemove", "5", "1000")
         self.gone("hud")
 
-    def test_edits_by_clicks_and_copies_what_was_edited_when_done(self):
-        self.program.invoke("toggleClipboardHUD")
-        self.screen.set_clipboard(png(400, 300), "image/png")
+    def edit(self, picture):
+        """Copies a picture and gives it a border in the editor."""
+        self.screen.set_clipboard(picture, "image/png")
         until(lambda: any(button["spec"] == "undo" for button in self.window("hud")["buttons"]),
               "the picture's panel")
         self.click(self.window("hud")["frame"], y=0.3)
@@ -87,6 +91,10 @@ class HudTest(DesktopTest):
         self.window("menu")
         self.keys("Down", "Return")
         until(lambda: not self.windows("menu"), "menu closed")
+
+    def test_edits_by_clicks_and_loses_none(self):
+        self.program.invoke("toggleClipboardHUD")
+        self.edit(png(400, 300))
         self.press("editor", "crop")
         crop = self.window("crop")["frame"]
         self.gone("editor")
@@ -102,6 +110,12 @@ class HudTest(DesktopTest):
         self.gone("editor")
         until(lambda: self.size_on_clipboard() == (414, 314), "the border on the clipboard")
         self.gone("hud")
+
+        self.edit(png(300, 200))
+        self.program.ctl("quit")
+        self.program.process.wait(10)
+        self.program = Marbelot(self.screen)
+        until(lambda: any("312 × 212" in entry for entry in self.program.history()), "edit kept")
 
     def test_the_widget_is_dragged_and_opens_the_large_preview(self):
         self.program.invoke("toggleAlwaysOnPreview")
@@ -142,12 +156,25 @@ class HudTest(DesktopTest):
         self.keys("c")
         until(lambda: self.key_presses() > typed, "keys arrive again")
 
+        # A dialog would take the keys, and be answered unseen; one that is open has them.
+        self.program.invoke("toggleKeyboardBlock")
+        self.window("cleaning")
+        self.program.invoke("addCanned")
+        self.keys("Escape", "Return", "Escape")
+        stays(lambda: not self.windows("alert"), "held back", 0.5)
+        self.keys("Escape")
+        self.window("alert")
+        self.program.invoke("toggleKeyboardBlock")
+        until(lambda: self.told() == "The keyboard can't be disabled: a dialog is open", "refused")
+        self.keys("Escape")
+        self.gone("alert")
+
         # A selection holds the keyboard, too.
         selection = self.screen.spawn("maim", "-s", self.screen.folder / "selection.png")
         until(lambda: b"slop" in self.screen.run("xwininfo", "-root", "-tree").stdout, "selection")
         self.program.invoke("toggleKeyboardBlock")
-        until(lambda: [notice["body"] for notice in self.screen.notices()] ==
-              ["The keyboard can't be disabled: another program holds it"], "refused")
+        until(lambda: self.told() == "The keyboard can't be disabled: another program holds it",
+              "refused")
         self.assertFalse(self.windows("cleaning"))
         self.screen.end(selection)
         # Nobody is locked out by a program that dies.

@@ -230,8 +230,7 @@ TEST_F(AppKitPanels, ScreensAreToldAsTheyChange) {
   EXPECT_LE(screens[0].visibleFrame.maxY(), screens[0].frame.maxY());
   const Point pointer = platform_.screens.pointer();
   EXPECT_TRUE(std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
-    return pointer.x >= screen.frame.x && pointer.x <= screen.frame.maxX() &&
-           pointer.y >= screen.frame.y && pointer.y <= screen.frame.maxY();
+    return screen.frame.contains(pointer);
   }));
   int changes = 0;
   Task told = platform_.screens.onChange([&] { ++changes; });

@@ -176,7 +176,7 @@ TEST_P(Panels, WorkWhileAnotherProgramIsActive) {
   EXPECT_EQ(activeTitle(), "other");
   click({270, 210});
   ASSERT_TRUE(waitWithQt([&] { return canvas_.up.has_value(); }));
-  EXPECT_EQ(canvas_.downs.at(0).point, (Point{170, 10}));
+  EXPECT_EQ(canvas_.downs.at(0).point, (Point{170, 11}));
   EXPECT_EQ(activeTitle(), "other");
   EXPECT_FALSE(window->isKey());
   key("Return");
