@@ -37,9 +37,16 @@ bool isGuest() {
   return (reply && reply->present) || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
-// There is one keyboard. Main thread only.
-int holders = 0;
-std::vector<std::function<void()>> waiting;  // until nobody holds it
+struct Keyboard {
+  int holders = 0;
+  std::vector<std::function<void()>> waiting;  // until nobody holds it
+};
+
+// There is one. Main thread only.
+Keyboard& keyboard() {
+  static Keyboard one;
+  return one;
+}
 
 constexpr const char* leftBySystem = "Ctrl+Alt+F1 to F12 and the power key still work";
 constexpr const char* leftByDesktop = "The desktop's own shortcuts and the power key still work";
@@ -140,7 +147,7 @@ bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<voi
     return false;
   }
   if (!hold(window, leftOut, std::move(lost))) return false;
-  if (!std::exchange(taken_, true)) ++holders;
+  if (!std::exchange(taken_, true)) ++keyboard().holders;
   return true;
 }
 
@@ -179,13 +186,13 @@ bool KeyboardGrab::hold(QWidget& window, std::string& leftOut, std::function<voi
 }
 
 void KeyboardGrab::whenFree(std::function<void()> work) {
-  if (holders == 0) return work();
-  waiting.push_back(std::move(work));
+  if (keyboard().holders == 0) return work();
+  keyboard().waiting.push_back(std::move(work));
 }
 
 void KeyboardGrab::release() {
-  if (std::exchange(taken_, false) && --holders == 0) {
-    for (auto& work : std::exchange(waiting, {}))
+  if (std::exchange(taken_, false) && --keyboard().holders == 0) {
+    for (auto& work : std::exchange(keyboard().waiting, {}))
       QMetaObject::invokeMethod(qApp, std::move(work), Qt::QueuedConnection);
   }
   // It may be telling that it has lost the keys.
