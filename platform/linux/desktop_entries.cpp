@@ -41,16 +41,17 @@ std::optional<std::string> nameIn(const std::string& entry) {
 
 }  // namespace
 
-std::string applicationName(const std::string& windowClass) {
-  if (windowClass.find('/') != windowClass.npos) return windowClass;
+DesktopEntry entryOfClass(const std::string& windowClass) {
+  if (windowClass.find('/') != windowClass.npos) return {windowClass, {}};
   for (const std::string& folder : applicationFolders()) {
     for (const std::string& name : {windowClass, text::lowercased(text::sanitized(windowClass))}) {
       const std::string entry = files::join(folder, name + ".desktop");
       if (!files::exists(entry)) continue;
-      if (auto shown = nameIn(entry)) return *shown;
+      if (auto shown = nameIn(entry))
+        return {*shown, iniValue(entry, "Desktop Entry", "Icon").value_or("")};
     }
   }
-  return windowClass;
+  return {windowClass, {}};
 }
 
 }  // namespace marbelot

@@ -5,8 +5,13 @@
 
 namespace marbelot {
 
-// The name, in the user's language, of the program whose windows are of that class: from its menu
-// entry, which has the class for a file name. The class itself when there is none. Reads files.
-std::string applicationName(const std::string& windowClass);
+struct DesktopEntry {
+  std::string name;  // in the user's language
+  std::string icon;  // a name in the icon theme or a path; may be empty
+};
+
+// Of the program whose windows are of that class: its entry has the class for a file name. Without
+// one the class itself is the name. Reads files.
+DesktopEntry entryOfClass(const std::string& windowClass);
 
 }  // namespace marbelot

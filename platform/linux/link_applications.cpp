@@ -1,30 +1,11 @@
 #include "platform/linux/link_applications.h"
 
-#include <QGuiApplication>
-#include <QIcon>
-#include <QImage>
 #include <algorithm>
-#include <cstring>
+#include <utility>
+
+#include "platform/linux/themed_icon.h"
 
 namespace marbelot {
-namespace {
-
-constexpr int iconPoints = 16;
-
-std::optional<Image> imageOf(const QIcon& icon) {
-  const QImage drawn = icon.pixmap(QSize(iconPoints, iconPoints), qApp->devicePixelRatio())
-                           .toImage()
-                           .convertToFormat(QImage::Format_RGBA8888_Premultiplied);
-  auto bitmap = Bitmap::make(drawn.width(), drawn.height());
-  if (!bitmap) return std::nullopt;
-  for (int y = 0; y < drawn.height(); ++y) {
-    std::memcpy(bitmap->row(y), drawn.constScanLine(y),
-                static_cast<std::size_t>(drawn.width() * Bitmap::pixelBytes));
-  }
-  return Image::fromPixels(std::make_shared<const Bitmap>(*std::move(bitmap)));
-}
-
-}  // namespace
 
 void LinkApplications::find(const std::string& scheme,
                             std::function<void(std::vector<LinkApplication>)> found) {
@@ -55,10 +36,7 @@ void LinkApplications::goOn(SearchRef search) {
 
 std::optional<Image> LinkApplications::iconFor(const std::string& name) {
   const auto [entry, isNew] = icons_.try_emplace(name);
-  if (isNew && !name.empty()) {
-    const QString known = QString::fromStdString(name);
-    entry->second = imageOf(name.front() == '/' ? QIcon(known) : QIcon::fromTheme(known));
-  }
+  if (isNew) entry->second = themedIcon(name);
   return entry->second;
 }
 

@@ -15,6 +15,7 @@
 #include "platform/linux/desktop_entries.h"
 #include "platform/linux/raw_picture.h"
 #include "platform/linux/sway_windows.h"
+#include "platform/linux/themed_icon.h"
 #include "platform/linux/wayland_screen.h"
 
 namespace marbelot {
@@ -205,10 +206,13 @@ void DesktopScreenCapture::cancel(const Job* job) {
   }
 }
 
-const std::string& DesktopScreenCapture::nameOf(const std::string& application) {
-  auto name = names_.find(application);
-  if (name == names_.end()) name = names_.emplace(application, applicationName(application)).first;
-  return name->second;
+const DesktopScreenCapture::Program& DesktopScreenCapture::program(const std::string& application) {
+  const auto [program, isNew] = programs_.try_emplace(application);
+  if (isNew) {
+    const DesktopEntry entry = entryOfClass(application);
+    program->second = {entry.name, themedIcon(entry.icon)};
+  }
+  return program->second;
 }
 
 std::vector<RunningApplication> DesktopScreenCapture::runningApplications() {
@@ -219,8 +223,9 @@ std::vector<RunningApplication> DesktopScreenCapture::runningApplications() {
   };
   if (isSway()) {
     for (const SwayWindow& window : swayWindows()) {
+      const auto& [name, icon] = program(window.application);
       if (window.pid != getpid() && known(window.pid) == applications.end())
-        applications.push_back({window.pid, nameOf(window.application), std::nullopt});
+        applications.push_back({window.pid, name, icon});
     }
     return applications;
   }
@@ -231,7 +236,8 @@ std::vector<RunningApplication> DesktopScreenCapture::runningApplications() {
     auto icon = before == icons_.end() ? windows().icon(window.id) : before->second;
     icons.emplace(window.id, icon);
     if (const auto same = known(window.pid); same == applications.end()) {
-      applications.push_back({window.pid, nameOf(window.className), std::move(icon)});
+      const Program& owner = program(window.className);
+      applications.push_back({window.pid, owner.name, icon ? icon : owner.icon});
     } else if (!same->icon) {
       same->icon = std::move(icon);
     }

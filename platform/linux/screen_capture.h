@@ -34,7 +34,12 @@ class DesktopScreenCapture : public QObject, public ScreenCapture {
 
   bool eventFilter(QObject* watched, QEvent* event) override;
   X11Windows& windows();
-  const std::string& nameOf(const std::string& application);
+  struct Program {
+    std::string name;
+    std::optional<Image> icon;
+  };
+  // By what its windows call it.
+  const Program& program(const std::string& application);
   void startWaiting();
   void begin(Job& job);
   void run(Job& job, const std::string& before);
@@ -56,7 +61,7 @@ class DesktopScreenCapture : public QObject, public ScreenCapture {
   QElapsedTimer sincePopup_;  // since a menu of ours has gone from the screen
   // By window; they do not change while a menu is looked at, and can be large.
   std::map<xcb_window_t, std::optional<Image>> icons_;
-  std::map<std::string, std::string> names_;  // of programs, by what their windows call them
+  std::map<std::string, Program> programs_;  // by what their windows call them
 };
 
 }  // namespace marbelot

@@ -108,8 +108,14 @@ class CapturesTest(DesktopTest):
         self.assertTrue(self.same(data, frame), self.size(data))
 
         # Also of a program that lies behind another: it comes to the front first.
+        entries = self.screen.home / ".local/share/applications"
+        entries.mkdir(parents=True)
+        (entries / "icon.png").write_bytes(png(16, 16))
+        (entries / "xmessage.desktop").write_text(
+            f"[Desktop Entry]\nName=Messages\nIcon={entries}/icon.png\n")
         self.screen.spawn("xmessage", "-geometry", "400x300+450+250", "in front")
-        until(lambda: "Xmessage" in [item.get("title") for item in self.windows()], "both listed")
+        until(lambda: ("Messages", True) in [(item.get("title"), bool(item.get("image")))
+                                             for item in self.windows()], "both listed")
         self.program.ctl("invoke", "Capture screenshot", "Window", "XClock", check=True)
         data = self.taken("Captured: App window", 3)
         self.assertEqual(self.size(data), f"{width} {height}")
