@@ -96,9 +96,9 @@ AppDelegate::AppDelegate(Platform& platform)
     if (collectCopies_.concatEnabled) collectCopies_.append(text, true);
     panels_.recorded(text);
   };
-  history_.onImageRecorded = [this](const Image& image) {
+  history_.onImageRecorded = [this](const Image& image, bool concealed) {
     panels_.recorded(image);
-    textRecognition_.imageCopied(image);
+    textRecognition_.imageCopied(image, concealed);
   };
   history_.onRecorded = [this] {
     // The panel offers them at once.

@@ -18,7 +18,6 @@
 #include "clipboard/clipboard_history.h"
 #include "clipboard/history_menus.h"
 #include "clipboard/image_history.h"
-#include "clipboard/text_analysis.h"
 #include "image/image_editing.h"
 #include "image/image_export.h"
 #include "keyboard/keyboard_cleaning.h"
@@ -31,6 +30,7 @@
 #include "text/save_text.h"
 #include "text/scanned_text_panel.h"
 #include "text/text_actions.h"
+#include "text/text_analysis.h"
 #include "text/text_editor.h"
 #include "text/text_recognition.h"
 

@@ -4,8 +4,8 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
-#include <charconv>
 
+#include "platform/ascii.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -42,11 +42,7 @@ std::vector<MenuItemRef> itemsTitled(const Menu& menu, const std::string& title)
 Represented representedFrom(const std::optional<std::string>& object) {
   if (!object) return {};
   if (*object == "true" || *object == "false") return *object == "true";
-  std::int64_t number = 0;
-  const char* end = object->data() + object->size();
-  if (const auto [stop, error] = std::from_chars(object->data(), end, number);
-      error == std::errc() && stop == end)
-    return number;
+  if (const auto number = wholeNumber<std::int64_t>(*object)) return *number;
   return *object;
 }
 

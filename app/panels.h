@@ -6,7 +6,6 @@
 
 #include "clipboard/clipboard_history.h"
 #include "clipboard/history_menus.h"
-#include "clipboard/text_analysis.h"
 #include "hud/always_on_widget.h"
 #include "hud/big_preview.h"
 #include "hud/clipboard_hud.h"
@@ -17,6 +16,7 @@
 #include "platform/platform.h"
 #include "shell/shell.h"
 #include "text/clipboard_viewer.h"
+#include "text/text_analysis.h"
 
 namespace marbelot {
 

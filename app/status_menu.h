@@ -14,7 +14,6 @@
 #include "clipboard/clipboard_history.h"
 #include "clipboard/history_menus.h"
 #include "clipboard/image_history.h"
-#include "clipboard/text_analysis.h"
 #include "hud/always_on_widget.h"
 #include "hud/clipboard_hud.h"
 #include "keyboard/keyboard_cleaning.h"
@@ -26,6 +25,7 @@
 #include "text/collect_copies.h"
 #include "text/flatten_trim_menus.h"
 #include "text/text_actions.h"
+#include "text/text_analysis.h"
 #include "text/text_recognition.h"
 
 namespace marbelot {

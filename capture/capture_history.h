@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "capture/newest_images.h"
+#include "image/newest_images.h"
 #include "platform/menu.h"
 #include "platform/platform.h"
 #include "shell/shell.h"

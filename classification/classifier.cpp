@@ -7,6 +7,7 @@
 #include "classification/code_lines.h"
 #include "classification/language_detector.h"
 #include "classification/line_counts.h"
+#include "classification/masking.h"
 #include "classification/password_tokens.h"
 #include "classification/secret_scanner.h"
 #include "classification/terminal_test.h"
@@ -99,7 +100,7 @@ TextFacts factsOf(std::string_view text) {
   std::vector<Range> keys = secretRanges(trimmed);
   const std::vector<Range> passwords = passwordTokens(trimmed);
   const Kind kind = kindOf(trimmed, !keys.empty(), [&] { return !passwords.empty(); });
-  TextFacts facts{kind.category, kind.language, allSecrets(std::move(keys), passwords)};
+  TextFacts facts{kind.category, kind.language, hiddenRanges(trimmed, std::move(keys), passwords)};
   for (Range& secret : facts.secrets)
     secret.start += static_cast<std::size_t>(trimmed.data() - text.data());
   return facts;

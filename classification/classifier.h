@@ -40,13 +40,6 @@ bool looksLikeSecretToken(std::string_view token);
 // Whitespace-separated tokens, less the punctuation at their edges, that look like passwords.
 std::vector<Range> passwordTokens(std::string_view text);
 
-// The text with these ranges, sorted and not overlapping, shortened to their edges, for display.
-std::string masked(std::string_view text, const std::vector<Range>& secrets);
-// The same with every secret in it.
-std::string maskSecrets(std::string_view text);
-// The same with nothing but API keys and tokens masked.
-std::string maskApiKeys(std::string_view text);
-
 // The programming or markup language of a snippet, e.g. "Python"; none for anything else.
 std::optional<std::string_view> detectLanguage(std::string_view text);
 
@@ -54,7 +47,7 @@ std::optional<std::string_view> detectLanguage(std::string_view text);
 struct TextFacts {
   ClipCategory category = ClipCategory::text;
   std::string_view language;   // of source code; empty when unknown
-  std::vector<Range> secrets;  // what maskSecrets hides; sorted, not overlapping
+  std::vector<Range> secrets;  // what is hidden where it is shown; sorted, not overlapping
 };
 TextFacts factsOf(std::string_view text);
 

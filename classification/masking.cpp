@@ -1,9 +1,9 @@
-// Secrets shortened to their edges.
+#include "classification/masking.h"
+
 #include <algorithm>
+#include <utility>
 
 #include "classification/classifier.h"
-#include "classification/password_tokens.h"
-#include "platform/text.h"
 
 namespace marbelot {
 namespace {
@@ -43,6 +43,15 @@ std::vector<Range> allSecrets(std::vector<Range> keys, const std::vector<Range>&
   return kept;
 }
 
+std::vector<Range> hiddenRanges(std::string_view text, std::vector<Range> keys,
+                                const std::vector<Range>& passwords) {
+  std::vector<Range> hidden = allSecrets(std::move(keys), passwords);
+  const std::string_view trimmed = text::trimmedBlanksAndNewlines(text);
+  if (hidden.empty() && looksLikeSecretToken(trimmed))
+    hidden.push_back({static_cast<std::size_t>(trimmed.data() - text.data()), trimmed.size()});
+  return hidden;
+}
+
 std::string masked(std::string_view text, const std::vector<Range>& secrets) {
   std::string shown;
   std::size_t end = 0;
@@ -60,5 +69,9 @@ std::string maskSecrets(std::string_view text) {
 }
 
 std::string maskApiKeys(std::string_view text) { return masked(text, secretRanges(text)); }
+
+std::string maskedForDisplay(std::string_view text) {
+  return masked(text, hiddenRanges(text, secretRanges(text), passwordTokens(text)));
+}
 
 }  // namespace marbelot

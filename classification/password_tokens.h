@@ -11,9 +11,6 @@ namespace marbelot {
 // True when passwordTokens(text) would find something; stops at the first.
 bool hasPasswordToken(std::string_view text);
 
-// Both kinds of secrets sorted by start; those that overlap are one.
-std::vector<Range> allSecrets(std::vector<Range> keys, const std::vector<Range>& passwords);
-
 // True when the lower-cased text contains one of the words that passwords are announced with.
 bool mentionsSecret(std::string_view text);
 

@@ -17,12 +17,18 @@ bool isDollarCommand(std::string_view rest) {
   return !rest.empty() && !isDigit(rest.front()) && rest.front() != '-' && rest.back() != '$';
 }
 
-bool isHostCharacter(char c) { return isName(c) || c == '.' || c == '-'; }
-
-std::size_t skipHost(std::string_view line, std::size_t at) {
-  while (at < line.size() && isHostCharacter(line[at])) ++at;
+// Behind the characters of words, and behind those in `others`.
+std::size_t skipWord(std::string_view line, std::size_t at, std::string_view others) {
+  while (at < line.size()) {
+    const auto [scalar, bytes] = text::scalarAt(line, at);
+    const bool other = isAscii(line[at]) && others.find(line[at]) != others.npos;
+    if (!other && !text::isWordCharacter(scalar)) break;
+    at += bytes;
+  }
   return at;
 }
+
+std::size_t skipHost(std::string_view line, std::size_t at) { return skipWord(line, at, ".-"); }
 
 // ^[\w.\-]+@[\w.\-]+:.*[$#%]\s
 bool startsWithHostPrompt(std::string_view line) {
@@ -45,8 +51,7 @@ bool startsWithPowerShellPrompt(std::string_view line) {
 
 // ^\w+Error:
 bool startsWithErrorName(std::string_view line) {
-  std::size_t end = 0;
-  while (end < line.size() && isName(line[end])) ++end;
+  const std::size_t end = skipWord(line, 0, {});
   constexpr std::string_view error = "Error";
   return end > error.size() && end < line.size() && line[end] == ':' &&
          line.substr(0, end).ends_with(error);

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "clipboard/text_analysis.h"
 #include "platform/pasteboard.h"
+#include "text/text_analysis.h"
 
 namespace marbelot {
 

@@ -72,7 +72,7 @@ bool ClipboardHistory::onClipboardChange(const PasteboardContents& contents) {
   if (withheld(contents)) return false;
   if (contents.image) {
     recordImage(*contents.image);
-    if (onImageRecorded) onImageRecorded(*contents.image);
+    if (onImageRecorded) onImageRecorded(*contents.image, contents.concealed);
     return true;
   }
   return contents.text && recordText(contents.text);

@@ -48,7 +48,7 @@ class ClipboardHistory {
   // A new text was recorded; called before it is stored.
   std::function<void(const SharedText&)> onTextRecorded;
   // The same for an image that came onto the clipboard.
-  std::function<void(const Image&)> onImageRecorded;
+  std::function<void(const Image&, bool concealed)> onImageRecorded;
   // Once for all that has been recorded at a time.
   std::function<void()> onRecorded;
   // The clipboard is looked at; called before anything is done about a change.

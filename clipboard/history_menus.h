@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "clipboard/clipboard_history.h"
-#include "clipboard/text_analysis.h"
 #include "platform/menu.h"
 #include "platform/platform.h"
 #include "shell/shell.h"
+#include "text/text_analysis.h"
 
 namespace marbelot {
 

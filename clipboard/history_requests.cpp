@@ -4,8 +4,8 @@
 #include <rapidjson/writer.h>
 
 #include <array>
-#include <charconv>
 
+#include "platform/ascii.h"
 #include "platform/text.h"
 #include "text/masked_title.h"
 
@@ -39,7 +39,7 @@ bool contains(const HistoryMenus::Entry& entry, const SharedText& text,
   };
   if (holds(entry.title)) return true;
   return text && !isSecret(entry.category) &&
-         holds(maskedWindow(*text, maskSecrets, searchedBytes));
+         holds(maskedWindow(*text, maskedForDisplay, searchedBytes));
 }
 
 }  // namespace
@@ -70,11 +70,8 @@ std::string HistoryRequests::list(const std::string& search, const std::string& 
 }
 
 std::optional<std::size_t> HistoryRequests::indexOf(const std::string& id) const {
-  std::uint64_t number = 0;
-  const char* end = id.data() + id.size();
-  const auto [stop, error] = std::from_chars(id.data(), end, number, idBase);
-  if (error != std::errc() || stop != end) return std::nullopt;
-  return history_.indexOf(number);
+  const auto number = wholeNumber<std::uint64_t>(id, idBase);
+  return number ? history_.indexOf(*number) : std::nullopt;
 }
 
 std::string HistoryRequests::copy(const std::string& id) {

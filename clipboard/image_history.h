@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "capture/newest_images.h"
 #include "clipboard/clipboard_history.h"
+#include "image/newest_images.h"
 #include "platform/menu.h"
 #include "platform/platform.h"
 #include "shell/shell.h"

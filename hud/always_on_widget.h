@@ -8,12 +8,12 @@
 #include <optional>
 #include <string>
 
-#include "clipboard/text_analysis.h"
 #include "hud/hud_view.h"
 #include "hud/placement.h"
 #include "platform/platform.h"
 #include "shell/setting.h"
 #include "shell/shell.h"
+#include "text/text_analysis.h"
 
 namespace marbelot {
 

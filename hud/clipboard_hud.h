@@ -7,7 +7,6 @@
 #include <string>
 #include <utility>
 
-#include "clipboard/text_analysis.h"
 #include "hud/edit_bar.h"
 #include "hud/hud_placement.h"
 #include "hud/hud_view.h"
@@ -15,6 +14,7 @@
 #include "platform/platform.h"
 #include "shell/setting.h"
 #include "shell/shell.h"
+#include "text/text_analysis.h"
 
 namespace marbelot {
 

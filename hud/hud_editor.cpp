@@ -21,7 +21,7 @@ constexpr const char* textView = "hudEditorText";
 constexpr std::size_t maskedBytes = std::size_t{256} << 10;
 
 SharedText shownText(const SharedText& text) {
-  std::string masked = text->size() <= maskedBytes ? maskSecrets(*text) : maskedWindow(*text);
+  std::string masked = text->size() <= maskedBytes ? maskedForDisplay(*text) : maskedWindow(*text);
   if (masked == *text) return text;
   if (text->size() > maskedBytes) masked += "…";
   return share(std::move(masked));

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "clipboard/text_analysis.h"
 #include "hud/edit_bar.h"
 #include "hud/hud_placement.h"
 #include "hud/hud_view.h"
@@ -16,6 +15,7 @@
 #include "hud/undo_stack.h"
 #include "platform/platform.h"
 #include "shell/shell.h"
+#include "text/text_analysis.h"
 
 namespace marbelot {
 

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "clipboard/text_analysis.h"
 #include "platform/canvas.h"
 #include "platform/value.h"
+#include "text/text_analysis.h"
 
 namespace marbelot {
 

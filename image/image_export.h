@@ -27,9 +27,8 @@ class ImageExport {
   ImageExport(Platform& platform, Shell& shell, ActionTable& actions, HistoryImage historyImage,
               Overtaken overtaken, std::function<std::string()> archiveFolder);
 
-  static constexpr const char* favoriteSaveDirsKey = "favoriteSaveDirs";
   // Paths of the folders that the user chose, the last one first, without duplicates.
-  Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, favoriteSaveDirsKey};
+  Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, "favoriteSaveDirs"};
 
   // Waits for what is being written, for at most a few seconds: at the end of the application.
   void finishSaving() { running_.finish(); }

@@ -1,13 +1,13 @@
 #include "image/operations.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <utility>
 #include <vector>
 
 #include "image/decimal.h"
 #include "image/pixel_operations.h"
+#include "platform/ascii.h"
 
 namespace marbelot {
 namespace {
@@ -29,15 +29,9 @@ std::string_view wordAt(Words words, std::size_t index, std::string_view missing
   return index < words.size() ? words[index] : missing;
 }
 
-std::optional<std::int64_t> wholeNumber(std::string_view word) {
-  if (word.starts_with('+')) {
-    word.remove_prefix(1);
-    if (word.starts_with('-')) return std::nullopt;
-  }
-  std::int64_t number = 0;
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-  if (error != std::errc() || end != word.data() + word.size()) return std::nullopt;
-  return number;
+std::optional<std::int64_t> signedNumber(std::string_view word) {
+  if (word.starts_with('+') && !word.starts_with("+-")) word.remove_prefix(1);
+  return wholeNumber<std::int64_t>(word);
 }
 
 // --- Parameters: what the words of an op string stand for ----------------------------------------
@@ -63,7 +57,7 @@ EditParameter emblemWords(Words words) {
   return std::string(wordAt(words, 0, "circle")) + ':' + std::string(wordAt(words, 1, "white"));
 }
 
-EditParameter degrees(Words words) { return wholeNumber(wordAt(words, 0)).value_or(90); }
+EditParameter degrees(Words words) { return signedNumber(wordAt(words, 0)).value_or(90); }
 
 EditParameter factor(Words words) { return decimalNumber(wordAt(words, 0)).value_or(0.5); }
 
@@ -198,13 +192,6 @@ EditParameter Operation::parameterOf(const EditChoice& choice) const {
 }
 
 std::span<const Operation> operations() { return table; }
-
-const Operation* operationForSelector(std::string_view selector) {
-  for (const Operation& operation : table) {
-    if (operation.selector == selector) return &operation;
-  }
-  return nullptr;
-}
 
 std::string_view failureMessage(const Operation& operation, const Result& result,
                                 std::string_view unreadableMessage) {

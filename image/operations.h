@@ -53,9 +53,6 @@ struct Operation {
 // In the order of the menu.
 std::span<const Operation> operations();
 
-// The operation whose items have this action, or null.
-const Operation* operationForSelector(std::string_view selector);
-
 // What to say of a result that is none; `unreadable` is what is said of pictures that cannot be
 // read. Empty: nothing.
 std::string_view failureMessage(const Operation& operation, const Result& result,

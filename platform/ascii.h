@@ -2,7 +2,9 @@
 // to none of the classes.
 #pragma once
 
+#include <charconv>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace marbelot {
@@ -18,6 +20,16 @@ constexpr char lower(char c) { return isUpper(c) ? static_cast<char>(c + 32) : c
 // The byte at `at`, or '\0' behind the end.
 constexpr char byteAt(std::string_view text, std::size_t at) {
   return at < text.size() ? text[at] : '\0';
+}
+
+// The number that the text is, without a sign unless it is "-"; none when there is anything else in
+// it, or it is out of bounds.
+template <class Number>
+std::optional<Number> wholeNumber(std::string_view text, int base = 10) {
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number, base);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace marbelot

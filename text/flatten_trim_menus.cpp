@@ -106,7 +106,7 @@ FlattenTrim::Titles FlattenTrim::wholeTitles(std::string_view text, bool preview
   titles.hasBreak = hasLineBreak(text);
   if (!previews) return titles;
   if (!previewOf(maskedWindow(text), titleWindow(text).size() == text.size(), titles))
-    previewOf(maskSecrets(text), true, titles);
+    previewOf(maskedForDisplay(text), true, titles);
   return titles;
 }
 
@@ -171,10 +171,10 @@ void FlattenTrim::replaceText(const Operation& operation, const std::string& mes
                      [this, operation, message] { replaceText(operation, message); }});
     return;
   }
+  const PendingCopy copy(platform_.pasteboard, shell_);
   const PasteboardContents contents = platform_.pasteboard.contents();
   const SharedText& text = contents.text;
   if (!text) return;
-  const PendingCopy copy(platform_.pasteboard, shell_);
   const auto write = [copy, message, concealed = contents.concealed](std::string result) {
     copy.write(share(std::move(result)), concealed, message);
   };

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "classification/classifier.h"
+#include "classification/masking.h"
 
 namespace marbelot {
 
@@ -17,15 +17,15 @@ constexpr std::size_t titleWindowBytes = std::size_t{16} << 10;
 // longer.
 std::string_view titleWindow(std::string_view text, std::size_t bytes = titleWindowBytes);
 
-// What hides the secrets in a text: maskSecrets, or maskApiKeys where the text is the user's own.
+// What hides the secrets in a text; maskApiKeys where the text is the user's own.
 using Mask = std::string (*)(std::string_view);
 
 // mask(titleWindow(text, bytes)). A word that the window's end parts counts as a secret as far as a
 // token may reach, because nobody knows what it is without its rest.
-std::string maskedWindow(std::string_view text, Mask mask = maskSecrets,
+std::string maskedWindow(std::string_view text, Mask mask = maskedForDisplay,
                          std::size_t bytes = titleWindowBytes);
 
 // quotedPreview with secrets masked. Costs the same on a text of any size.
-std::string maskedPreview(std::string_view text, std::size_t limit, Mask mask = maskSecrets);
+std::string maskedPreview(std::string_view text, std::size_t limit, Mask mask = maskedForDisplay);
 
 }  // namespace marbelot

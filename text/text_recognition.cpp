@@ -26,8 +26,8 @@ TextRecognition::TextRecognition(Platform& platform, Shell& shell, ActionTable& 
   });
 }
 
-void TextRecognition::imageCopied(const Image& image) {
-  if (autoOCR) recognize(image, true, platform_.pasteboard.contents().conceals(image));
+void TextRecognition::imageCopied(const Image& image, bool concealed) {
+  if (autoOCR) recognize(image, true, concealed);
 }
 
 void TextRecognition::recognize(const Image& image, bool quiet, bool concealed) {

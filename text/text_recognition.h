@@ -34,7 +34,7 @@ class TextRecognition {
 
   void recognize(const Image& image, bool quiet, bool concealed = false);
   // A new image came onto the clipboard.
-  void imageCopied(const Image& image);
+  void imageCopied(const Image& image, bool concealed);
 
  private:
   struct Scan {

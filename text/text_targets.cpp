@@ -21,7 +21,7 @@ constexpr std::size_t mostAddressLines = 8;
 
 // As it may stand in a title: the end of a link tells as much as its beginning.
 std::string shown(std::string_view value) {
-  std::string masked = maskSecrets(value);
+  std::string masked = maskedForDisplay(value);
   const std::size_t half = shownCharacters / 2;
   const std::size_t head = text::prefixBytes(masked, half);
   const std::size_t tail = text::suffixBytes(masked, half - 1);

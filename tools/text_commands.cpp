@@ -1,11 +1,12 @@
 // The decisions of the program on a text, for pipes: no running instance needed.
 
-#include <charconv>
 #include <cstdio>
 #include <functional>
 #include <map>
 
 #include "classification/classifier.h"
+#include "classification/masking.h"
+#include "platform/ascii.h"
 #include "platform/detection.h"
 #include "platform/text.h"
 #include "text/calendar_event.h"
@@ -59,19 +60,12 @@ void printDetections(std::string_view text) {
   }
 }
 
-template <typename Number>
-bool readNumber(const std::string& text, Number& number) {
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end;
-}
-
 // Seconds since 1970, of a year with four digits.
 std::optional<double> momentFrom(const std::string& text) {
   constexpr std::int64_t first = -62135596800, last = 253402300799;
-  std::int64_t moment = 0;
-  if (!readNumber(text, moment) || moment < first || moment > last) return std::nullopt;
-  return static_cast<double>(moment);
+  const auto moment = wholeNumber<std::int64_t>(text);
+  if (!moment || *moment < first || *moment > last) return std::nullopt;
+  return static_cast<double>(*moment);
 }
 
 // One that ends no line of the event's.
@@ -127,11 +121,11 @@ int runTrim(const Arguments& arguments) {
 }
 
 int runPreview(const Arguments& arguments) {
-  std::size_t limit = defaultPreviewLimit;
-  if (const auto asked = arguments.option("limit"); asked && !readNumber(*asked, limit))
-    return wrongUsage;
+  const auto asked = arguments.option("limit");
+  const auto limit = asked ? wholeNumber<std::size_t>(*asked) : defaultPreviewLimit;
+  if (!limit) return wrongUsage;
   return onText(arguments, [&](const std::string& text) {
-    printLine(quotedPreview(text, limit));
+    printLine(quotedPreview(text, *limit));
     return done;
   });
 }

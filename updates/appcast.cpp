@@ -2,6 +2,7 @@
 
 #include <pugixml.hpp>
 
+#include "platform/text.h"
 #include "updates/page_text.h"
 #include "updates/version.h"
 #include "updates/web_address.h"
@@ -11,19 +12,12 @@ namespace {
 
 constexpr std::size_t mostItems = 1000;
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r\n";
-  const std::size_t start = text.find_first_not_of(blanks);
-  if (start == text.npos) return {};
-  return text.substr(start, text.find_last_not_of(blanks) - start + 1);
-}
-
 std::string childText(const pugi::xml_node& node, const char* name) {
-  return std::string(trimmed(node.child(name).text().get()));
+  return std::string(text::trimmedBlanksAndNewlines(node.child(name).text().get()));
 }
 
 std::string attribute(const pugi::xml_node& node, const char* name) {
-  return std::string(trimmed(node.attribute(name).value()));
+  return std::string(text::trimmedBlanksAndNewlines(node.attribute(name).value()));
 }
 
 // What stands between the last "_" of the file's name and its extension, in old feeds that name
@@ -63,7 +57,7 @@ AppcastItem itemFrom(const pugi::xml_node& node, std::string_view system) {
 
   const pugi::xml_node description = node.child("description");
   const std::string format = attribute(description, "sparkle:format");
-  const std::string notes(trimmed(description.text().get()));
+  const std::string notes(text::trimmedBlanksAndNewlines(description.text().get()));
   item.notes = format == "plain-text" || format == "markdown" ? plainText(notes) : pageText(notes);
   const std::string notesAddress = childText(node, "sparkle:releaseNotesLink");
   if (isSecureAddress(notesAddress)) item.notesAddress = notesAddress;

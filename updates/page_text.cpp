@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <utility>
 
+#include "platform/ascii.h"
 #include "platform/text.h"
 
 namespace marbelot {
@@ -32,16 +32,6 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 14> entities
 constexpr std::array<std::string_view, 17> lineTags{"p",  "br", "div", "h1",         "h2",     "h3",
                                                     "h4", "h5", "h6",  "ul",         "ol",     "tr",
                                                     "li", "dt", "dd",  "blockquote", "section"};
-
-std::string utf8(std::uint32_t scalar) {
-  if (scalar < 0x80) return {static_cast<char>(scalar)};
-  // The first byte tells by its leading ones how many follow.
-  const int following = scalar < 0x800 ? 1 : scalar < 0x10000 ? 2 : 3;
-  std::string encoded(1, static_cast<char>(0xFF << (7 - following) | scalar >> 6 * following));
-  for (int i = following - 1; i >= 0; --i)
-    encoded += static_cast<char>(0x80 | (scalar >> 6 * i & 0x3F));
-  return encoded;
-}
 
 class PageReader {
  public:
@@ -81,10 +71,7 @@ class PageReader {
     const bool closes = start < html_.size() && html_[start] == '/';
     if (closes) ++start;
     std::size_t end = start;
-    const auto isName = [](char c) {
-      return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    };
-    while (end < html_.size() && isName(html_[end])) ++end;
+    while (isAlnum(byteAt(html_, end))) ++end;
     const std::string name =
         text::lowercased(html_.substr(start, std::min(end - start, longestEntity)));
     if (name.empty() && !closes && (end >= html_.size() || html_[end] != '!')) {
@@ -132,13 +119,12 @@ class PageReader {
   static std::string numbered(std::string_view digits) {
     const bool hexadecimal = digits.starts_with('x') || digits.starts_with('X');
     if (hexadecimal) digits.remove_prefix(1);
-    std::uint32_t scalar = 0;
-    const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), scalar,
-                                               hexadecimal ? 16 : 10);
-    const bool whole = error == std::errc() && stop == digits.data() + digits.size();
-    if (!whole || scalar > 0x10FFFF || (scalar >= 0xD800 && scalar < 0xE000) || scalar < ' ')
+    const auto scalar = wholeNumber<std::uint32_t>(digits, hexadecimal ? 16 : 10);
+    if (!scalar || *scalar > 0x10FFFF || (*scalar >= 0xD800 && *scalar < 0xE000) || *scalar < ' ')
       return {};
-    return utf8(scalar);
+    std::string character;
+    text::appendScalar(character, *scalar);
+    return character;
   }
 
   const std::string_view html_;

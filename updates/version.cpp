@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "platform/ascii.h"
+
 namespace marbelot {
 namespace {
 
@@ -13,13 +15,9 @@ struct Part {
   std::string_view text;
 };
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 Kind kindOf(char c) {
   if (isDigit(c)) return Kind::number;
-  const auto byte = static_cast<unsigned char>(c);
-  const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || byte >= 0x80;
-  return letter ? Kind::letters : Kind::separator;
+  return isAlpha(c) || !isAscii(c) ? Kind::letters : Kind::separator;
 }
 
 // Separators only divide.

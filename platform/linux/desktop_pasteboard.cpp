@@ -89,8 +89,9 @@ std::optional<std::int64_t> DesktopPasteboard::write(const Image& image, bool co
   return write(ClipboardOffer{nullptr, image, concealed});
 }
 
+// What has not been told yet gets a higher count, so that whoever knows of this write is told of
+// it.
 std::optional<std::int64_t> DesktopPasteboard::write(ClipboardOffer offer) {
-  takeNews();
   PasteboardContents contents{offer.text, offer.image, offeredTypes(offer), offer.concealed};
   if (!thread_->write(std::move(offer), writes_ + 1)) return std::nullopt;
   ++writes_;

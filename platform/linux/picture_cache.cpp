@@ -80,7 +80,6 @@ const QImage* PictureCache::otherSize(const Entry& entry) const {
 
 void PictureCache::begin(Entry& entry) {
   if (entry.making) return;
-  ++decodings_;
   const Image image = entry.image;
   const QSize size = entry.size;
   const bool fits = size == QSize(image.width(), image.height());

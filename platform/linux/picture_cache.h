@@ -29,7 +29,6 @@ class PictureCache {
   void draw(QPainter& painter, const Image& image, const QRectF& target, QWidget& view);
 
   std::size_t bytes() const;
-  int decodings() const { return decodings_; }  // so far
 
  private:
   struct Entry {
@@ -52,7 +51,6 @@ class PictureCache {
   MainQueue& queue_;
   const std::size_t limit_;
   Entries entries_;  // the one drawn last first
-  int decodings_ = 0;
   Task sweep_;
 };
 

@@ -101,8 +101,7 @@ bool create(const std::string& path, std::string_view bytes) {
     const std::string draft = path + "." + utf8(NSUUID.UUID.UUIDString) + ".part";
     const Descriptor file(open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!file) return false;
-    const bool made =
-        writeFully(file.get(), bytes) && fsync(file.get()) == 0 && moveToFreeName(draft, path);
+    const bool made = writeFully(file.get(), bytes) && moveToFreeName(draft, path);
     if (!made) unlink(draft.c_str());
     return made;
   }

@@ -103,7 +103,7 @@ TEST_F(ScreenshotWatcherTest, WaitsForTheMarkForThirtyOneTries) {
   startAndList();
   const std::string path = save("picture.png", *png(100));
   event();
-  desktop_.queue.advance(0.5);
+  desktop_.queue.advance(1.47);
   EXPECT_EQ(copied_, Names{});
   markScreenshot(path);
   desktop_.queue.advance(0.05);

@@ -9,6 +9,7 @@
 #include "classification/code_lines.h"
 #include "classification/language_signals.h"
 #include "classification/line_counts.h"
+#include "classification/masking.h"
 #include "classification/password_tokens.h"
 #include "tests/support/rows.h"
 #include "tests/support/work.h"
@@ -108,7 +109,13 @@ TEST(Mask, KeepsTheEdgesOfLongSecretsOnly) {
     EXPECT_EQ(maskSecrets(row[0]), row[1]) << row;
     const std::string text = "\n " + row[0] + "\u00A0";
     EXPECT_EQ(masked(text, factsOf(text).secrets), "\n " + row[1] + "\u00A0") << row;
+    EXPECT_EQ(maskedForDisplay(text), "\n " + row[1] + "\u00A0") << row;
   }
+  // No token of it is a password, but with its bracket the whole text is.
+  EXPECT_EQ(rawValue(classify("hunter22)")), "password");
+  EXPECT_EQ(maskSecrets("hunter22)"), "hunter22)");
+  EXPECT_EQ(maskedForDisplay("hunter22)\n"), "hu***2)\n");
+  EXPECT_EQ(masked(" hunter22)", factsOf(" hunter22)").secrets), " hu***2)");
 }
 
 // How much more work eight times the text is. Linear steps give 8, quadratic ones 64.

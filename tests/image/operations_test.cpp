@@ -28,6 +28,13 @@ TEST(Operations, SizesOfResults) {
     EXPECT_EQ(sizeAfter(row[0].c_str(), std::stoi(row[1]), std::stoi(row[2])), row[3]) << row;
 }
 
+// The operation whose items have this action, or null.
+const Operation* operationForSelector(std::string_view selector) {
+  for (const Operation& operation : operations())
+    if (operation.selector == selector) return &operation;
+  return nullptr;
+}
+
 // As the table writes it: its kind, a blank, and the value.
 EditParameter parameterFrom(const std::string& written) {
   const std::string kind = written.substr(0, written.find(' '));

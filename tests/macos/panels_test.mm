@@ -229,9 +229,8 @@ TEST_F(AppKitPanels, ScreensAreToldAsTheyChange) {
   EXPECT_GT(screens[0].frame.width, 0);
   EXPECT_LE(screens[0].visibleFrame.maxY(), screens[0].frame.maxY());
   const Point pointer = platform_.screens.pointer();
-  EXPECT_TRUE(std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
-    return screen.frame.contains(pointer);
-  }));
+  EXPECT_TRUE(std::any_of(screens.begin(), screens.end(),
+                          [&](const Screen& screen) { return screen.frame.contains(pointer); }));
   int changes = 0;
   Task told = platform_.screens.onChange([&] { ++changes; });
   const auto change = [] {

@@ -182,14 +182,17 @@ TEST_P(PasteboardTest, OwnWritesCountOnceAndKeepTheirPlaceAmongTheOthers) {
   ASSERT_EQ(board->changesSince(before).size(), 2u);
   ASSERT_EQ(board->changesSince(before).size(), 1u) << "told once, but for the present one";
 
-  // Known to the thread but not yet to us: it came first, and keeps the lower count.
+  // Known to the thread but not yet to us: it came first, and whoever has written is told of it.
   queue.pumpFor(0ms);
   const auto foreign = copy({{"UTF8_STRING", "foreign"}});
   EXPECT_TRUE(queue.awaitPost());
-  EXPECT_EQ(board->write(share("three")), before + 4);
+  const auto third = board->write(share("three"));
+  EXPECT_EQ(third, before + 3);
   const auto both = board->changesSince(before + 2);
   ASSERT_EQ(both.size(), 2u);
   EXPECT_EQ(*both[0].contents.text, "foreign");
+  EXPECT_GT(both[0].count, *third);
+  EXPECT_EQ(*board->contents().text, "three");
 
   // Still being read when we write: it is told, and what we wrote stays the present contents.
   for (const bool known : {true, false}) {

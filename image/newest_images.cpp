@@ -1,4 +1,4 @@
-#include "capture/newest_images.h"
+#include "image/newest_images.h"
 
 #include <algorithm>
 #include <limits>

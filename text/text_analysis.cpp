@@ -1,10 +1,12 @@
-#include "clipboard/text_analysis.h"
+#include "text/text_analysis.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <numeric>
 #include <vector>
+
+#include "classification/masking.h"
 
 namespace marbelot {
 
