@@ -5,6 +5,8 @@ target_include_directories(marbelot_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(marbelot_flags INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)
 target_compile_options(marbelot_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror
+  # Each new SDK declares more of AppKit deprecated, for systems older than the oldest to run on, too.
+  $<$<COMPILE_LANGUAGE:OBJCXX>:-Wno-error=deprecated-declarations>
   -fvisibility=hidden
   # GCC 12 sees overlapping copies in plain assignments of strings (its bug 105329).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)

@@ -69,7 +69,7 @@ class ViewPainter final : public Painter {
   void fillBetween(const Rect& outer, const Rect& inner, const Color& color) override {
     NSBezierPath* const both = [NSBezierPath bezierPathWithRect:nsRect(outer)];
     [both appendBezierPathWithRect:nsRect(inner)];
-    [both setWindingRule:NSEvenOddWindingRule];
+    [both setWindingRule:NSWindingRuleEvenOdd];
     [nsColor(color) setFill];
     [both fill];
   }
@@ -86,7 +86,7 @@ class ViewPainter final : public Painter {
     [NSGraphicsContext.currentContext setImageInterpolation:NSImageInterpolationHigh];
     [pictures_.ready(image, view_) drawInRect:nsRect(rect)
                                      fromRect:NSZeroRect
-                                    operation:NSCompositeSourceOver
+                                    operation:NSCompositingOperationSourceOver
                                      fraction:1];
   }
   void draw(const std::string& text, const Rect& rect, const Font& font, const Color& color,
@@ -112,7 +112,7 @@ class ViewPainter final : public Painter {
     const double width = size.width * scale, height = size.height * scale;
     [symbol drawInRect:NSMakeRect(rect.midX() - width / 2, rect.midY() - height / 2, width, height)
               fromRect:NSZeroRect
-             operation:NSCompositeSourceOver
+             operation:NSCompositingOperationSourceOver
               fraction:1];
     return true;
   }

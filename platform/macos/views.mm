@@ -155,7 +155,7 @@
   [NSGraphicsContext.currentContext setImageInterpolation:NSImageInterpolationHigh];
   [ready drawInRect:NSMakeRect((size.width - width) / 2, (size.height - height) / 2, width, height)
            fromRect:NSZeroRect
-          operation:NSCompositeSourceOver
+          operation:NSCompositingOperationSourceOver
            fraction:1];
 }
 @end
@@ -287,7 +287,7 @@ NSImage* tintedSymbol(NSString* name, NSColor* tint, NSString* description) {
   [tinted lockFocus];
   [tint set];
   NSRectFillUsingOperation(NSMakeRect(0, 0, tinted.size.width, tinted.size.height),
-                           NSCompositeSourceAtop);
+                           NSCompositingOperationSourceAtop);
   [tinted unlockFocus];
   return tinted;
 }

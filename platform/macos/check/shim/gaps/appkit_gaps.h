@@ -12,9 +12,12 @@ enum : NSUInteger {
 };
 typedef NSUInteger NSAutoresizingMaskOptions;
 constexpr NSEventType NSEventTypeKeyDown = NSKeyDown;
+constexpr NSWindingRule NSWindingRuleEvenOdd = NSEvenOddWindingRule;
 #endif
 constexpr NSUInteger NSEventMaskAny = NSAnyEventMask;
 constexpr NSUInteger NSEventMaskKeyDown = NSKeyDownMask;
+constexpr NSCompositingOperation NSCompositingOperationSourceAtop = NSCompositeSourceAtop;
+constexpr NSCompositingOperation NSCompositingOperationSourceOver = NSCompositeSourceOver;
 constexpr NSBezelStyle NSBezelStyleRounded = NSRoundedBezelStyle;
 constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 
