@@ -224,7 +224,14 @@ class DescribedWindow final : public Window {
     });
   }
   void center() override {
-    if (![window_ isZoomed]) [window_ center];
+    // Every window that cannot be resized says that it is zoomed.
+    if ((window_.styleMask & NSWindowStyleMaskResizable) != 0 && [window_ isZoomed]) return;
+    NSScreen* screen = NSScreen.mainScreen;
+    for (NSScreen* each in NSScreen.screens)
+      if (NSMouseInRect(NSEvent.mouseLocation, each.frame, NO)) screen = each;
+    if (screen == nil) return;
+    const NSRect area = screen.visibleFrame, now = window_.frame;
+    setOrigin({NSMidX(area) - NSWidth(now) / 2, NSMidY(area) - NSHeight(now) / 2}, false);
   }
   bool isVisible() const override { return window_.isVisible; }
   bool isKey() const override { return window_.isVisible && window_.isKeyWindow; }

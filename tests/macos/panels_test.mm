@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "platform/macos/conversions.h"
+#include "tests/macos/replaced_method.h"
 #include "tests/platform/conformance.h"
 
 namespace marbelot {
@@ -171,6 +172,15 @@ TEST_F(AppKitPanels, MoveFadeAndComeBack) {
   EXPECT_EQ(told_.front(), (Point{300, 60})) << "the end, and nothing on the way";
   window->setContent({100, 80}, {{"canvas", {0, 0, 100, 80}, {}, Canvas{&canvas_, {}}}});
   EXPECT_EQ(window->frame(), (Rect{300, 60, 100, 80}));
+  {
+    BOOL (^const zoomed)(id) = ^BOOL(id) {
+      return YES;  // as a Mac says of each that cannot be resized
+    };
+    const ReplacedMethod fixed([NSWindow class], @selector(isZoomed), zoomed);
+    window->center();
+  }
+  const Rect area = platform_.screens.all().at(0).visibleFrame;
+  EXPECT_EQ(window->frame(), (Rect{area.midX() - 50, area.midY() - 40, 100, 80}));
   window->fadeOut();
   EXPECT_TRUE(wait([&] { return !window->isVisible(); }));
   window->showWithoutActivating();
