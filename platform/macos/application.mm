@@ -109,6 +109,11 @@ class RunningApplication final : public Application {
 struct Services {
   explicit Services(MarbelotApplicationDelegate* delegate) : application(delegate) {}
 
+  // A program without a window on the screen naps, and one that naps misses copies. The Mac itself
+  // may still go to sleep.
+  id const awake = [NSProcessInfo.processInfo
+      beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                        reason:@"Watching the clipboard"];
   RunningApplication application;
   std::unique_ptr<MainQueue> queue = makeMainQueue();
   std::unique_ptr<Pasteboard> pasteboard = makePasteboard();
