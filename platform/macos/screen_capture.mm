@@ -85,6 +85,15 @@ class RunningTool {
   bool started_ = false;
 };
 
+// Without the user's leave a picture shows the desktop and none of its windows, or there is none.
+// Asks for it; the system itself puts the question only once.
+std::string problemOfLeave() {
+  if (CGPreflightScreenCaptureAccess()) return {};
+  CGRequestScreenCaptureAccess();
+  return "Windows can't be captured: allow Marbelot under Privacy & Security, Screen Recording, "
+         "and reopen it";
+}
+
 // Drawn at the size that menus need: an application's icon is large.
 std::optional<Image> smallIcon(NSImage* icon) {
   auto bitmap = Bitmap::makeClear(iconSide, iconSide);
@@ -113,7 +122,8 @@ class SystemScreenCapture final : public ScreenCapture {
       NSMutableArray<NSString*>* const words = [NSMutableArray array];
       for (const std::string& argument : arguments) [words addObject:nsString(argument)];
       [words addObject:nsPath(path)];
-      const auto tool = std::make_shared<RunningTool>(words, ending_, [finished] { finished(""); });
+      const auto tool =
+          std::make_shared<RunningTool>(words, ending_, [finished] { finished(problemOfLeave()); });
       if (ending_->count > 0) {
         ending_->waiting.emplace_back([waiting = std::weak_ptr(tool), finished] {
           const auto still = waiting.lock();

@@ -26,6 +26,8 @@ extern const CFStringRef kCGWindowOwnerPID;
 extern const CFStringRef kCGWindowLayer;
 extern const CFStringRef kCGWindowNumber;
 extern const CFStringRef kCGWindowBounds;
+bool CGPreflightScreenCaptureAccess(void);
+bool CGRequestScreenCaptureAccess(void);
 CGWindowLevel CGWindowLevelForKey(CGWindowLevelKey);
 CFArrayRef CGWindowListCopyWindowInfo(uint32_t options, CGWindowID relativeTo);
 extern const CFStringRef kCGColorSpaceSRGB;
