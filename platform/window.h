@@ -88,7 +88,8 @@ class Window {
   // Makes every key of every keyboard come to this window, those that other programs have claimed
   // as shortcuts included, until it is hidden or the program ends, in whatever way. False when the
   // system refuses, if only for a moment, because another program's shortcut has the keyboard.
-  // Where it must leave some keys to others, it says so, in one line, else nothing.
+  // Where it must leave some keys to others, it says so, in one line, else nothing. The window is
+  // closed when they all go to another one.
   virtual bool grabKeyboard(std::string& leftOut) = 0;
   // The user drags the window with the mouse button that is down.
   virtual void performDrag() = 0;

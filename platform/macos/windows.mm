@@ -21,6 +21,7 @@
 @property(nonatomic) BOOL isAuxiliary;
 @property(nonatomic, copy) void (^closedHandler)(void);
 @property(nonatomic, copy) void (^movedHandler)(void);
+@property(nonatomic, copy) void (^lostKeysHandler)(void);
 @property(nonatomic, copy) BOOL (^keyHandler)(NSEvent*);
 @end
 
@@ -40,6 +41,10 @@
 
 - (void)windowDidMove:(NSNotification*)notification {
   if (self.movedHandler != nil) self.movedHandler();
+}
+
+- (void)windowDidResignKey:(NSNotification*)notification {
+  if (self.lostKeysHandler != nil) self.lostKeysHandler();
 }
 
 // Also what a text with the keys leaves to its window.
@@ -107,6 +112,7 @@ namespace {
 
 constexpr double animationSeconds = 0.25;
 constexpr double frameSeconds = 1. / 60;
+constexpr double activationSeconds = 2;  // within which the program is in front, if at all
 
 NSWindowStyleMask styleOf(const WindowDescription& description) {
   NSWindowStyleMask style =
@@ -264,9 +270,11 @@ class DescribedWindow final : public Window {
     moving_.stop();
     [window_ setFrame:nsRect(frame) display:YES];
   }
-  // The system keeps nothing else from a window that has the keys, once it lets nobody switch.
+  // Others' keys are kept from nobody, but nobody can switch away while the window has the keys.
   bool grabKeyboard(std::string& leftOut) override {
-    leftOut = "The power key and the media keys still work";
+    leftOut =
+        "The power key, the media keys and shortcuts such as Spotlight's, screenshots' and other "
+        "programs' still work";
     constexpr NSUInteger options = NSUInteger{NSApplicationPresentationHideDock} |
                                    NSApplicationPresentationHideMenuBar |
                                    NSApplicationPresentationDisableProcessSwitching |
@@ -275,6 +283,11 @@ class DescribedWindow final : public Window {
                                    NSApplicationPresentationDisableHideApplication;
     NSApp.presentationOptions = static_cast<NSApplicationPresentationOptions>(options);
     grabs_ = true;
+    window_.lostKeysHandler = ^{
+      closeUnlessKey(0);
+    };
+    // The system may refuse to bring the program to the front, which it never tells.
+    closeUnlessKey(activationSeconds);
     return true;
   }
   void performDrag() override {
@@ -409,8 +422,17 @@ class DescribedWindow final : public Window {
     fading_.stop();
     window_.alphaValue = alpha_;
   }
+  // Later, as the keys may be on their way to it.
+  void closeUnlessKey(double seconds) {
+    losing_ = queue_.after(seconds, [this] {
+      if (!isKey()) [window_ close];
+    });
+  }
   void releaseKeyboard() {
-    if (std::exchange(grabs_, false)) NSApp.presentationOptions = NSApplicationPresentationDefault;
+    if (!std::exchange(grabs_, false)) return;
+    NSApp.presentationOptions = NSApplicationPresentationDefault;
+    window_.lostKeysHandler = nil;
+    losing_.cancel();
   }
   NSView* viewOf(const std::string& id) const {
     return viewNamed(window_.contentView, nsString(id));
@@ -426,6 +448,7 @@ class DescribedWindow final : public Window {
   Animation fading_;
   Point goal_;
   bool grabs_ = false;
+  Task losing_;
   MarbelotButtonTarget* const target_;
   MarbelotWindow* window_;
 };

@@ -215,6 +215,12 @@ TEST_F(AppKitPanels, AWindowHasTheKeysAndKeepsOthersFromSwitching) {
   EXPECT_NE(NSApp.presentationOptions & switching, 0U);
   window->hide();
   EXPECT_EQ(NSApp.presentationOptions & switching, 0U);
+  window->show();
+  EXPECT_TRUE(window->grabKeyboard(leftOut));
+  [system() resignKeyWindow];
+  settle();
+  EXPECT_FALSE(window->isVisible()) << "the keys went elsewhere";
+  EXPECT_EQ(NSApp.presentationOptions & switching, 0U);
 }
 
 TEST_F(AppKitPanels, MayGoInTheMiddleOfTheirOwnCallbacks) {
