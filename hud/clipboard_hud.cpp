@@ -201,7 +201,8 @@ void ClipboardHUD::menuDidClose() {
   if (menuHUD.hudContent) menuHUD.watch.start(*menuHUD.previewHUDWindow, leavingSeconds);
   const Point pointer = platform_.screens.pointer();
   const auto menu = std::exchange(menuFrame_, std::nullopt);
-  if (keyPressed_ || (menu && menu->contains(pointer))) return;
+  if (keyPressed_ || platform_.statusItem.wasClosedByKey() || (menu && menu->contains(pointer)))
+    return;
   // What was chosen is told after the closing.
   handOver_ = platform_.queue.after(0, [this, pointer] { handOverAt(pointer); });
 }

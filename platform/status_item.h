@@ -33,6 +33,9 @@ class StatusItem {
   // program draws it.
   virtual std::optional<Rect> openMenuFrame() const = 0;
 
+  // Asked as the menu closes: whether a key that key monitors have not seen closed it.
+  virtual bool wasClosedByKey() const { return false; }
+
   // Called once when it is clear that nothing on this desktop shows status items.
   virtual void setNoHostHandler(std::function<void()> handler) = 0;
 };

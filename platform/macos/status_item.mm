@@ -1,5 +1,8 @@
 // The item in the menu bar.
 #import <AppKit/AppKit.h>
+#include <CoreGraphics/CoreGraphics.h>
+
+#include <algorithm>
 
 #include "platform/macos/conversions.h"
 #import "platform/macos/menus.h"
@@ -58,6 +61,15 @@ class BarItem final : public StatusItem {
     @autoreleasepool {
       return [renderer_ openFrame];
     }
+  }
+
+  // The keys of an open menu come to no monitor. What was pressed last closed it.
+  bool wasClosedByKey() const override {
+    const auto since = [](CGEventType type) {
+      return CGEventSourceSecondsSinceLastEventType(kCGEventSourceStateCombinedSessionState, type);
+    };
+    return since(kCGEventKeyDown) <
+           std::min(since(kCGEventLeftMouseDown), since(kCGEventRightMouseDown));
   }
 
   // The menu bar is always there.

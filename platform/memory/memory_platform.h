@@ -164,10 +164,12 @@ class Icon : public StatusItem {
   void setNoHostHandler(std::function<void()> handler) override { noHost = std::move(handler); }
 
   std::optional<Rect> openMenuFrame() const override { return menuFrame; }
+  bool wasClosedByKey() const override { return closedByKey; }
 
   void open();
 
   std::optional<Rect> menuFrame;
+  bool closedByKey = false;
 
   bool symbolsAvailable = true;
   std::vector<std::string> symbols;  // as they were shown, the present one last

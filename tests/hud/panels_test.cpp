@@ -151,6 +151,9 @@ TEST_F(ClipboardHUDTest, TakesNoOtherClosingOfTheMenuForAClickOnThePreview) {
   EXPECT_FALSE(opensEditor(nothing, "toggleConcat"));
   EXPECT_FALSE(
       opensEditor([this](const Rect&) { desk_.keyMonitors.pressHere({.code = KeyCode::escape}); }));
+  desk_.statusItem.closedByKey = true;
+  EXPECT_FALSE(opensEditor(nothing));
+  desk_.statusItem.closedByKey = false;
   // The menu lies over the preview.
   EXPECT_FALSE(opensEditor([&](const Rect& hud) {
     desk_.statusItem.menuFrame = hud;

@@ -152,6 +152,11 @@ CGImageRef CGImageCreate(std::size_t width, std::size_t height, std::size_t, std
 }
 @end
 
+// No key closes a menu here.
+CFTimeInterval CGEventSourceSecondsSinceLastEventType(CGEventSourceStateID, CGEventType type) {
+  return type == kCGEventKeyDown ? 1 : 0;
+}
+
 // Nobody is asked for leave here.
 bool CGPreflightScreenCaptureAccess(void) { return true; }
 bool CGRequestScreenCaptureAccess(void) { return true; }

@@ -21,7 +21,15 @@ constexpr CGWindowID kCGNullWindowID = 0;
 typedef int32_t CGWindowLevel;
 enum CGWindowLevelKey : int32_t { kCGPopUpMenuWindowLevelKey = 11 };
 
+enum CGEventSourceStateID : int32_t { kCGEventSourceStateCombinedSessionState = 0 };
+enum CGEventType : uint32_t {
+  kCGEventLeftMouseDown = 1,
+  kCGEventRightMouseDown = 3,
+  kCGEventKeyDown = 10,
+};
+
 extern "C" {
+CFTimeInterval CGEventSourceSecondsSinceLastEventType(CGEventSourceStateID, CGEventType);
 extern const CFStringRef kCGWindowOwnerPID;
 extern const CFStringRef kCGWindowLayer;
 extern const CFStringRef kCGWindowNumber;
