@@ -92,8 +92,12 @@ std::optional<Image> firstFile(NSPasteboard* pasteboard) {
   const auto file = path != nullptr ? files::info(path) : std::nullopt;
   if (!file) return std::nullopt;
   if (std::optional<Image> image = Image::fromFile(path)) return image;
+  // Of other kinds nothing is read: a copied film is none of the clipboard's pictures.
+  id type = nil;
+  [url getResourceValue:&type forKey:NSURLTypeIdentifierKey error:nil];
   constexpr std::size_t largestDrawing = std::size_t{64} << 20;
-  if (file->bytes > largestDrawing) return std::nullopt;
+  if (type == nil || ![NSImage.imageTypes containsObject:type] || file->bytes > largestDrawing)
+    return std::nullopt;
   return drawing([NSData dataWithContentsOfFile:url.path]);
 }
 
