@@ -217,11 +217,14 @@ MadeView makeButton(const Button& described, id target, SEL pressed) {
     NSString* name = nsString(described.symbol);
     const std::string& said = described.spoken.empty() ? described.toolTip : described.spoken;
     NSString* const spoken = said.empty() ? nil : nsString(said);
-    button.image = tintedSymbol(name, nsColor(described.tint), spoken);
-    if (button.image == nil && !described.otherSymbol.empty()) {
+    NSImage* symbol = [NSImage imageWithSystemSymbolName:name accessibilityDescription:spoken];
+    if (symbol == nil && !described.otherSymbol.empty()) {
       name = nsString(described.otherSymbol);
-      button.image = tintedSymbol(name, nsColor(described.tint), spoken);
+      symbol = [NSImage imageWithSystemSymbolName:name accessibilityDescription:spoken];
     }
+    button.image = symbol;
+    // Not into the image: colours follow the system's appearance.
+    button.contentTintColor = nsColor(described.tint);
     button.imagePosition = described.title.empty() ? NSImageOnly : NSImageLeft;
     button.alternateTitle = name;  // never shown by a button of this kind
   }

@@ -6,8 +6,9 @@
 #include <objc/runtime.h>
 
 // Some of what the headers of the gaps declare GNUstep has, only undeclared; the backend's use of
-// it is checked against them all the same.
+// it is checked against them all the same. Some it declares, and does not have.
 #pragma clang diagnostic ignored "-Wincomplete-implementation"
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
 
 // Puts `replacement` in the place of a method, and gives what stood there.
 template <class Function>

@@ -82,6 +82,19 @@ NSInteger runAlert(NSAlert* self, SEL) {
 }
 @end
 
+// GNUstep draws symbols as they are.
+@implementation NSButton (MarbelotGaps)
+- (void)setContentTintColor:(NSColor*)color {
+  NSImage* const symbol = self.image;
+  if (symbol == nil) return;
+  [symbol lockFocus];
+  [color set];
+  NSRectFillUsingOperation(NSMakeRect(0, 0, symbol.size.width, symbol.size.height),
+                           NSCompositingOperationSourceAtop);
+  [symbol unlockFocus];
+}
+@end
+
 @implementation NSControl (MarbelotGaps)
 - (void)setLineBreakMode:(NSLineBreakMode)mode {
   [self.cell setLineBreakMode:mode];

@@ -35,6 +35,10 @@ constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 - (instancetype)initWithCGImage:(CGImageRef)image;
 @end
 
+@interface NSButton (MarbelotGaps)
+@property(copy) NSColor *contentTintColor;
+@end
+
 @interface NSColor (MarbelotGaps)
 @property(class, readonly, strong) NSColor *controlAccentColor;
 @end
