@@ -175,6 +175,11 @@ class ViewPainter final : public Painter {
   return named != nil ? named : self;
 }
 
+// Else AppKit drags a window that its background moves, and sends neither mouseDown nor mouseUp.
+- (BOOL)mouseDownCanMoveWindow {
+  return NO;
+}
+
 - (BOOL)acceptsFirstMouse:(NSEvent*)event {
   return YES;
 }
