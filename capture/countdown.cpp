@@ -33,6 +33,7 @@ WindowDescription description() {
   window.level = WindowLevel::overlay;
   window.panel = true;
   window.everySpace = true;
+  window.besideFullScreen = false;
   window.shadow = false;
   window.ignoresMouse = true;
   window.views = {std::move(ground)};

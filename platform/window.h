@@ -45,7 +45,8 @@ struct WindowDescription {
   // other programs' keys to nobody unless it is trusted, on a canvas where `keyDown` wants them; or
   // when it is made the key window.
   bool panel = false;
-  bool everySpace = false;  // on every desktop, beside full-screen windows, not among those cycled
+  bool everySpace = false;       // on every desktop, not among those cycled
+  bool besideFullScreen = true;  // where `everySpace` is set: on those of full-screen windows, too
   bool shadow = true;
   bool ignoresMouse = false;         // clicks go to what is below
   bool movableByBackground = false;  // dragged wherever no view takes the mouse

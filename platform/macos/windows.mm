@@ -365,8 +365,8 @@ class DescribedWindow final : public Window {
     window_.becomesKeyOnlyIfNeeded = description.panel;
     if (description.everySpace) {
       NSUInteger behavior = NSUInteger{NSWindowCollectionBehaviorCanJoinAllSpaces} |
-                            NSWindowCollectionBehaviorStationary |
-                            NSWindowCollectionBehaviorFullScreenAuxiliary;
+                            NSWindowCollectionBehaviorStationary;
+      if (description.besideFullScreen) behavior |= NSWindowCollectionBehaviorFullScreenAuxiliary;
       if (description.panel) behavior |= NSWindowCollectionBehaviorIgnoresCycle;
       window_.collectionBehavior = behavior;
     }

@@ -2,6 +2,7 @@
 #import <AppKit/AppKit.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "platform/macos/conversions.h"
 #include "tests/macos/replaced_method.h"
@@ -221,6 +222,25 @@ TEST_F(AppKitPanels, AWindowHasTheKeysAndKeepsOthersFromSwitching) {
   settle();
   EXPECT_FALSE(window->isVisible()) << "the keys went elsewhere";
   EXPECT_EQ(NSApp.presentationOptions & switching, 0U);
+}
+
+TEST_F(AppKitPanels, AreOnEveryDesktopBesideFullScreenWindowsAndNotCycledWhereTheyAreTo) {
+  __block NSUInteger told = 0;
+  void (^const tells)(id, NSUInteger) = ^(id, NSUInteger behavior) {
+    told = behavior;
+  };
+  const ReplacedMethod noted([NSWindow class], @selector(setCollectionBehavior:), tells);
+  using Case = std::tuple<bool, bool, NSUInteger>;
+  for (const auto& [panel, besideFullScreen, behavior] :
+       {Case{true, true, 337}, Case{true, false, 81}, Case{false, true, 273}}) {
+    WindowDescription made;
+    made.contentSize = {40, 40};
+    made.panel = panel;
+    made.everySpace = true;
+    made.besideFullScreen = besideFullScreen;
+    platform_.windows.create(std::move(made));
+    EXPECT_EQ(told, behavior);
+  }
 }
 
 TEST_F(AppKitPanels, MayGoInTheMiddleOfTheirOwnCallbacks) {
