@@ -217,10 +217,10 @@ class DescribedWindow final : public Window {
     [window_ orderFrontRegardless];
   }
   void hide() override {
-    stay();
     moving_.stop();
     releaseKeyboard();
     [window_ orderOut:nil];
+    stay();  // only now, or what has faded out would flash
   }
   void fadeOut() override {
     if (!window_.isVisible || fading_.isRunning()) return;
