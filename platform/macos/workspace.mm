@@ -1,6 +1,8 @@
 // The Finder, the settings and the applications that open things.
 #import <AppKit/AppKit.h>
 
+#include <mutex>
+
 #include "platform/macos/conversions.h"
 #include "platform/macos/drawn_image.h"
 #include "platform/macos/notes_script.h"
@@ -37,8 +39,10 @@ void addApplication(std::vector<LinkApplication>& to, NSURL* bundle, bool isDefa
   to.push_back({bundle.path.fileSystemRepresentation, name, iconOf(bundle.path), isDefault});
 }
 
-// None when it was carried out, else the system's message, which may be empty.
+// None when it was carried out, else the system's message, which may be empty. From any thread.
 std::optional<std::string> problemOf(const std::string& script) {
+  static std::mutex one;  // at a time: the system's scripts know nothing of threads
+  const std::lock_guard lock(one);
   @autoreleasepool {
     NSDictionary* error = nil;
     NSAppleScript* const made = [[NSAppleScript alloc] initWithSource:nsString(script)];
