@@ -253,6 +253,7 @@ MadeView makeText(const TextArea& area) {
   text.textContainerInset = NSMakeSize(area.inset.width, area.inset.height);
 
   text.font = nsFont(area.font);
+  text.textColor = NSColor.textColor;
   text.richText = NO;
   text.takesText = area.editable;
   text.selectable = YES;
@@ -262,6 +263,7 @@ MadeView makeText(const TextArea& area) {
   text.automaticDashSubstitutionEnabled = NO;
   text.automaticTextReplacementEnabled = NO;
   text.automaticSpellingCorrectionEnabled = NO;
+  text.smartInsertDeleteEnabled = NO;
   [text showText:share(area.text)];
   if (area.transparent) {
     scroll.drawsBackground = NO;
