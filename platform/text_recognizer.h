@@ -26,8 +26,9 @@ struct Recognition {
 class TextRecognizer {
  public:
   virtual ~TextRecognizer() = default;
-  // Reads in the background, in the user's languages, and tells what it found on the main thread.
-  // Dropping the handle ends the work, and `then` is never called. `picture` is not null.
+  // Reads in the background, in the languages that the system's recogniser is set up for, and tells
+  // what it found on the main thread. Dropping the handle ends the work, and `then` is never
+  // called. `picture` is not null.
   [[nodiscard]] virtual Task recognize(SharedBitmap picture,
                                        std::function<void(Recognition)> then) = 0;
 };

@@ -155,6 +155,16 @@ class SystemScreenCapture final : public ScreenCapture {
     @autoreleasepool {
       NSRunningApplication* const other =
           [NSRunningApplication runningApplicationWithProcessIdentifier:static_cast<pid_t>(pid)];
+      if (other == nil) return;
+      // Newer systems let nobody come before the active program to which it does not give way.
+      if (@available(macOS 14, *)) {
+        if (NSApp.isActive) {
+          [NSApp yieldActivationToApplication:other];
+          [other activateFromApplication:NSRunningApplication.currentApplication
+                                 options:NSApplicationActivateAllWindows];
+          return;
+        }
+      }
       [other activateWithOptions:NSApplicationActivateAllWindows];
     }
   }

@@ -14,6 +14,18 @@ NSString* const NSAppleScriptErrorMessage = @"NSAppleScriptErrorMessage";
 }
 @end
 
+@implementation NSApplication (LaunchGaps)
+- (void)yieldActivationToApplication:(NSRunningApplication*)application {
+}
+@end
+
+@implementation NSRunningApplication (LaunchGaps)
+- (BOOL)activateFromApplication:(NSRunningApplication*)application
+                        options:(NSApplicationActivationOptions)options {
+  return [self activateWithOptions:options];
+}
+@end
+
 @implementation NSWorkspaceOpenConfiguration
 + (instancetype)configuration {
   return [[self alloc] init];

@@ -29,6 +29,7 @@ constexpr NSBitmapImageFileType NSBitmapImageFileTypePNG = NSPNGFileType;
 @interface NSApplication (MarbelotGaps)
 @property NSApplicationPresentationOptions presentationOptions;
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+- (void)yieldActivationToApplication:(NSRunningApplication *)application;
 @end
 
 @interface NSBitmapImageRep (MarbelotGaps)
@@ -106,7 +107,10 @@ extern NSString *const NSPasteboardURLReadingFileURLsOnlyKey;
 - (void)performWindowDragWithEvent:(NSEvent *)event;
 @end
 
-@class NSRunningApplication;
+@interface NSRunningApplication (MarbelotGaps)
+- (BOOL)activateFromApplication:(NSRunningApplication *)application
+                        options:(NSApplicationActivationOptions)options;
+@end
 
 @interface NSWorkspaceOpenConfiguration : NSObject
 + (instancetype)configuration;
