@@ -10,16 +10,9 @@
 #include "platform/platform.h"
 #include "platform/updater.h"
 #include "updates/appcast.h"
+#include "updates/fetch.h"
 
 namespace marbelot {
-
-struct Fetched {
-  SharedBytes bytes;    // null when it could not be had
-  std::string problem;  // why, in a few words
-};
-// Gets what is at a secure address, within bounds of size and time, in the background. Nothing is
-// called once the handle is dropped.
-using Fetch = std::function<Task(const std::string& address, std::function<void(Fetched)> fetched)>;
 
 // What is being kept up to date, and where its feed is.
 struct UpdateSource {

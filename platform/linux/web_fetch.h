@@ -1,7 +1,9 @@
 // What is on the web, through a process of its own.
 #pragma once
 
-#include "updates/appcast_updater.h"
+#include <string>
+
+#include "updates/fetch.h"
 
 namespace marbelot {
 
