@@ -112,6 +112,7 @@ void TrayStatusItem::setNoHostHandler(std::function<void()> handler) {
 // made, and never again. Desktops with both kinds of tray, as KDE and GNOME, get the newer one's.
 void TrayStatusItem::lookForHost() {
   if (tray_ || asking_) return;
+  if (!bus_.connected()) return lookForTray();
   asking_ = true;
   QDBusMessage get = QDBusMessage::createMethodCall(watcherService, watcherPath,
                                                     "org.freedesktop.DBus.Properties", "Get");
@@ -122,17 +123,20 @@ void TrayStatusItem::lookForHost() {
     const QDBusPendingReply<QDBusVariant> reply = *asked;
     asked->deleteLater();
     asking_ = false;
-    if (!reply.isError() && reply.value().variant().toBool()) {
-      showIcon();
-      // For hosts that draw the menu themselves, as on GNOME; others ask us to.
-      tray_->setContextMenu(view_.exported());
-    } else if (trayPresent()) {
-      showIcon();
-    } else if (++looks_ == looksAtOnce) {
-      look_.stop();
-      if (const auto told = std::exchange(noHost_, {})) told();
-    }
+    // From a watcher that hangs Qt would wait for the same answer, and the program with it.
+    if (reply.error().type() == QDBusError::NoReply) return;
+    if (reply.isError() || !reply.value().variant().toBool()) return lookForTray();
+    showIcon();
+    // For hosts that draw the menu themselves, as on GNOME; others ask us to.
+    tray_->setContextMenu(view_.exported());
   });
+}
+
+void TrayStatusItem::lookForTray() {
+  if (trayPresent()) return showIcon();
+  if (++looks_ != looksAtOnce) return;
+  look_.stop();
+  if (const auto told = std::exchange(noHost_, {})) told();
 }
 
 void TrayStatusItem::showIcon() {

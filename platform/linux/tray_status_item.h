@@ -38,6 +38,7 @@ class TrayStatusItem : public QObject, public StatusItem, private QAbstractNativ
   bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
   void startLooking();
   void lookForAWhile();
+  void lookForTray();
   void showIcon();
 
   SessionBus& bus_;

@@ -70,6 +70,7 @@ class ServicesTest(DesktopTest):
 
     def test_no_session_bus(self):
         self.start(bus=False, tray="embed")
+        self.check_embedded()
         self.check_copies()
         refused = self.program.ctl("menu")
         self.assertEqual(refused.returncode, 1)
