@@ -43,12 +43,14 @@ Words grimArguments(const CaptureRequest&, const std::string& before) {
   return {"-t", "ppm", "-g", before.substr(0, before.find('\n')), "-"};
 }
 
-// A child is given nothing on its standard input, but slurp wants the windows there.
-Words pickArguments(const CaptureRequest&, const std::string&) {
+// Only one of the places that it is given.
+Words pickArguments(const CaptureRequest&, const std::string&) { return {"-r"}; }
+
+std::string shownWindows() {
   std::string lines;
   for (const SwayWindow& window : swayWindows())
     if (window.isShown) lines += window.place + "\n";
-  return {"-c", "printf %s \"$0\" | slurp -r", lines};
+  return lines;
 }
 
 // Of no place, which grim refuses, when the window is gone.
@@ -64,7 +66,7 @@ const CaptureStep grimStep{"grim", "grim", grimArguments};
 const std::vector<CaptureStep>& waylandSteps(CaptureRequest::Subject subject) {
   static const std::vector<CaptureStep> screen{grimStep}, area{slurpStep, grimStep},
       window{{"grim", "grim", windowArguments}},
-      pickedWindow{{"sh", "dash", pickArguments}, grimStep};
+      pickedWindow{{"slurp", "slurp", pickArguments, shownWindows}, grimStep};
   if (subject == CaptureRequest::Subject::screen) return screen;
   if (subject == CaptureRequest::Subject::window) return window;
   return subject == CaptureRequest::Subject::pickedWindow && isSway() ? pickedWindow : area;

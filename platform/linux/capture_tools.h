@@ -30,6 +30,7 @@ struct CaptureStep {
   const char* program;
   const char* package;  // that has it, on Debian and its relatives
   std::vector<std::string> (*arguments)(const CaptureRequest& request, const std::string& before);
+  std::string (*input)() = nullptr;  // what it reads on its standard input, where that is something
 };
 
 bool isWayland();

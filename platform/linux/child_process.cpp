@@ -19,11 +19,15 @@ Descriptor memoryFile() { return Descriptor(::memfd_create("marbelot-child", MFD
 
 }  // namespace
 
-std::unique_ptr<ChildProcess> ChildProcess::start(std::vector<std::string> arguments, Ended ended) {
+std::unique_ptr<ChildProcess> ChildProcess::start(std::vector<std::string> arguments, Ended ended,
+                                                  std::string_view input) {
   Result result{-1, memoryFile(), memoryFile()};
-  if (!result.output || !result.errors) return nullptr;
-  const pid_t process = startProgram(
-      {std::move(arguments), {ProgramStart::nowhere, result.output.get(), result.errors.get()}});
+  const Descriptor given = memoryFile();
+  if (!result.output || !result.errors || !writeFully(given.get(), input) ||
+      ::lseek(given.get(), 0, SEEK_SET) != 0)
+    return nullptr;
+  const pid_t process =
+      startProgram({std::move(arguments), {given.get(), result.output.get(), result.errors.get()}});
   if (process < 0) return nullptr;
   Descriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
   std::unique_ptr<ChildProcess> child(

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/descriptor.h"
@@ -25,9 +26,10 @@ class ChildProcess {
   // Called once, when it has ended in whatever way; it may destroy the process.
   using Ended = std::function<void(Result)>;
 
-  // Starts `arguments[0]`, which is looked for in PATH, with nothing on its standard input. Null
-  // when it cannot be started.
-  static std::unique_ptr<ChildProcess> start(std::vector<std::string> arguments, Ended ended);
+  // Starts `arguments[0]`, which is looked for in PATH, with `input` to read. Null when it cannot
+  // be started.
+  static std::unique_ptr<ChildProcess> start(std::vector<std::string> arguments, Ended ended,
+                                             std::string_view input = {});
 
   // One that has not ended is killed, and `ended` is not called.
   ~ChildProcess();

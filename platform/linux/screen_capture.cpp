@@ -137,9 +137,10 @@ void DesktopScreenCapture::run(Job& job, const std::string& before) {
   }
   std::vector<std::string> words = step.arguments(job.request, before);
   words.insert(words.begin(), program.toStdString());
-  job.child = ChildProcess::start(std::move(words), [this, &job](ChildProcess::Result result) {
-    stepEnded(job, std::move(result));
-  });
+  job.child = ChildProcess::start(
+      std::move(words),
+      [this, &job](ChildProcess::Result result) { stepEnded(job, std::move(result)); },
+      step.input ? step.input() : "");
   if (!job.child) finish(job, std::string("Couldn't start ") + step.program);
 }
 

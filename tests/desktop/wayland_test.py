@@ -211,16 +211,24 @@ class WaylandTest(DesktopTest):
                            lambda w, h: width - 8 < w <= width and height - 40 < h < height)
         folder = self.screen.home / "Pictures/Marbelot"
         self.assertEqual(len(list(folder.iterdir())), 4)
+        # A selection ends with the program.
+        self.program.ctl("invoke", "Capture screenshot", "Window", "Click a window…", check=True)
+        tool = int(until(self.selecting, "selection"))
+        self.program.invoke("quit")
+        self.program.process.wait(10)
+        until(lambda: not pathlib.Path(f"/proc/{tool}").exists(), "selection gone")
+
+    def selecting(self):
+        return self.screen.run("pgrep", "-x", "slurp", "-P",
+                               str(self.program.process.pid)).stdout
 
     def check_capture(self, item, act, fits):
         before = self.program.copied()
         self.program.ctl("invoke", "Capture screenshot", *item, check=True)
         if act:
-            def selecting():
-                return self.screen.run("pgrep", "-x", "slurp").stdout
-            until(selecting, "selection")
+            until(self.selecting, "selection")
             # Nothing tells when it is on the screen; before, a hand does nothing to it.
-            until(lambda: act() or not selecting(), "selected", interval=0.3)
+            until(lambda: act() or not self.selecting(), "selected", interval=0.3)
         until(lambda: self.program.copied() > before, f"picture: {item}")
         header = self.screen.clipboard("image/png")[16:24]
         size = int.from_bytes(header[:4], "big"), int.from_bytes(header[4:], "big")
