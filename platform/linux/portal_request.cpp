@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QUuid>
 #include <utility>
 
@@ -23,6 +24,13 @@ PortalRequest::PortalRequest(const char* interface, const char* method, QVariant
   handle_ =
       QString(portalPath) + "/request/" + bus.baseService().mid(1).replace('.', '_') + "/" + token;
   bus.connect({}, handle_, requestInterface, "Response", this, SLOT(responded(uint, QVariantMap)));
+  const auto* there =
+      new QDBusServiceWatcher(portalName, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
+  connect(there, &QDBusServiceWatcher::serviceOwnerChanged, this,
+          [this](const QString&, const QString& before) {
+            if (!before.isEmpty())
+              tell({Answer::refused, {}, QDBusError::errorString(QDBusError::NoReply)});
+          });
   QDBusMessage call = QDBusMessage::createMethodCall(portalName, portalPath, interface, method);
   options["handle_token"] = token;
   call.setArguments(arguments << options);

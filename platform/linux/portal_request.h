@@ -22,7 +22,7 @@ class PortalRequest : public QObject {
   struct Answer {
     enum Kind { given, givenUp, refused } kind = refused;
     QVariantMap results;
-    QString error;  // the bus's name for it, when the portal did not even take the request
+    QString error;  // the bus's name for it, when the portal took no request or ended before
   };
 
   // `arguments` are those before `options`. `answered` is called once, not before this returns, and

@@ -186,8 +186,9 @@ class CapturesTest(DesktopTest):
         picture = self.screen.folder / "picture.png"
         picture.write_bytes(png(seed=7))
         shots = self.program.shots
-        self.screen.spawn("/usr/bin/python3", pathlib.Path(__file__).with_name("portal.py"),
-                          picture, shots, log="portal")
+        portal = self.screen.spawn("/usr/bin/python3",
+                                   pathlib.Path(__file__).with_name("portal.py"),
+                                   picture, shots, log="portal")
 
         def asked():
             return self.screen.log("portal").split()
@@ -212,6 +213,13 @@ class CapturesTest(DesktopTest):
         self.program.invoke("captureWindowInteractive")
         until(lambda: asked()[4:] == ["withdrawn", "interactive"], "asked anew")
         stays(lambda: self.program.copied() == 2 and len(self.said()) == said, "given up", 0.6)
+
+        (shots / "Cancel").rename(shots / "Wait")
+        self.program.invoke("captureFullScreen")
+        until(lambda: asked()[6:] == ["whole"], "asked")
+        self.screen.end(portal)
+        until(lambda: self.said()[said:] == ["The desktop's portal cannot take pictures of the "
+                                             "screen right now"], "nobody to wait for")
 
     def test_the_trash_of_another_file_system(self):
         self.folder.mkdir(parents=True)
