@@ -43,8 +43,10 @@ PortalRequest::PortalRequest(const char* interface, const char* method, QVariant
 
 PortalRequest::~PortalRequest() {
   if (!answered_) return;
-  QDBusConnection::sessionBus().asyncCall(
-      QDBusMessage::createMethodCall(portalName, handle_, requestInterface, "Close"));
+  QDBusMessage close =
+      QDBusMessage::createMethodCall(portalName, handle_, requestInterface, "Close");
+  close.setAutoStartService(false);
+  QDBusConnection::sessionBus().asyncCall(close);
 }
 
 void PortalRequest::responded(uint response, const QVariantMap& results) {

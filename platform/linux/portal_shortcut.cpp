@@ -55,31 +55,48 @@ void tellPortalOurName() {
 }  // namespace
 
 PortalShortcut::PortalShortcut(std::function<void()> pressed, std::function<void()> declined)
-    : pressed_(std::move(pressed)), declined_(std::move(declined)) {
-  tellPortalOurName();
+    : portal_(portalName, QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForOwnerChange),
+      pressed_(std::move(pressed)),
+      declined_(std::move(declined)) {
   qDBusRegisterMetaType<Shortcut>();
   qDBusRegisterMetaType<QList<Shortcut>>();
+  qRegisterMetaType<QDBusObjectPath>();  // or a slot that takes one cannot be connected
+  QDBusConnection::sessionBus().connect(
+      portalName, portalPath, shortcutsInterface, "Activated", this,
+      SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+  // A session ends with its portal, which some desktops start later than us, and start anew.
+  connect(&portal_, &QDBusServiceWatcher::serviceOwnerChanged, this,
+          [this](const QString&, const QString& before, const QString& now) {
+            if (!before.isEmpty()) opening_.reset();
+            // Who is asked already was started by that.
+            if (!now.isEmpty() && !opening_) open();
+          });
+  open();
+}
+
+void PortalShortcut::open() {
+  tellPortalOurName();
   // Always the same token: desktops know by it what was chosen before. KDE 5.27 takes shortcuts
   // only with the session: whoever binds them gets none, and the user its settings at each start.
   opening_.emplace(shortcutsInterface, "CreateSession", QVariantList(),
                    QVariantMap{{"session_handle_token", "marbelot"},
                                {"shortcuts", QVariant::fromValue(ourShortcuts())}},
                    [this](const PortalRequest::Answer& answer) {
-                     if (answer.kind == PortalRequest::Answer::given) opened(answer.results);
+                     answer.kind == PortalRequest::Answer::given ? opened(answer.results)
+                                                                 : opening_.reset();
                    });
 }
 
 void PortalShortcut::opened(const QVariantMap& results) {
   session_ = results.value("session_handle").toString();
-  QDBusConnection::sessionBus().connect(
-      portalName, portalPath, shortcutsInterface, "Activated", this,
-      SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
   if (hasMenuShortcut(results)) return;
   binding_.emplace(shortcutsInterface, "BindShortcuts",
                    QVariantList{QVariant::fromValue(QDBusObjectPath(session_)),
                                 QVariant::fromValue(ourShortcuts()), QString()},
                    QVariantMap(), [this](const PortalRequest::Answer& answer) {
-                     if (answer.kind == PortalRequest::Answer::givenUp) declined_();
+                     if (answer.kind != PortalRequest::Answer::givenUp) return;
+                     portal_.removeWatchedService(portalName);
+                     declined_();
                    });
 }
 

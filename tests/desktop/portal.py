@@ -71,13 +71,13 @@ def create_session(sender, options):
 
 def bind_shortcuts(sender, session, shortcuts, _parent, _options):
     (name, properties), = shortcuts
-    tell("bind", name, properties["description"])
 
     def press():
         connection.emit_signal(None, PATH, SHORTCUTS, "Activated",
                                GLib.Variant("(osta{sv})", (session, name, 0, {})))
         return GLib.SOURCE_CONTINUE
     GLib.unix_signal_add(GLib.PRIORITY_DEFAULT, signal.SIGUSR1, press)
+    tell("bind", name, properties["description"])
     return lambda: {"shortcuts": GLib.Variant("a(sa{sv})", [(name, {})])}
 
 
