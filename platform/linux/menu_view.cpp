@@ -169,7 +169,7 @@ QMenu* MenuView::exported() {
           [this](QAction* action) { tell(itemOf(action)); });
   connect(exported_.get(), &QMenu::triggered, this, [this](QAction* action) {
     const MenuItemRef item = itemOf(action);
-    setExportedOpen(false);  // some hosts do not tell
+    setExportedOpen(false);
     choose(item);
   });
   // Some hosts open no menu that is empty.
@@ -177,13 +177,18 @@ QMenu* MenuView::exported() {
   return exported_.get();
 }
 
+// Some hosts tell of no closing: the menu is closed at the latest when it opens again.
 void MenuView::setExportedOpen(bool open) {
-  if (!menu_ || isOpen()) return;
-  if (std::exchange(exportedOpen_, open) != open && delegate_) {
-    if (!open) tell(nullptr);
-    open ? delegate_->menuWillOpen() : delegate_->menuDidClose();
+  if (!menu_) return;
+  const bool wasOpen = std::exchange(exportedOpen_, open && !isOpen());
+  if (isOpen()) return;
+  if (wasOpen) {
+    tell(nullptr);
+    if (delegate_) delegate_->menuDidClose();
   }
-  if (open) fill(*exported_, *menu_);
+  if (!open) return;
+  if (delegate_) delegate_->menuWillOpen();
+  fill(*exported_, *menu_);
 }
 
 void MenuView::sync() {

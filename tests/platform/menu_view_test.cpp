@@ -13,9 +13,9 @@ struct MenuViewTest : testing::Test, MenuDelegate {
   std::shared_ptr<Menu> menu = std::make_shared<Menu>();
   MenuView view;
   std::string chosen;
-  std::string highlights;  // the titles, "-" for none, each with a blank
+  std::string highlights;  // the titles, "-" for none, each with a blank; "open" and "closed"
 
-  void menuWillOpen() override {}
+  void menuWillOpen() override { highlights += "open "; }
   void menuWillHighlightItem(const MenuItem* item) override {
     highlights += (item ? item->title : "-") + ' ';
   }
@@ -105,7 +105,7 @@ TEST_F(MenuViewTest, TellsEachChangeOfTheHighlightOnce) {
   };
   pointAt(shown, 0, -5);
   for (int offset = -4; offset < 5; ++offset) pointAt(shown, 0, offset);
-  EXPECT_EQ(told("one "), "one ");
+  EXPECT_EQ(told("open one "), "open one ");
   pointAt(shown, 1);
   EXPECT_EQ(told("- "), "- ") << "a disabled item";
   pointAt(shown, 2);
@@ -141,6 +141,22 @@ TEST_F(MenuViewTest, TellsEachChangeOfTheHighlightOnce) {
   EXPECT_EQ(told("three "), "three ");
   shown->close();
   EXPECT_EQ(told("- closed"), "- closed");
+}
+
+TEST_F(MenuViewTest, AHostMayNotTellThatItHasClosedTheMenu) {
+  view.setMenu(menu, this);
+  QMenu* exported = view.exported();
+  for (const char* title : {"one", "two"}) {
+    menu->add(title, "action");
+    emit exported->aboutToShow();
+    EXPECT_EQ(exported->actions().last()->text(), title);
+  }
+  EXPECT_EQ(std::exchange(highlights, {}), "open closedopen ");
+  QMenu* own = open();
+  emit exported->aboutToHide();
+  own->close();
+  emit exported->aboutToShow();
+  EXPECT_EQ(highlights, "open closedopen ");
 }
 
 }  // namespace
