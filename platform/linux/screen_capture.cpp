@@ -71,11 +71,7 @@ struct DesktopScreenCapture::Job {
 DesktopScreenCapture::DesktopScreenCapture(MainQueue& queue, SessionBus& bus)
     : queue_(queue), bus_(bus) {
   QCoreApplication::instance()->installEventFilter(this);
-  if (!isWayland()) return;
-  asking_ = queue_.inBackground(waylandShowsScreen, [this](bool shows) {
-    waylandShowsScreen_ = shows;
-    startWaiting();
-  });
+  if (isWayland()) askCompositor();
 }
 
 DesktopScreenCapture::~DesktopScreenCapture() = default;
@@ -111,9 +107,20 @@ Task DesktopScreenCapture::capture(const std::vector<std::string>& arguments,
   return Task(std::shared_ptr<void>(job.get(), [this, held = job](void*) { cancel(held.get()); }));
 }
 
+void DesktopScreenCapture::askCompositor() {
+  if (asking_) return;
+  asking_ = queue_.inBackground(waylandShowsScreen, [this](std::optional<bool> shows) {
+    asking_.cancel();
+    // Without an answer nobody but the portal is left, until the next picture.
+    waylandShowsScreen_ = shows.value_or(false);
+    startWaiting();
+    waylandShowsScreen_ = shows;
+  });
+}
+
 // As soon as those that were cancelled are gone, which hold the pointer until then.
 void DesktopScreenCapture::startWaiting() {
-  if (isWayland() && !waylandShowsScreen_) return;
+  if (isWayland() && !waylandShowsScreen_) return askCompositor();
   if (std::any_of(jobs_.begin(), jobs_.end(), [](const auto& job) { return job->cancelled; }))
     return;
   const auto jobs = jobs_;

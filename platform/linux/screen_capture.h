@@ -40,6 +40,7 @@ class DesktopScreenCapture : public QObject, public ScreenCapture {
   };
   // By what its windows call it.
   const Program& program(const std::string& application);
+  void askCompositor();
   void startWaiting();
   void begin(Job& job);
   void run(Job& job, const std::string& before);

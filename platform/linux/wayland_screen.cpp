@@ -23,15 +23,15 @@ constexpr wl_registry_listener listener{&global, &globalGone};
 
 }  // namespace
 
-bool waylandShowsScreen() {
+std::optional<bool> waylandShowsScreen() {
   WaylandConnection connection;
   if (!connection.display()) return false;
   bool shows = false;
   wl_registry* registry = wl_display_get_registry(connection.display());
   wl_registry_add_listener(registry, &listener, &shows);
-  connection.roundTrip(answerLimit);
+  const bool answered = connection.roundTrip(answerLimit);
   wl_registry_destroy(registry);
-  return shows;
+  return answered ? std::optional(shows) : std::nullopt;
 }
 
 }  // namespace marbelot

@@ -224,6 +224,18 @@ class WaylandTest(DesktopTest):
         return self.screen.run("pgrep", "-x", "slurp", "-P",
                                str(self.program.process.pid)).stdout
 
+    def test_a_compositor_that_hangs_is_asked_again(self):
+        self.start()
+        self.program.invoke("quit")
+        self.program.process.wait(10)
+        self.screen.compositor.send_signal(signal.SIGSTOP)
+        self.program = Marbelot(self.screen)
+        self.program.invoke("captureFullScreen")
+        until(self.screen.notices, "no picture")
+        self.screen.compositor.send_signal(signal.SIGCONT)
+        self.program.invoke("captureFullScreen")
+        until(self.program.copied, "picture")
+
     def check_capture(self, item, act, fits):
         before = self.program.copied()
         self.program.ctl("invoke", "Capture screenshot", *item, check=True)
