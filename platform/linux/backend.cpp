@@ -16,7 +16,6 @@
 
 #include "platform/descriptor.h"
 #include "platform/files.h"
-#include "platform/linux/capture_tools.h"
 #include "platform/linux/desktop_pasteboard.h"
 #include "platform/linux/inotify_folder_events.h"
 #include "platform/linux/key_monitors.h"
@@ -38,6 +37,7 @@
 #include "platform/linux/web_windows.h"
 #include "platform/linux/workspace.h"
 #include "platform/linux/x11_clipboard.h"
+#include "platform/linux/x11_desktop.h"
 
 namespace marbelot {
 namespace {
@@ -136,7 +136,7 @@ std::unique_ptr<ClipboardConnection> connectClipboard() {
 // Once, and not at each start: nothing has changed then.
 void tellWhatIsMissing(Notices& notices, UserDefaults& defaults) {
   constexpr const char* told = "toldOfMissingXWayland";
-  if (!QGuiApplication::platformName().startsWith("wayland") || defaults.boolFor(told)) return;
+  if (!isWayland() || toolkitConnection() || defaults.boolFor(told)) return;
   notices.post(noticeTitle,
                "Marbelot runs without XWayland. The menu opens as a window of its own, and windows "
                "can neither be put in their places nor kept above others. With XWayland they can.");
@@ -169,7 +169,7 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
     std::fputs("marbelot: already running, but not to be reached over the session bus\n", stderr);
     return 1;
   }
-  if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
+  if (!qEnvironmentVariableIsSet("DISPLAY") && !isWayland()) {
     std::fputs("marbelot: there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)\n",
                stderr);
     return 1;

@@ -1,10 +1,10 @@
 #include "platform/linux/capture_tools.h"
 
-#include <QtGlobal>
 #include <algorithm>
 #include <charconv>
 
 #include "platform/linux/sway_windows.h"
+#include "platform/linux/x11_desktop.h"
 
 namespace marbelot {
 namespace {
@@ -73,8 +73,6 @@ const std::vector<CaptureStep>& waylandSteps(CaptureRequest::Subject subject) {
 }
 
 }  // namespace
-
-bool isWayland() { return qEnvironmentVariableIsSet("WAYLAND_DISPLAY"); }
 
 CaptureRequest captureRequest(const std::vector<std::string>& arguments) {
   const auto has = [&](const char* word) {

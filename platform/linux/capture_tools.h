@@ -33,8 +33,6 @@ struct CaptureStep {
   std::string (*input)() = nullptr;  // what it reads on its standard input, where that is something
 };
 
-bool isWayland();
-
 // How it is done on X11, and on Wayland where programs may see the screen.
 const std::vector<CaptureStep>& captureSteps(const CaptureRequest& request);
 

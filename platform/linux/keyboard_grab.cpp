@@ -12,14 +12,10 @@
 
 #include "platform/linux/wayland_keys.h"
 #include "platform/linux/x11_connection.h"
+#include "platform/linux/x11_desktop.h"
 
 namespace marbelot {
 namespace {
-
-xcb_connection_t* connection() {
-  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  return x11 ? x11->connection() : nullptr;
-}
 
 // Between looks at who has the focus; a compositor takes a moment to give it to a window.
 constexpr int lookMilliseconds = 500;
@@ -32,9 +28,9 @@ constexpr auto secondAnswerLimit = std::chrono::milliseconds(250);
 bool isGuest() {
   constexpr std::string_view extension = "XWAYLAND";
   const X11Reply<xcb_query_extension_reply_t> reply(xcb_query_extension_reply(
-      connection(), xcb_query_extension(connection(), extension.size(), extension.data()),
-      nullptr));
-  return (reply && reply->present) || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+      toolkitConnection(),
+      xcb_query_extension(toolkitConnection(), extension.size(), extension.data()), nullptr));
+  return (reply && reply->present) || isWayland();
 }
 
 struct Keyboard {
@@ -94,8 +90,8 @@ class KeyHolder : public QWidget {
 
   // Asks for the focus where it has not got it.
   bool takeFocus() {
-    const X11Reply<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(connection(), xcb_get_input_focus(connection()), nullptr));
+    const X11Reply<xcb_get_input_focus_reply_t> reply(xcb_get_input_focus_reply(
+        toolkitConnection(), xcb_get_input_focus(toolkitConnection()), nullptr));
     if (reply && reply->focus == static_cast<xcb_window_t>(winId())) return true;
     activateWindow();
     return false;
@@ -152,8 +148,8 @@ bool KeyboardGrab::take(QWidget& window, std::string& leftOut, std::function<voi
 }
 
 bool KeyboardGrab::hold(QWidget& window, std::string& leftOut, std::function<void()> lost) {
-  const bool guest = !connection() || isGuest();
-  if (!connection()) window.showFullScreen();
+  const bool guest = !toolkitConnection() || isGuest();
+  if (!toolkitConnection()) window.showFullScreen();
   if (guest && takeFromCompositor(window, answerLimit)) {
     leftOut = keys_->hasShortcuts() ? leftBySystem : leftByDesktop;
     // A window that was just being shown may get the keys after us.
@@ -163,7 +159,7 @@ bool KeyboardGrab::hold(QWidget& window, std::string& leftOut, std::function<voi
     watching_ = watchFocus(hasFocus, std::move(lost));
     return true;
   }
-  if (!connection()) {
+  if (!toolkitConnection()) {
     // Nobody can hold the keyboard there. What covers the screen has the keys until the user goes
     // elsewhere by one of the desktop's own.
     leftOut = leftByDesktop;
@@ -172,8 +168,8 @@ bool KeyboardGrab::hold(QWidget& window, std::string& leftOut, std::function<voi
   }
   // On the toolkit's own connection, so that it gets the keys.
   const X11Reply<xcb_grab_keyboard_reply_t> reply(xcb_grab_keyboard_reply(
-      connection(),
-      xcb_grab_keyboard(connection(), 0, static_cast<xcb_window_t>(window.winId()),
+      toolkitConnection(),
+      xcb_grab_keyboard(toolkitConnection(), 0, static_cast<xcb_window_t>(window.winId()),
                         XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
       nullptr));
   held_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
@@ -209,9 +205,9 @@ void KeyboardGrab::release() {
     holder_->hide();
     holder_.release()->deleteLater();
   }
-  if (!std::exchange(held_, false) || !connection()) return;
-  xcb_ungrab_keyboard(connection(), XCB_CURRENT_TIME);
-  xcb_flush(connection());
+  if (!std::exchange(held_, false) || !toolkitConnection()) return;
+  xcb_ungrab_keyboard(toolkitConnection(), XCB_CURRENT_TIME);
+  xcb_flush(toolkitConnection());
 }
 
 }  // namespace marbelot

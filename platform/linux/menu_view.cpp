@@ -12,6 +12,7 @@
 
 #include "platform/linux/tool_tip.h"
 #include "platform/linux/x11_connection.h"
+#include "platform/linux/x11_desktop.h"
 #include "platform/text.h"
 
 Q_DECLARE_METATYPE(marbelot::MenuItemRef)
@@ -67,9 +68,9 @@ char latinLetter(const QKeyEvent& event) {
   constexpr int lastLatin1 = 0xFF, firstNoCharacter = 0x01000000;  // of Qt::Key
   if (key <= lastLatin1 || key >= firstNoCharacter) return 0;
   const auto code = static_cast<xcb_keycode_t>(event.nativeScanCode());
-  if (const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>()) {
-    const X11Reply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
-        x11->connection(), xcb_get_keyboard_mapping(x11->connection(), code, 1), nullptr));
+  if (xcb_connection_t* const x11 = toolkitConnection()) {
+    const X11Reply<xcb_get_keyboard_mapping_reply_t> mapping(
+        xcb_get_keyboard_mapping_reply(x11, xcb_get_keyboard_mapping(x11, code, 1), nullptr));
     const int count = mapping ? xcb_get_keyboard_mapping_keysyms_length(mapping.get()) : 0;
     // Latin letters are their own ISO 8859-1 codes among the X11 key symbols.
     const xcb_keysym_t* const symbols =
@@ -86,8 +87,6 @@ char latinLetter(const QKeyEvent& event) {
   }
   return 0;
 }
-
-bool isNativeWayland() { return QGuiApplication::platformName().startsWith("wayland"); }
 
 }  // namespace
 
@@ -118,7 +117,7 @@ void MenuView::setMenu(std::shared_ptr<Menu> menu, MenuDelegate* delegate) {
 
 void MenuView::popUpAtPointer() {
   if (!menu_ || isOpen() || catcher_) return;
-  if (!PointerCatcher::isNeeded()) {
+  if (!isWayland() || !toolkitConnection()) {
     popUpAt(QCursor::pos());
     return view_->activateWindow();
   }
@@ -140,7 +139,7 @@ void MenuView::popUpAt(QPoint corner, const QRect& usable) {
   fill(*view_, *menu_);
   // A Wayland desktop takes a menu that belongs to no window for a window: at least for one that is
   // not to be stretched.
-  if (isNativeWayland()) view_->setFixedSize(view_->sizeHint());
+  if (isWayland() && !toolkitConnection()) view_->setFixedSize(view_->sizeHint());
   if (!usable.isEmpty()) {
     const QSize size = view_->sizeHint();
     corner.rx() = std::max(usable.left(), std::min(corner.x(), usable.right() + 1 - size.width()));

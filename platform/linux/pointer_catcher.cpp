@@ -47,10 +47,6 @@ PointerCatcher::PointerCatcher()
           [this] { open_(place_.value_or(QCursor::pos()), usable_); });
 }
 
-bool PointerCatcher::isNeeded() {
-  return QGuiApplication::platformName() == "xcb" && qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-}
-
 // Over a bar, which no window is ever above, only the compositor knows the pointer.
 void PointerCatcher::askCompositor() {
   const auto found = findWaylandPointer(answerLimit);

@@ -15,9 +15,6 @@ class PointerCatcher : public QWidget {
  public:
   PointerCatcher();
 
-  // Whether this is such a desktop.
-  static bool isNeeded();
-
   // Calls `open` with the pointer's place, and with what bars leave of its screen where that is
   // known; after a second all the same. `close` is called when the keys go to another program, or
   // the window is closed.

@@ -17,6 +17,7 @@
 #include "platform/linux/sway_windows.h"
 #include "platform/linux/themed_icon.h"
 #include "platform/linux/wayland_screen.h"
+#include "platform/linux/x11_desktop.h"
 
 namespace marbelot {
 namespace {

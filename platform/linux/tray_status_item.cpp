@@ -10,11 +10,11 @@
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QPainter>
-#include <cstdlib>
 #include <utility>
 
 #include "platform/linux/screens.h"
 #include "platform/linux/symbols.h"
+#include "platform/linux/x11_desktop.h"
 
 namespace marbelot {
 namespace {
@@ -25,37 +25,11 @@ constexpr const char* watcherPath = "/StatusNotifierWatcher";
 constexpr int lookMilliseconds = 250;
 constexpr int looksAtOnce = 12;
 
-xcb_connection_t* x11Connection() {
-  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  return x11 ? x11->connection() : nullptr;
-}
-
-// None where nobody has used the name yet.
-xcb_atom_t atomNamed(xcb_connection_t* connection, std::string_view name) {
-  const auto cookie =
-      xcb_intern_atom(connection, 1, static_cast<std::uint16_t>(name.size()), name.data());
-  const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&free)> atom(
-      xcb_intern_atom_reply(connection, cookie, nullptr), free);
-  return atom ? atom->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-// The older protocol: somebody owns the selection _NET_SYSTEM_TRAY_S<screen>.
-bool trayPresent() {
-  xcb_connection_t* connection = x11Connection();
-  if (!connection) return false;
-  const xcb_atom_t tray = atomNamed(connection, "_NET_SYSTEM_TRAY_S0");
-  if (tray == XCB_ATOM_NONE) return false;
-  const auto ownerCookie = xcb_get_selection_owner(connection, tray);
-  const std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&free)> owner(
-      xcb_get_selection_owner_reply(connection, ownerCookie, nullptr), free);
-  return owner && owner->owner != XCB_WINDOW_NONE;
-}
-
 // A tray of the older protocol tells the root window when it takes its selection. Qt has asked for
 // what is sent there.
 bool isSentToRoot(const xcb_generic_event_t& event) {
   if ((event.response_type & 0x7F) != XCB_CLIENT_MESSAGE) return false;
-  const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(x11Connection())).data;
+  const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(toolkitConnection())).data;
   return reinterpret_cast<const xcb_client_message_event_t&>(event).window == screen->root;
 }
 
@@ -132,8 +106,9 @@ void TrayStatusItem::lookForHost() {
   });
 }
 
+// By the older protocol, a tray owns the selection of its screen.
 void TrayStatusItem::lookForTray() {
-  if (trayPresent()) return showIcon();
+  if (isOwned("_NET_SYSTEM_TRAY_S0")) return showIcon();
   if (++looks_ != looksAtOnce) return;
   look_.stop();
   if (const auto told = std::exchange(noHost_, {})) told();

@@ -14,26 +14,21 @@
 namespace marbelot {
 namespace {
 
-xcb_connection_t* connection() {
-  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  return x11 ? x11->connection() : nullptr;
-}
-
 xcb_window_t rootWindow() {
-  return xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root;
+  return xcb_setup_roots_iterator(xcb_get_setup(toolkitConnection())).data->root;
 }
 
 xcb_atom_t atom(std::string_view name) {
   const X11Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-      connection(),
-      xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.data()),
+      toolkitConnection(),
+      xcb_intern_atom(toolkitConnection(), 0, static_cast<std::uint16_t>(name.size()), name.data()),
       nullptr));
   return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 void setProperty(const QWidget& window, std::string_view name, xcb_atom_t type,
                  const std::vector<std::uint32_t>& values) {
-  xcb_change_property(connection(), XCB_PROP_MODE_REPLACE,
+  xcb_change_property(toolkitConnection(), XCB_PROP_MODE_REPLACE,
                       static_cast<xcb_window_t>(window.winId()), atom(name), type, 32,
                       static_cast<std::uint32_t>(values.size()), values.data());
 }
@@ -41,7 +36,8 @@ void setProperty(const QWidget& window, std::string_view name, xcb_atom_t type,
 std::vector<std::uint32_t> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type) {
   constexpr std::uint32_t most = 4096;  // values
   const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-      connection(), xcb_get_property(connection(), 0, window, name, type, 0, most), nullptr));
+      toolkitConnection(), xcb_get_property(toolkitConnection(), 0, window, name, type, 0, most),
+      nullptr));
   if (!reply || reply->format != 32) return {};
   const auto* const first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
   return {first, first + reply->value_len};
@@ -91,19 +87,29 @@ QRect without(const Strut& strut, QRect screen, QSize desktop) {
 
 }  // namespace
 
-bool isComposited() {
-  if (!connection()) return QGuiApplication::platformName().startsWith("wayland");
+bool isWayland() { return qEnvironmentVariableIsSet("WAYLAND_DISPLAY"); }
+
+xcb_connection_t* toolkitConnection() {
+  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  return x11 ? x11->connection() : nullptr;
+}
+
+bool isOwned(std::string_view selection) {
+  if (!toolkitConnection()) return false;
   const X11Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
-      connection(), xcb_get_selection_owner(connection(), atom("_NET_WM_CM_S0")), nullptr));
+      toolkitConnection(), xcb_get_selection_owner(toolkitConnection(), atom(selection)), nullptr));
   return owner && owner->owner != XCB_WINDOW_NONE;
 }
+
+bool isComposited() { return toolkitConnection() ? isOwned("_NET_WM_CM_S0") : isWayland(); }
 
 // The work area that window managers tell is one rectangle for all screens together, so that Qt
 // knows none for each of several. The panels themselves tell where they are.
 QRect usableArea(const QScreen& screen) {
-  if (!connection() || QGuiApplication::screens().size() < 2) return screen.availableGeometry();
-  const X11Reply<xcb_get_geometry_reply_t> root(
-      xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), rootWindow()), nullptr));
+  if (!toolkitConnection() || QGuiApplication::screens().size() < 2)
+    return screen.availableGeometry();
+  const X11Reply<xcb_get_geometry_reply_t> root(xcb_get_geometry_reply(
+      toolkitConnection(), xcb_get_geometry(toolkitConnection(), rootWindow()), nullptr));
   if (!root) return screen.availableGeometry();
   // Qt scales the size of a screen, but not where it begins.
   const double scale = screen.devicePixelRatio();
@@ -116,7 +122,7 @@ QRect usableArea(const QScreen& screen) {
 }
 
 void putOnEveryDesktop(QWidget& window) {
-  if (!connection()) return;
+  if (!toolkitConnection()) return;
   constexpr std::uint32_t everyDesktop = 0xFFFFFFFF;
   setProperty(window, "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {everyDesktop});
   // Qt adds its own ones when the window is shown.
@@ -126,10 +132,11 @@ void putOnEveryDesktop(QWidget& window) {
 }
 
 void takeMouseOnlyIn(QWidget& window, const QRegion* region) {
-  if (!connection()) return;
+  if (!toolkitConnection()) return;
   const auto id = static_cast<xcb_window_t>(window.winId());
   if (!region) {
-    xcb_xfixes_set_window_shape_region(connection(), id, /*XCB_SHAPE_SK_INPUT*/ 2, 0, 0, XCB_NONE);
+    xcb_xfixes_set_window_shape_region(toolkitConnection(), id, /*XCB_SHAPE_SK_INPUT*/ 2, 0, 0,
+                                       XCB_NONE);
     return;
   }
   const double scale = window.devicePixelRatioF();
@@ -141,15 +148,15 @@ void takeMouseOnlyIn(QWidget& window, const QRegion* region) {
         {static_cast<std::int16_t>(pixels.x()), static_cast<std::int16_t>(pixels.y()),
          static_cast<std::uint16_t>(pixels.width()), static_cast<std::uint16_t>(pixels.height())});
   }
-  const xcb_xfixes_region_t made = xcb_generate_id(connection());
-  xcb_xfixes_create_region(connection(), made, static_cast<std::uint32_t>(rectangles.size()),
+  const xcb_xfixes_region_t made = xcb_generate_id(toolkitConnection());
+  xcb_xfixes_create_region(toolkitConnection(), made, static_cast<std::uint32_t>(rectangles.size()),
                            rectangles.data());
-  xcb_xfixes_set_window_shape_region(connection(), id, 2, 0, 0, made);
-  xcb_xfixes_destroy_region(connection(), made);
+  xcb_xfixes_set_window_shape_region(toolkitConnection(), id, 2, 0, 0, made);
+  xcb_xfixes_destroy_region(toolkitConnection(), made);
 }
 
 void setShadowMargin(QWidget& window, int margin) {
-  if (!connection()) return;
+  if (!toolkitConnection()) return;
   // By this GTK's windows tell it, and every compositor listens.
   const auto pixels = static_cast<std::uint32_t>(std::lround(margin * window.devicePixelRatioF()));
   setProperty(window, "_GTK_FRAME_EXTENTS", XCB_ATOM_CARDINAL, {pixels, pixels, pixels, pixels});

@@ -1,11 +1,24 @@
-// What windows agree with the window manager and the server, on Qt's own connection.
+// What windows agree with the window manager and the server, and which of them there is.
 #pragma once
 
 #include <QRegion>
 #include <QScreen>
 #include <QWidget>
+#include <string_view>
+
+struct xcb_connection_t;
 
 namespace marbelot {
+
+// Whether a Wayland compositor has the screen. Where there is an X server, too, it is its guest.
+bool isWayland();
+
+// Qt's own, on which our windows are; null where they are the compositor's. Main thread only, as
+// all that follows.
+xcb_connection_t* toolkitConnection();
+
+// False as well without an X server.
+bool isOwned(std::string_view selection);
 
 // Whether translucent windows are mixed with what is below.
 bool isComposited();
