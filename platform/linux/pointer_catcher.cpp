@@ -4,9 +4,10 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QThread>
+#include <memory>
 #include <utility>
 
-#include "platform/linux/wayland_pointer.h"
 #include "platform/linux/x11_desktop.h"
 
 namespace marbelot {
@@ -18,7 +19,7 @@ constexpr int stillLimit = 250;
 constexpr int settleTime = 40;
 constexpr int nudgeTime = 100;  // after the window is drawn, which KWin has to know by then
 constexpr int showLimit = 1000;
-constexpr auto answerLimit = std::chrono::milliseconds(250);
+constexpr auto answerLimit = std::chrono::seconds(1);
 
 bool isKWin() { return qgetenv("XDG_CURRENT_DESKTOP").contains("KDE"); }
 
@@ -47,18 +48,15 @@ PointerCatcher::PointerCatcher()
           [this] { open_(place_.value_or(QCursor::pos()), usable_); });
 }
 
-// Over a bar, which no window is ever above, only the compositor knows the pointer.
-void PointerCatcher::askCompositor() {
-  const auto found = findWaylandPointer(answerLimit);
-  if (!found || found->desktop.width <= 0) return;
+void PointerCatcher::place(const WaylandPointerPlace& found) {
   // The X server's points may be finer than the compositor's.
   const QRect all = QGuiApplication::primaryScreen()->virtualGeometry();
-  const double scale = static_cast<double>(all.width()) / found->desktop.width;
+  const double scale = static_cast<double>(all.width()) / found.desktop.width;
   const auto point = [&](int x, int y) {
     return all.topLeft() + (QPointF(x, y) * scale).toPoint();
   };
-  const auto& box = found->usable;
-  place_ = point(found->x, found->y);
+  const auto& box = found.usable;
+  place_ = point(found.x, found.y);
   usable_ = QRect(point(box.x, box.y), (QSizeF(box.width, box.height) * scale).toSize());
   // What Plasma's panels cover only the X server is told.
   if (const QScreen* screen = QGuiApplication::screenAt(*place_)) usable_ &= usableArea(*screen);
@@ -68,7 +66,19 @@ void PointerCatcher::catchAll(std::function<void(QPoint, const QRect&)> open,
                               std::function<void()> close) {
   open_ = std::move(open);
   close_ = std::move(close);
-  askCompositor();
+  // Over a bar, which no window is ever above, only the compositor knows the pointer. It may take
+  // its time on a busy machine.
+  const auto found = std::make_shared<std::optional<WaylandPointerPlace>>();
+  QThread* const asking = QThread::create([found] { *found = findWaylandPointer(answerLimit); });
+  connect(asking, &QThread::finished, this, [this, found] {
+    if (*found && (*found)->desktop.width > 0) place(**found);
+    cover();
+  });
+  connect(asking, &QThread::finished, asking, &QObject::deleteLater);
+  asking->start();
+}
+
+void PointerCatcher::cover() {
   setGeometry(QGuiApplication::primaryScreen()->virtualGeometry());
   putOnEveryDesktop(*this);  // or taskbars would list it
   show();

@@ -7,6 +7,8 @@
 #include <functional>
 #include <optional>
 
+#include "platform/linux/wayland_pointer.h"
+
 namespace marbelot {
 
 // A clear window as large as the desktop: it learns where the pointer is, and has the keys and the
@@ -24,7 +26,8 @@ class PointerCatcher : public QWidget {
   bool event(QEvent* event) override;
 
  private:
-  void askCompositor();
+  void place(const WaylandPointerPlace& found);
+  void cover();
 
   QTimer wait_;
   std::optional<QPoint> place_;  // as the compositor has told it
