@@ -38,6 +38,7 @@
 #include "platform/linux/workspace.h"
 #include "platform/linux/x11_clipboard.h"
 #include "platform/linux/x11_desktop.h"
+#include "updates/appcast_updater.h"
 
 namespace marbelot {
 namespace {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/linux/drawing.h"
+#include "platform/linux/sway_windows.h"
 #include "platform/linux/window_shadow.h"
 #include "platform/linux/x11_desktop.h"
 
@@ -38,7 +39,9 @@ Qt::WindowFlags flagsFor(const WindowDescription& description) {
   if (description.level != WindowLevel::normal) flags |= Qt::WindowStaysOnTopHint;
   // No window manager puts one of its windows above those in full-screen mode, but all of them
   // leave windows alone that are none of theirs.
-  if (description.level >= WindowLevel::raised) flags |= Qt::BypassWindowManagerHint;
+  // Sway puts floating windows in the middle, wherever they ask to be.
+  const bool misplaced = description.panel && description.level == WindowLevel::floating && isSway();
+  if (description.level >= WindowLevel::raised || misplaced) flags |= Qt::BypassWindowManagerHint;
   if (description.panel) flags |= Qt::WindowDoesNotAcceptFocus;
   if (description.ignoresMouse) flags |= Qt::WindowTransparentForInput;
   return flags;
