@@ -17,7 +17,9 @@ class Queue : public MainQueue {
   Task after(double seconds, std::function<void()> work) override;
   Task every(double seconds, std::function<void()> work) override;
   void post(std::function<void()> work) override { posted_.push_back(std::move(work)); }
-  void background(std::function<void()> work) override { background_.push_back(std::move(work)); }
+  void background(std::function<void()> work) override {
+    ending ? work() : background_.push_back(std::move(work));
+  }
 
   // Runs all posted and background work until there is none.
   void drain();
@@ -26,6 +28,8 @@ class Queue : public MainQueue {
   double now() const override { return wall ? *wall : 1e9 + now_; }
   // Where the wall clock stands still; otherwise it goes with the timers'.
   std::optional<double> wall;
+  // Background work is done at once: the end of the program waits for it.
+  bool ending = false;
   // While held, background work waits, as on a busy machine.
   bool holdBackground = false;
 

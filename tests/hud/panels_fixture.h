@@ -17,13 +17,19 @@ class PanelsTest : public testing::Test {
  protected:
   PanelsTest() { launch(); }
   // Images are being saved.
-  ~PanelsTest() override { desk_.queue.drain(); }
+  ~PanelsTest() override { end(); }
 
   void launch() {
-    application_.reset();
+    end();
     application_ = std::make_unique<AppDelegate>(desk_.platform);
     application_->applicationDidFinishLaunching();
     desk_.queue.drain();
+  }
+  void end() {
+    desk_.queue.drain();
+    desk_.queue.ending = true;
+    application_.reset();
+    desk_.queue.ending = false;
   }
   static Image picture(int width, int height, std::uint8_t mark = 200) {
     Bitmap bitmap = *Bitmap::make(width, height);

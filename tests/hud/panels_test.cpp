@@ -352,13 +352,17 @@ TEST_F(HUDEditorTest, StaysWhilePinnedOrWhileAnEditWouldBeLost) {
   EXPECT_EQ(desk_.pasteboard.changeCount(), count);
 }
 
-TEST_F(HUDEditorTest, KeepsAnEditInTheHistoryWhenSomethingElseIsOpened) {
+TEST_F(HUDEditorTest, KeepsAnEditInTheHistoryWhenSomethingElseIsOpenedOrTheProgramEnds) {
   pick("border", "Red");
   copy("text");
   click(canvas(shown("hud")));
   EXPECT_EQ(*editor_->text("hudEditorText"), "text");
   EXPECT_TRUE(inMenu("312 × 212"));
   EXPECT_EQ(*desk_.pasteboard.contents().text, "text");
+  openFromMenu(picture(100, 80));
+  pick("border", "Red");
+  launch();
+  EXPECT_TRUE(inMenu("112 × 92"));
 }
 
 TEST_F(HUDEditorTest, AnEditOfASecretIsKeptOnTheClipboardOrNowhere) {
