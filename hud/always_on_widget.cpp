@@ -123,10 +123,16 @@ void AlwaysOnWidget::refresh() {
     return;
   }
   const std::int64_t count = platform_.pasteboard.changeCount();
-  if (count == alwaysLastCount && alwaysHUDWindow && alwaysHUDWindow->isVisible()) return;
+  const PasteboardContents contents = platform_.pasteboard.contents();
+  // What was there at the start may come late, and counts as no change.
+  const std::array<bool, 3> known{contents.text != nullptr, contents.image.has_value(),
+                                  contents.concealed};
+  const bool asBefore = count == alwaysLastCount && known == known_;
+  if (asBefore && alwaysHUDWindow && alwaysHUDWindow->isVisible()) return;
   alwaysLastCount = count;
+  known_ = known;
   if (!alwaysHUDWindow) makeWindow();
-  fill(platform_.pasteboard.contents());
+  fill(contents);
   place();
   alwaysHUDWindow->showWithoutActivating();
 }

@@ -113,6 +113,7 @@ class AlwaysOnWidget {
   HUDWidgetView view_;
   HUDClickView face_;
   Thumbnails thumbnails_;
+  std::array<bool, 3> known_{};  // of what it shows: a text, an image, that it is concealed
   bool provisional_ = false;
   std::optional<Point> put_;    // where the program put it last
   std::optional<Point> moved_;  // where the user dragged it, until that is stored

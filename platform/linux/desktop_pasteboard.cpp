@@ -17,10 +17,9 @@ void DesktopPasteboard::takeNews() {
   for (ClipboardNews& news : thread_->takeNews()) {
     if (news.announcement.initial) {
       Change& present = changes_.back();
-      if (present.count == 1) present.contents = std::move(news.contents);
-      continue;
-    }
-    if (news.announcement.ownWrites < writes_) {
+      if (present.count > 1) continue;
+      present.contents = std::move(news.contents);
+    } else if (news.announcement.ownWrites < writes_) {
       if (!news.contents.text && !news.contents.image) continue;
       recordOvertaken(std::move(news.contents));
     } else {

@@ -11,10 +11,10 @@
 namespace marbelot {
 
 // The count starts at 1, which stands for whatever the clipboard held at the start; that becomes
-// the contents as soon as it has been read, without being told as a change. What another program
-// has copied just before an own write, but is only read after it, is told then; the own write stays
-// the present contents and is not told again. A copy whose owner pauses for long while it is being
-// read is told without what is missing, and once more when that comes.
+// the contents as soon as it has been read, which calls the handler but is not told as a change.
+// What another program has copied just before an own write, but is only read after it, is told
+// then; the own write stays the present contents and is not told again. A copy whose owner pauses
+// for long while it is being read is told without what is missing, and once more when that comes.
 // Without a display, or when the connection has broken, no write succeeds and nothing changes.
 class DesktopPasteboard final : public Pasteboard {
  public:

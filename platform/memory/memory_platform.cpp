@@ -112,6 +112,11 @@ void Clipboard::copyElsewhere(const std::string& text, bool announced) {
   copyElsewhere(std::move(contents), announced);
 }
 
+void Clipboard::learn(PasteboardContents contents) {
+  contents_ = std::move(contents);
+  if (handler_) handler_();
+}
+
 std::optional<Value> Defaults::storedValue(std::string_view key) const {
   if (std::find(reads.begin(), reads.end(), key) == reads.end()) reads.emplace_back(key);
   const auto found = stored.find(key);

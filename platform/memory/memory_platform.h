@@ -65,6 +65,8 @@ class Clipboard : public Pasteboard {
   // Another program copies; `announced`: this change is told in any case.
   void copyElsewhere(PasteboardContents contents, bool announced = false);
   void copyElsewhere(const std::string& text, bool announced = false);
+  // What was there before is known only now.
+  void learn(PasteboardContents contents);
   bool refuses = false;  // what the program writes
 
  private:

@@ -16,6 +16,8 @@ class WidgetTest : public PanelsTest {
 TEST_F(WidgetTest, FollowsTheClipboardAndDrawsNothingWhileItIsUnchanged) {
   EXPECT_EQ(widget().at.maxX(), 1440 - 12);
   EXPECT_EQ(widget().at.maxY(), 875 - 12);
+  desk_.pasteboard.learn({.text = share("early"), .image = {}, .types = {}});
+  EXPECT_EQ(face(&widget()).texts.at(1), "early");
   copy("hello");
   EXPECT_EQ(face(&widget()).texts.at(1), "hello");
   const int filled = widget().filled;
