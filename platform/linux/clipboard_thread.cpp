@@ -73,7 +73,7 @@ ClipboardThread::Commands ClipboardThread::commands() {
   eventfd_t ignored = 0;
   ::eventfd_read(wake_.get(), &ignored);
   const std::lock_guard lock(mutex_);
-  return {quit_, quit_ ? std::nullopt : std::exchange(offer_, std::nullopt)};
+  return {quit_, std::exchange(offer_, std::nullopt)};
 }
 
 void ClipboardThread::claimed(std::uint64_t number) {

@@ -50,7 +50,8 @@ class ClipboardThread {
  public:
   struct Commands {
     bool quit = false;
-    std::optional<std::pair<ClipboardOffer, std::uint64_t>> offer;  // with its number
+    // With its number. May come with the end: a write that was still under way.
+    std::optional<std::pair<ClipboardOffer, std::uint64_t>> offer;
   };
 
   // `wakeMain` is called on the thread when takeNews() has something.

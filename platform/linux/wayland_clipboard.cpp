@@ -40,42 +40,59 @@ class WaylandClipboard final : public ClipboardConnection {
          },
          [&](const std::string& type, Descriptor to) { owner.answer(type, std::move(to)); },
          [&] { owner.forget(); }});
-    for (;;) {
-      auto [quit, offer] = thread.commands();
-      if (quit) break;
-      if (offer) owner.claim(std::move(offer->first), offer->second);
-      owner.collect();
-      reader.collect();
-      if (!handleEvents(reader, owner, thread.wakeDescriptor(), ClipboardClock::time_point::max()))
-        return;
-    }
-    leave(reader, owner);
+    Parts parts{thread, reader, owner};
+    while (takeCommands(parts))
+      if (!handleEvents(parts, ClipboardClock::time_point::max())) return;
+    leave(parts);
   }
 
   void interrupt() override { control_->interrupt(); }
 
  private:
+  struct Parts {
+    ClipboardThread& thread;
+    WaylandSelectionReader& reader;
+    WaylandSelectionOwner& owner;
+  };
+
+  // False when the thread has to end.
+  static bool takeCommands(Parts& parts) {
+    auto [quit, offer] = parts.thread.commands();
+    if (offer) parts.owner.claim(std::move(offer->first), offer->second);
+    parts.owner.collect();
+    parts.reader.collect();
+    return !quit;
+  }
+
   // Serves on until the keeper has what would be lost with us.
-  void leave(WaylandSelectionReader& reader, WaylandSelectionOwner& owner) {
+  void leave(Parts& parts) {
+    WaylandSelectionOwner& owner = parts.owner;
+    const auto limit = ClipboardClock::now() + keepingLimit;
+    const auto serveOn = [&](int keeper) {
+      if (ClipboardClock::now() >= limit || !handleEvents(parts, limit, keeper)) return false;
+      takeCommands(parts);
+      return true;
+    };
+    while (owner.isClaiming())
+      if (!serveOn(-1)) return;
     if (!owner.present()) return;
     const Descriptor keeper = startClipboardKeeper(*owner.present(), owner.mark(), display_);
-    const auto limit = ClipboardClock::now() + keepingLimit;
     bool waiting = static_cast<bool>(keeper);
-    while ((waiting || owner.isServing()) && ClipboardClock::now() < limit) {
-      if (!handleEvents(reader, owner, waiting ? keeper.get() : -1, limit)) return;
-      waiting = waiting && watched_[1].revents == 0;
-      owner.collect();
+    while (waiting || owner.isServing()) {
+      if (!serveOn(waiting ? keeper.get() : -1)) return;
+      waiting = waiting && watched_[2].revents == 0;
     }
   }
 
-  // Waits for something to come, until `deadline` at the latest, and handles it. False when the
-  // connection has ended.
-  bool handleEvents(WaylandSelectionReader& reader, WaylandSelectionOwner& owner, int wake,
-                    ClipboardClock::time_point deadline) {
+  // Waits for something to come, from `keeper` too, until `deadline` at the latest, and handles it.
+  // False when the connection has ended.
+  bool handleEvents(Parts& parts, ClipboardClock::time_point deadline, int keeper = -1) {
+    auto& [thread, reader, owner] = parts;
     control_->prepare();
     watched_.clear();
     watched_.push_back({control_->descriptor(), control_->events(), 0});
-    watched_.push_back({wake, POLLIN, 0});
+    watched_.push_back({thread.wakeDescriptor(), POLLIN, 0});
+    watched_.push_back({keeper, POLLIN, 0});
     reader.watch(watched_);
     owner.watch(watched_);
     ::poll(watched_.data(), watched_.size(),

@@ -27,6 +27,8 @@ class WaylandSelectionOwner {
   bool ownerChanged(const std::vector<std::string>& types);
   // The last write that the compositor has put into effect.
   std::uint64_t claimed() const { return claimed_; }
+  // A write is under way.
+  bool isClaiming() const { return claimed_ != wanted_ && forms_.offer(); }
   // What is on the clipboard of ours; null when it is somebody else's or a write is under way.
   const ClipboardOffer* present() const;
   // The type that marks what is on the clipboard as ours.

@@ -39,9 +39,13 @@ class X11Clipboard final : public ClipboardConnection {
       reader.collect();
       handleEvents(parts, X11Clock::time_point::max());
     }
-    if (!owner.askToBeKept()) return;
     // Serves on until the clipboard manager has what would be lost with us.
     const auto limit = X11Clock::now() + keepingLimit;
+    while (connection_.alive() && owner.isClaiming() && X11Clock::now() < limit) {
+      handleEvents(parts, limit);
+      takeCommands(parts);
+    }
+    if (!owner.askToBeKept()) return;
     auto deadline = X11Clock::now() + keepingPause;
     while (connection_.alive() && owner.isBeingKept() && X11Clock::now() < deadline) {
       takeCommands(parts);
@@ -61,8 +65,8 @@ class X11Clipboard final : public ClipboardConnection {
     X11SelectionOwner& owner;
   };
 
-  // Handles what has come, then waits for more, until `deadline` at the latest. Whether anything
-  // had come.
+  // Handles what has come; waits for it, until `deadline` at the latest, when there is nothing.
+  // Whether anything had come.
   bool handleEvents(Parts& parts, X11Clock::time_point deadline) {
     bool any = false;
     const auto handle = [&](xcb_generic_event_t* event) {
@@ -78,7 +82,7 @@ class X11Clipboard final : public ClipboardConnection {
     parts.owner.expire(now);
     xcb_flush(connection_.get());
     // Writing may have read: what is in the library's queue no longer wakes poll().
-    if (!handle(xcb_poll_for_queued_event(connection_.get())))
+    if (!any && !handle(xcb_poll_for_queued_event(connection_.get())))
       wait(parts.thread, std::min({deadline, parts.reader.deadline(), parts.owner.deadline()}));
     return any;
   }

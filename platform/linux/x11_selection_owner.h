@@ -27,6 +27,8 @@ class X11SelectionOwner {
   bool isBeingKept() const { return beingKept_; }
   // Whether somebody still waits for something from us.
   bool isServing() const { return forms_.isConverting() || !transfers_.empty(); }
+  // A write is under way.
+  bool isClaiming() const { return claimed_ != wanted_; }
   // The last write that the server has put into effect.
   std::uint64_t claimed() const { return claimed_; }
 

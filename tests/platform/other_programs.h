@@ -2,6 +2,7 @@
 // asked.
 #pragma once
 
+#include <signal.h>
 #include <sys/types.h>
 
 #include <atomic>
@@ -24,6 +25,7 @@ class PrivateProcess {
 
   // Returns the first line that it prints; empty when it cannot be started.
   std::string start(std::vector<std::string> command);
+  void signal(int number) const { ::kill(process_, number); }
   void kill();
 
  private:

@@ -5,6 +5,7 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -52,7 +53,7 @@ struct ClipboardSide {
   virtual std::unique_ptr<ClipboardConnection> connect() const = 0;
   virtual std::unique_ptr<TestOwner> copy(TestOwner::Data data, TestOwner::Manners manners) = 0;
   virtual std::optional<std::string> paste(const std::string& type) const = 0;
-  virtual bool kill() = 0;  // the server; false where it is not the test's own
+  virtual bool signal(int number) = 0;  // to the server; false where it is not the test's own
 };
 
 // "X11", and each Wayland desktop that there is to test on.
@@ -109,6 +110,15 @@ class PasteboardTest : public testing::TestWithParam<std::string> {
   std::string newText() {
     const auto text = news(1)[0].contents.text;
     return text ? *text : "(none)";
+  }
+  // Ends while the server is too busy for the last write. False where that cannot be tested.
+  bool endsDuringAWrite(const std::string& text) {
+    if (!side->signal(SIGSTOP)) return false;
+    EXPECT_TRUE(board->write(share(text)));
+    const auto end = std::async(std::launch::async, [this] { board.reset(); });
+    EXPECT_EQ(end.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    side->signal(SIGCONT);
+    return true;
   }
   bool becomes(const std::string& text) {
     return queue.pumpUntil(

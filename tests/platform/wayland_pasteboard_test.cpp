@@ -1,6 +1,4 @@
 // What is Wayland's own of the clipboard: pipes, and the process that keeps what is left behind.
-#include <poll.h>
-
 #include "platform/linux/wayland_clipboard.h"
 #include "platform/linux/wayland_data_control.h"
 #include "tests/platform/pasteboard_fixture.h"
@@ -22,9 +20,10 @@ class WaylandSide : public ClipboardSide {
   std::optional<std::string> paste(const std::string& type) const override {
     return pasteFromWayland(display(), type);
   }
-  bool kill() override {
-    compositor_.kill();
-    return desktop_ != "present";
+  bool signal(int number) override {
+    if (desktop_ == "present") return false;
+    compositor_.signal(number);
+    return true;
   }
 
  private:
@@ -62,17 +61,7 @@ TEST_P(WaylandPasteboardTest, AProgramThatIsStuckInTheMiddleOfAPasteHoldsUpNobod
   EXPECT_TRUE(board->write(share(text)));
   EXPECT_TRUE(pastes("text/plain;charset=utf-8", text));
   // One that is stuck in the middle of a paste holds up nobody.
-  const auto stuck = WaylandDataControl::connect(side->display());
-  Descriptor from;
-  stuck->watch({[&](const std::unique_ptr<WaylandOffer>& offer, bool) {
-                  from = offer->receive("text/plain");
-                  stuck->flush();
-                },
-                [](const std::string&, const Descriptor&) {}, [] {}});
-  while (!stuck->presentIsKnown()) {
-    stuck->prepare();
-    ASSERT_TRUE(stuck->dispatch(POLLIN));
-  }
+  const Descriptor stuck = askWayland(side->display(), "text/plain");
   EXPECT_TRUE(paste("UTF8_STRING") == text);
 }
 
@@ -85,13 +74,23 @@ TEST_P(WaylandPasteboardTest, WhatItLeavesStaysUntilItIsReplaced) {
   EXPECT_TRUE(becomes("hunter2"));
   EXPECT_TRUE(board->contents().concealed);
 
-  Bitmap bitmap = *Bitmap::makeClear(40, 30);
+  Bitmap bitmap = *Bitmap::makeClear(1000, 800);
   EXPECT_TRUE(
       board->write(Image::fromPixels(std::make_shared<const Bitmap>(std::move(bitmap))), true));
-  board.reset();
+  // A paste that was asked for just before the end.
+  const Descriptor from = askWayland(side->display(), "image/bmp");
+  auto end = std::async(std::launch::async, [this] { board.reset(); });
+  const auto bmp = takePaste(from);
+  end.wait();
+  EXPECT_TRUE(bmp == paste("image/bmp"));
   EXPECT_EQ(paste("x-kde-passwordManagerHint"), "secret");
   EXPECT_EQ(paste("image/png")->substr(0, 4), "\x89PNG");
   EXPECT_EQ(paste("image/bmp")->substr(0, 2), "BM") << "the keeper converts, too";
+
+  start();
+  if (endsDuringAWrite("last")) {
+    EXPECT_EQ(paste("UTF8_STRING"), "last");
+  }
 
   // What is not ours is not ours to leave.
   start();

@@ -9,6 +9,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/linux/clipboard_types.h"
 #include "platform/linux/helper_program.h"
 #include "platform/linux/wayland_data_control.h"
 
@@ -89,24 +90,25 @@ WaylandOwner::WaylandOwner(const std::string& display, Data data, Manners manner
     : TestOwner(std::move(data), std::move(manners),
                 [display](State& owner) { own(display, owner); }) {}
 
-std::optional<std::string> pasteFromWayland(const std::string& display, const std::string& type) {
+Descriptor askWayland(const std::string& display, const std::string& type) {
   const auto control = WaylandDataControl::connect(display);
-  if (!control) return std::nullopt;
-  std::unique_ptr<WaylandOffer> present;
-  control->watch({[&](std::unique_ptr<WaylandOffer> offer, bool) { present = std::move(offer); },
+  if (!control) return {};
+  Descriptor from;
+  control->watch({[&](const std::unique_ptr<WaylandOffer>& offer, bool) {
+                    const bool has = offer && contains(offer->types(), type);
+                    from = has ? offer->receive(type) : Descriptor();
+                  },
                   [](const std::string&, const Descriptor&) {}, [] {}});
-  if (!serve(*control, {}, [&] { return control->presentIsKnown(); })) return std::nullopt;
-  const auto offered = [&] {
-    const auto& types = present->types();
-    return std::find(types.begin(), types.end(), type) != types.end();
-  };
-  if (!present || !offered()) return std::nullopt;
-  const Descriptor from = present->receive(type);
-  control->flush();
+  // Once for what there is, and once until it has been asked for.
+  if (!control->roundTrip(limit) || !control->roundTrip(limit)) return {};
+  return from;
+}
+
+std::optional<std::string> takePaste(const Descriptor& from) {
   std::string bytes;
   std::vector<char> part(1 << 20);
   const auto end = Clock::now() + limit;
-  while (Clock::now() < end) {
+  while (from && Clock::now() < end) {
     pollfd readable{from.get(), POLLIN, 0};
     ::poll(&readable, 1, 100);
     const ssize_t got = ::read(from.get(), part.data(), part.size());
@@ -114,6 +116,10 @@ std::optional<std::string> pasteFromWayland(const std::string& display, const st
     if (got > 0) bytes.append(part.data(), static_cast<std::size_t>(got));
   }
   return std::nullopt;
+}
+
+std::optional<std::string> pasteFromWayland(const std::string& display, const std::string& type) {
+  return takePaste(askWayland(display, type));
 }
 
 }  // namespace marbelot

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/descriptor.h"
 #include "tests/platform/other_programs.h"
 #include "tests/support/temporary_home.h"
 
@@ -19,7 +20,7 @@ class PrivateCompositor {
   explicit PrivateCompositor(const std::string& desktop);
   // Empty for that of the environment.
   const std::string& display() const { return display_; }
-  void kill() { process_.kill(); }
+  void signal(int number) const { process_.signal(number); }
 
  private:
   TemporaryHome home_;
@@ -36,6 +37,10 @@ class WaylandOwner : public TestOwner {
       : WaylandOwner(display, std::move(data), {}) {}
 };
 
+// Asks for `type` of what is on the clipboard, and goes, but for the end from which to read it.
+Descriptor askWayland(const std::string& display, const std::string& type);
+// What comes of that; none when it takes over 20 seconds.
+std::optional<std::string> takePaste(const Descriptor& from);
 // What a paste of `type` gives; none when it is not offered or takes over 20 seconds.
 std::optional<std::string> pasteFromWayland(const std::string& display, const std::string& type);
 

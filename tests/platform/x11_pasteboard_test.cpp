@@ -1,7 +1,6 @@
 // What is X11's own of the clipboard: types that are not listed, transfers in parts, documents, and
 // what becomes of our own copies at the end.
 #include <cstdio>
-#include <future>
 
 #include "platform/image_codec.h"
 #include "platform/linux/x11_clipboard.h"
@@ -25,8 +24,8 @@ class X11Side : public ClipboardSide {
   std::optional<std::string> paste(const std::string& type) const override {
     return marbelot::paste(display(), type);
   }
-  bool kill() override {
-    server_.kill();
+  bool signal(int number) override {
+    server_.signal(number);
     return true;
   }
 
@@ -239,6 +238,13 @@ TEST_F(X11PasteboardTest, LeavesItsContentsToTheClipboardManager) {
     EXPECT_TRUE(kept[type] == bytes) << type;
     EXPECT_EQ(kept.size(), !image ? 5u : type == "image/png" ? 1u : 2u);
     EXPECT_EQ(kept["image/png"].substr(0, 4), image ? "\x89PNG" : "");
+  }
+
+  {
+    TestManager manager(side->display());
+    start();
+    EXPECT_TRUE(endsDuringAWrite("last"));
+    EXPECT_EQ(manager.kept()["UTF8_STRING"], "last");
   }
 
   // What is not ours is not ours to leave, and a manager that does not answer keeps nobody.

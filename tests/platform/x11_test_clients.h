@@ -18,7 +18,7 @@ class PrivateServer {
   explicit PrivateServer(const std::string& screen = "320x240x24");
   // ":N"; empty when the server could not be started.
   const std::string& display() const { return display_; }
-  void kill() { process_.kill(); }
+  void signal(int number) const { process_.signal(number); }
 
  private:
   PrivateProcess process_;
