@@ -1,13 +1,13 @@
 #include "platform/linux/wayland_data_control.h"
 
 #include <fcntl.h>
-#include <wayland-client.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <utility>
 
+#include "platform/linux/wayland_proxy.h"
 #include "wlr-data-control-unstable-v1.h"
 
 namespace marbelot {
@@ -27,26 +27,43 @@ const wl_interface extManager = [] {
 
 }  // namespace
 
+void ReleaseDataControl::operator()(wl_registry* proxy) const { wl_registry_destroy(proxy); }
+void ReleaseDataControl::operator()(wl_seat* proxy) const { wl_seat_destroy(proxy); }
+void ReleaseDataControl::operator()(zwlr_data_control_device_v1* proxy) const {
+  zwlr_data_control_device_v1_destroy(proxy);
+}
+void ReleaseDataControl::operator()(zwlr_data_control_manager_v1* proxy) const {
+  zwlr_data_control_manager_v1_destroy(proxy);
+}
+void ReleaseDataControl::operator()(zwlr_data_control_offer_v1* proxy) const {
+  zwlr_data_control_offer_v1_destroy(proxy);
+}
+void ReleaseDataControl::operator()(zwlr_data_control_source_v1* proxy) const {
+  zwlr_data_control_source_v1_destroy(proxy);
+}
+
 // What the compositor tells, as functions that C can call.
 struct WaylandDataControl::Listeners {
   static WaylandDataControl& of(void* self) { return *static_cast<WaylandDataControl*>(self); }
 
   static void global(void* self, wl_registry* registry, std::uint32_t name, const char* interface,
-                     std::uint32_t version) {
+                     std::uint32_t) {
     WaylandDataControl& control = of(self);
-    const std::string_view kind = interface;
-    if (kind == wl_seat_interface.name && !control.seat_) {
-      control.seat_ =
-          static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
-    }
-    const bool ext = kind == extManager.name;
-    if (!ext && (kind != zwlr_data_control_manager_v1_interface.name || control.manager_)) return;
-    if (control.manager_) zwlr_data_control_manager_v1_destroy(control.manager_);
-    const wl_interface& type = ext ? extManager : zwlr_data_control_manager_v1_interface;
-    control.manager_ = static_cast<zwlr_data_control_manager_v1*>(wl_registry_bind(
-        registry, name, &type, std::min(version, static_cast<std::uint32_t>(type.version))));
+    takeGlobal(control.manager_, extManager, registry, name, interface);
+    takeGlobal(control.manager_, zwlr_data_control_manager_v1_interface, registry, name, interface);
+    if (std::string_view(interface) != wl_seat_interface.name) return;
+    control.seats_.push_back(name);
+    control.takeSeat();
   }
-  static void globalGone(void*, wl_registry*, std::uint32_t) {}
+  static void globalGone(void* self, wl_registry*, std::uint32_t name) {
+    WaylandDataControl& control = of(self);
+    const bool ours = !control.seats_.empty() && control.seats_.front() == name;
+    std::erase(control.seats_, name);
+    if (!ours) return;
+    control.device_.reset();
+    control.seat_.reset();
+    control.takeSeat();
+  }
   static constexpr wl_registry_listener onRegistry{&global, &globalGone};
 
   static void described(void* self, zwlr_data_control_offer_v1*, const char* type) {
@@ -65,12 +82,8 @@ struct WaylandDataControl::Listeners {
     WaylandDataControl& control = of(self);
     control.handlers_.announced(control.take(proxy), control.initial_);
   }
-  // The seat has gone; its successor, if any, has to be asked for.
-  static void finished(void* self, zwlr_data_control_device_v1*) {
-    WaylandDataControl& control = of(self);
-    zwlr_data_control_device_v1_destroy(std::exchange(control.device_, nullptr));
-    control.makeDevice();
-  }
+  // Its seat goes.
+  static void finished(void* self, zwlr_data_control_device_v1*) { of(self).device_.reset(); }
   // What the middle mouse button pastes is nothing to us.
   static void selectedPrimary(void* self, zwlr_data_control_device_v1*,
                               zwlr_data_control_offer_v1* proxy) {
@@ -84,8 +97,7 @@ struct WaylandDataControl::Listeners {
   }
   static void cancelled(void* self, zwlr_data_control_source_v1* source) {
     WaylandDataControl& control = of(self);
-    std::erase(control.sources_, source);
-    zwlr_data_control_source_v1_destroy(source);
+    std::erase_if(control.sources_, [&](const auto& each) { return each.get() == source; });
     if (control.sources_.empty()) control.handlers_.replaced();
   }
   static constexpr zwlr_data_control_source_v1_listener onSource{&asked, &cancelled};
@@ -97,10 +109,6 @@ struct WaylandDataControl::Listeners {
   static constexpr wl_callback_listener present{&presentTold};
 };
 
-WaylandOffer::WaylandOffer(zwlr_data_control_offer_v1* proxy) : proxy_(proxy) {}
-
-WaylandOffer::~WaylandOffer() { zwlr_data_control_offer_v1_destroy(proxy_); }
-
 Descriptor WaylandOffer::receive(const std::string& type) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return {};
@@ -109,7 +117,7 @@ Descriptor WaylandOffer::receive(const std::string& type) {
   // Only this end: the owner may not expect it of the other.
   ::fcntl(ours.get(), F_SETFL, O_NONBLOCK);
   ::fcntl(theirs.get(), F_SETPIPE_SZ, pipeSize);
-  zwlr_data_control_offer_v1_receive(proxy_, type.c_str(), theirs.get());
+  zwlr_data_control_offer_v1_receive(proxy_.get(), type.c_str(), theirs.get());
   return ours;
 }
 
@@ -118,19 +126,17 @@ std::unique_ptr<WaylandDataControl> WaylandDataControl::connect(const std::strin
   return control->display() && control->bind() ? std::move(control) : nullptr;
 }
 
-WaylandDataControl::~WaylandDataControl() {
-  offers_.clear();
-  for (auto* source : sources_) zwlr_data_control_source_v1_destroy(source);
-  if (device_) zwlr_data_control_device_v1_destroy(device_);
-  if (manager_) zwlr_data_control_manager_v1_destroy(manager_);
-  if (seat_) wl_seat_destroy(seat_);
-  if (registry_) wl_registry_destroy(registry_);
+bool WaylandDataControl::bind() {
+  registry_.reset(wl_display_get_registry(display()));
+  wl_registry_add_listener(registry_.get(), &Listeners::onRegistry, this);
+  return roundTrip(answerLimit) && manager_ && seat_;
 }
 
-bool WaylandDataControl::bind() {
-  registry_ = wl_display_get_registry(display());
-  wl_registry_add_listener(registry_, &Listeners::onRegistry, this);
-  return roundTrip(answerLimit) && manager_ && seat_;
+void WaylandDataControl::takeSeat() {
+  if (seat_ || seats_.empty()) return;
+  seat_.reset(static_cast<wl_seat*>(
+      wl_registry_bind(registry_.get(), seats_.front(), &wl_seat_interface, 1)));
+  if (handlers_.announced) makeDevice();
 }
 
 void WaylandDataControl::watch(Handlers handlers) {
@@ -140,13 +146,15 @@ void WaylandDataControl::watch(Handlers handlers) {
 }
 
 void WaylandDataControl::makeDevice() {
-  device_ = zwlr_data_control_manager_v1_get_data_device(manager_, seat_);
-  zwlr_data_control_device_v1_add_listener(device_, &Listeners::onDevice, this);
+  device_.reset(zwlr_data_control_manager_v1_get_data_device(manager_.get(), seat_.get()));
+  zwlr_data_control_device_v1_add_listener(device_.get(), &Listeners::onDevice, this);
+  if (std::exchange(waiting_, false) && !sources_.empty())
+    zwlr_data_control_device_v1_set_selection(device_.get(), sources_.back().get());
 }
 
 std::unique_ptr<WaylandOffer> WaylandDataControl::take(zwlr_data_control_offer_v1* proxy) {
   const auto found = std::find_if(offers_.begin(), offers_.end(),
-                                  [&](const auto& offer) { return offer->proxy_ == proxy; });
+                                  [&](const auto& offer) { return offer->proxy_.get() == proxy; });
   if (found == offers_.end()) return nullptr;
   std::unique_ptr<WaylandOffer> offer = std::move(*found);
   offers_.erase(found);
@@ -155,11 +163,12 @@ std::unique_ptr<WaylandOffer> WaylandDataControl::take(zwlr_data_control_offer_v
 
 // The source before is destroyed when its end is confirmed: until then it may still be asked.
 void WaylandDataControl::offer(const std::vector<std::string>& types) {
-  zwlr_data_control_source_v1* source = zwlr_data_control_manager_v1_create_data_source(manager_);
-  sources_.push_back(source);
+  sources_.emplace_back(zwlr_data_control_manager_v1_create_data_source(manager_.get()));
+  zwlr_data_control_source_v1* const source = sources_.back().get();
   zwlr_data_control_source_v1_add_listener(source, &Listeners::onSource, this);
   for (const std::string& type : types) zwlr_data_control_source_v1_offer(source, type.c_str());
-  zwlr_data_control_device_v1_set_selection(device_, source);
+  waiting_ = !device_;
+  if (device_) zwlr_data_control_device_v1_set_selection(device_.get(), source);
 }
 
 }  // namespace marbelot

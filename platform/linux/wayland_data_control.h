@@ -21,14 +21,23 @@ struct zwlr_data_control_source_v1;
 
 namespace marbelot {
 
+// Gives back what the compositor has for us; it goes before the connection.
+struct ReleaseDataControl {
+  void operator()(wl_registry* proxy) const;
+  void operator()(wl_seat* proxy) const;
+  void operator()(zwlr_data_control_device_v1* proxy) const;
+  void operator()(zwlr_data_control_manager_v1* proxy) const;
+  void operator()(zwlr_data_control_offer_v1* proxy) const;
+  void operator()(zwlr_data_control_source_v1* proxy) const;
+};
+template <class Object>
+using DataControlProxy = std::unique_ptr<Object, ReleaseDataControl>;
+
 // What a program has on the clipboard. Stays valid after the clipboard has another owner, but then
 // nothing comes of it.
 class WaylandOffer {
  public:
-  explicit WaylandOffer(zwlr_data_control_offer_v1* proxy);
-  ~WaylandOffer();
-  WaylandOffer(const WaylandOffer&) = delete;
-  WaylandOffer& operator=(const WaylandOffer&) = delete;
+  explicit WaylandOffer(zwlr_data_control_offer_v1* proxy) : proxy_(proxy) {}
 
   const std::vector<std::string>& types() const { return types_; }
   // The end from which to read, without blocking, what the owner writes; none when there are no
@@ -37,7 +46,7 @@ class WaylandOffer {
 
  private:
   friend class WaylandDataControl;
-  zwlr_data_control_offer_v1* const proxy_;
+  const DataControlProxy<zwlr_data_control_offer_v1> proxy_;
   std::vector<std::string> types_;
 };
 
@@ -55,15 +64,12 @@ class WaylandDataControl : public WaylandConnection {
   // An empty name means the display of the environment. Null when there is none or when it has
   // neither protocol; waits up to two seconds for its answer.
   static std::unique_ptr<WaylandDataControl> connect(const std::string& display = {});
-  ~WaylandDataControl();
-  WaylandDataControl(const WaylandDataControl&) = delete;
-  WaylandDataControl& operator=(const WaylandDataControl&) = delete;
 
   // Starts the announcements. The handlers are called by dispatch().
   void watch(Handlers handlers);
   // Whether all has been announced that was there at the start.
   bool presentIsKnown() const { return !initial_; }
-  // Takes the clipboard.
+  // Takes the clipboard; that of the next seat, while there is none.
   void offer(const std::vector<std::string>& types);
 
  private:
@@ -71,17 +77,22 @@ class WaylandDataControl : public WaylandConnection {
 
   using WaylandConnection::WaylandConnection;
   bool bind();
+  void takeSeat();
   void makeDevice();
   std::unique_ptr<WaylandOffer> take(zwlr_data_control_offer_v1* proxy);
 
-  wl_registry* registry_ = nullptr;
-  wl_seat* seat_ = nullptr;
-  zwlr_data_control_manager_v1* manager_ = nullptr;
-  zwlr_data_control_device_v1* device_ = nullptr;
-  std::vector<zwlr_data_control_source_v1*> sources_;  // not yet replaced, the last one last
+  DataControlProxy<wl_registry> registry_;
+  DataControlProxy<zwlr_data_control_manager_v1> manager_;
+  std::vector<std::uint32_t> seats_;  // the registry's names of those that there are
+  // Of the first of them.
+  DataControlProxy<wl_seat> seat_;
+  DataControlProxy<zwlr_data_control_device_v1> device_;
+  // Not yet replaced, the last one last.
+  std::vector<DataControlProxy<zwlr_data_control_source_v1>> sources_;
   std::vector<std::unique_ptr<WaylandOffer>> offers_;  // described, not yet announced
   Handlers handlers_;
   bool initial_ = true;
+  bool waiting_ = false;  // the last source, for a seat
 };
 
 }  // namespace marbelot

@@ -57,22 +57,22 @@ class WaylandKeys::Surface {
 
   const std::chrono::steady_clock::time_point deadline_;
   WaylandConnection connection_;
-  WaylandProxy<wl_registry, wl_registry_destroy> registry_;
-  WaylandProxy<wl_compositor, wl_compositor_destroy> compositor_;
-  WaylandProxy<wl_shm, wl_shm_destroy> memory_;
-  WaylandProxy<wl_seat, wl_seat_destroy> seat_;
-  WaylandProxy<zwlr_layer_shell_v1, zwlr_layer_shell_v1_destroy> layers_;
-  WaylandProxy<zwp_keyboard_shortcuts_inhibit_manager_v1,
-               zwp_keyboard_shortcuts_inhibit_manager_v1_destroy>
+  Released<wl_registry, wl_registry_destroy> registry_;
+  Released<wl_compositor, wl_compositor_destroy> compositor_;
+  Released<wl_shm, wl_shm_destroy> memory_;
+  Released<wl_seat, wl_seat_destroy> seat_;
+  Released<zwlr_layer_shell_v1, zwlr_layer_shell_v1_destroy> layers_;
+  Released<zwp_keyboard_shortcuts_inhibit_manager_v1,
+           zwp_keyboard_shortcuts_inhibit_manager_v1_destroy>
       inhibition_;
-  WaylandProxy<wl_keyboard, wl_keyboard_destroy> keyboard_;
-  WaylandProxy<wl_buffer, wl_buffer_destroy> point_;
-  WaylandProxy<wl_surface, wl_surface_destroy> surface_;
-  WaylandProxy<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> layer_;
-  WaylandProxy<zwp_keyboard_shortcuts_inhibitor_v1, zwp_keyboard_shortcuts_inhibitor_v1_destroy>
+  Released<wl_keyboard, wl_keyboard_destroy> keyboard_;
+  Released<wl_buffer, wl_buffer_destroy> point_;
+  Released<wl_surface, wl_surface_destroy> surface_;
+  Released<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> layer_;
+  Released<zwp_keyboard_shortcuts_inhibitor_v1, zwp_keyboard_shortcuts_inhibitor_v1_destroy>
       inhibitor_;
-  WaylandProxy<xkb_context, xkb_context_unref> context_;
-  WaylandProxy<xkb_state, xkb_state_unref> state_;
+  Released<xkb_context, xkb_context_unref> context_;
+  Released<xkb_state, xkb_state_unref> state_;
   Pressed pressed_;  // since the last look
   bool appeared_ = false;
   bool focused_ = false;
@@ -197,7 +197,7 @@ void WaylandKeys::Surface::appear() {
 }
 
 void WaylandKeys::Surface::useKeymap(const char* text) {
-  const WaylandProxy<xkb_keymap, xkb_keymap_unref> keymap(xkb_keymap_new_from_string(
+  const Released<xkb_keymap, xkb_keymap_unref> keymap(xkb_keymap_new_from_string(
       context_.get(), text, XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS));
   state_.reset(keymap ? xkb_state_new(keymap.get()) : nullptr);
 }

@@ -23,15 +23,15 @@ struct Cover {
   bool overBars = false;
   bool configured = false;
   int width = 0, height = 0;
-  WaylandProxy<wl_surface, wl_surface_destroy> surface;
-  WaylandProxy<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> layer;
-  WaylandProxy<wl_buffer, wl_buffer_destroy> clear;
+  Released<wl_surface, wl_surface_destroy> surface;
+  Released<zwlr_layer_surface_v1, zwlr_layer_surface_v1_destroy> layer;
+  Released<wl_buffer, wl_buffer_destroy> clear;
 };
 
 struct Output {
   int x = 0, y = 0;
-  WaylandProxy<wl_output, wl_output_destroy> output;
-  WaylandProxy<zxdg_output_v1, zxdg_output_v1_destroy> place;
+  Released<wl_output, wl_output_destroy> output;
+  Released<zxdg_output_v1, zxdg_output_v1_destroy> place;
   Cover whole, usable;
 };
 
@@ -57,13 +57,13 @@ class PointerSearch {
 
   const std::chrono::steady_clock::time_point deadline_;
   WaylandConnection connection_;
-  WaylandProxy<wl_registry, wl_registry_destroy> registry_;
-  WaylandProxy<wl_compositor, wl_compositor_destroy> compositor_;
-  WaylandProxy<wl_shm, wl_shm_destroy> memory_;
-  WaylandProxy<wl_seat, wl_seat_destroy> seat_;
-  WaylandProxy<wl_pointer, wl_pointer_destroy> pointer_;
-  WaylandProxy<zwlr_layer_shell_v1, zwlr_layer_shell_v1_destroy> layers_;
-  WaylandProxy<zxdg_output_manager_v1, zxdg_output_manager_v1_destroy> places_;
+  Released<wl_registry, wl_registry_destroy> registry_;
+  Released<wl_compositor, wl_compositor_destroy> compositor_;
+  Released<wl_shm, wl_shm_destroy> memory_;
+  Released<wl_seat, wl_seat_destroy> seat_;
+  Released<wl_pointer, wl_pointer_destroy> pointer_;
+  Released<zwlr_layer_shell_v1, zwlr_layer_shell_v1_destroy> layers_;
+  Released<zxdg_output_manager_v1, zxdg_output_manager_v1_destroy> places_;
   std::list<Output> outputs_;
   const Output* under_ = nullptr;  // the pointer
   int x_ = 0, y_ = 0;              // on that output
@@ -82,7 +82,7 @@ struct PointerSearch::Listeners {
     takeGlobal(search.places_, zxdg_output_manager_v1_interface, registry, name, interface);
     if (takeGlobal(search.seat_, wl_seat_interface, registry, name, interface))
       wl_seat_add_listener(search.seat_.get(), &onSeat, self);
-    WaylandProxy<wl_output, wl_output_destroy> output;
+    Released<wl_output, wl_output_destroy> output;
     if (takeGlobal(output, wl_output_interface, registry, name, interface))
       search.outputs_.emplace_back().output = std::move(output);
   }

@@ -1,4 +1,5 @@
-// What belongs to a Wayland connection and goes before it.
+// What C libraries make for a Wayland client: proxies, which go before their connection, and
+// keymaps.
 #pragma once
 
 #include <wayland-client.h>
@@ -6,23 +7,22 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <type_traits>
 
 namespace marbelot {
 
-template <auto destroy>
-struct DestroyProxy {
+template <auto release>
+struct Releaser {
   template <class Object>
   void operator()(Object* object) const {
-    destroy(object);
+    release(object);
   }
 };
-template <class Object, auto destroy>
-using WaylandProxy = std::unique_ptr<Object, DestroyProxy<destroy>>;
+template <class Object, auto release>
+using Released = std::unique_ptr<Object, Releaser<release>>;
 
 // For a registry's announcements: takes the first that is `wanted`. Whether this is it.
-template <class Object, class Destroy>
-bool takeGlobal(std::unique_ptr<Object, Destroy>& place, const wl_interface& wanted,
+template <class Object, class Release>
+bool takeGlobal(std::unique_ptr<Object, Release>& place, const wl_interface& wanted,
                 wl_registry* registry, std::uint32_t name, std::string_view interface) {
   if (place || interface != wanted.name) return false;
   place.reset(static_cast<Object*>(wl_registry_bind(registry, name, &wanted, 1)));

@@ -4,13 +4,14 @@
 //
 // Makes SOCKET, a path, says so on standard output and serves until SIGTERM. It behaves as desktops
 // do that have the protocol, down to cancelling the source that is replaced and to telling
-// newcomers what there is.
+// newcomers what there is. Whoever copies the type "test/new-seat" replaces the seat.
 #include <signal.h>
 #include <unistd.h>
 #include <wayland-server.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,11 @@ struct Source {
 
 // The protocol's functions are C's, and there is one desktop.
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
-wl_resource* selection = nullptr;  // the source that owns the clipboard
-std::vector<wl_resource*> devices;
+wl_resource* selection = nullptr;   // the source that owns the clipboard
+std::vector<wl_resource*> devices;  // of the seat
+wl_display* display = nullptr;
+wl_global* seat = nullptr;
+std::list<char> seats;  // one for each so far
 // NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 void destroy(wl_client*, wl_resource* resource) { wl_resource_destroy(resource); }
@@ -57,6 +61,23 @@ void select(wl_resource* source) {
   for (wl_resource* device : devices) announce(device);
 }
 
+void makeSeat() {
+  const auto bind = [](wl_client* client, void* mark, uint32_t version, uint32_t id) {
+    wl_resource* made = wl_resource_create(client, &wl_seat_interface, version, id);
+    wl_resource_set_user_data(made, mark);
+    wl_seat_send_capabilities(made, 0);
+  };
+  seat = wl_global_create(display, &wl_seat_interface, 1, &seats.emplace_back(), bind);
+}
+
+void replaceSeat() {
+  select(nullptr);
+  for (wl_resource* device : devices) zwlr_data_control_device_v1_send_finished(device);
+  devices.clear();
+  wl_global_remove(seat);
+  makeSeat();
+}
+
 const struct zwlr_data_control_source_v1_interface sourceRequests = {
     .offer =
         [](wl_client*, wl_resource* source, const char* type) {
@@ -65,7 +86,13 @@ const struct zwlr_data_control_source_v1_interface sourceRequests = {
     .destroy = destroy};
 
 const struct zwlr_data_control_device_v1_interface deviceRequests = {
-    .set_selection = [](wl_client*, wl_resource*, wl_resource* source) { select(source); },
+    .set_selection =
+        [](wl_client*, wl_resource* device, wl_resource* source) {
+          if (std::find(devices.begin(), devices.end(), device) == devices.end()) return;
+          select(source);
+          const auto& types = static_cast<Source*>(wl_resource_get_user_data(source))->types;
+          if (types.front() == "test/new-seat") replaceSeat();
+        },
     .destroy = destroy,
     .set_primary_selection = [](wl_client*, wl_resource*, wl_resource*) {}};
 
@@ -84,11 +111,12 @@ const struct zwlr_data_control_manager_v1_interface managerRequests = {
               });
         },
     .get_data_device =
-        [](wl_client* client, wl_resource* manager, uint32_t id, wl_resource*) {
+        [](wl_client* client, wl_resource* manager, uint32_t id, wl_resource* of) {
           wl_resource* device = wl_resource_create(client, &zwlr_data_control_device_v1_interface,
                                                    wl_resource_get_version(manager), id);
           wl_resource_set_implementation(device, &deviceRequests, nullptr,
                                          [](wl_resource* gone) { std::erase(devices, gone); });
+          if (wl_resource_get_user_data(of) != &seats.back()) return;
           devices.push_back(device);
           announce(device);
         },
@@ -103,13 +131,9 @@ int main(int argc, char** argv) {
     type.name = "ext_data_control_manager_v1";
     type.version = 1;
   }
-  wl_display* display = wl_display_create();
+  display = wl_display_create();
   if (wl_display_add_socket(display, argv[2]) != 0) return 1;
-  wl_global_create(display, &wl_seat_interface, 1, nullptr,
-                   [](wl_client* client, void*, uint32_t version, uint32_t id) {
-                     wl_seat_send_capabilities(
-                         wl_resource_create(client, &wl_seat_interface, version, id), 0);
-                   });
+  makeSeat();
   wl_global_create(display, &type, type.version, &type,
                    [](wl_client* client, void* kind, uint32_t version, uint32_t id) {
                      wl_resource* manager =

@@ -65,6 +65,15 @@ TEST_P(WaylandPasteboardTest, AProgramThatIsStuckInTheMiddleOfAPasteHoldsUpNobod
   EXPECT_TRUE(paste("UTF8_STRING") == text);
 }
 
+TEST_P(WaylandPasteboardTest, GoesOnWithTheNextSeat) {
+  if (!side->signal(0)) GTEST_SKIP() << "others are still to be tested on it";
+  const auto last = copy({{"test/new-seat", ""}});
+  EXPECT_TRUE(last->awaitSuccessor());
+  takeClipboard();
+  const auto next = copy({{"UTF8_STRING", "next"}});
+  EXPECT_EQ(newText(), "next");
+}
+
 TEST_P(WaylandPasteboardTest, WhatItLeavesStaysUntilItIsReplaced) {
   EXPECT_TRUE(board->write(share("hunter2"), true));
   board.reset();
