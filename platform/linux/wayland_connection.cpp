@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 
 namespace marbelot {
 namespace {
@@ -17,10 +18,15 @@ void answered(void* done, wl_callback* callback, std::uint32_t) {
 }
 constexpr wl_callback_listener answer{&answered};
 
+wl_display* connect(const std::string& display) {
+  if (!display.empty()) return wl_display_connect(display.c_str());
+  // The library would look for a desktop of the usual name then, which may not be the user's.
+  return std::getenv("WAYLAND_DISPLAY") ? wl_display_connect(nullptr) : nullptr;
+}
+
 }  // namespace
 
-WaylandConnection::WaylandConnection(const std::string& display)
-    : display_(wl_display_connect(display.empty() ? nullptr : display.c_str())) {}
+WaylandConnection::WaylandConnection(const std::string& display) : display_(connect(display)) {}
 
 WaylandConnection::~WaylandConnection() {
   if (!display_) return;

@@ -5,7 +5,6 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <utility>
 
 #include "keyboard-shortcuts-inhibit-unstable-v1.h"
@@ -217,8 +216,6 @@ WaylandKeys::WaylandKeys(std::unique_ptr<Surface> surface) : surface_(std::move(
 WaylandKeys::~WaylandKeys() = default;
 
 std::unique_ptr<WaylandKeys> WaylandKeys::take(std::chrono::milliseconds limit) {
-  // The library would look for a desktop of the usual name then, which may not be the user's.
-  if (!std::getenv("WAYLAND_DISPLAY")) return nullptr;
   auto surface = std::make_unique<Surface>(limit);
   if (!surface->show()) return nullptr;
   return std::unique_ptr<WaylandKeys>(new WaylandKeys(std::move(surface)));

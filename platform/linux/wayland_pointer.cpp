@@ -3,7 +3,6 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <list>
 
 #include "platform/descriptor.h"
@@ -221,8 +220,6 @@ WaylandPointerPlace PointerSearch::found() const {
 }  // namespace
 
 std::optional<WaylandPointerPlace> findWaylandPointer(std::chrono::milliseconds limit) {
-  // The library would look for a desktop of the usual name then, which may not be the user's.
-  if (!std::getenv("WAYLAND_DISPLAY")) return std::nullopt;
   return PointerSearch(limit).find();
 }
 
