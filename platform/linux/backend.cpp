@@ -127,13 +127,6 @@ void darkenDisabledText() {
   QApplication::setPalette(palette);
 }
 
-// The compositor's own clipboard where it lets us have it, else the X server's; never both, whose
-// copies of each other would each count.
-std::unique_ptr<ClipboardConnection> connectClipboard() {
-  if (auto wayland = connectWaylandClipboard()) return wayland;
-  return connectX11Clipboard();
-}
-
 // Once, and not at each start: nothing has changed then.
 void tellWhatIsMissing(Notices& notices, UserDefaults& defaults) {
   constexpr const char* told = "toldOfMissingXWayland";
@@ -187,7 +180,8 @@ int runApplication(int argc, char** argv, std::function<std::shared_ptr<void>(Pl
   SessionBus bus(queue);
   RemoteControl remote;
   QtApplication quitter(remote);
-  DesktopPasteboard pasteboard(queue, connectClipboard());
+  // Never both, whose copies of each other would each count.
+  DesktopPasteboard pasteboard(queue, connectWaylandClipboard({}, connectX11Clipboard()));
   JsonDefaults defaults(defaultsPath("org.marbelot.Marbelot"),
                         [&queue](std::function<void()> work) { queue.post(std::move(work)); });
   InotifyFolderEvents folderEvents;

@@ -3,7 +3,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -15,14 +14,25 @@
 namespace marbelot {
 namespace {
 
+// Nothing but the clipboard's thread waits then, and interrupt() ends it.
+constexpr auto answerLimit = std::chrono::hours(24);
 constexpr auto keepingLimit = std::chrono::seconds(3);
 
 class WaylandClipboard final : public ClipboardConnection {
  public:
-  WaylandClipboard(std::unique_ptr<WaylandDataControl> control, std::string display)
-      : control_(std::move(control)), display_(std::move(display)) {}
+  WaylandClipboard(std::unique_ptr<WaylandDataControl> control, std::string display,
+                   std::unique_ptr<ClipboardConnection> otherwise)
+      : control_(std::move(control)),
+        display_(std::move(display)),
+        otherwise_(std::move(otherwise)) {}
 
   void serve(ClipboardThread& thread) override {
+    if (!control_->bind(answerLimit)) {
+      control_->interrupt();
+      if (otherwise_) otherwise_->serve(thread);
+      return;
+    }
+    if (otherwise_) otherwise_->interrupt();
     WaylandSelectionOwner owner(*control_, [&thread] { thread.wake(); });
     WaylandSelectionReader reader(
         [&thread](PasteboardContents contents, const ClipboardAnnouncement& announcement) {
@@ -46,7 +56,10 @@ class WaylandClipboard final : public ClipboardConnection {
     leave(parts);
   }
 
-  void interrupt() override { control_->interrupt(); }
+  void interrupt() override {
+    if (otherwise_) otherwise_->interrupt();
+    control_->interrupt();
+  }
 
  private:
   struct Parts {
@@ -108,17 +121,17 @@ class WaylandClipboard final : public ClipboardConnection {
 
   const std::unique_ptr<WaylandDataControl> control_;
   const std::string display_;
+  const std::unique_ptr<ClipboardConnection> otherwise_;
   std::vector<pollfd> watched_;
 };
 
 }  // namespace
 
-std::unique_ptr<ClipboardConnection> connectWaylandClipboard(const std::string& display) {
-  // The library would look for a desktop of the usual name then, which may not be the user's.
-  if (display.empty() && !std::getenv("WAYLAND_DISPLAY")) return nullptr;
-  auto control = WaylandDataControl::connect(display);
-  if (!control) return nullptr;
-  return std::make_unique<WaylandClipboard>(std::move(control), display);
+std::unique_ptr<ClipboardConnection> connectWaylandClipboard(
+    const std::string& display, std::unique_ptr<ClipboardConnection> otherwise) {
+  auto control = std::make_unique<WaylandDataControl>(display);
+  if (!control->display()) return otherwise;
+  return std::make_unique<WaylandClipboard>(std::move(control), display, std::move(otherwise));
 }
 
 }  // namespace marbelot

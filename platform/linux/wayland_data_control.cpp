@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <utility>
 
 #include "platform/linux/wayland_proxy.h"
@@ -122,14 +121,15 @@ Descriptor WaylandOffer::receive(const std::string& type) {
 }
 
 std::unique_ptr<WaylandDataControl> WaylandDataControl::connect(const std::string& display) {
-  std::unique_ptr<WaylandDataControl> control(new WaylandDataControl(display));
-  return control->display() && control->bind() ? std::move(control) : nullptr;
+  auto control = std::make_unique<WaylandDataControl>(display);
+  return control->bind(answerLimit) ? std::move(control) : nullptr;
 }
 
-bool WaylandDataControl::bind() {
+bool WaylandDataControl::bind(std::chrono::milliseconds limit) {
+  if (!display()) return false;
   registry_.reset(wl_display_get_registry(display()));
   wl_registry_add_listener(registry_.get(), &Listeners::onRegistry, this);
-  return roundTrip(answerLimit) && manager_ && seat_;
+  return roundTrip(limit) && manager_ && seat_;
 }
 
 void WaylandDataControl::takeSeat() {

@@ -3,6 +3,7 @@
 // the name of their manager alone.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -61,9 +62,13 @@ class WaylandDataControl : public WaylandConnection {
     std::function<void()> replaced;
   };
 
-  // An empty name means the display of the environment. Null when there is none or when it has
-  // neither protocol; waits up to two seconds for its answer.
+  // Null when there is no such display or when it has neither protocol; waits up to two seconds for
+  // its answer.
   static std::unique_ptr<WaylandDataControl> connect(const std::string& display = {});
+
+  using WaylandConnection::WaylandConnection;
+  // What has to come first. False when the display has neither protocol, or does not answer.
+  bool bind(std::chrono::milliseconds limit);
 
   // Starts the announcements. The handlers are called by dispatch().
   void watch(Handlers handlers);
@@ -75,8 +80,6 @@ class WaylandDataControl : public WaylandConnection {
  private:
   struct Listeners;
 
-  using WaylandConnection::WaylandConnection;
-  bool bind();
   void takeSeat();
   void makeDevice();
   std::unique_ptr<WaylandOffer> take(zwlr_data_control_offer_v1* proxy);

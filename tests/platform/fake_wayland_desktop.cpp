@@ -1,6 +1,6 @@
 // A Wayland desktop with nothing but a clipboard, for tests of what no packaged desktop offers yet.
 //
-//   fake_wayland_desktop ext|wlr SOCKET
+//   fake_wayland_desktop ext|wlr|none SOCKET
 //
 // Makes SOCKET, a path, says so on standard output and serves until SIGTERM. It behaves as desktops
 // do that have the protocol, down to cancelling the source that is replaced and to telling
@@ -131,6 +131,7 @@ int main(int argc, char** argv) {
     type.name = "ext_data_control_manager_v1";
     type.version = 1;
   }
+  if (std::string(argv[1]) == "none") type.name = "none";
   display = wl_display_create();
   if (wl_display_add_socket(display, argv[2]) != 0) return 1;
   makeSeat();

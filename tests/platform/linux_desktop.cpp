@@ -333,7 +333,7 @@ class WaylandDesktop : private PrivateCompositor, public LinuxDesktop {
  public:
   WaylandDesktop()
       : PrivateCompositor(waylandDesktops().front()),
-        LinuxDesktop(connectWaylandClipboard(display())) {}
+        LinuxDesktop(connectWaylandClipboard(display(), nullptr)) {}
 
   void copyElsewhere(const std::string& text) override {
     owner_ = std::make_unique<WaylandOwner>(display(), TestOwner::Data{{type, text}});

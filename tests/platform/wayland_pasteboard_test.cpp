@@ -1,8 +1,9 @@
 // What is Wayland's own of the clipboard: pipes, and the process that keeps what is left behind.
 #include "platform/linux/wayland_clipboard.h"
-#include "platform/linux/wayland_data_control.h"
+#include "platform/linux/x11_clipboard.h"
 #include "tests/platform/pasteboard_fixture.h"
 #include "tests/platform/wayland_test_clients.h"
+#include "tests/platform/x11_test_clients.h"
 
 namespace marbelot {
 namespace {
@@ -12,7 +13,7 @@ class WaylandSide : public ClipboardSide {
   explicit WaylandSide(const std::string& desktop) : desktop_(desktop), compositor_(desktop) {}
   const std::string& display() const override { return compositor_.display(); }
   std::unique_ptr<ClipboardConnection> connect() const override {
-    return connectWaylandClipboard(display());
+    return connectWaylandClipboard(display(), nullptr);
   }
   std::unique_ptr<TestOwner> copy(TestOwner::Data data, TestOwner::Manners manners) override {
     return std::make_unique<WaylandOwner>(display(), std::move(data), std::move(manners));
@@ -99,6 +100,12 @@ TEST_P(WaylandPasteboardTest, WhatItLeavesStaysUntilItIsReplaced) {
   start();
   if (endsDuringAWrite("last")) {
     EXPECT_EQ(paste("UTF8_STRING"), "last");
+    // Who starts while it is busy waits for it, and nobody for that.
+    side->signal(SIGSTOP);
+    start();
+    EXPECT_TRUE(board->write(share("early")));
+    side->signal(SIGCONT);
+    EXPECT_TRUE(pastes("UTF8_STRING", "early"));
   }
 
   // What is not ours is not ours to leave.
@@ -112,6 +119,18 @@ TEST_P(WaylandPasteboardTest, WhatItLeavesStaysUntilItIsReplaced) {
   }
   EXPECT_EQ(paste("text/plain"), std::nullopt);
   start();
+}
+
+TEST(WaylandWithoutAClipboard, LeavesItToTheXServer) {
+  const PrivateCompositor desktop("none");
+  const PrivateServer server;
+  TestQueue queue;
+  DesktopPasteboard board(
+      queue, connectWaylandClipboard(desktop.display(), connectX11Clipboard(server.display())));
+  EXPECT_TRUE(board.write(share("ours")));
+  std::optional<std::string> pasted;
+  for (int i = 0; i < 1000 && !pasted; ++i) pasted = paste(server.display(), "UTF8_STRING");
+  EXPECT_EQ(pasted, "ours");
 }
 
 }  // namespace
