@@ -54,14 +54,11 @@ bool WaylandConnection::dispatch(short came) {
   return wl_display_dispatch_pending(display_) >= 0;
 }
 
-bool WaylandConnection::waitUntil(const std::function<bool()>& done,
-                                  std::chrono::milliseconds limit) {
+bool WaylandConnection::waitUntil(const std::function<bool()>& done, Clock::time_point deadline) {
   if (!display_) return false;
-  const auto deadline = std::chrono::steady_clock::now() + limit;
   while (!done()) {
     prepare();
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
     pollfd watched{descriptor(), events(), 0};
     const int ready =
         ::poll(&watched, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
@@ -70,12 +67,12 @@ bool WaylandConnection::waitUntil(const std::function<bool()>& done,
   return true;
 }
 
-bool WaylandConnection::roundTrip(std::chrono::milliseconds limit) {
+bool WaylandConnection::roundTrip(Clock::time_point deadline) {
   if (!display_) return false;
   bool done = false;
   wl_callback* const callback = wl_display_sync(display_);
   wl_callback_add_listener(callback, &answer, &done);
-  if (waitUntil([&] { return done; }, limit)) return true;
+  if (waitUntil([&] { return done; }, deadline)) return true;
   // Its answer may come later, when nobody waits for it any more.
   if (!done) wl_callback_destroy(callback);
   return false;

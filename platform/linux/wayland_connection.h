@@ -11,6 +11,8 @@ namespace marbelot {
 
 class WaylandConnection {
  public:
+  using Clock = std::chrono::steady_clock;
+
   // An empty name means the display of the environment. Without one, everything fails.
   explicit WaylandConnection(const std::string& display = {});
   ~WaylandConnection();
@@ -27,9 +29,10 @@ class WaylandConnection {
   short events() const { return events_; }
   bool dispatch(short came);
   // False when the connection has ended before, or the time is up.
-  bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit);
+  bool waitUntil(const std::function<bool()>& done, Clock::time_point deadline);
   // Until the compositor has answered all that was asked before.
-  bool roundTrip(std::chrono::milliseconds limit);
+  bool roundTrip(Clock::time_point deadline);
+  bool roundTrip(std::chrono::milliseconds limit) { return roundTrip(Clock::now() + limit); }
   // Any thread: ends the connection.
   void interrupt();
 

@@ -24,7 +24,7 @@ constexpr std::uint32_t fromKernelCode = 8;  // what xkb adds to it
 class WaylandKeys::Surface {
  public:
   explicit Surface(std::chrono::milliseconds limit)
-      : deadline_(std::chrono::steady_clock::now() + limit) {}
+      : deadline_(WaylandConnection::Clock::now() + limit) {}
   // Gone from the screen before whatever comes next, so that the keys go where they were.
   ~Surface() {
     inhibitor_.reset();
@@ -48,13 +48,7 @@ class WaylandKeys::Surface {
   void appear();
   void useKeymap(const char* text);
 
-  // What is left of the time for answers.
-  std::chrono::milliseconds left() const {
-    return std::chrono::ceil<std::chrono::milliseconds>(deadline_ -
-                                                        std::chrono::steady_clock::now());
-  }
-
-  const std::chrono::steady_clock::time_point deadline_;
+  const WaylandConnection::Clock::time_point deadline_;  // for answers
   WaylandConnection connection_;
   Released<wl_registry, wl_registry_destroy> registry_;
   Released<wl_compositor, wl_compositor_destroy> compositor_;
@@ -170,8 +164,8 @@ bool WaylandKeys::Surface::show() {
                                                      this);
   }
   wl_surface_commit(surface_.get());
-  return connection_.waitUntil([this] { return focused_; }, left()) &&
-         connection_.roundTrip(left());
+  return connection_.waitUntil([this] { return focused_; }, deadline_) &&
+         connection_.roundTrip(deadline_);
 }
 
 bool WaylandKeys::Surface::bind() {
@@ -180,17 +174,13 @@ bool WaylandKeys::Surface::bind() {
   registry_.reset(wl_display_get_registry(connection_.display()));
   wl_registry_add_listener(registry_.get(), &Listeners::onRegistry, this);
   // Once for what there is, and once for what the seat has.
-  return context_ && connection_.roundTrip(left()) && compositor_ && memory_ && layers_ && seat_ &&
-         connection_.roundTrip(left()) && keyboard_;
+  return context_ && connection_.roundTrip(deadline_) && compositor_ && memory_ && layers_ &&
+         seat_ && connection_.roundTrip(deadline_) && keyboard_;
 }
 
 void WaylandKeys::Surface::appear() {
-  constexpr int pointBytes = 4;
-  const Descriptor file(::memfd_create("marbelot-point", MFD_CLOEXEC));
-  if (!file || ::ftruncate(file.get(), pointBytes) != 0) return;
-  wl_shm_pool* const pool = wl_shm_create_pool(memory_.get(), file.get(), pointBytes);
-  point_.reset(wl_shm_pool_create_buffer(pool, 0, 1, 1, pointBytes, WL_SHM_FORMAT_ARGB8888));
-  wl_shm_pool_destroy(pool);
+  point_.reset(makeClearBuffer(memory_.get(), 1, 1));
+  if (!point_) return;
   wl_surface_attach(surface_.get(), point_.get(), 0, 0);
   wl_surface_commit(surface_.get());
 }

@@ -1,11 +1,8 @@
 #include "platform/linux/wayland_pointer.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <list>
 
-#include "platform/descriptor.h"
 #include "platform/linux/wayland_connection.h"
 #include "platform/linux/wayland_proxy.h"
 #include "wlr-layer-shell-unstable-v1.h"
@@ -15,7 +12,6 @@ namespace marbelot {
 namespace {
 
 constexpr std::uint32_t allEdges = 15;
-constexpr int pixelBytes = 4;
 
 // A clear surface, as large as its screen or as what bars leave of it.
 struct Cover {
@@ -37,24 +33,20 @@ struct Output {
 class PointerSearch {
  public:
   explicit PointerSearch(std::chrono::milliseconds limit)
-      : deadline_(std::chrono::steady_clock::now() + limit) {}
+      : deadline_(WaylandConnection::Clock::now() + limit) {}
 
   std::optional<WaylandPointerPlace> find();
 
  private:
   struct Listeners;
 
-  std::chrono::milliseconds left() const {
-    return std::chrono::ceil<std::chrono::milliseconds>(deadline_ -
-                                                        std::chrono::steady_clock::now());
-  }
   bool bind();
   void cover(Output& output, Cover& cover, bool overBars);
   void show(Cover& cover);
   bool isReady() const;
   WaylandPointerPlace found() const;
 
-  const std::chrono::steady_clock::time_point deadline_;
+  const WaylandConnection::Clock::time_point deadline_;  // for answers
   WaylandConnection connection_;
   Released<wl_registry, wl_registry_destroy> registry_;
   Released<wl_compositor, wl_compositor_destroy> compositor_;
@@ -150,9 +142,9 @@ std::optional<WaylandPointerPlace> PointerSearch::find() {
     cover(output, output.whole, true);
     cover(output, output.usable, false);
   }
-  if (!connection_.waitUntil([this] { return isReady(); }, left())) return std::nullopt;
+  if (!connection_.waitUntil([this] { return isReady(); }, deadline_)) return std::nullopt;
   for (Output& output : outputs_) show(output.whole);
-  if (!connection_.waitUntil([this] { return under_ != nullptr; }, left())) return std::nullopt;
+  if (!connection_.waitUntil([this] { return under_ != nullptr; }, deadline_)) return std::nullopt;
   return found();
 }
 
@@ -161,8 +153,8 @@ bool PointerSearch::bind() {
   registry_.reset(wl_display_get_registry(connection_.display()));
   wl_registry_add_listener(registry_.get(), &Listeners::onRegistry, this);
   // Once for what there is, and once for what the seat has.
-  return connection_.roundTrip(left()) && compositor_ && memory_ && layers_ && seat_ &&
-         connection_.roundTrip(left()) && pointer_;
+  return connection_.roundTrip(deadline_) && compositor_ && memory_ && layers_ && seat_ &&
+         connection_.roundTrip(deadline_) && pointer_;
 }
 
 void PointerSearch::cover(Output& output, Cover& cover, bool overBars) {
@@ -177,13 +169,8 @@ void PointerSearch::cover(Output& output, Cover& cover, bool overBars) {
 }
 
 void PointerSearch::show(Cover& cover) {
-  const std::int32_t stride = cover.width * pixelBytes, size = stride * cover.height;
-  const Descriptor file(::memfd_create("marbelot-clear", MFD_CLOEXEC));
-  if (size <= 0 || !file || ::ftruncate(file.get(), size) != 0) return;
-  wl_shm_pool* const pool = wl_shm_create_pool(memory_.get(), file.get(), size);
-  cover.clear.reset(wl_shm_pool_create_buffer(pool, 0, cover.width, cover.height, stride,
-                                              WL_SHM_FORMAT_ARGB8888));
-  wl_shm_pool_destroy(pool);
+  cover.clear.reset(makeClearBuffer(memory_.get(), cover.width, cover.height));
+  if (!cover.clear) return;
   wl_surface_attach(cover.surface.get(), cover.clear.get(), 0, 0);
   wl_surface_commit(cover.surface.get());
 }
