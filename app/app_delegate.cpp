@@ -138,10 +138,12 @@ AppDelegate::AppDelegate(Platform& platform)
 }
 
 AppDelegate::~AppDelegate() {
-  panels_.editor.finishSaving();
-  imageExport_.finishSaving();
-  textSaving_.finishSaving();
-  history_.finishSaving();
+  // Nobody wants to wait for longer at the end of a session.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  panels_.editor.finishSaving(deadline);
+  imageExport_.finishSaving(deadline);
+  textSaving_.finishSaving(deadline);
+  history_.finishSaving(deadline);
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

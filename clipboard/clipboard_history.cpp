@@ -22,9 +22,6 @@ constexpr std::size_t immediateImageBytes = std::size_t{8} << 20;
 // must not hold up the launch.
 constexpr std::size_t examinedEntries = 1000;
 
-// What images that are being saved get when the program ends. Converting the largest takes less.
-constexpr auto endWait = std::chrono::seconds(5);
-
 }  // namespace
 
 ClipboardHistory::ClipboardHistory(Platform& platform, Shell& shell, ActionTable& actions)
@@ -230,8 +227,7 @@ void ClipboardHistory::saveClipImage(std::uint64_t id, const Image& image, Saved
       });
 }
 
-void ClipboardHistory::finishSaving() {
-  const auto deadline = std::chrono::steady_clock::now() + endWait;
+void ClipboardHistory::finishSaving(std::chrono::steady_clock::time_point deadline) {
   bool stored = false;
   for (auto& [id, pending] : saves_) {
     if (pending.file.wait_until(deadline) != std::future_status::ready) continue;

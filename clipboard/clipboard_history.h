@@ -81,7 +81,7 @@ class ClipboardHistory {
   // that failed: at once when it is small and came as PNG, else when the background is done.
   void saveClipImage(std::uint64_t id, const Image& image, Saved saved);
   // At the program's end: waits a moment for the images that are being saved, and stores where.
-  void finishSaving();
+  void finishSaving(std::chrono::steady_clock::time_point deadline);
   // The same as saveClipImage for an entry of the history; its file if it has one already.
   void withFile(std::uint64_t id, Saved saved);
 

@@ -41,9 +41,14 @@ void HUDWidgetView::menuItemChosen(const MenuItem& item) {
   if (onChosen) onChosen(item);
 }
 
+// The point is a pixel's upper edge, which at the top is not within.
+bool HUDWidgetView::isOnCorner(Point point) const {
+  return cornerButtonFrame.contains({point.x, point.y - 0.5});
+}
+
 void HUDWidgetView::mouseDown(const MouseEvent& event) {
   down_ = event.point;
-  onCorner_ = cornerButtonFrame.contains(event.point);
+  onCorner_ = isOnCorner(event.point);
   if (event.clickCount == 2 && onDoubleClick && !onCorner_) onDoubleClick();
 }
 
@@ -54,7 +59,7 @@ void HUDWidgetView::mouseDragged(const MouseEvent& event) {
 }
 
 void HUDWidgetView::mouseUp(const MouseEvent& event) {
-  if (std::exchange(onCorner_, false) && cornerButtonFrame.contains(event.point) && onCornerButton)
+  if (std::exchange(onCorner_, false) && isOnCorner(event.point) && onCornerButton)
     onCornerButton();
 }
 

@@ -40,6 +40,8 @@ class HUDWidgetView : public CanvasDelegate {
   Size shownSize;
 
  private:
+  bool isOnCorner(Point point) const;
+
   Point down_;
   bool onCorner_ = false;  // the button went down there
 };

@@ -110,9 +110,9 @@ void HUDEditor::show(const Content& content, bool concealed, const std::optional
   forget_.cancel();
   if (!hudEditorPanel) makePanel();
   concealed_ = concealed;
-  openedCount_ = platform_.pasteboard.changeCount();
   if (const auto* image = std::get_if<Image>(&content)) {
     hudEditorImage = *image;
+    if (concealed) source_ = *image;
     shown_ = thumbnail;
   } else {
     hudEditorText = std::get<SharedText>(content);
@@ -136,7 +136,7 @@ void HUDEditor::keepEdit() {
   if (!hudEditorImage || !hudEditorEdited || hudEditorCopied) return;
   if (!concealed_) {
     if (hooks.keep) hooks.keep(*hudEditorImage);
-  } else if (platform_.pasteboard.changeCount() != std::max(openedCount_, copiedCount_)) {
+  } else if (!source_ || !platform_.pasteboard.contents().conceals(*source_)) {
     // Made of a secret, it is kept nowhere but on the clipboard.
     shell_.notify(overtakenMessage);
   } else {
@@ -144,10 +144,10 @@ void HUDEditor::keepEdit() {
   }
 }
 
-void HUDEditor::finishSaving() {
+void HUDEditor::finishSaving(std::chrono::steady_clock::time_point deadline) {
   keepEdit();
   close();
-  saves_.finish();
+  saves_.finish(deadline);
 }
 
 ImageRoom HUDEditor::imageRoom() const {
@@ -356,6 +356,7 @@ bool HUDEditor::copyImage() {
   if (!hudEditorEdited) return shell_.copyWithoutRecording(*hudEditorImage, concealed_);
   const auto count = platform_.pasteboard.write(*hudEditorImage, concealed_);
   if (count) copiedCount_ = *count;
+  if (count && concealed_) source_ = *hudEditorImage;
   return count.has_value();
 }
 
@@ -425,6 +426,7 @@ void HUDEditor::close() {
   editing_ = reading_ = cropping_ = false;
   hudEditorImage.reset();
   hudEditorText.reset();
+  source_.reset();
   pixels_.reset();
   shown_.reset();
   hudEditorUndo.clear();

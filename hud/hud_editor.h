@@ -53,8 +53,8 @@ class HUDEditor {
   bool madeChange(std::int64_t changeCount) const { return changeCount == copiedCount_; }
 
   // At the end of the application: an edit goes to the history, and what is being written is waited
-  // for, for at most a few seconds.
-  void finishSaving();
+  // for.
+  void finishSaving(std::chrono::steady_clock::time_point deadline);
 
   // The picture came back from being cropped. False when the editor shows something else by now.
   bool cropped(const Image& image);
@@ -119,7 +119,7 @@ class HUDEditor {
   Edit waiting_;                   // until it is
   bool cropping_ = false;          // elsewhere, while the panel is hidden
   std::int64_t copiedCount_ = -1;  // the clipboard's, of the last copy
-  std::int64_t openedCount_ = -1;  // the clipboard's, when the content was shown
+  std::optional<Image> source_;    // what was opened or copied last, while it is concealed
   std::deque<std::function<void()>> steps_;
   std::function<void()> opening_;  // of something else, when there are no more steps
   bool editing_ = false;

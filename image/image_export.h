@@ -30,8 +30,8 @@ class ImageExport {
   // Paths of the folders that the user chose, the last one first, without duplicates.
   Setting<std::vector<std::string>> favoriteSaveDirs{platform_.defaults, "favoriteSaveDirs"};
 
-  // Waits for what is being written, for at most a few seconds: at the end of the application.
-  void finishSaving() { running_.finish(); }
+  // At the end of the application: waits for what is being written.
+  void finishSaving(std::chrono::steady_clock::time_point deadline) { running_.finish(deadline); }
 
   // The items for the menus of pieces of content on the screen.
   void addSaveItems(Menu& menu) const;

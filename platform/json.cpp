@@ -6,7 +6,7 @@ namespace marbelot {
 namespace {
 
 // Deeper than anything that is ever written; what goes deeper is damaged.
-constexpr std::size_t deepestNesting = 32;
+constexpr std::size_t deepestNesting = 128;
 
 // Builds a Value from rapidjson's events, with a stack of its own.
 class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {

@@ -8,7 +8,7 @@
 
 namespace marbelot {
 
-// None when it is not JSON, not valid UTF-8 or nested deeper than anything that we write. `null`
+// None when it is not JSON, not valid UTF-8 or nested deeper than anybody writes. `null`
 // leaves out the list's element or the dictionary's entry. Any thread.
 std::optional<Value> valueFromJson(std::string_view json);
 

@@ -85,9 +85,8 @@ class Tasks {
         });
   }
 
-  // At the end of the program: waits until all is done, a few seconds at most. Nobody is told then.
-  void finish() {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  // At the end of the program: waits until all is done. Nobody is told then.
+  void finish(std::chrono::steady_clock::time_point deadline) {
     for (Running& running : running_) running.done.wait_until(deadline);
     running_.clear();
   }

@@ -43,4 +43,30 @@ const Value* find(const Value::Dictionary& dictionary, std::string_view key) {
   return nullptr;
 }
 
+const Value* field(const Value& object, std::string_view key) {
+  const auto* const fields = object.asDictionary();
+  return fields ? find(*fields, key) : nullptr;
+}
+
+const Value::List& listIn(const Value& object, std::string_view key) {
+  static const Value::List none;
+  const Value* const found = field(object, key);
+  return found && found->asList() ? *found->asList() : none;
+}
+
+SharedText textIn(const Value& object, std::string_view key) {
+  const Value* const found = field(object, key);
+  return found ? found->asText() : nullptr;
+}
+
+std::int64_t integerIn(const Value& object, std::string_view key) {
+  const Value* const found = field(object, key);
+  return found ? found->asInteger().value_or(0) : 0;
+}
+
+bool isSet(const Value& object, std::string_view key) {
+  const Value* const found = field(object, key);
+  return found && found->asBool().value_or(false);
+}
+
 }  // namespace marbelot

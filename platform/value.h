@@ -52,4 +52,12 @@ struct Value {
 // The value under `key`, or null.
 const Value* find(const Value::Dictionary& dictionary, std::string_view key);
 
+// What others may have written in any form: each gives null, or what is empty, when the object is
+// no dictionary, or there is nothing of the type under `key`.
+const Value* field(const Value& object, std::string_view key);
+const Value::List& listIn(const Value& object, std::string_view key);
+SharedText textIn(const Value& object, std::string_view key);
+std::int64_t integerIn(const Value& object, std::string_view key);  // else 0
+bool isSet(const Value& object, std::string_view key);
+
 }  // namespace marbelot

@@ -22,8 +22,8 @@ class TextSaving {
 
   // Asks where, writes the text there as UTF-8, and tells how that went.
   void save(const SharedText& text, std::string_view base);
-  // Waits for what is being written, for at most a few seconds: at the end of the application.
-  void finishSaving() { writing_.finish(); }
+  // At the end of the application: waits for what is being written.
+  void finishSaving(std::chrono::steady_clock::time_point deadline) { writing_.finish(deadline); }
 
  private:
   void write(const SharedText& text, const std::string& path);

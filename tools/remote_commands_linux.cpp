@@ -50,28 +50,10 @@ int carryOut(const char* request, const std::vector<std::string>& texts = {}) {
   return error->empty() ? done : fail(*error);
 }
 
-// The value of a key; null when there is none, or the object is none.
-const Value* field(const Value& object, const char* key) {
-  const auto* fields = object.asDictionary();
-  return fields ? find(*fields, key) : nullptr;
-}
-
-const Value::List& listed(const Value* value) {
-  static const Value::List none;
-  const auto* list = value ? value->asList() : nullptr;
-  return list ? *list : none;
-}
-
 // What was copied may stand in a text and must not drive the terminal.
 std::string shown(const Value& object, const char* key) {
-  const Value* const found = field(object, key);
-  const SharedText text = found ? found->asText() : nullptr;
+  const SharedText text = textIn(object, key);
   return text ? text::shownTitle(*text) : std::string();
-}
-
-bool isSet(const Value& object, const char* key) {
-  const Value* const found = field(object, key);
-  return found && found->asBool().value_or(false);
 }
 
 // The menu as indented text. The depth is that of the menu's design.
@@ -87,7 +69,7 @@ void printItems(const Value::List& items, int depth) {
       line += "  [Ctrl+" + QString::fromStdString(key).toUpper().toStdString() + "]";
     if (!isSet(item, "enabled")) line += "  (disabled)";
     std::printf("%*s%s\n", depth * 2, "", line.c_str());
-    printItems(listed(field(item, "submenu")), depth + 1);
+    printItems(listIn(item, "submenu"), depth + 1);
   }
 }
 
@@ -101,7 +83,7 @@ void printWindows(const Value::List& windows) {
     };
     std::printf("%s\t%.0fx%.0f+%.0f+%.0f\t%s\n", shown(window, "kind").c_str(), number("width"),
                 number("height"), number("x"), number("y"), shown(window, "title").c_str());
-    for (const Value& button : listed(field(window, "buttons"))) {
+    for (const Value& button : listIn(window, "buttons")) {
       std::printf("\t%s\t%s%s\n", shown(button, "spec").c_str(), shown(button, "title").c_str(),
                   isSet(button, "enabled") ? "" : "  (disabled)");
     }

@@ -76,6 +76,13 @@ ClipboardThread::Commands ClipboardThread::commands() {
   return {quit_, std::exchange(offer_, std::nullopt)};
 }
 
+bool ClipboardThread::isEnding() {
+  eventfd_t ignored = 0;
+  ::eventfd_read(wake_.get(), &ignored);
+  const std::lock_guard lock(mutex_);
+  return quit_;
+}
+
 void ClipboardThread::claimed(std::uint64_t number) {
   const std::lock_guard lock(mutex_);
   claimed_ = number;

@@ -26,11 +26,14 @@ PortalRequest::PortalRequest(const char* interface, const char* method, QVariant
   bus.connect({}, handle_, requestInterface, "Response", this, SLOT(responded(uint, QVariantMap)));
   const auto* there =
       new QDBusServiceWatcher(portalName, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
-  connect(there, &QDBusServiceWatcher::serviceOwnerChanged, this,
-          [this](const QString&, const QString& before) {
-            if (!before.isEmpty())
-              tell({Answer::refused, {}, QDBusError::errorString(QDBusError::NoReply)});
-          });
+  // Queued, because who is told may give this up, and the watcher has another signal to send.
+  connect(
+      there, &QDBusServiceWatcher::serviceOwnerChanged, this,
+      [this](const QString&, const QString& before) {
+        if (!before.isEmpty())
+          tell({Answer::refused, {}, QDBusError::errorString(QDBusError::NoReply)});
+      },
+      Qt::QueuedConnection);
   QDBusMessage call = QDBusMessage::createMethodCall(portalName, portalPath, interface, method);
   options["handle_token"] = token;
   call.setArguments(arguments << options);

@@ -4,16 +4,13 @@
 #include <sys/time.h>
 #include <sys/un.h>
 
-#include <QByteArray>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <array>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 #include "platform/descriptor.h"
+#include "platform/json.h"
 
 namespace marbelot {
 namespace {
@@ -39,7 +36,7 @@ Descriptor connected() {
 }
 
 // The answer, in JSON; empty when there is none.
-QByteArray ask(Message type, std::string_view payload) {
+std::string ask(Message type, std::string_view payload) {
   const Descriptor socket = connected();
   // The magic word, the payload's length and the type, in this machine's order of bytes.
   std::array<std::uint32_t, 2> numbers{static_cast<std::uint32_t>(payload.size()), type};
@@ -51,32 +48,35 @@ QByteArray ask(Message type, std::string_view payload) {
     return {};
   std::memcpy(numbers.data(), &header[magic.size()], sizeof numbers);
   if (numbers[0] > largestAnswer) return {};
-  QByteArray answer(static_cast<qsizetype>(numbers[0]), '\0');
+  std::string answer(numbers[0], '\0');
   if (!readFully(socket.get(), answer.data(), numbers[0])) return {};
   return answer;
 }
 
-void appendWindows(const QJsonObject& node, std::vector<SwayWindow>& windows) {
-  const auto id = [](const QJsonObject& object) { return object["id"].toInteger(); };
-  std::vector<QJsonObject> children;
+void appendWindows(const Value& node, std::vector<SwayWindow>& windows) {
+  std::vector<const Value*> children;
   for (const char* kind : {"nodes", "floating_nodes"})
-    for (const auto& child : node[kind].toArray()) children.push_back(child.toObject());
+    for (const Value& child : listIn(node, kind)) children.push_back(&child);
   // "focus" has the children's numbers, the one that had the focus last first.
-  for (const auto& next : node["focus"].toArray()) {
-    for (const QJsonObject& child : children)
-      if (id(child) == next.toInteger()) appendWindows(child, windows);
+  for (const Value& next : listIn(node, "focus")) {
+    for (const Value* child : children)
+      if (integerIn(*child, "id") == next.asInteger()) appendWindows(*child, windows);
   }
-  if (!children.empty() || !node.contains("pid")) return;
+  if (!children.empty() || !field(node, "pid")) return;
   SwayWindow& window = windows.emplace_back();
-  window.id = id(node);
-  window.pid = node["pid"].toInteger();
-  const QString application = node["app_id"].toString();
-  window.application =
-      (application.isEmpty() ? node["window_properties"]["class"].toString() : application)
-          .toStdString();
-  window.isShown = node["visible"].toBool();
-  const QJsonObject rect = node["rect"].toObject();
-  const auto number = [&](const char* name) { return std::to_string(rect[name].toInt()); };
+  window.id = integerIn(node, "id");
+  window.pid = integerIn(node, "pid");
+  // Those of X11 have a class instead.
+  SharedText application = textIn(node, "app_id");
+  const Value* const properties = field(node, "window_properties");
+  if ((!application || application->empty()) && properties)
+    application = textIn(*properties, "class");
+  if (application) window.application = *application;
+  window.isShown = isSet(node, "visible");
+  const Value* const rect = field(node, "rect");
+  const auto number = [&](const char* name) {
+    return std::to_string(rect ? integerIn(*rect, name) : 0);
+  };
   window.place = number("x") + "," + number("y") + " " + number("width") + "x" + number("height");
 }
 
@@ -86,7 +86,7 @@ bool isSway() { return std::getenv("SWAYSOCK") != nullptr; }
 
 std::vector<SwayWindow> swayWindows() {
   std::vector<SwayWindow> windows;
-  appendWindows(QJsonDocument::fromJson(ask(getTree, "")).object(), windows);
+  if (const auto tree = valueFromJson(ask(getTree, ""))) appendWindows(*tree, windows);
   return windows;
 }
 

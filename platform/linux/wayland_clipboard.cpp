@@ -14,8 +14,6 @@
 namespace marbelot {
 namespace {
 
-// Nothing but the clipboard's thread waits then, and interrupt() ends it.
-constexpr auto answerLimit = std::chrono::hours(24);
 constexpr auto keepingLimit = std::chrono::seconds(3);
 
 class WaylandClipboard final : public ClipboardConnection {
@@ -27,7 +25,9 @@ class WaylandClipboard final : public ClipboardConnection {
         otherwise_(std::move(otherwise)) {}
 
   void serve(ClipboardThread& thread) override {
-    if (!control_->bind(answerLimit)) {
+    // Nothing but this thread waits for a busy compositor's answer.
+    if (!control_->bind(ClipboardClock::time_point::max(),
+                        {thread.wakeDescriptor(), [&] { return thread.isEnding(); }})) {
       control_->interrupt();
       if (otherwise_) otherwise_->serve(thread);
       return;

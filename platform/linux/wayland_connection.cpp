@@ -5,12 +5,15 @@
 #include <wayland-client.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 
 namespace marbelot {
 namespace {
+
+constexpr std::int64_t longestPoll = 3600000;  // ms
 
 void answered(void* done, wl_callback* callback, std::uint32_t) {
   wl_callback_destroy(callback);
@@ -54,28 +57,32 @@ bool WaylandConnection::dispatch(short came) {
   return wl_display_dispatch_pending(display_) >= 0;
 }
 
-bool WaylandConnection::waitUntil(const std::function<bool()>& done, Clock::time_point deadline) {
+bool WaylandConnection::waitUntil(const std::function<bool()>& done, Clock::time_point deadline,
+                                  int other) {
   if (!display_) return false;
   while (!done()) {
     prepare();
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    pollfd watched{descriptor(), events(), 0};
+    std::array<pollfd, 2> watched{{{descriptor(), events(), 0}, {other, POLLIN, 0}}};
     const int ready =
-        ::poll(&watched, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
-    if (!dispatch(watched.revents) || (ready == 0 && left.count() <= 0)) return false;
+        ::poll(watched.data(), watched.size(),
+               static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, longestPoll)));
+    if (!dispatch(watched[0].revents) || (ready == 0 && left.count() <= 0)) return false;
   }
   return true;
 }
 
-bool WaylandConnection::roundTrip(Clock::time_point deadline) {
+bool WaylandConnection::roundTrip(Clock::time_point deadline,
+                                  const WaylandInterruption& interruption) {
   if (!display_) return false;
   bool done = false;
   wl_callback* const callback = wl_display_sync(display_);
   wl_callback_add_listener(callback, &answer, &done);
-  if (waitUntil([&] { return done; }, deadline)) return true;
+  const auto isOver = [&] { return done || (interruption.isGivenUp && interruption.isGivenUp()); };
+  waitUntil(isOver, deadline, interruption.descriptor);
   // Its answer may come later, when nobody waits for it any more.
   if (!done) wl_callback_destroy(callback);
-  return false;
+  return done;
 }
 
 void WaylandConnection::interrupt() { ::shutdown(descriptor(), SHUT_RDWR); }

@@ -9,6 +9,12 @@ struct wl_display;
 
 namespace marbelot {
 
+// Waiting ends when `isGivenUp`, which is asked when something comes from the descriptor.
+struct WaylandInterruption {
+  int descriptor = -1;
+  std::function<bool()> isGivenUp;
+};
+
 class WaylandConnection {
  public:
   using Clock = std::chrono::steady_clock;
@@ -28,10 +34,11 @@ class WaylandConnection {
   int descriptor() const;
   short events() const { return events_; }
   bool dispatch(short came);
-  // False when the connection has ended before, or the time is up.
-  bool waitUntil(const std::function<bool()>& done, Clock::time_point deadline);
+  // False when the connection has ended before, or the time is up. `done` is also asked when
+  // something comes from the descriptor `other`.
+  bool waitUntil(const std::function<bool()>& done, Clock::time_point deadline, int other = -1);
   // Until the compositor has answered all that was asked before.
-  bool roundTrip(Clock::time_point deadline);
+  bool roundTrip(Clock::time_point deadline, const WaylandInterruption& interruption = {});
   bool roundTrip(std::chrono::milliseconds limit) { return roundTrip(Clock::now() + limit); }
   // Any thread: ends the connection.
   void interrupt();

@@ -122,14 +122,14 @@ Descriptor WaylandOffer::receive(const std::string& type) {
 
 std::unique_ptr<WaylandDataControl> WaylandDataControl::connect(const std::string& display) {
   auto control = std::make_unique<WaylandDataControl>(display);
-  return control->bind(answerLimit) ? std::move(control) : nullptr;
+  return control->bind(Clock::now() + answerLimit) ? std::move(control) : nullptr;
 }
 
-bool WaylandDataControl::bind(std::chrono::milliseconds limit) {
+bool WaylandDataControl::bind(Clock::time_point deadline, const WaylandInterruption& interruption) {
   if (!display()) return false;
   registry_.reset(wl_display_get_registry(display()));
   wl_registry_add_listener(registry_.get(), &Listeners::onRegistry, this);
-  return roundTrip(limit) && manager_ && seat_;
+  return roundTrip(deadline, interruption) && manager_ && seat_;
 }
 
 void WaylandDataControl::takeSeat() {
@@ -163,6 +163,7 @@ std::unique_ptr<WaylandOffer> WaylandDataControl::take(zwlr_data_control_offer_v
 
 // The source before is destroyed when its end is confirmed: until then it may still be asked.
 void WaylandDataControl::offer(const std::vector<std::string>& types) {
+  if (waiting_) sources_.pop_back();  // which nobody was ever told of
   sources_.emplace_back(zwlr_data_control_manager_v1_create_data_source(manager_.get()));
   zwlr_data_control_source_v1* const source = sources_.back().get();
   zwlr_data_control_source_v1_add_listener(source, &Listeners::onSource, this);

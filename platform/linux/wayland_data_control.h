@@ -68,7 +68,7 @@ class WaylandDataControl : public WaylandConnection {
 
   using WaylandConnection::WaylandConnection;
   // What has to come first. False when the display has neither protocol, or does not answer.
-  bool bind(std::chrono::milliseconds limit);
+  bool bind(Clock::time_point deadline, const WaylandInterruption& interruption = {});
 
   // Starts the announcements. The handlers are called by dispatch().
   void watch(Handlers handlers);

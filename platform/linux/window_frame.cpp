@@ -37,11 +37,11 @@ Qt::WindowFlags flagsFor(const WindowDescription& description) {
     flags |= Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
   }
   if (description.level != WindowLevel::normal) flags |= Qt::WindowStaysOnTopHint;
+  // Sway puts floating windows in the middle, wherever they ask to be, but gives keys to no others.
+  const bool misplaced = description.panel && description.level == WindowLevel::floating &&
+                         !description.keyDown && isSway();
   // No window manager puts one of its windows above those in full-screen mode, but all of them
   // leave windows alone that are none of theirs.
-  // Sway puts floating windows in the middle, wherever they ask to be.
-  const bool misplaced =
-      description.panel && description.level == WindowLevel::floating && isSway();
   if (description.level >= WindowLevel::raised || misplaced) flags |= Qt::BypassWindowManagerHint;
   if (description.panel) flags |= Qt::WindowDoesNotAcceptFocus;
   if (description.ignoresMouse) flags |= Qt::WindowTransparentForInput;

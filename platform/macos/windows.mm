@@ -147,10 +147,9 @@ class Animation {
  public:
   explicit Animation(MainQueue& queue) : queue_(queue) {}
   void start(std::function<void(double)> step) {
-    using Clock = std::chrono::steady_clock;
-    const auto begun = Clock::now();
+    const auto begun = std::chrono::steady_clock::now();
     task_ = queue_.every(frameSeconds, [this, begun, step = std::move(step)] {
-      const std::chrono::duration<double> passed = Clock::now() - begun;
+      const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begun;
       const double part = std::min(passed.count() / animationSeconds, 1.);
       const auto last = step;  // the task holds the other one
       if (part >= 1) task_.cancel();

@@ -221,6 +221,8 @@ class CapturesTest(DesktopTest):
         self.screen.end(portal)
         until(lambda: self.said()[said:] == ["The desktop's portal cannot take pictures of the "
                                              "screen right now"], "nobody to wait for")
+        self.program.menu()
+        self.program.check_alive()
 
     def test_the_trash_of_another_file_system(self):
         self.folder.mkdir(parents=True)

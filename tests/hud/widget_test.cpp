@@ -68,9 +68,10 @@ TEST_F(WidgetTest, GivesTheMouseToItsCloseButtonOnly) {
   view.mouseDown({{10, 10}, 2});
   EXPECT_EQ(shown("preview")->description.title, "Clipboard — 40 × 30");
   // The button beside it is the view's own.
-  view.mouseDown({view.cornerButtonFrame.origin(), 1});
-  view.mouseDragged({{view.cornerButtonFrame.x + 2, view.cornerButtonFrame.y + 1}});  // a tremble
-  view.mouseUp({view.cornerButtonFrame.origin(), 1});
+  const Rect button = view.cornerButtonFrame;
+  view.mouseDown({{button.x, button.maxY()}, 1});
+  view.mouseDragged({{button.x + 2, button.maxY() - 1}});  // a tremble
+  view.mouseUp({{button.x, button.maxY()}, 1});
   EXPECT_EQ(corner(), 3);
 }
 

@@ -1,13 +1,12 @@
 #include "tools/web/geocoder.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QUrlQuery>
 #include <cmath>
 #include <memory>
+
+#include "platform/json.h"
 
 namespace marbelot {
 namespace {
@@ -15,9 +14,14 @@ namespace {
 constexpr qint64 longestAnswer = 64 * 1024;  // bytes
 constexpr qsizetype longestName = 200;       // UTF-16 units
 
-std::optional<double> degrees(const QJsonValue& value, double most) {
-  bool isNumber = value.isDouble();
-  const double number = isNumber ? value.toDouble() : value.toString().toDouble(&isNumber);
+// A number, or the text of one.
+std::optional<double> degrees(const Value& place, const char* key, double most) {
+  const Value* const found = field(place, key);
+  const SharedText text = textIn(place, key);
+  bool isNumber = found && found->asDouble();
+  const double number = isNumber ? *found->asDouble()
+                        : text   ? QByteArray::fromStdString(*text).toDouble(&isNumber)
+                                 : 0;
   if (!isNumber || !std::isfinite(number) || std::abs(number) > most) return std::nullopt;
   return number;
 }
@@ -40,14 +44,16 @@ QString plainLine(const QString& text) {
 QByteArray programName() { return "Marbelot/" MARBELOT_VERSION " (desktop clipboard utility)"; }
 
 std::optional<Place> placeFrom(const QByteArray& json) {
-  const QJsonArray places = QJsonDocument::fromJson(json).array();
-  const QJsonObject first = places.isEmpty() ? QJsonObject() : places.first().toObject();
-  const auto latitude = degrees(first["lat"], 90);
-  const auto longitude = degrees(first["lon"], 180);
+  const auto answer = valueFromJson({json.data(), static_cast<std::size_t>(json.size())});
+  const auto* const places = answer ? answer->asList() : nullptr;
+  if (!places || places->empty()) return std::nullopt;
+  const Value& first = places->front();
+  const auto latitude = degrees(first, "lat", 90);
+  const auto longitude = degrees(first, "lon", 180);
   if (!latitude || !longitude) return std::nullopt;
-  const QString name = first["name"].toString();
-  return Place{*latitude, *longitude,
-               plainLine(name.isEmpty() ? first["display_name"].toString() : name)};
+  SharedText name = textIn(first, "name");
+  if (!name || name->empty()) name = textIn(first, "display_name");
+  return Place{*latitude, *longitude, name ? plainLine(QString::fromStdString(*name)) : QString()};
 }
 
 void Geocoder::find(const QString& address, Found found) {
