@@ -80,7 +80,7 @@ bool ClipboardThread::isEnding() {
   eventfd_t ignored = 0;
   ::eventfd_read(wake_.get(), &ignored);
   const std::lock_guard lock(mutex_);
-  return quit_;
+  return quit_ && !offer_;
 }
 
 void ClipboardThread::claimed(std::uint64_t number) {

@@ -70,7 +70,8 @@ class ClipboardThread {
   int wakeDescriptor() const { return wake_.get(); }
   void wake();  // any thread
   Commands commands();
-  // Whether the thread has to end. The descriptor is readable again when something comes.
+  // Whether the thread has to end and has nothing to write before. The descriptor is readable again
+  // when something comes.
   bool isEnding();
   void claimed(std::uint64_t number);  // the last write that is in effect
   void tell(PasteboardContents contents, const ClipboardAnnouncement& announcement);
