@@ -12,7 +12,9 @@ target_compile_options(marbelot_flags INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(MARBELOT_SANITIZE)
   target_compile_options(marbelot_flags INTERFACE
-    -fsanitize=${MARBELOT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    -fsanitize=${MARBELOT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all
+    # Between the checks GCC loses sight of what a variant holds.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(marbelot_flags INTERFACE -fsanitize=${MARBELOT_SANITIZE})
 endif()
 
